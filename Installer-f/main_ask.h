@@ -1,0 +1,25 @@
+// The wizard's modal questions. Each runs its own loop of frames and returns the answer.
+#pragma once
+
+#include <string>
+
+// Two buttons, each beside its line. 1 for the first, 0 for the second, 3 when the question was
+// closed or could not be put. Callers put "Cancel" or "Stop" first, so 0 always means go on.
+int abort_alert(const std::string& question, const std::string& label_1, const std::string& line_1,
+                const std::string& label_2, const std::string& line_2);
+
+// Puts the install engine's pending error between `header` and `advice` and asks as abort_alert.
+int UTIL_cancel_install(const std::string& header, const std::string& advice,
+                        const std::string& label_1, const std::string& line_1,
+                        const std::string& label_2, const std::string& line_2);
+
+// What to do with a file that the user seems to have changed.
+enum modified_answer : int {
+  answer_overwrite = 1,         // also deletes, when the release has dropped the file
+  answer_keep = 2,
+  answer_cancel_install = 3,    // also when the question cannot be put
+  answer_overwrite_folder = 4,  // this, and every such file of its folder
+  answer_keep_folder = 5,
+};
+// `location` is the file's full path; `gone` non-zero words the question for a deletion.
+int select_alert(const std::string& location, int gone);

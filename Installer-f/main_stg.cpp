@@ -1,0 +1,9 @@
+#include "Installer-f/main_stg.h"
+
+stg_record stg;
+
+std::string dest_dir_path;
+std::string temp_path;
+std::string dvd_path;
+std::string cmd_line_path;
+std::string install_name;

@@ -1,0 +1,40 @@
+// The failure record that travels between threads, and the log stream.
+//
+// Nothing throws exce_class to report a failure: the record is a message that goes by queue to the
+// main thread, which shows it. See hl_thread.h for the queues.
+#pragma once
+
+#include <fstream>
+#include <string>
+
+class exce_class {
+ public:
+  exce_class() = default;
+  exce_class(std::string l1, std::string l2, std::string l3, std::string l4,
+             const char* source_file, int source_line, int how_bad);
+  exce_class(const exce_class&) = default;
+  exce_class& operator=(const exce_class&) = default;
+  virtual ~exce_class() = default;
+
+  // Shows the record as an alert on the main thread; on another thread, as a last resort, writes it
+  // to the log and ends the program.
+  void Report() const;
+  // Writes the record to the log and flushes; stops and changes nothing.
+  void LogAndContinue() const;
+  void MakeFatal() { severity = 2; }
+
+  std::string line_1, line_2, line_3, line_4;
+  const char* file = "no exception";  // static text
+  int line = 0;
+  int severity = 2;  // 0 a note, t_alert, t_exit
+};
+
+// The log, "Skyvane Installer Log.txt" beside the application; rewritten on each run, fixed-point
+// numbers. A stream that could not be opened swallows what is written to it.
+extern std::ofstream xer;
+
+// Opens the log at `path`, truncating. Returns false if that failed; the run goes on without.
+bool xer_open(const std::string& path);
+
+// Writes the log's header: title, notices, system and hardware lines.
+void xer_header();

@@ -1,0 +1,18 @@
+// The test program's own edition: what an edition supplies to the system (its start page and its
+// title), and the start of the runner. A test begins in an empty working folder of its own.
+
+#include <gtest/gtest.h>
+
+#include "Installer-f/main_wizard.h"
+#include "corekit/GenH/hl_app.h"
+
+page_function g_wizard = nullptr;
+
+const char* APP_title() {
+  return "Skyvane Unit Tests";
+}
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
