@@ -15,7 +15,7 @@ int UTIL_cancel_install(const std::string& header, const std::string& advice,
 
 // What to do with a file that the user seems to have changed.
 enum modified_answer : int {
-  answer_overwrite = 1,         // also deletes, when the release has dropped the file
+  answer_overwrite = 1,  // also deletes, when the release has dropped the file
   answer_keep = 2,
   answer_cancel_install = 3,    // also when the question cannot be put
   answer_overwrite_folder = 4,  // this, and every such file of its folder

@@ -44,11 +44,11 @@ struct stg_record {
   int sector_selected[sector_count] = {};   // sectors that the user wants
   int sector_available[sector_count] = {};  // sectors that the manifest holds
   int activity = activity_not_wanted;       // file_activity  (transfer, delete_files)
-  float file_fraction = 0;   // of the present file done, 0 to 1; -0.01 while unknown
-  int stream_count = 0;      // streams set by hand, 1 to 4; 0 lets the engine choose  (options)
-  int beta_flag = 0;         // fetch the test release instead of the public one       (options)
-  float todo_zip_kb = 0;     // compressed size of the job, units of 1,000 bytes
-  float todo_raw_kb = 0;     // installed size of the job, same unit
+  float file_fraction = 0;                  // of the present file done, 0 to 1; -0.01 while unknown
+  int stream_count = 0;   // streams set by hand, 1 to 4; 0 lets the engine choose  (options)
+  int beta_flag = 0;      // fetch the test release instead of the public one       (options)
+  float todo_zip_kb = 0;  // compressed size of the job, units of 1,000 bytes
+  float todo_raw_kb = 0;  // installed size of the job, same unit
   int todo_install_count = 0;
   int todo_delete_count = 0;
   int has_global_files = 0;  // the manifest holds global scenery
@@ -56,7 +56,8 @@ struct stg_record {
 };
 extern stg_record stg;
 
-// --- paths and names of this run ------------------------------------------------------------------
+// --- paths and names of this run
+// ------------------------------------------------------------------
 extern std::string dest_dir_path;  // the copy worked on, absolute, trailing "/"; empty until chosen
 extern std::string temp_path;      // working folder of this run, trailing "/"
 extern std::string dvd_path;       // mount path of the product's disc, trailing "/"; empty without

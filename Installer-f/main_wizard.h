@@ -26,9 +26,9 @@ struct wizard_screen {
   void (*kill_proc)() = nullptr;            // called on Quit, before the program ends
 };
 
-extern page_function g_wizard;                // the current page; an edition stores the first one
-extern std::vector<std::string> step_names;   // step list at the left, already translated
-extern std::vector<page_function> step_funcs; // the page of each step
+extern page_function g_wizard;                 // the current page; an edition stores the first one
+extern std::vector<std::string> step_names;    // step list at the left, already translated
+extern std::vector<page_function> step_funcs;  // the page of each step
 
 // Ends the program. The flows set `next` to it on their last page.
 int wizard_quit(int first_time, wizard_screen& screen);

@@ -3,8 +3,8 @@
 
 #include <string>
 
-extern int app_done;    // 0 while the program runs; any code of the main thread may set it
-extern int ogl_inited;  // 1 once window, context, textures and palette stand; 0 draws nothing
+extern int app_done;      // 0 while the program runs; any code of the main thread may set it
+extern int ogl_inited;    // 1 once window, context, textures and palette stand; 0 draws nothing
 extern int app_headless;  // 1 when this run was asked to do without a window
 
 // Brings the runtime up: log, tables, command line, threads, window, textures, language. A failure

@@ -22,5 +22,9 @@ std::string APP_usage();
 // from the file as the scan's direction says.
 void APP_prefs_io(scan_class& scan);
 
-// Answers a request to quit that comes from outside the pages (the window's close button, a signal).
+// Whether this run was asked to do without a window. Called once, when the command line is known.
+bool APP_without_window();
+
+// Answers a request to quit that comes from outside the pages (the window's close button, a
+// signal).
 void APP_quit_request();

@@ -16,7 +16,8 @@ constexpr double rand_scale = 4.656613e-10;  // 1 / 2^31, rounded down so that 1
 
 void hl_math_init() {
   std::srand(1);
-  for (float& entry : randrat) entry = static_cast<float>(std::rand() * rand_scale * 0.9999);
+  for (float& entry : randrat)
+    entry = static_cast<float>(std::rand() * rand_scale * 0.9999);
 
   for (int degree = 0; degree <= 360; ++degree) {
     const double angle = degree * std::numbers::pi / 180.0;
@@ -26,7 +27,8 @@ void hl_math_init() {
 
   const unsigned seed = static_cast<unsigned>(PLT_microseconds() & 0xFFFFFFFFu);
   std::srand(seed);
-  for (unsigned draws = seed % 1000; draws > 0; --draws) std::rand();
+  for (unsigned draws = seed % 1000; draws > 0; --draws)
+    std::rand();
 }
 
 float rand_fraction() {

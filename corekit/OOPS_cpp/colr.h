@@ -12,7 +12,8 @@ class colr_class {
   colr_class();
   void assign(int index, float r, float g, float b);
   const colr_rgb& operator[](int index) const { return table_[index]; }
-  // Raises each tint component to at least 0.75, so that a dark scene leaves the interface readable.
+  // Raises each tint component to at least 0.75, so that a dark scene leaves the interface
+  // readable.
   void set_lites_for_interface();
   const colr_rgb& lites() const { return lites_; }
 

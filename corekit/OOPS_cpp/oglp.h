@@ -12,7 +12,8 @@ extern float oglp;  // glyph quads grow by this when above 1; the advance stays
 enum text_charset : int { charset_text = 100, charset_fixed = 102, charset_alternate = 103 };
 enum text_just : int { just_left = 0, just_centre = 1, just_right = 2 };
 
-// --- screen and state ------------------------------------------------------------------------------
+// --- screen and state
+// ------------------------------------------------------------------------------
 void OGL_pix_specs();
 void OGL_screensize(int mode, float x1, float y1, float x2, float y2);
 void OGL_viewport(int mode, float l, float b, float r, float t, int keep_aspect = 0);
@@ -23,7 +24,8 @@ void OGL_poly_offset(int level);
 void OGL_scissors(float x, float y, float dx, float dy);
 void OGL_scissors_end();
 
-// --- shapes ----------------------------------------------------------------------------------------
+// --- shapes
+// ----------------------------------------------------------------------------------------
 void OGL_fillrect(int col, float alpha, float x, float y, float dx, float dy);
 void OGL_framerect(int col, float alpha, float x, float y, float dx, float dy);
 void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha);
@@ -36,7 +38,8 @@ void OGL_2dquad(int ref, int col, float alpha, float x1, float y1, float s1, flo
 void OGL_2dquad_d(int ref, int col, float alpha, float x, float y, float s, float t, float dx,
                   float dy, float ds, float dt, int blend);
 
-// --- text ------------------------------------------------------------------------------------------
+// --- text
+// ------------------------------------------------------------------------------------------
 // Word-wrapped text (a `wrap_dx` of 0 or below, or 9999 and above, does not wrap). Returns the y of
 // the next line, without a window too.
 float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx,
@@ -49,7 +52,8 @@ void OGL_boxed_string(float x, float y, const std::string& label, const std::str
 int OGL_char_width(unsigned char ch);
 int OGL_string_width(const std::string& s);
 
-// --- frame -----------------------------------------------------------------------------------------
+// --- frame
+// -----------------------------------------------------------------------------------------
 void OGL_plot_back_col();
 void OGL_sbuff();
 void OGL_screenshot(int to_file);

@@ -35,7 +35,8 @@ int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* availab
 // Ejects or unmounts the volume mounted at `path`. 0 or errno.
 int PLT_eject(const std::string& path);
 
-// --- the machine, for the log ---------------------------------------------------------------------
+// --- the machine, for the log
+// ---------------------------------------------------------------------
 struct PLT_machine {
   std::string system;      // name of the operating system
   std::string version[3];  // major, minor, bug-fix; "?" where unknown

@@ -1,0 +1,100 @@
+// The alert: from any thread, before any window exists, inside another alert.
+//
+// On another thread an alert becomes a record on a queue; on the main thread it is shown, logged,
+// and if fatal ends the program. Owned by the main thread but for the first step.
+
+#include "corekit/GenC/hl_alert.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/Platform/PLT_window.h"
+#include "corekit/Thread/hl_thread.h"
+#include "corekit/UTL/UTL_cmdline.h"
+
+namespace {
+
+int in_alert = 0;  // recursion guard: 1 while an alert is being shown
+
+constexpr size_t plain_limit = 499;  // characters that the platform's plain alert takes
+
+void log_lines(const std::string* lines, const std::string& where) {
+  for (int i = 0; i < 4; ++i)
+    xer << lines[i] << '\n';
+  xer << where << '\n';
+  xer.flush();
+}
+
+// The plain form: two lines joined to a message, two to an explanation. `nested` says that an alert
+// was up already, so that this one must not raise another: it is cut to fit instead.
+void show_plain(const std::string* lines, bool nested) {
+  std::string text[2] = {lines[0] + " " + lines[1], lines[2] + " " + lines[3]};
+  for (std::string& part : text) {
+    if (part.size() <= plain_limit) continue;
+    if (nested) {
+      part.resize(plain_limit);
+    } else {
+      __MACIBM_alert(win_main, "String too long!", part, "", "", t_exit, "corekit/GenH/hl_string",
+                     137);
+    }
+  }
+  PLT_plain_alert(text[0], text[1]);
+}
+
+// Ends the process without running the destructors of the program's globals: worker threads may
+// still be reading them.
+[[noreturn]] void end_process() {
+  std::fflush(nullptr);
+  std::_Exit(1);
+}
+
+}  // namespace
+
+void __MACIBM_alert(int window, const std::string& line_1, const std::string& line_2,
+                    const std::string& line_3, const std::string& line_4, int type,
+                    const char* file, int source_line) {
+  if (THREAD_is_inited() && !THREAD_is_main_thread()) {
+    THREAD_send_exception(exce_class(line_1, line_2, line_3, line_4, file, source_line, type));
+    return;
+  }
+
+  const std::string lines[4] = {line_1, line_2, line_3, line_4};
+  const std::string where = "(" + std::string(file) + " line " + std::to_string(source_line) + ")";
+
+  // An automatic frame-rate run must not wait for anyone.
+  if (cmdline.has_option("--fps_test")) {
+    log_lines(lines, where);
+    if (type == t_exit) end_process();
+    return;
+  }
+
+  const bool nested = in_alert != 0;
+  in_alert = 1;
+
+  const bool empty = line_1.empty() && line_2.empty() && line_3.empty() && line_4.empty();
+  static_cast<void>(window);  // a window would be returned to here; without one there is none
+  if (!empty) show_plain(lines, nested);
+
+  if (type == t_alert || type == t_exit || nested) {
+    xer << '\n';
+    log_lines(lines, where);
+  }
+  if (type != t_exit && !nested) {
+    in_alert = 0;
+    return;
+  }
+
+  // An alert inside an alert always ends the program: whatever failed is failing again.
+  MACIBM_finishup(0);
+  app_done = 1;
+  end_process();
+}
+
+int MACIBM_nuke_alert(const std::string&, int) {
+  MACIBM_startwind(win_nuke_alert, 0);
+  // Without a window the question cannot be put.
+  return 3;
+}

@@ -1,0 +1,122 @@
+// Start and finish of the runtime.
+//
+// Main thread. Steps of the start: paths, log, tables, log header, command line, threads, window,
+// language. The finish takes the same down in reverse.
+
+#include "corekit/GenC/hl_init.h"
+
+#include <unistd.h>
+
+#include <climits>
+
+#include "corekit/Files/io_utils.h"
+#include "corekit/GenC/hl_alert.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenH/hl_app.h"
+#include "corekit/GenH/hl_math.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/OOPS_cpp/pref.h"
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/Platform/PLT_window.h"
+#include "corekit/Thread/hl_thread.h"
+#include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/UTL/UTL_debug.h"
+#include "corekit/UTL/UTL_translate.h"
+
+int app_done = 0;
+int ogl_inited = 0;
+int app_headless = 0;
+std::string start_folder;
+
+namespace {
+
+constexpr char log_name[] = "Skyvane Installer Log.txt";
+
+constexpr const char* language_folders[] = {
+    "text/english/", "text/french/",    "text/german/", "text/italian/",
+    "text/spanish/", "text/portugese/", "text/korean/",
+};
+constexpr int language_count = 7;
+
+void remember_start_folder() {
+  char folder[PATH_MAX];
+  start_folder = getcwd(folder, sizeof folder) ? folder : "/";
+  if (start_folder.back() != '/') start_folder += '/';
+}
+
+// The program's files, "Resources/" and the log, are found relative to the folder that holds it.
+std::string enter_app_folder() {
+  std::string folder;
+  get_OS_abs_path(os_dir_this_app, folder);
+  if (folder.empty() || chdir(folder.c_str()) != 0) return start_folder;
+  return folder;
+}
+
+void no_graphics() {
+  __MACIBM_alert(
+      win_main,
+      "I could not set up the graphics for Skyvane! I hope your monitor is at 1024x768 "
+      "or higher! It must be!",
+      "You do not meet the system requirements or you do not have OpenGL drivers or you "
+      "entered a bad resolution in Skyvane!",
+      "You need at least 256 meg of RAM, 16 meg of VRAM, and OpenGl drivers for your 3-D "
+      "accelerator card!",
+      "If you reset the resolution, you can try launching Skyvane again, since I am "
+      "resetting Skyvane to default resolution now.",
+      t_exit, "corekit/GenC/hl_init", 1574);
+}
+
+}  // namespace
+
+std::string from_start_folder(const std::string& path) {
+  return !path.empty() && path[0] == '/' ? path : start_folder + path;
+}
+
+void MACIBM_init(int argc, const char* const* argv) {
+  UTL_debug_init();
+  remember_start_folder();
+  // The working folder, not a stored prefix, locates the program's files: app_path ends up empty
+  // on purpose, and so the log names an empty folder below.
+  app_path.clear();
+  if (is_build) g_case_sensitive = 0;
+  const std::string app_folder = enter_app_folder();
+  xer_open(app_folder + log_name);
+
+  hl_math_init();
+  xer_header();
+  xer << "\nSky-Root folder:'" << app_path << "', case sensitive=" << g_case_sensitive << "\n\n";
+  xer.flush();
+
+  cmdline.init_unix(argc, argv);
+  THREAD_init();
+
+  mnw.req_dx = 800;
+  mnw.req_dy = 600;
+  mnw.req_depth = 32;
+  mnw.alias_req = 0;
+  mnw.language = 0;
+  app_headless = APP_without_window() ? 1 : 0;
+  if (!app_headless) no_graphics();
+  THREAD_make_workers();
+  MACIBM_setupforlang();
+}
+
+void MACIBM_setupforlang() {
+  if (mnw.language <= 0 || mnw.language >= language_count) {
+    UTL_translate_clear();
+    return;
+  }
+  UTL_translate_load(std::string("Resources/") + language_folders[mnw.language] + "Installer2.txt");
+}
+
+void MACIBM_show_init(const std::string&, float) {}
+
+void MACIBM_finishup(int save) {
+  if (save) {
+    // A frame-rate test leaves no trace in the user's settings.
+    if (!cmdline.has_option("--fps_test")) pref.IO_set(11, 1);
+    THREAD_shutdown();
+  }
+  PLT_drop_temp_folder();
+  xer.close();
+}

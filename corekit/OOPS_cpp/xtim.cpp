@@ -1,0 +1,21 @@
+#include "corekit/OOPS_cpp/xtim.h"
+
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/Platform/PLT_system.h"
+
+xtim_class xtim;
+
+void xtim_class::xtim_update() {
+  static const uint64_t first = PLT_microseconds();
+  const float now = static_cast<float>(static_cast<double>(PLT_microseconds() - first) * 1e-6);
+  period = now - now_sec;
+  now_sec = now;
+
+  // A press and a release in one frame leave the button up: the release came last.
+  if (mnw.mouse_clicked) {
+    mnw.mouse_held = 1;
+    mouse_down = now_sec;
+  }
+  if (mnw.mouse_released) mnw.mouse_held = 0;
+  if (mnw.mouse_clicked || mnw.mouse_released || mnw.key_hit) mnw.last_action = now_sec;
+}
