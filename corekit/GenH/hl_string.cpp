@@ -45,3 +45,19 @@ std::string_view path_folder(std::string_view path) {
   const size_t slash = path.rfind('/');
   return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash + 1);
 }
+
+std::string str_fill(std::string_view format, std::initializer_list<std::string> parts) {
+  std::string out;
+  auto part = parts.begin();
+  for (size_t i = 0; i < format.size(); ++i) {
+    const bool place = format[i] == '%' && i + 1 < format.size() &&
+                       (format[i + 1] == 's' || format[i + 1] == 'd');
+    if (place && part != parts.end()) {
+      out += *part++;
+      ++i;
+    } else {
+      out += format[i];
+    }
+  }
+  return out;
+}

@@ -2,6 +2,7 @@
 // path pieces.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -23,3 +24,7 @@ std::string_view path_leaf(std::string_view path);
 
 // Everything up to and including the last "/"; empty when there is none.
 std::string_view path_folder(std::string_view path);
+
+// `format` with each "%s" and "%d" replaced by the next of `parts`. For translated formats: a
+// translation is data, and must never reach printf.
+std::string str_fill(std::string_view format, std::initializer_list<std::string> parts);

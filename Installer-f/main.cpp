@@ -1,0 +1,82 @@
+// The program's start and its one loop.
+//
+// main brings the runtime up, moves the program off the disc if it was started from one, reads the
+// settings, finds the installed copies, and then turns the loop in which everything happens: one
+// frame a pass. Nothing runs outside that loop but worker threads.
+
+#include <cstdio>
+#include <cstring>
+
+#include "Installer-f/main_dvd_util.h"
+#include "Installer-f/main_launch.h"
+#include "Installer-f/main_stg.h"
+#include "Installer-f/main_unattended.h"
+#include "Installer-f/make_installer.h"
+#include "Installer-f/utils_registry.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/OOPS_cpp/pref.h"
+#include "corekit/UTL/UTL_cmdline.h"
+
+namespace {
+
+void log_folders() {
+  constexpr struct {
+    const char* key;
+    os_dir_type folder;
+  } rows[] = {
+      {"os_dir_this_app\t\t=", os_dir_this_app}, {"os_dir_desktop\t\t=", os_dir_desktop},
+      {"os_dir_default_apps\t=", os_dir_default_apps}, {"os_dir_temp\t\t\t=", os_dir_temp},
+      {"os_dir_prefs\t\t\t=", os_dir_prefs},
+  };
+  for (const auto& row : rows) {
+    std::string path;
+    get_OS_abs_path(row.folder, path);
+    xer << row.key << path << '\n';
+  }
+  xer << '\n';
+}
+
+// The settings' defaults; the preference file is read over them. The target system is not kept from
+// run to run, on purpose.
+void set_defaults() {
+  stg = stg_record();
+  stg.target_os = target_mac;
+  install_name = no_install_name;
+}
+
+// "-path FOLDER", in this order and first, is how a program of the family hands over its folder.
+void take_handed_over_path(int argc, char** argv) {
+  if (argc > 2 && std::strcmp(argv[1], "-path") == 0) cmd_line_path = argv[2];
+}
+
+int run_wizard() {
+  if (cmdline.has_option("--unattended")) {
+    unattended_on = 1;
+    if (const int refused = unattended_begin()) return refused;
+  }
+  while (!app_done) MACIBM_event_proc();
+  return unattended_on ? unattended_end() : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  MACIBM_init(argc, argv);
+  get_OS_abs_path(os_dir_temp, temp_path);
+  UTIL_scan_volumes(disc_label_file);
+  leave_disc();
+  log_folders();
+  set_defaults();
+  pref.IO_set(11, 0);
+  take_handed_over_path(argc, argv);
+  locate_all_skyvanes();
+
+  const int status = cmdline.has_option("--build_master") || cmdline.has_option("--write_server_list")
+                         ? run_master_builder()
+                         : run_wizard();
+  MACIBM_finishup(1);
+  return status;
+}

@@ -1,0 +1,141 @@
+// Main thread. Writes dvd_path, install_name, stg.directory_state, stg.server_count.
+
+#include "Installer-f/main_dvd_util.h"
+
+#include "Installer-f/main_launch.h"
+#include "Installer-f/main_stg.h"
+#include "Installer-f/main_wizard.h"
+#include "Installer-f/utils_manifest.h"
+#include "Installer-f/utils_registry.h"
+#include "Installer-f/utils_sizes.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/Files/io_zip.h"
+#include "corekit/GenC/hl_alert.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenH/hl_string.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/xmap.h"
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/UTL/UTL_translate.h"
+
+namespace {
+
+constexpr float bytes_per_kb = 1000.0f;
+
+// The disc's small label: lines that begin with a keyword, of which VERSION names the release.
+void read_disc_label(const std::string& path) {
+  constexpr int versions[] = {900, 0};
+  xmap_class label(path);
+  if (!label.file_start || label.check_file(file_type_text, versions, "DVD", nullptr) != 900) {
+    return;
+  }
+  stg.server_count = 0;
+  std::string keyword, rest;
+  while (label.cursor < label.file_end) {
+    label.TXT_str_scan_space(&keyword);
+    label.TXT_str_scan_eoln(&rest);
+    if (keyword == "VERSION") install_name = rest;
+  }
+}
+
+// Takes the last component off a folder's path; empty once nothing is left.
+std::string parent_folder(std::string path) {
+  if (!path.empty() && path.back() == '/') path.pop_back();
+  return std::string(path_folder(path));
+}
+
+// The user picked a folder: a copy, or anything inside one, is registered and chosen.
+void take_found_folder(const std::string& picked) {
+  dest_dir_path = picked == "/" ? picked : picked + "/";
+  const std::string chosen = dest_dir_path;
+  while (!dest_dir_path.empty()) {
+    if (path_is_to_a_sim()) {
+      register_new_skyvane();
+      locate_all_skyvanes();
+      return;
+    }
+    const std::string shorter = parent_folder(dest_dir_path);
+    if (shorter.size() >= dest_dir_path.size()) break;
+    dest_dir_path = shorter;
+  }
+  dest_dir_path = chosen;
+  const auto tr = [](const char* text) { return UTL_translate_string(text); };
+  __MACIBM_alert(win_main, tr("You selected the folder path:"), chosen,
+                 tr("But it does not appear to be an installed copy of Skyvane 9."),
+                 tr("Please be sure to select the folder that contains the Skyvane application."),
+                 t_alert, "Installer-f/main", 342);
+}
+
+}  // namespace
+
+void UTIL_scan_volumes(const std::string& marker) {
+  dvd_path.clear();
+  for (const std::string& volume : PLT_disc_volumes()) {
+    if (file_exists(volume + marker)) {
+      dvd_path = volume;
+      return;
+    }
+  }
+}
+
+void UTIL_scan_dvd() {
+  if (dvd_path.empty()) UTIL_scan_volumes(disc_label_file);
+  if (!dvd_path.empty() && install_name == no_install_name) {
+    read_disc_label(dvd_path + disc_label_file);
+  }
+  if (install_name == no_install_name || stg.directory_state != manifest_none) return;
+
+  const std::string zip = dvd_path + install_name + "/directory.txt.zip";
+  const std::string plain = temp_path + "directory.txt";
+  if (const int code = zip_to_file(zip, temp_path, nullptr, 0)) {
+    const auto tr = [](const char* text) { return UTL_translate_string(text); };
+    __MACIBM_alert(win_main, tr("DVD scan: The installer cannot extract a file."),
+                   tr("Error: ") + error_str(code), tr("Compressed File/") + zip,
+                   tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
+  }
+  stg.directory_state = read_directory(
+      plain,
+      UTL_translate_string(
+          "Scanning directory text file to see if you already have Skyvane installed..."));
+}
+
+void UTIL_pick_install() {
+  const auto tr = [](const char* text) { return UTL_translate_string(text); };
+  float y = 400;
+  for (const std::string& copy : all_skyroots) {
+    wizard_note(280, y, copy, 500);
+    int selected = copy == dest_dir_path;
+    if (BTN_bool(250, y, &selected, "", 1)) dest_dir_path = copy;
+    y -= 25;
+  }
+  wizard_note(230, y,
+              tr("Is the copy of Skyvane 9 you're looking for missing from this list?"), 500);
+  if (BTN_action(605, y + 3, 100, 0, 1, tr("Find It"), "")) {
+    std::string picked;
+    if (GetFilePathFromUser(2, tr("Please select your Skyvane 9 folder."), tr("Select"), 1,
+                            dest_dir_path, picked)) {
+      take_found_folder(picked);
+    }
+  }
+}
+
+int UTIL_disk_space(const std::string& enough_text, const std::string& short_text) {
+  unsigned long long total = 0, available = 0;
+  if (get_free_space(dest_dir_path, &total, &available) != 0) return 1;
+  const float total_kb = static_cast<float>(total) / bytes_per_kb;
+  const float free_kb = static_cast<float>(available) / bytes_per_kb;
+  const bool too_small = stg.todo_raw_kb > free_kb;
+
+  const std::string text = str_fill(
+      UTL_translate_string(
+          "Disk size: %s\nFree disk space: %s\nDisk space needed to install: %s.\n\n%s"),
+      {size_string(total_kb), size_string(free_kb), size_string(stg.todo_raw_kb),
+       too_small ? short_text : enough_text});
+  wizard_note(220, 130, text, 560);
+  return free_kb > stg.todo_raw_kb ? 1 : 0;
+}
+
+int dvd_do_run_sim(int, wizard_screen&) {
+  launch_app(dest_dir_path + "Skyvane.app", "");
+  return 0;
+}

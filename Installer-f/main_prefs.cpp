@@ -1,0 +1,59 @@
+// Main thread. Edits the true settings among stg's fields, and the proxy of http.
+
+#include "Installer-f/main_prefs.h"
+
+#include "Installer-f/main_stg.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenH/hl_app.h"
+#include "corekit/GenH/hl_string.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/http.h"
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/OOPS_cpp/pref.h"
+#include "corekit/UTL/UTL_translate.h"
+
+namespace {
+
+constexpr int proxy_limit = 65;
+
+std::string tr(const char* text) {
+  return UTL_translate_string(text);
+}
+
+}  // namespace
+
+void handle_prefs() {
+  MACIBM_startwind(win_prefs, 0);
+  while (mnw.win_id == win_prefs) {
+    OGL_plot_back_col();
+    BTN_fillwin(1, 21);
+    float x = 0, y = 0;
+    BTN_subwin(0, 13, -1, -1, -1, 70, tr("Proxy (if you are behind a firewall with a Proxy)"), &x,
+               &y);
+    BTN_subwin(0, 13, -1, y, -1, -1, tr("General Preferences"), &x, &y);
+
+    BTN_bool(30, 265, &stg.log_actions,
+             tr("|log installer actions... turn this on to output the installer file downloads and "
+                "stuff to the file log.txt."),
+             0);
+    BTN_bool(30, 190, &stg.beta_flag,
+             tr("|get the new beta as a demo if available.  Leave this off unless you want to "
+                "participate in the Skyvane beta program!"),
+             0);
+    BTN_enterstring(85, 40, &http._proxy_host, proxy_limit, tr("-proxy host"), 455, 1);
+    BTN_enterstring(85, 20, &http._proxy_port, proxy_limit, tr("-proxy port"), 455, 1);
+    // An empty port leaves the number as it was.
+    if (!http._proxy_port.empty()) http._proxy_port_int = str_to_int(http._proxy_port);
+    MACIBM_event_proc();
+  }
+}
+
+void APP_prefs_io(scan_class& scan) {
+  scan.int_io(&stg.stream_count, "_stream_count");
+  scan.int_io(&stg.log_actions, "_log_actions");
+  scan.string_io(&http._proxy_host, "_proxy_host");
+  scan.string_io(&http._proxy_port, "_proxy_port");
+  scan.int_io(&http._proxy_port_int, "_proxy_port_int");
+  scan.int_io(&stg.beta_flag, "_get_beta");
+  scan.int_io(&mnw.language, "_lang");
+}

@@ -1,0 +1,6 @@
+// The settings dialog, and the settings that live in the installer's preference file.
+#pragma once
+
+// The modal dialog behind the Options button; returns when it is closed. Every edit takes effect at
+// once.
+void handle_prefs();

@@ -1,0 +1,406 @@
+// The run without a display: the pages are those of the window, and so is the order of a frame; only
+// the hand on the mouse is replaced. A table says of each page whether it waits for the user or
+// works by itself, and which answers of the command line belong to it.
+//
+// Main thread. Writes unattended_on, the page's choices, and at the end app_done.
+
+#include "Installer-f/main_unattended.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+#include "Installer-f/main_ask.h"
+#include "Installer-f/main_demo.h"
+#include "Installer-f/main_net.h"
+#include "Installer-f/main_patch.h"
+#include "Installer-f/main_stg.h"
+#include "Installer-f/utils_grab.h"
+#include "Installer-f/utils_servers.h"
+#include "corekit/GenC/hl_init.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/OOPS_cpp/http.h"
+#include "corekit/OOPS_cpp/xtim.h"
+#include "corekit/UTL/UTL_cmdline.h"
+
+int unattended_on = 0;
+
+namespace {
+
+// --- the answers -----------------------------------------------------------------------------------
+
+struct answer_set {
+  bool accept_eula = false;
+  std::string dest;  // parent folder of a new copy, trailing "/"; empty for the default
+  std::string name;  // of a new copy; empty for the default
+  std::string copy;  // the copy to update, trailing "/"
+  int on_modified = answer_keep;
+  float give_up_after = 300;  // seconds without any progress
+} answers;
+
+void answer_eula() {
+  if (answers.accept_eula) accept_eula_demo = 1;
+}
+
+void answer_demo_dest() {
+  if (!answers.dest.empty()) demo_dest.parent_dir = answers.dest;
+  if (!answers.name.empty()) demo_dest.install_folder = answers.name;
+  demo_dest.changed = 1;
+}
+
+void answer_copy() {
+  if (!answers.copy.empty()) dest_dir_path = answers.copy;
+}
+
+enum page_kind { page_choice, page_job, page_transfer };
+
+struct page_row {
+  page_function page;
+  page_kind kind;
+  void (*answer)();   // puts the answers into the page's choices; null for none
+  const char* wants;  // the option that a page which will not go on is waiting for
+};
+
+constexpr page_row page_table[] = {
+    {demo_start, page_choice, nullptr, ""},
+    {demo_eula, page_choice, answer_eula, "--accept_eula"},
+    {demo_get_updates, page_job, nullptr, ""},
+    {demo_pick_dest, page_choice, answer_demo_dest, "--dest=FOLDER and --name=NAME"},
+    {demo_run_patch, page_transfer, nullptr, ""},
+    {net_start, page_choice, nullptr, "--copy=FOLDER"},
+    {net_pick_dest, page_choice, answer_copy, "--copy=FOLDER"},
+    {net_get_updates, page_job, nullptr, ""},
+    {net_check_disk, page_choice, nullptr, ""},
+    {net_run_patch, page_transfer, nullptr, ""},
+};
+
+// A page that is not in the table is taken for one that works, and is given the time limit.
+page_row row_of(page_function page) {
+  for (const page_row& row : page_table) {
+    if (row.page == page) return row;
+  }
+  return {page, page_job, nullptr, ""};
+}
+
+// --- what is printed -------------------------------------------------------------------------------
+
+struct console_state {
+  bool terminal = false;
+  bool line_open = false;  // a live line stands unfinished on the terminal
+  int last_step = -1;      // last 5 % step printed
+  std::string last_live;
+} console;
+
+void end_live_line() {
+  if (console.line_open) std::fputc('\n', stdout);
+  console.line_open = false;
+}
+
+void say(const std::string& line) {
+  end_live_line();
+  std::fprintf(stdout, "%s\n", line.c_str());
+  std::fflush(stdout);
+}
+
+void complain(const std::string& line) {
+  end_live_line();
+  std::fflush(stdout);
+  std::fprintf(stderr, "%s\n", line.c_str());
+  xer << line << '\n';
+}
+
+// Page texts hold blank lines for the window's sake; a terminal wants them close.
+std::string on_one_page(const std::string& text) {
+  std::string out;
+  for (const char c : text) {
+    if (c == '\n' && (out.empty() || out.back() == '\n')) continue;
+    out += c;
+  }
+  while (!out.empty() && out.back() == '\n') out.pop_back();
+  return out;
+}
+
+std::string megabytes(float kb) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(kb) / 1000);
+  return text;
+}
+
+std::string clock_time(float seconds) {
+  const long whole = std::min(static_cast<long>(seconds), 359999L);
+  char text[32];
+  std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60, whole % 60);
+  return text;
+}
+
+std::string transfer_line(float fraction) {
+  const patch_figures figures = patch_progress();
+  char percent[16];
+  std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(fraction * 100));
+  std::string line = percent;
+  line += "  " + megabytes(figures.done_kb) + " of " + megabytes(stg.todo_zip_kb);
+  line += "  " + std::to_string(static_cast<long>(figures.kb_per_second)) + " kB/s";
+  line += "  " + clock_time(figures.seconds_left) + " left";
+  return line;
+}
+
+// One line that is kept up to date on a terminal; elsewhere a line every 5 %.
+void show_progress(const page_row& row, const wizard_screen& screen) {
+  float fraction = screen.progress;
+  if (row.kind == page_transfer) {
+    // The page's own figure is smoothed for the eye; a log wants the plain one.
+    fraction = stg.todo_raw_kb > 0 ? std::min(next.done_raw_kb / stg.todo_raw_kb, 1.0f) : 0.0f;
+  }
+  if (fraction < 0) return;
+  if (console.terminal) {
+    std::string line = row.kind == page_transfer
+                           ? transfer_line(fraction)
+                           : std::to_string(static_cast<int>(fraction * 100)) + " %";
+    if (line == console.last_live) return;
+    console.last_live = line;
+    std::fprintf(stdout, "\r%s\033[K", line.c_str());
+    std::fflush(stdout);
+    console.line_open = true;
+    return;
+  }
+  const int step = static_cast<int>(fraction * 20);
+  if (step == console.last_step) return;
+  console.last_step = step;
+  if (row.kind == page_transfer) say(transfer_line(fraction));
+}
+
+// --- the end ---------------------------------------------------------------------------------------
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void on_signal(int) {
+  interrupted = 1;
+}
+
+struct run_state {
+  int status = unattended_failed;  // a run that ends in any unforeseen way has failed
+  bool over = false;
+  std::set<page_function> answered;  // choice pages that Next was pressed on
+  float last_progress = 0;           // frame clock of the last progress
+  double high_mark = -1;             // measure of what has been reached
+  page_function shown = nullptr;     // page whose title was printed
+  int patience = 0;                  // frames that a choice page has been given
+  int kept = 0, overwritten = 0;     // modified files, by the standing answer
+} run;
+
+wizard_press finish(int status) {
+  run.status = status;
+  run.over = true;
+  wizard_press press;
+  press.quit = true;
+  return press;
+}
+
+std::string whole_text(const wizard_screen& screen) {
+  std::string text = screen.text;
+  for (const std::string& note : wizard_notes) text += "\n" + note;
+  return on_one_page(text);
+}
+
+wizard_press refuse(const page_row& row, const wizard_screen& screen) {
+  complain(screen.title + ": " + whole_text(screen));
+  if (*row.wants) complain(std::string("This page wants ") + row.wants + ".");
+  return finish(unattended_refused);
+}
+
+// The file that the run is waiting for, with its server; empty when it waits for none.
+std::string file_in_the_way(const page_row& row) {
+  const std::string mirror = stg.server_count > 0 ? server_name[stg.server_index] : "";
+  if (row.kind == page_transfer) return crnt_file_path.empty() ? "" : mirror + crnt_file_path;
+  if (stg.server_count == -1) return std::string(product_web_host) + "/serverlist9.txt";
+  if (stg.directory_state == manifest_none) {
+    return mirror + server_path[stg.server_index] + "directory.txt.zip";
+  }
+  return "";
+}
+
+wizard_press give_up(const page_row& row, const wizard_screen& screen, const char* why) {
+  std::string line = std::string("Given up: ") + why + ".";
+  const std::string file = file_in_the_way(row);
+  line += file.empty() ? " " + screen.title + ": " + whole_text(screen)
+                       : " The file was " + file + ".";
+  complain(line);
+  return finish(unattended_given_up);
+}
+
+// A measure of the run that only grows by real progress: a mirror that stalls in the same place over
+// and over does not raise it.
+double reached(const wizard_screen& screen) {
+  const double transfer = static_cast<double>(next.done_zip_kb + next.in_flight_kb) +
+                          static_cast<double>(next.next_file);
+  const double manifest = http.slot_active(1) ? static_cast<double>(http.slot_received(1)) : 0;
+  const double page = screen.progress > 0 ? static_cast<double>(screen.progress) : 0;
+  return transfer + manifest + page + stg.directory_state + stg.server_count;
+}
+
+bool stalled(int first_time, const wizard_screen& screen) {
+  const double now = reached(screen);
+  if (first_time) run.high_mark = -1;
+  if (first_time || now > run.high_mark) {
+    run.high_mark = now;
+    run.last_progress = xtim.now_sec;
+  }
+  return xtim.now_sec - run.last_progress > answers.give_up_after;
+}
+
+// A page that waits for the user: give the answers once, then press Next as soon as it opens.
+wizard_press press_on_choice(const page_row& row, int first_time, const wizard_screen& screen) {
+  // Coming back to a page that was left by Next means that what followed it was refused there.
+  if (first_time && run.answered.count(row.page)) {
+    complain(screen.title + ": the wizard came back to this page.");
+    return refuse(row, screen);
+  }
+  if (first_time) {
+    run.patience = 0;
+    if (row.answer) {
+      row.answer();
+      return {};
+    }
+  }
+  if (screen.next) {
+    run.answered.insert(row.page);
+    wizard_press press;
+    press.next = true;
+    return press;
+  }
+  // One frame for the page to take the answers in, and one because some pages alternate.
+  if (++run.patience < 3) return {};
+  return refuse(row, screen);
+}
+
+wizard_press finish_on_last_page(const wizard_screen& screen) {
+  const bool good = !screen.button_names.empty();
+  const std::string text = screen.title + ": " + whole_text(screen);
+  if (good) {
+    if (run.kept) say(std::to_string(run.kept) + " files that you have modified were kept.");
+    if (run.overwritten) {
+      say(std::to_string(run.overwritten) + " files that you had modified were replaced.");
+    }
+    say(text);
+  } else {
+    complain(text);
+  }
+  return finish(good ? unattended_done : unattended_failed);
+}
+
+void show_page(page_function page, const wizard_screen& screen) {
+  if (run.shown == page) return;
+  run.shown = page;
+  console.last_step = -1;
+  say(screen.title);
+}
+
+bool read_number(const char* option, float& value) {
+  if (!cmdline.has_option(option)) return true;
+  const std::string text = cmdline.get_option(option);
+  char* end = nullptr;
+  value = std::strtof(text.c_str(), &end);
+  if (!text.empty() && *end == '\0' && value > 0) return true;
+  complain(std::string(option) + " wants a number above 0, not '" + text + "'.");
+  return false;
+}
+
+bool read_folder(const char* option, std::string& folder) {
+  if (!cmdline.has_option(option)) return true;
+  folder = cmdline.get_option(option);
+  if (folder.empty()) {
+    complain(std::string(option) + " wants a folder.");
+    return false;
+  }
+  folder = from_start_folder(folder);
+  if (folder.back() != '/') folder += '/';
+  return true;
+}
+
+bool read_modified() {
+  if (!cmdline.has_option("--on_modified")) return true;
+  const std::string text = cmdline.get_option("--on_modified");
+  if (text == "keep") {
+    answers.on_modified = answer_keep;
+  } else if (text == "overwrite") {
+    answers.on_modified = answer_overwrite;
+  } else if (text == "cancel") {
+    answers.on_modified = answer_cancel_install;
+  } else {
+    complain("--on_modified wants keep, overwrite or cancel, not '" + text + "'.");
+    return false;
+  }
+  return true;
+}
+
+bool read_name() {
+  if (!cmdline.has_option("--name")) return true;
+  answers.name = cmdline.get_option("--name");
+  // The name is one folder's name: anything that walks elsewhere is a mistake in a script.
+  if (!answers.name.empty() && answers.name.find('/') == std::string::npos &&
+      answers.name != "." && answers.name != "..") {
+    return true;
+  }
+  complain("--name wants the name of a folder, not '" + answers.name + "'.");
+  return false;
+}
+
+}  // namespace
+
+int unattended_begin() {
+  console.terminal = isatty(STDOUT_FILENO) != 0;
+  answers.accept_eula = cmdline.has_option("--accept_eula");
+  if (!read_folder("--dest", answers.dest) || !read_folder("--copy", answers.copy) ||
+      !read_name() || !read_modified() || !read_number("--give_up_after", answers.give_up_after)) {
+    return unattended_refused;
+  }
+  if (!answers.copy.empty()) cmd_line_path = answers.copy;
+  for (const int signal_number : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal_number, on_signal);
+  return 0;
+}
+
+wizard_press unattended_press(page_function page, int first_time, const wizard_screen& screen,
+                              int result) {
+  if (run.over || app_done) return {};
+  const page_row row = row_of(page);
+  if (interrupted) return give_up(row, screen, "interrupted");
+  if (result && screen.next) return {};
+  if (screen.next == wizard_quit) return finish_on_last_page(screen);
+
+  show_page(page, screen);
+  if (row.kind == page_choice) return press_on_choice(row, first_time, screen);
+
+  show_progress(row, screen);
+  if (stg.directory_state == manifest_refused) {
+    complain(screen.title + ": " + whole_text(screen));
+    return finish(unattended_failed);
+  }
+  if (stalled(first_time, screen)) return give_up(row, screen, "no progress");
+  return {};
+}
+
+int unattended_end() {
+  end_live_line();
+  return run.status;
+}
+
+int unattended_modified(const std::string& location, int gone) {
+  const bool keep = answers.on_modified == answer_keep;
+  const bool cancel = answers.on_modified == answer_cancel_install;
+  complain(std::string(keep     ? "Kept, because you have modified it: "
+                       : cancel ? "Cancelled, because you have modified it: "
+                       : gone   ? "Deleted, though you have modified it: "
+                                : "Overwritten, though you have modified it: ") +
+           location);
+  (keep ? run.kept : run.overwritten) += cancel ? 0 : 1;
+  return answers.on_modified;
+}
+
+int unattended_abort(const std::string& question) {
+  complain(on_one_page(question) + "\nGoing on.");
+  return 0;
+}

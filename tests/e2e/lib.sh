@@ -1,0 +1,214 @@
+# Shared by the end-to-end tests; each of them sources this file.
+#
+# Expects in the environment: BIN, the folder of the programs; FIXTURE, the folder that setup.sh
+# filled; both absolute. Gives each test a scratch folder of its own, programs of its own (so that
+# the log beside them is its own too), settings of its own, and takes everything down at the end.
+set -euo pipefail
+
+# The filters of the builder refuse paths that hold certain words, so the folder's name is plain.
+SCRATCH=$(mktemp -d "${TMPDIR:-/tmp}/skyvane-e2e-XXXXXX")
+export XDG_CONFIG_HOME=$SCRATCH/config
+export ASAN_OPTIONS=detect_leaks=0:abort_on_error=0:exitcode=99
+export UBSAN_OPTIONS=print_stacktrace=1
+OUT=$SCRATCH/out.txt  # standard output and error of the last program run
+STATUS=0              # and its exit status
+MOUNTS=()
+CHILDREN=()
+
+finish() {
+  local code=$?
+  for pid in "${CHILDREN[@]}"; do kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null; done
+  for conf in "$SCRATCH"/nginx-*/nginx.pid; do
+    [ -s "$conf" ] && stop_process "$(cat "$conf")"
+  done
+  for mount in "${MOUNTS[@]}"; do umount "$mount"; done
+  if [ "$code" -ne 0 ] && [ "$code" -ne 77 ]; then
+    echo "--- last output (status $STATUS)"
+    tail -n 40 "$OUT" 2>/dev/null
+    echo "--- log"
+    tail -n 40 "$SCRATCH/bin/Skyvane Installer Log.txt" 2>/dev/null
+  fi
+  rm -rf "$SCRATCH"
+  exit "$code"
+}
+trap finish EXIT
+
+stop_process() {
+  kill "$1" 2>/dev/null || return 0
+  for _ in $(seq 100); do
+    kill -0 "$1" 2>/dev/null || return 0
+    sleep 0.05
+  done
+}
+
+fail() {
+  echo "FAILED: $*" >&2
+  exit 1
+}
+
+# A part that only root can set up; ctest counts 77 as skipped and says so.
+need_root() {
+  [ "$(id -u)" = 0 ] || { echo "needs root: $1"; exit 77; }
+}
+
+# program NAME: its path, in a folder of this test.
+program() {
+  mkdir -p "$SCRATCH/bin"
+  [ -e "$SCRATCH/bin/$1" ] || ln "$BIN/$1" "$SCRATCH/bin/$1" 2>/dev/null || cp "$BIN/$1" "$SCRATCH/bin/$1"
+  echo "$SCRATCH/bin/$1"
+}
+
+# run PROGRAM ARGS...: runs it with no display and no input; leaves OUT and STATUS.
+run() {
+  local path
+  path=$(program "$1")
+  shift
+  STATUS=0
+  env -u DISPLAY timeout 300 "$path" "$@" >"$OUT" 2>&1 </dev/null || STATUS=$?
+}
+
+want_status() {
+  [ "$STATUS" = "$1" ] || fail "status $STATUS, wanted $1"
+  if grep -qE 'ERROR: (Address|Thread|Leak)Sanitizer|runtime error:' "$OUT"; then
+    fail "a sanitizer complained"
+  fi
+}
+
+want_text() {
+  grep -qF -- "$1" "$OUT" || fail "no such text in the output: $1"
+}
+
+# serve ROOT [CONFIG]: starts nginx on a free loopback port over ROOT; leaves PORT. It answers
+# requests for every host, and the absolute form that a client sends to a proxy. CONFIG is put into
+# the server block. nginx returns once it listens, so nothing has to wait for it.
+serve() {
+  local root=$1 extra=${2:-} dir
+  for PORT in $(shuf -i 20000-32000 -n 30); do
+    dir=$SCRATCH/nginx-$PORT
+    mkdir -p "$dir"
+    nginx_conf "$dir" "127.0.0.1:$PORT" "$root" "$extra" >"$dir/nginx.conf"
+    nginx -p "$dir" -c "$dir/nginx.conf" 2>"$dir/start.log" && return 0
+    rm -r "$dir"
+  done
+  fail "nginx found no free port"
+}
+
+# serve_at ADDRESS ROOT [CONFIG]: the same on port 80 of a loopback address.
+serve_at() {
+  local dir=$SCRATCH/nginx-$1
+  mkdir -p "$dir"
+  nginx_conf "$dir" "$1:80" "$2" "${3:-}" >"$dir/nginx.conf"
+  nginx -p "$dir" -c "$dir/nginx.conf" 2>"$dir/start.log" || fail "nginx on $1: $(cat "$dir/start.log")"
+}
+
+nginx_conf() {
+  cat <<CONF
+pid $1/nginx.pid;
+error_log $1/error.log;
+worker_processes 1;
+events { worker_connections 64; }
+http {
+  access_log $1/access.log;
+  client_body_temp_path $1/body;
+  proxy_temp_path $1/proxy;
+  fastcgi_temp_path $1/fastcgi;
+  uwsgi_temp_path $1/uwsgi;
+  scgi_temp_path $1/scgi;
+  server {
+    listen $2;
+    root "$3";
+    $4
+  }
+}
+$([ "$(id -u)" = 0 ] && echo "user root;")
+CONF
+}
+
+# through_proxy PORT: the options that lead every host name to that port.
+through_proxy() {
+  echo --pref:_proxy_host=127.0.0.1 "--pref:_proxy_port_int=$1"
+}
+
+# web_root NAME MASTER FOLDER...: a web server's folder with the server list and a master, as the
+# makers publish it. Prints the folder.
+web_root() {
+  local name=$1 master=$2 root=$SCRATCH/web-$1
+  mkdir -p "$root/updates"
+  ln -sfn "$master/disk_0/$name" "$root/updates/$name"
+  server_list "$name" "mirror.example" >"$root/serverlist9.txt"
+  echo "$root"
+}
+
+# server_list NAME HOST...: a server list with these mirrors, each with its releases in /updates/.
+server_list() {
+  local name=$1
+  shift
+  printf 'I\n820 version\nSERVERS\nFINAL_VERSION 91001\nFINAL %s\n' "$name"
+  for host in "$@"; do printf 'SERVER %s\n/updates/\nMirror %s\n' "$host" "$host"; done
+  echo ENDOFLIST
+}
+
+# shipped SOURCE PLATFORM: the files of a source tree that belong on a web master for a platform
+# (Macintosh, Windows or Linux), as "relative-location TAB source", sorted; the makers' rules said in
+# other words than the builder's.
+shipped() {
+  local src=$1 platform=$2
+  (
+    cd "$src"
+    find All "$platform" \( -type l -o -type f -size +0c \) -print0
+  ) | grep -zvE '\.7z|Thumbs\.db|work\.|\._|\.DS_Store|\.sandboxinfo|\.xSYM' |
+    grep -zvE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|Skyvane Pilot\.txt|\.dsf\.txt' |
+    grep -zvE 'All/install_pfc Aircraft/|/-global (overlays|terrain)-|/DSF 900 (Mars|Moon) World-Wide' |
+    grep -zvE 'All/Resources/default scenery/900 red terrain/|bitmaps/Earth Orbit Textures/' |
+    grep -zvE "$(foreign_plugins "$platform")" | tr '\0' '\n' |
+    sed 's#^\([^/]*\)/\(.*\)$#\2\t\1/\2#' | LC_ALL=C sort
+}
+
+# Plug-in libraries in the neutral tree that belong to other platforms than the one named.
+foreign_plugins() {
+  local base='All/Resources/plugins/(KVLM|KVWidgets)'
+  local mac="$base\\.shlb|$base\\.framework/(KVLM|KVWidgets)|plugins/PluginAdminMac\\.kvl"
+  local win="$base\\.dll|plugins/PluginAdminWin\\.kvl"
+  local lin="$base\\.so|plugins/PluginAdminLin\\.kvl"
+  case $1 in
+    Macintosh) echo "$win|$lin" ;;
+    Windows) echo "$mac|$lin" ;;
+    Linux) echo "$mac|$win" ;;
+  esac
+}
+
+# same_tree SOURCE PLATFORM COPY: the copy holds exactly the shipped files, equal in bytes, mode and
+# link target, and no folder but theirs and the fixed ones.
+same_tree() {
+  local src=$1 platform=$2 copy=$3 rel from
+  shipped "$src" "$platform" >"$SCRATCH/want.tsv"
+  [ -s "$SCRATCH/want.tsv" ] || fail "nothing is shipped from $src"
+  cut -f1 "$SCRATCH/want.tsv" >"$SCRATCH/want.txt"
+  (cd "$copy" && find . \( -type f -o -type l \) | sed 's#^\./##') | LC_ALL=C sort >"$SCRATCH/have.txt"
+  diff "$SCRATCH/want.txt" "$SCRATCH/have.txt" >"$SCRATCH/diff.txt" ||
+    fail "the copy's files differ: $(head -n 10 "$SCRATCH/diff.txt")"
+  while IFS=$'\t' read -r rel from; do
+    same_file "$src/$from" "$copy/$rel"
+  done <"$SCRATCH/want.tsv"
+  same_folders "$copy"
+}
+
+same_file() {
+  if [ -L "$1" ]; then
+    [ -L "$2" ] && [ "$(readlink "$1")" = "$(readlink "$2")" ] || fail "link differs: $2"
+  else
+    [ ! -L "$2" ] && cmp -s "$1" "$2" || fail "bytes differ: $2"
+    [ "$(stat -c %a "$1")" = "$(stat -c %a "$2")" ] || fail "mode differs: $2"
+  fi
+}
+
+same_folders() {
+  {
+    sed 's#/[^/]*$##;t;d' "$SCRATCH/want.txt" | awk -F/ '{p=""; for(i=1;i<=NF;i++){p=p (i>1?"/":"") $i; print p}}'
+    printf '%s\n' Output "Output/FMS plans" Output/logbooks Output/movies Output/situations \
+      Resources Resources/preferences
+  } | LC_ALL=C sort -u >"$SCRATCH/want_dirs.txt"
+  (cd "$1" && find . -mindepth 1 -type d | sed 's#^\./##') | LC_ALL=C sort >"$SCRATCH/have_dirs.txt"
+  diff "$SCRATCH/want_dirs.txt" "$SCRATCH/have_dirs.txt" >"$SCRATCH/diff.txt" ||
+    fail "the copy's folders differ: $(head -n 10 "$SCRATCH/diff.txt")"
+}

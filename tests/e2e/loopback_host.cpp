@@ -1,0 +1,5 @@
+// The product's web server of the end-to-end tests, in place of the built-in host.
+
+#include "Installer-f/main_stg.h"
+
+const char* const product_web_host = "127.0.0.2";
