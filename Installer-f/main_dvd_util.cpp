@@ -9,6 +9,7 @@
 #include "Installer-f/utils_registry.h"
 #include "Installer-f/utils_sizes.h"
 #include "corekit/Files/io_utils.h"
+#include "corekit/Files/io_utils_ouf.h"
 #include "corekit/Files/io_zip.h"
 #include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_mnw.h"
@@ -26,7 +27,7 @@ constexpr float bytes_per_kb = 1000.0f;
 void read_disc_label(const std::string& path) {
   constexpr int versions[] = {900, 0};
   xmap_class label(path);
-  if (!label.file_start || label.check_file(file_type_text, versions, "DVD", nullptr) != 900) {
+  if (!label.file_start || label.check_file(ouf_text, versions, "DVD", nullptr) != 900) {
     return;
   }
   stg.server_count = 0;
