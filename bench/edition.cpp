@@ -1,0 +1,10 @@
+// What the system needs of an edition, for the benchmarks: no start page, and a title.
+
+#include "Installer-f/main_wizard.h"
+#include "corekit/GenH/hl_app.h"
+
+page_function g_wizard = nullptr;
+
+const char* APP_title() {
+  return "Skyvane Benchmarks";
+}

@@ -1,0 +1,199 @@
+// Folders made and removed on disk, with what a user may have put in their way.
+
+#include "Installer-f/utils_dirs.h"
+
+#include "engine_tree.h"
+
+namespace {
+
+class EngineDirs : public engine_tree {
+ protected:
+  void fetch(std::string_view path) { add(path, {"s"}).need_fetch = 1; }
+  void drop(std::string_view path) {
+    file_version_struct& current = add(path, {"s", "GONE"});
+    current.need_delete = 1;
+    current.sig_have = "s";
+    current.sig_match = 1;
+  }
+
+  bool folder(const std::string& path) {
+    struct stat info;
+    return stat((root + path).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+  }
+  void link(const std::string& target, const std::string& path) {
+    ASSERT_EQ(symlink(target.c_str(), (root + path).c_str()), 0) << path;
+  }
+
+  // The code that make_dirs gives, with what it tells the user in `told`.
+  int make_and_listen() {
+    testing::internal::CaptureStderr();
+    const int code = make_dirs();
+    told = testing::internal::GetCapturedStderr();
+    return code;
+  }
+  std::string told;
+};
+
+constexpr const char* fixed[] = {
+    "Output",    "Output/FMS plans",      "Output/logbooks", "Output/movies", "Output/situations",
+    "Resources", "Resources/preferences",
+};
+
+TEST_F(EngineDirs, MakesTheTree) {
+  dest_dir_path = root + "x/y/z/";
+  fetch("ALL_os/Resources/a/b/c.txt");
+  fetch("ALL_os/top.txt");
+  fetch("ALL_os/d e/f.txt");
+  add("ALL_os/unneeded/g.txt", {"s"});
+  fetch("IBM_os/windows/h.txt");
+  sim_info.back().current().os = 2;
+  EXPECT_EQ(make_dirs(), 0);
+  for (const char* name : {"Resources/a/b", "d e"})
+    EXPECT_TRUE(folder(std::string("x/y/z/") + name)) << name;
+  for (const char* name : fixed)
+    EXPECT_TRUE(folder(std::string("x/y/z/") + name)) << name;
+  for (const char* name : {"unneeded", "windows", "top.txt", "ALL_os"})
+    EXPECT_FALSE(there(std::string("x/y/z/") + name)) << name;
+  EXPECT_EQ(make_dirs(), 0);  // over what is there
+}
+
+TEST_F(EngineDirs, FailuresThatStop) {
+  const struct {
+    const char* label;
+    const char* blocker;  // a plain file
+    const char* dest;
+    int code;
+    const char* failing;
+  } rows[] = {
+      {"parent of the destination", "file", "file/x/", 20, "file/x"},
+      {"folder of a file", "copy/a", "copy/", 20, "copy/a/b"},
+  };
+  for (const auto& row : rows) {
+    sim_info.clear();
+    fetch("ALL_os/a/b/c.txt");
+    write(row.blocker, "mine");
+    dest_dir_path = root + row.dest;
+    EXPECT_EQ(make_and_listen(), row.code) << row.label;
+    EXPECT_NE(
+        told.find("I am unable to install or update Skyvane. An error occurred while creating "
+                  "new folders."),
+        std::string::npos)
+        << told;
+    EXPECT_NE(told.find("Error: Not a directory"), std::string::npos) << told;
+    EXPECT_NE(told.find("Install Location: " + dest_dir_path), std::string::npos) << told;
+    EXPECT_NE(told.find("Install Path:" + root + row.failing), std::string::npos) << told;
+    EXPECT_EQ(read(row.blocker), "mine");
+    EXPECT_FALSE(there(std::string(row.dest) + "Output")) << row.label;
+  }
+  dest_dir_path.clear();
+  EXPECT_NE(make_and_listen(), 0);
+}
+
+TEST_F(EngineDirs, AFixedFolderThatFailsIsReportedOnly) {
+  write("copy/Output", "mine");
+  EXPECT_EQ(make_and_listen(), 0);
+  EXPECT_NE(told.find("Install Path:" + dest_dir_path + "Output/movies"), std::string::npos)
+      << told;
+  EXPECT_TRUE(folder("copy/Resources/preferences"));
+  EXPECT_EQ(read("copy/Output"), "mine");
+}
+
+// The user has moved a folder elsewhere and left a link: it serves as the folder.
+TEST_F(EngineDirs, ALinkInPlaceOfAFolder) {
+  write("elsewhere/mine", "mine");
+  write("copy/x", "");
+  link("../elsewhere", "copy/a");
+  fetch("ALL_os/a/b/c.txt");
+  EXPECT_EQ(make_dirs(), 0);
+  EXPECT_TRUE(folder("elsewhere/b"));
+  EXPECT_EQ(read("elsewhere/mine"), "mine");
+}
+
+TEST_F(EngineDirs, RoomForTheFrameworks) {
+  const std::string one = "copy/Resources/plugins/KVLM.framework/";
+  const std::string two = "copy/Resources/plugins/KVWidgets.framework/";
+  write(one + "Versions/Current/old", "1");
+  write(one + "Resources/old", "2");
+  write(two + "Versions/A/new", "3");
+  link("A", two + "Versions/Current");
+  write(two + "Resources", "4");
+  for (int run = 0; run < 2; ++run) {
+    EXPECT_EQ(make_dirs(), 0);
+    EXPECT_EQ(read(one + "Versions/_Current/old"), "1");
+    EXPECT_EQ(read(one + "_Resources/old"), "2");
+    EXPECT_FALSE(there(one + "Versions/Current"));
+    EXPECT_FALSE(there(one + "Resources"));
+    EXPECT_EQ(read(two + "Versions/Current/new"), "3");
+    EXPECT_FALSE(there(two + "Versions/_Current"));
+    EXPECT_EQ(read(two + "_Resources"), "4");
+  }
+  // A folder that comes back beside what was moved aside is not lost.
+  write(one + "Resources/newer", "5");
+  EXPECT_EQ(make_dirs(), 0);
+  EXPECT_EQ(read(one + "Resources/newer"), "5");
+  EXPECT_EQ(read(one + "_Resources/old"), "2");
+}
+
+TEST_F(EngineDirs, DeletesAndCleansUp) {
+  open_log();
+  stg.log_actions = 1;
+  write("copy/a/b/1", "s");
+  write("copy/a/b/2", "s");
+  write("copy/c/3", "s");
+  write("copy/c/mine", "mine");
+  write("copy/d/4", "s");
+  write("copy/d/.hidden", "mine");
+  write("copy/top", "s");
+  write("copy/e/5", "kept");
+  ASSERT_EQ(mkdir((root + "copy/empty").c_str(), 0755), 0);
+  write("elsewhere/6", "s");
+  link("../elsewhere", "copy/link");
+  drop("ALL_os/a/b/1");
+  drop("ALL_os/a/b/2");
+  drop("ALL_os/c/3");
+  drop("ALL_os/d/4");
+  drop("ALL_os/top");
+  drop("ALL_os/link/6");
+  drop("ALL_os/absent/7");
+  add("ALL_os/e/5", {"s"});
+
+  delete_files();
+  for (const char* gone : {"a", "c/3", "d/4", "top"})
+    EXPECT_FALSE(there(std::string("copy/") + gone)) << gone;
+  for (const char* kept : {"copy", "copy/c/mine", "copy/d/.hidden", "copy/e/5", "copy/empty",
+                           "copy/link", "elsewhere"})
+    EXPECT_TRUE(there(kept)) << kept;
+  EXPECT_FALSE(there("elsewhere/6"));
+  for (size_t i = 0; i < 7; ++i) {
+    EXPECT_EQ(sim_info[i].current().sig_have, sig_none);
+    EXPECT_EQ(sim_info[i].current().sig_match, 0);
+  }
+  EXPECT_EQ(stg.activity, activity_deleting);
+  for (const char* line : {"DELETING  file ", "a/b/1, with result=0.\n",
+                           "absent/7, with result=2.\n", "cleanup: DELETING  file "})
+    EXPECT_NE(log().find(line), std::string::npos) << line;
+  EXPECT_LT(log().find("cleanup: DELETING  file " + dest_dir_path + "a/b/,"),
+            log().find("cleanup: DELETING  file " + dest_dir_path + "a/,"));
+}
+
+TEST_F(EngineDirs, TheDestinationStays) {
+  open_log();
+  write("copy/a/1", "s");
+  drop("ALL_os/a/1");
+  delete_files();
+  EXPECT_TRUE(folder("copy"));
+  EXPECT_FALSE(there("copy/a"));
+  EXPECT_EQ(log(), "");  // actions are logged on request only
+}
+
+TEST_F(EngineDirs, FoldersOfALocation) {
+  dest_dir_path = "/copy/";
+  std::set<std::string> folders;
+  note_emptied_folders("/copy/a/b/c/1", folders);
+  note_emptied_folders("/copy/a/d/2", folders);
+  note_emptied_folders("/copy/3", folders);
+  EXPECT_EQ(folders,
+            (std::set<std::string>{"/copy/a/", "/copy/a/b/", "/copy/a/b/c/", "/copy/a/d/"}));
+}
+
+}  // namespace

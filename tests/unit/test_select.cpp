@@ -1,0 +1,268 @@
+// Selection: every state of a file on disk against every way of judging it, and what the pages are
+// told of the job.
+
+#include "Installer-f/utils_select.h"
+
+#include <vector>
+
+#include "Installer-f/main_ask.h"
+#include "Installer-f/utils_sizes.h"
+#include "engine_tree.h"
+
+namespace {
+
+// The user: gives the answers in turn and notes what was asked.
+std::vector<int> answers;
+std::vector<std::string> questions;
+
+int scripted_user(const std::string& location, int gone) {
+  questions.push_back((gone ? "delete " : "install ") + location.substr(dest_dir_path.size()));
+  if (answers.empty()) return answer_cancel_install;
+  const int answer = answers.front();
+  answers.erase(answers.begin());
+  return answer;
+}
+
+class EngineSelect : public engine_tree {
+ protected:
+  void SetUp() override {
+    engine_tree::SetUp();
+    dest_dir_path = "/copy/";
+    answers.clear();
+    questions.clear();
+    ask_about_modified = scripted_user;
+  }
+  void TearDown() override {
+    ask_about_modified = select_alert;
+    engine_tree::TearDown();
+  }
+
+  // A file with three shipped versions, of which the disk has `have`.
+  file_version_struct& file(std::string_view path, std::string_view have,
+                            std::string_view want = "new") {
+    file_version_struct& current = add(path, {"old", "older", want});
+    current.sig_have = have;
+    current.sig_match = current.sig_have == current.sig_want;
+    return current;
+  }
+
+  void make_tile(file_version_struct& current, int lon, int lat) {
+    current.is_global = 1;
+    current.lon_index = lon;
+    current.lat_index = lat;
+  }
+
+  // "F" to fetch, "D" to delete, "-" for neither, in table order.
+  static std::string flags() {
+    std::string text;
+    for (const file_history_struct& history : sim_info) {
+      const file_version_struct& current = history.current();
+      EXPECT_FALSE(current.need_fetch && current.need_delete);
+      text += current.need_fetch ? 'F' : current.need_delete ? 'D' : '-';
+    }
+    return text;
+  }
+};
+
+TEST_F(EngineSelect, EveryStateOfAFile) {
+  enum place { plain, gone, tile_taken, tile_left };
+  const struct {
+    const char* label;
+    place where;
+    const char* have;
+    int answer;  // 0: there must be no question
+    const char* flags;
+    int result;
+  } rows[] = {
+      {"absent", plain, "NONE", 0, "F", 1},
+      {"current", plain, "new", 0, "-", 1},
+      {"earlier", plain, "older", 0, "F", 1},
+      {"earliest", plain, "old", 0, "F", 1},
+      {"unknown, overwrite", plain, "mine", 1, "F", 1},
+      {"unknown, keep", plain, "mine", 2, "-", 1},
+      {"unknown, cancel", plain, "mine", 3, "-", 0},
+      {"unknown, folder", plain, "mine", 4, "F", 1},
+      {"unknown, keep folder", plain, "mine", 5, "-", 1},
+      {"unknown, no answer", plain, "mine", 6, "-", 0},
+      {"nearly known", plain, "olde", 2, "-", 1},
+      {"dropped, absent", gone, "NONE", 0, "-", 1},
+      {"dropped, ours", gone, "older", 0, "D", 1},
+      {"dropped, unknown, delete", gone, "mine", 1, "D", 1},
+      {"dropped, unknown, keep", gone, "mine", 2, "-", 1},
+      {"dropped, unknown, cancel", gone, "mine", 3, "-", 0},
+      {"dropped, unknown, folder", gone, "mine", 4, "D", 1},
+      {"dropped, unknown, keep folder", gone, "mine", 5, "-", 1},
+      {"tile taken, absent", tile_taken, "NONE", 0, "F", 1},
+      {"tile taken, current", tile_taken, "new", 0, "-", 1},
+      {"tile taken, earlier", tile_taken, "old", 0, "F", 1},
+      {"tile left, absent", tile_left, "NONE", 0, "-", 1},
+      {"tile left, current", tile_left, "new", 0, "D", 1},
+      {"tile left, earlier", tile_left, "old", 0, "D", 1},
+      {"tile left, unknown", tile_left, "mine", 1, "D", 1},
+      {"tile left, unknown, keep", tile_left, "mine", 2, "-", 1},
+  };
+  for (const auto& row : rows) {
+    sim_info.clear();
+    stg = stg_record();
+    file_version_struct& current = file("A/f", row.have, row.where == gone ? "GONE" : "new");
+    if (row.where == tile_taken || row.where == tile_left) make_tile(current, 6, 12);
+    if (row.where == tile_taken) stg.sector_selected[sector_cell(6, 12)] = 1;
+    current.need_fetch = current.need_delete = 1;  // of an earlier run
+    answers.assign(1, row.answer);
+    questions.clear();
+    EXPECT_EQ(choose_files(), row.result) << row.label;
+    EXPECT_EQ(flags(), row.flags) << row.label;
+    const bool to_delete = row.where == gone || row.where == tile_left;
+    EXPECT_EQ(questions.size(), row.answer ? 1u : 0u) << row.label;
+    for (const std::string& question : questions)
+      EXPECT_EQ(question, to_delete ? "delete f" : "install f") << row.label;
+  }
+}
+
+// Answers for a folder hold for that folder alone, for installs and deletions alike, and for one
+// run.
+TEST_F(EngineSelect, AnswersForAFolder) {
+  file("A/a/1", "mine");
+  file("A/a/2", "mine", "GONE");
+  file("A/a/sub/3", "mine");
+  file("A/ab/4", "mine");
+  file("A/a/5", "mine");
+  answers = {answer_keep_folder, answer_overwrite_folder, answer_overwrite};
+  EXPECT_EQ(choose_files(), 1);
+  EXPECT_EQ(flags(), "--FF-");
+  EXPECT_EQ(questions,
+            (std::vector<std::string>{"install a/1", "install a/sub/3", "install ab/4"}));
+
+  questions.clear();
+  answers = {answer_overwrite_folder, answer_keep_folder, answer_keep};
+  EXPECT_EQ(choose_files(), 1);
+  EXPECT_EQ(flags(), "FD--F");
+  EXPECT_EQ(questions.size(), 3u);
+}
+
+TEST_F(EngineSelect, CancelLeavesTheRestClear) {
+  open_log();
+  file("A/1", "NONE");
+  file("A/2", "mine");
+  file("A/3", "NONE").need_fetch = 1;
+  EXPECT_EQ(choose_files(), 0);
+  EXPECT_EQ(flags(), "F--");
+  EXPECT_EQ(log(), "File: /copy/2  sig_want=new  sig_have=mine\n");
+}
+
+TEST_F(EngineSelect, Wanted) {
+  file_version_struct& record = file("A/1", "NONE");
+  const struct {
+    int target;
+    const char* by_os;  // for os 0 to 6
+  } rows[] = {{target_mac, "1100000"}, {target_windows, "1010000"}, {target_linux, "1001001"}};
+  for (const auto& row : rows) {
+    stg.target_os = row.target;
+    for (int os = 0; os <= 6; ++os) {
+      record.os = os;
+      EXPECT_EQ(want_this_f(0, 2), row.by_os[os] - '0') << "target " << row.target << " os " << os;
+    }
+  }
+  record.os = 0;
+  for (int filter = 0; filter < 4; ++filter) {
+    set_install_filter(filter & 1, filter >> 1);
+    record.is_global = 0;
+    EXPECT_EQ(want_this_f(0, 2), filter & 1) << filter;
+    record.is_global = 1;
+    EXPECT_EQ(want_this_f(0, 2), filter >> 1) << filter;
+  }
+  EXPECT_EQ(want_this_f(0, 0), 1);  // goes by the record named, not by the current one
+}
+
+// What is not for this run is left alone, whatever its state, and its old flags go.
+TEST_F(EngineSelect, UnwantedIsLeftAlone) {
+  make_tile(file("A/tile", "new"), 3, 3);
+  file("A/windows", "NONE").os = 2;
+  file("A/modified", "mine").os = 4;
+  for (file_history_struct& history : sim_info)
+    history.current().need_delete = 1;
+  set_install_filter(1, 0);
+  EXPECT_EQ(choose_files(), 1);
+  EXPECT_EQ(flags(), "---");
+  EXPECT_TRUE(questions.empty());
+}
+
+TEST_F(EngineSelect, Progress) {
+  const float sizes[] = {10, 20, 0, 30, 40};
+  for (int i = 0; i < 5; ++i)
+    file("A/" + std::to_string(i), i == 1 ? "new" : "NONE").raw_kb = sizes[i];
+  ASSERT_EQ(choose_files(), 1);
+  const float starts[] = {0, 0.125f, 0.125f, 0.125f, 0.5f};
+  for (int i = 0; i < 5; ++i)
+    EXPECT_FLOAT_EQ(sim_info[i].current().progress_start, starts[i]) << i;
+
+  for (file_history_struct& history : sim_info)
+    history.current().sig_have = "new";
+  ASSERT_EQ(choose_files(), 1);
+  for (const file_history_struct& history : sim_info)
+    EXPECT_EQ(history.current().progress_start, 0.5f);
+}
+
+TEST_F(EngineSelect, Scenery) {
+  make_tile(file("A/1", "new"), 1, 2);
+  make_tile(file("A/2", "NONE"), 3, 4);
+  make_tile(file("A/3", "mine"), 35, 17);
+  file("A/4", "new").lon_index = 9;  // no tile
+  stg.sector_selected[sector_cell(5, 5)] = 1;
+  scenery_from_install();
+  int selected = 0;
+  for (const int cell : stg.sector_selected)
+    selected += cell;
+  EXPECT_EQ(selected, 2);
+  EXPECT_EQ(stg.sector_selected[sector_cell(1, 2)] + stg.sector_selected[sector_cell(35, 17)], 2);
+
+  stg.sector_available[sector_cell(7, 7)] = 1;
+  scenery_take_all();
+  EXPECT_EQ(stg.sector_selected[sector_cell(7, 7)], 1);
+  EXPECT_EQ(stg.sector_selected[sector_cell(1, 2)], 0);
+}
+
+TEST_F(EngineSelect, Totals) {
+  const auto sized = [](file_version_struct& current, float zip,
+                        float raw) -> file_version_struct& {
+    current.zip_kb = zip;
+    current.raw_kb = raw;
+    return current;
+  };
+  sized(file("A/absent", "NONE"), 1, 2);
+  sized(file("A/modified", "mine"), 10, 20);
+  sized(file("A/current", "new"), 100, 200);
+  sized(file("A/dropped and there", "old", "GONE"), 100, 200);  // not counted: a preview of scenery
+  sized(file("A/windows", "NONE"), 100, 200).os = 2;
+  make_tile(sized(file("A/tile taken", "NONE"), 1000, 2000), 1, 1);
+  make_tile(sized(file("A/tile left, there", "new"), 100, 200), 2, 2);
+  make_tile(sized(file("A/tile left, absent", "NONE"), 100, 200), 2, 2);
+  stg.sector_selected[sector_cell(1, 1)] = 1;
+  stg.todo_install_count = stg.todo_delete_count = 77;
+
+  recalc_disk_sizes();
+  EXPECT_EQ(stg.todo_zip_kb, 1011.0f);
+  EXPECT_EQ(stg.todo_raw_kb, 2022.0f);
+  EXPECT_EQ(stg.todo_install_count, 3);
+  EXPECT_EQ(stg.todo_delete_count, 1);
+
+  set_install_filter(0, 1);
+  recalc_disk_sizes();
+  EXPECT_EQ(stg.todo_install_count, 1);
+  EXPECT_EQ(stg.todo_delete_count, 1);
+}
+
+TEST(EngineSizes, ForTheUser) {
+  const struct {
+    float kb;
+    const char* text;
+  } rows[] = {
+      {0, "0 KB"},         {1023.4f, "1023 KB"},    {1024, "1024 KB"},
+      {1025, "1 MB"},      {1024000, "1000 MB"},    {1024001, "1.0 GB"},
+      {1572864, "1.5 GB"}, {104857600, "100.0 GB"}, {2048, "2 MB"},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(size_string(row.kb), row.text) << row.kb;
+}
+
+}  // namespace

@@ -1,0 +1,244 @@
+// Verification over real trees: what is on disk against what the table wants. Expected signatures
+// are md5sum's.
+
+#include "Installer-f/utils_verify.h"
+
+#include <sys/types.h>
+
+#include "Installer-f/utils_select.h"
+#include "corekit/Files/io_utils.h"
+#include "engine_tree.h"
+
+namespace {
+
+constexpr char md5_of_nothing[] = "d41d8cd98f00b204e9800998ecf8427e";
+constexpr char md5_of_abc[] = "900150983cd24fb0d6963f7d28e17f72";  // "abc"
+
+class EngineVerify : public engine_tree {
+ protected:
+  // Runs a pass to its end; returns the steps it took.
+  int run_pass() {
+    int index = 0, steps = 1;
+    float progress = -1;
+    while (checksum_directory(index, progress) == 0) {
+      EXPECT_GE(progress, 0.0f);
+      EXPECT_LE(progress, 1.0f);
+      usleep(200);
+      ++steps;
+    }
+    EXPECT_EQ(index, static_cast<int>(sim_info.size()));
+    EXPECT_EQ(checksum_workers, nullptr);
+    return steps;
+  }
+
+  std::string md5sum(const std::string& path) {
+    std::FILE* const sums = popen(("md5sum < '" + path + "'").c_str(), "r");
+    char digest[33] = "";
+    if (sums != nullptr) {
+      EXPECT_EQ(std::fscanf(sums, "%32s", digest), 1);
+      pclose(sums);
+    }
+    return digest;
+  }
+};
+
+TEST_F(EngineVerify, OneFile) {
+  std::string big(3 * 256 * 1024 + 5, 'q');
+  for (size_t i = 0; i < big.size(); i += 7)
+    big[i] = static_cast<char>(i);
+  write("empty", "");
+  write("abc", "abc");
+  write("one buffer", big.substr(0, 256 * 1024));
+  write("big", big);
+  write("a:b\\c", "abc");  // no path of ours, but no reason to end the program
+  write("folder/x", "abc");
+  ASSERT_EQ(mkfifo((root + "fifo").c_str(), 0644), 0);
+  ASSERT_EQ(symlink("abc", (root + "to abc").c_str()), 0);
+  ASSERT_EQ(symlink("nowhere at all", (root + "dangling").c_str()), 0);
+  ASSERT_EQ(symlink("folder", (root + "to folder").c_str()), 0);
+  ASSERT_EQ(symlink("loop", (root + "loop").c_str()), 0);
+  write("text of dangling", "nowhere at all");
+  write("text of loop", "loop");
+
+  const struct {
+    const char* path;
+    std::string sig;  // empty: cannot be read
+  } rows[] = {
+      {"empty", md5_of_nothing},
+      {"abc", md5_of_abc},
+      {"one buffer", md5sum(root + "one buffer")},
+      {"big", md5sum(root + "big")},
+      {"a:b\\c", md5_of_abc},
+      {"to abc", md5_of_abc},  // its text happens to be "abc"
+      {"dangling", md5sum(root + "text of dangling")},
+      {"loop", md5sum(root + "text of loop")},
+      {"to folder/x", md5_of_abc},
+      {"ABC", md5_of_abc},  // another spelling on disk
+      {"FOLDER/X", md5_of_abc},
+      {"DangLing", md5sum(root + "text of dangling")},
+      {"loop/x", ""},
+      {"folder", ""},
+      {"folder/", ""},
+      {"fifo", ""},
+      {"absent", ""},
+      {"abc/x", ""},
+      {"", ""},
+  };
+  for (const auto& row : rows) {
+    std::string sig = "untouched";
+    const std::string path = *row.path ? root + row.path : "";
+    EXPECT_EQ(calc_file_md5(path, sig), row.sig.empty() ? 20006 : 0) << row.path;
+    EXPECT_EQ(sig, row.sig.empty() ? "untouched" : row.sig) << row.path;
+  }
+  std::string sig;
+  EXPECT_EQ(calc_file_md5(root + std::string(5000, 'n'), sig), 20006);
+
+  g_case_sensitive = 0;
+  EXPECT_EQ(calc_file_md5(root + "ABC", sig), 20006);
+  g_case_sensitive = 1;
+
+  // A file that this user may not read. The super-user may read all, so it steps down for that.
+  const uid_t user = geteuid();
+  ASSERT_EQ(chmod(root.c_str(), 0755), 0);
+  ASSERT_EQ(chmod((root + "abc").c_str(), 0), 0);
+  ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
+  EXPECT_EQ(calc_file_md5(root + "abc", sig), 20006);
+  EXPECT_EQ(calc_file_md5(root + "big", sig), 0);
+  ASSERT_EQ(seteuid(user), 0);
+}
+
+TEST_F(EngineVerify, APassOverATree) {
+  open_log();
+  write("copy/a/current", "abc");
+  write("copy/a/changed", "abcd");
+  write("copy/a/dropped", "abc");
+  write("copy/windows", "abc");
+  write("copy/Spelt Otherwise", "abc");
+  add("ALL_os/a/current", {"older", md5_of_abc});
+  add("ALL_os/a/changed", {md5_of_abc});
+  add("ALL_os/a/dropped", {md5_of_abc, "GONE"});
+  add("ALL_os/a/absent", {md5_of_abc});
+  add("IBM_os/windows", {md5_of_abc}).os = 2;
+  add("ALL_os/spelt otherwise", {md5_of_abc});
+  add("ALL_os/a", {md5_of_abc});  // a folder in its place
+
+  run_pass();
+  const struct {
+    std::string have;
+    int match;
+  } rows[] = {
+      {md5_of_abc, 1}, {md5sum(root + "copy/a/changed"), 0},
+      {md5_of_abc, 0}, {"NONE", 0},
+      {"", 0},         {md5_of_abc, 1},
+      {"NONE", 0},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    EXPECT_EQ(sim_info[i].current().sig_have, rows[i].have) << sim_info[i].current().path;
+    EXPECT_EQ(sim_info[i].current().sig_match, rows[i].match) << sim_info[i].current().path;
+  }
+  EXPECT_TRUE(sim_info[0].versions[0].sig_have.empty());
+  EXPECT_NE(log().find(" Start of MD5 at "), std::string::npos);
+  EXPECT_NE(log().find(" End of MD5 at "), std::string::npos);
+
+  // A second pass sees what has changed in between.
+  write("copy/a/absent", "abc");
+  ASSERT_EQ(unlink((root + "copy/a/current").c_str()), 0);
+  run_pass();
+  EXPECT_EQ(sim_info[0].current().sig_have, sig_none);
+  EXPECT_EQ(sim_info[0].current().sig_match, 0);
+  EXPECT_EQ(sim_info[3].current().sig_match, 1);
+}
+
+TEST_F(EngineVerify, NoDestination) {
+  add("A/1", {"x"}).sig_match = 1;
+  add("A/2", {"NONE"});
+  int index = 0;
+  float progress = -1;
+  EXPECT_EQ(checksum_directory(index, progress), 1);
+  EXPECT_EQ(checksum_workers, nullptr);
+  EXPECT_EQ(sim_info[0].current().sig_have, sig_none);
+  EXPECT_EQ(sim_info[0].current().sig_match, 0);
+  EXPECT_EQ(sim_info[1].current().sig_match, 1);
+  EXPECT_EQ(index, 2);
+}
+
+TEST_F(EngineVerify, EmptyTable) {
+  mkdir(dest_dir_path.c_str(), 0755);
+  EXPECT_LE(run_pass(), 2);
+  int index = 0;
+  float progress = -1;
+  while (checksum_directory(index, progress) == 0)
+    usleep(200);
+  EXPECT_EQ(progress, 0.0f);
+}
+
+// More files than the queue takes at once: every one is found, in the first step none past the
+// limit.
+TEST_F(EngineVerify, ManyFiles) {
+  constexpr int files = 2003;
+  for (int i = 0; i < files; ++i) {
+    const std::string name = std::to_string(i);
+    if (i % 3 == 0) write("copy/" + name, "abc");
+    add("A/" + name, {md5_of_abc});
+  }
+  mkdir(dest_dir_path.c_str(), 0755);
+  int index = 0;
+  float progress = 0;
+  EXPECT_EQ(checksum_directory(index, progress), 0);
+  EXPECT_EQ(index % 10, 0);
+  EXPECT_LT(index, files);
+  EXPECT_FLOAT_EQ(progress, static_cast<float>(index) / files);
+  while (checksum_directory(index, progress) == 0)
+    usleep(200);
+  for (int i = 0; i < files; ++i)
+    EXPECT_EQ(sim_info[i].current().sig_have, i % 3 == 0 ? md5_of_abc : "NONE") << i;
+}
+
+// Given up in the middle, begun again, and begun again without having been given up.
+TEST_F(EngineVerify, AbandonedPasses) {
+  for (int i = 0; i < 500; ++i) {
+    write("copy/" + std::to_string(i), "abc");
+    add("A/" + std::to_string(i), {md5_of_abc});
+  }
+  checksum_directory_kill();  // without a pass
+  for (int round = 0; round < 20; ++round) {
+    int index = 0;
+    float progress = 0;
+    for (int step = 0; step <= round % 3; ++step)
+      checksum_directory(index, progress);
+    if (round % 2) {
+      checksum_directory_kill();
+      EXPECT_EQ(checksum_workers, nullptr);
+    }
+  }
+  // A page may have chosen another copy since: the new pass must look there.
+  dest_dir_path = root + "other/";
+  write("other/7", "abc");
+  run_pass();
+  for (int i = 0; i < 500; ++i)
+    EXPECT_EQ(sim_info[i].current().sig_match, i == 7) << i;
+}
+
+// Files that are cut short and removed under the workers are findings, not faults.
+TEST_F(EngineVerify, FilesThatChangeMeanwhile) {
+  constexpr int files = 60;
+  const std::string content(1 << 20, 'z');
+  for (int i = 0; i < files; ++i) {
+    write("copy/" + std::to_string(i), content);
+    add("A/" + std::to_string(i), {"x"});
+  }
+  int index = 0;
+  float progress = 0;
+  int done = checksum_directory(index, progress);
+  for (int i = 0; i < files; ++i) {
+    const std::string path = dest_dir_path + std::to_string(i);
+    EXPECT_EQ(i % 2 ? truncate(path.c_str(), 1000) : unlink(path.c_str()), 0);
+    if (!done) done = checksum_directory(index, progress);
+  }
+  while (!done)
+    done = checksum_directory(index, progress);
+  for (const file_history_struct& history : sim_info)
+    EXPECT_FALSE(history.current().sig_have.empty());
+}
+
+}  // namespace
