@@ -1,0 +1,232 @@
+// Letters: the glyph grid of the interface image, and the words on buttons and background.
+//
+// The grid's advances are fixed by the width table, not by the face, so that every glyph is fitted:
+// 1. load the outline with light hinting, which puts its horizontal strokes on whole rows;
+// 2. squeeze it if its ink is too wide for the advance;
+// 3. try small shifts and stretches, and keep the one whose stems fall best on whole columns while
+//    the ink stays about the middle of the advance.
+// Ink stands from 2 rows below the baseline to 7 above it: lines are 10 apart, and do not touch.
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include FT_OUTLINE_H
+
+#include "art/art.h"
+
+static FT_Library library;
+static std::array<FT_Face, 3> faces;  // by art_face
+
+bool art_open_fonts(const std::string& folder) {
+  static const char* const files[3] = {"Lato-Light.ttf", "Lato-Medium.ttf", "Lato-Semibold.ttf"};
+  if (FT_Init_FreeType(&library) != 0) return false;
+  for (size_t i = 0; i < faces.size(); ++i) {
+    const std::string path = folder + "/" + files[i];
+    if (FT_New_Face(library, path.c_str(), 0, &faces[i]) != 0) {
+      fprintf(stderr, "cannot open the font %s\n", path.c_str());
+      return false;
+    }
+  }
+  return true;
+}
+
+// --- words
+// -------------------------------------------------------------------------------------------
+static FT_F26Dot6 to_26_6(float v) {
+  return FT_F26Dot6(lroundf(v * 64.0f));
+}
+
+// Calls place(glyph, x) for every letter with the pen at x; returns the pen's end.
+template <typename Place>
+static float walk_words(const art_words& style, const std::string& text, Place place) {
+  FT_Face face = faces[style.face];
+  FT_Set_Char_Size(face, 0, to_26_6(style.size), 72, 72);
+  float x = 0;
+  FT_UInt last = 0;
+  for (const char c : text) {
+    const FT_UInt index = FT_Get_Char_Index(face, static_cast<unsigned char>(c));
+    FT_Vector kern{};
+    if (last) FT_Get_Kerning(face, last, index, FT_KERNING_UNFITTED, &kern);
+    last = index;
+    if (FT_Load_Glyph(face, index, FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_LIGHT) != 0) continue;
+    x += float(kern.x) / 64.0f;
+    place(face->glyph, x);
+    x += float(face->glyph->linearHoriAdvance) / 65536.0f + style.tracking;
+  }
+  return x - style.tracking;
+}
+
+float art_words_width(const art_words& style, const std::string& text) {
+  return walk_words(style, text, [](FT_GlyphSlot, float) {});
+}
+
+void art_draw_words(const art_cell& cell, const art_words& style, float x, float y,
+                    const std::string& text, const art_colour& colour) {
+  walk_words(style, text, [&](FT_GlyphSlot glyph, float pen) {
+    FT_Outline_Translate(&glyph->outline, to_26_6(x + pen), to_26_6(y));
+    if (FT_Render_Glyph(glyph, FT_RENDER_MODE_NORMAL) != 0) return;
+    const FT_Bitmap& ink = glyph->bitmap;
+    for (int row = 0; row < int(ink.rows); ++row)
+      for (int column = 0; column < int(ink.width); ++column) {
+        const int u = glyph->bitmap_left + column, v = glyph->bitmap_top - 1 - row;
+        if (u < 0 || v < 0 || u >= cell.dx || v >= cell.dy) continue;
+        art_blend(cell.canvas->at(cell.u + u, cell.v + v), colour,
+                  float(ink.buffer[row * ink.pitch + column]) / 255.0f);
+      }
+  });
+}
+
+// --- the glyph grid
+// ----------------------------------------------------------------------------------
+unsigned char art_glyph(int column, int row) {
+  static const char* const rows[glyph_rows] = {
+      " 0123456789AaBbCcDdEe",
+      "FfGgHhIiJjKkLlMmNnOoP",
+      "pQqRrSsTtUuVvWwXxYyZz",
+      "!@#$%^&*()-_+=[]|\\':;",
+      "<.>,?/`\xFB\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF",
+  };
+  const unsigned char byte = static_cast<unsigned char>(rows[row][column]);
+  return byte == ' ' ? 0 : byte;
+}
+
+int art_glyph_advance(unsigned char byte) {
+  static const struct {
+    int advance;
+    const char* bytes;
+  } table[] = {
+      {2, ",."},
+      {3, " '/:;I\\`ijl|\xFB"},
+      {4, "!()-J[]frst"},
+      {5, "c"},
+      {6, "#$*0123456789?EFLPSTZ^_aekvxyz\xBF\xC1\xC9\xCD\xD1\xD3\xDA\xE1\xE9\xED\xF1\xF3\xFA"},
+      {7, "+<=>BCKRVXYbdghnopqu"},
+      {8, "&ADGHNU"},
+      {9, "@OQw"},
+      {10, "Mm"},
+      {11, "%W"},
+  };
+  for (const auto& row : table)
+    if (byte != 0 && strchr(row.bytes, byte)) return row.advance;
+  return 0;
+}
+
+// An accent that overhangs its letter must not push the letter out of the middle.
+static unsigned char base_letter(unsigned char byte) {
+  switch (byte) {
+    case 0xCD:
+      return 'I';
+    case 0xED:
+      return 'i';
+    default:
+      return byte;
+  }
+}
+
+// Width that the ink may take within an advance, pixels.
+static float ink_room(unsigned char byte, int advance) {
+  if (strchr("_/\\", byte)) return float(advance);  // joined or slanting: neighbours may come near
+  if (strchr(",.", byte)) return float(advance) - 0.5f;
+  return float(advance) - 0.8f;
+}
+
+static constexpr int trial_dx = 32, trial_dy = 32;
+
+// How well the outline falls on whole pixels: 1 when no pixel is half covered.
+static float sharpness(FT_Outline& outline) {
+  unsigned char buffer[trial_dx * trial_dy] = {};
+  FT_Bitmap bitmap{};
+  bitmap.width = trial_dx;
+  bitmap.rows = trial_dy;
+  bitmap.pitch = trial_dx;
+  bitmap.buffer = buffer;
+  bitmap.num_grays = 256;
+  bitmap.pixel_mode = FT_PIXEL_MODE_GRAY;
+  FT_Outline_Translate(&outline, 0, 8 * 64);
+  FT_Outline_Get_Bitmap(library, &outline, &bitmap);
+  float squares = 0, sum = 0;
+  for (const unsigned char value : buffer) {
+    const float coverage = float(value) / 255.0f;
+    squares += coverage * coverage;
+    sum += coverage;
+  }
+  return sum > 0 ? squares / sum : 0;
+}
+
+// Fits the loaded outline into its advance. `base` is the box of the letter without its accent.
+static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char byte, int advance) {
+  const std::vector<FT_Vector> points(outline.points, outline.points + outline.n_points);
+  FT_BBox box;
+  FT_Outline_Get_CBox(&outline, &box);
+  const float ink = float(box.xMax - box.xMin) / 64.0f;
+  const float room = ink_room(byte, advance);
+  const float squeeze = std::min(1.0f, room / ink);
+  // Middle of the letter, from the left end of the ink.
+  const float middle = (float(base.xMin + base.xMax) * 0.5f - float(box.xMin)) / 64.0f;
+  // A stop leans to the right, away from the letter that it follows.
+  const float target = float(advance) * 0.5f + (strchr(",.", byte) ? 0.25f : 0.0f);
+
+  auto place = [&](float stretch, float left) {
+    for (size_t i = 0; i < points.size(); ++i) {
+      outline.points[i].x = to_26_6(float(points[i].x - box.xMin) / 64.0f * stretch + left);
+      outline.points[i].y = points[i].y;
+    }
+  };
+  float best = -1e9f, best_stretch = squeeze, best_left = 0;
+  for (int s = -10; s <= 8; ++s) {
+    const float stretch = squeeze * (1.0f + float(s) * 0.01f);
+    const float width = ink * stretch;
+    if (width > room + 0.25f) continue;
+    for (int shift = -6; shift <= 6; ++shift) {
+      const float wish = target - middle * stretch + float(shift) / 16.0f;
+      const float left = std::clamp(wish, 0.0f, std::max(0.0f, float(advance) - width));
+      place(stretch, left);
+      const float score = sharpness(outline) - 0.6f * std::abs(float(s)) * 0.01f -
+                          0.15f * std::abs(left - (target - middle * stretch));
+      if (score <= best) continue;
+      best = score;
+      best_stretch = stretch;
+      best_left = left;
+    }
+  }
+  place(best_stretch, best_left);
+}
+
+void art_draw_glyphs(art_canvas& atlas) {
+  FT_Face face = faces[face_medium];
+  // Wider than high: the advances ask for 11 pixels, the line height for 10.
+  FT_Set_Char_Size(face, to_26_6(11), to_26_6(10), 72, 72);
+  constexpr FT_Int32 load = FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_LIGHT;
+
+  for (int row = 0; row < glyph_rows; ++row)
+    for (int column = 0; column < glyph_columns; ++column) {
+      const art_cell cell{&atlas, column * glyph_dx, row * glyph_dy, glyph_dx, glyph_dy};
+      // White all over: coverage is the alpha, the colour comes from the program.
+      for (int v = cell.v; v < cell.v + cell.dy; ++v)
+        for (int u = cell.u; u < cell.u + cell.dx; ++u)
+          atlas.at(u, v) = {1, 1, 1, 0};
+
+      const unsigned char byte = art_glyph(column, row);
+      if (!byte) continue;
+      FT_BBox base;
+      FT_Load_Char(face, base_letter(byte), load);
+      FT_Outline_Get_CBox(&face->glyph->outline, &base);
+      FT_Load_Char(face, byte, load);
+      fit_outline(face->glyph->outline, base, byte, art_glyph_advance(byte));
+      FT_Render_Glyph(face->glyph, FT_RENDER_MODE_NORMAL);
+      const FT_Bitmap& ink = face->glyph->bitmap;
+      for (int y = 0; y < int(ink.rows); ++y)
+        for (int x = 0; x < int(ink.width); ++x) {
+          const int u = face->glyph->bitmap_left + x;
+          const int v = glyph_baseline + face->glyph->bitmap_top - 1 - y;
+          if (u < 0 || v < 0 || u >= glyph_dx || v >= glyph_dy) continue;
+          atlas.at(cell.u + u, cell.v + v).a = float(ink.buffer[y * ink.pitch + x]) / 255.0f;
+        }
+    }
+}
