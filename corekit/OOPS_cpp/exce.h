@@ -4,6 +4,7 @@
 // main thread, which shows it. See hl_thread.h for the queues.
 #pragma once
 
+#include <cstdint>
 #include <fstream>
 #include <string>
 
@@ -16,8 +17,8 @@ class exce_class {
   exce_class& operator=(const exce_class&) = default;
   virtual ~exce_class() = default;
 
-  // Shows the record as an alert on the main thread; on another thread, as a last resort, writes it
-  // to the log and ends the program.
+  // Shows the record as an alert; severity 2 ends the program. Main thread. On another thread, as a
+  // last resort, writes it to the log and takes the runtime down.
   void Report() const;
   // Writes the record to the log and flushes; stops and changes nothing.
   void LogAndContinue() const;
@@ -29,8 +30,11 @@ class exce_class {
   int severity = 2;  // 0 a note, t_alert, t_exit
 };
 
+// --- the log ------------------------------------------------------------------------------------
+
 // The log, "Skyvane Installer Log.txt" beside the application; rewritten on each run, fixed-point
-// numbers. A stream that could not be opened swallows what is written to it.
+// numbers. A stream that could not be opened swallows what is written to it. It has no lock: the
+// main thread writes, and another one only when it has no other way left to report its failure.
 extern std::ofstream xer;
 
 // Opens the log at `path`, truncating. Returns false if that failed; the run goes on without.
@@ -38,3 +42,7 @@ bool xer_open(const std::string& path);
 
 // Writes the log's header: title, notices, system and hardware lines.
 void xer_header();
+
+// The name that the header gives to a processor type: PLT_machine::cpu_type, its first character in
+// the highest byte. Begins and ends with a blank.
+std::string xer_cpu_name(uint32_t cpu_type);

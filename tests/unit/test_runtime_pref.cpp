@@ -1,0 +1,332 @@
+// Preference files: round trips, damaged files, overrides on the command line, failed writes.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "Installer-f/main_stg.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/http.h"
+#include "corekit/OOPS_cpp/pref.h"
+#include "corekit/UTL/UTL_cmdline.h"
+#include "tests/unit/test_runtime_util.h"
+
+namespace {
+
+constexpr char header[] = "I\n9002 version\n";
+
+// The variables of a small application.
+struct settings {
+  int streams = 7;
+  int log = 7;
+  std::string host = "unset";
+  bool found[3] = {};
+
+  void io(scan_class& scan) {
+    found[0] = scan.int_io(&streams, "_streams");
+    found[1] = scan.string_io(&host, "_host");
+    found[2] = scan.int_io(&log, "_log");
+  }
+};
+
+class RuntimePref : public testing::Test {
+ protected:
+  void TearDown() override { cmdline = UTL_cmdline(); }
+
+  settings read(settings start = {}) const {
+    scan_class scan(path, pref_read);
+    start.io(scan);
+    return start;
+  }
+  std::string write(settings values) const {
+    {
+      scan_class scan(path, pref_write);
+      values.io(scan);
+    }
+    return read_file(path);
+  }
+  static void override(std::initializer_list<const char*> flags) {
+    cmdline = UTL_cmdline();
+    std::vector<const char*> arguments(flags);
+    arguments.insert(arguments.begin(), "program");
+    cmdline.init_unix(static_cast<int>(arguments.size()), arguments.data());
+  }
+
+  log_capture log;
+  const std::string path = log.folder.path + "Test.prf";
+};
+
+}  // namespace
+
+TEST_F(RuntimePref, WhatIsWrittenIsRead) {
+  EXPECT_EQ(write({.streams = 3, .log = -1, .host = "proxy.example with blanks"}),
+            std::string(header) + "_streams 3\n_host proxy.example with blanks\n_log -1\n");
+  const settings got = read();
+  EXPECT_EQ(got.streams, 3);
+  EXPECT_EQ(got.log, -1);
+  EXPECT_EQ(got.host, "proxy.example with blanks");
+
+  EXPECT_EQ(write({.streams = 2147483647, .log = -2147483647 - 1, .host = ""}),
+            std::string(header) + "_streams 2147483647\n_log -2147483648\n");
+  const settings bounds = read();
+  EXPECT_EQ(bounds.streams, 2147483647);
+  EXPECT_EQ(bounds.log, -2147483647 - 1);
+  EXPECT_EQ(bounds.host, "unset") << "no line for an empty string: it stays as it was";
+  EXPECT_TRUE(bounds.found[0]);
+  EXPECT_FALSE(bounds.found[1]);
+}
+
+TEST_F(RuntimePref, ALineEndInAValueMakesNoTag) {
+  EXPECT_EQ(write({.streams = 1, .log = 1, .host = "evil\n_log 5\r"}),
+            std::string(header) + "_streams 1\n_host evil\n_log 1\n");
+}
+
+TEST_F(RuntimePref, ReadsWhatOthersWrote) {
+  struct row {
+    const char* label;
+    std::string content;
+    int streams, log;
+    const char* host;
+  };
+  const std::string h = header;
+  const row rows[] = {
+      {"line ends of Windows", "I\r\n9002 version\r\n_streams 2\r\n_host a b\r\n_log 1\r\n", 2, 1,
+       "a b"},
+      {"line ends of Macintosh", "A\r9002 version\r_streams 2\r_host a\r_log 1\r", 2, 1, "a"},
+      {"no line end at the end", h + "_log 1\n_streams 2", 2, 1, "unset"},
+      {"tabs and blanks around", h + "\n\n \t_streams\t \t2\n\t\n_host  a \n", 2, 7, "a "},
+      {"the last of two", h + "_streams 2\n_log 1\n_streams 4\n", 4, 1, "unset"},
+      {"unknown tags", h + "_other 9\n_stream 9\n_streamss 9\nstreams 9\n_streams 2\n", 2, 7,
+       "unset"},
+      {"tag without value", h + "_streams\n_host\n_log 1\n", 0, 1, ""},
+      {"junk for a number", h + "_streams x2\n_log 3x4\n", 0, 3, "unset"},
+      {"number and more", h + "_streams 2 3\n_log +4 \n", 2, 4, "unset"},
+      {"numbers too large", h + "_streams 99999999999999999999\n_log -3000000000\n", 2147483647,
+       -2147483647 - 1, "unset"},
+      {"a NUL ends a line", h + std::string("_streams 2\0_log 1\n", 17), 2, 1, "unset"},
+      {"header only", h, 7, 7, "unset"},
+      {"older version", "I\n9001 version\n_streams 2\n", 7, 7, "unset"},
+      {"newer version", "I\n9003 version\n_streams 2\n", 7, 7, "unset"},
+      {"no version", "I\n_streams 2\n", 7, 7, "unset"},
+      {"no header", "_streams 2\n", 7, 7, "unset"},
+      {"binary", std::string("i\x2a\x23\0\0_streams 2\n", 16), 7, 7, "unset"},
+      {"empty", "", 7, 7, "unset"},
+      {"junk", std::string("\xff\0\x01I\n\n\xfe", 7), 7, 7, "unset"},
+  };
+  for (const row& r : rows) {
+    write_file(path, r.content);
+    const settings got = read();
+    EXPECT_EQ(got.streams, r.streams) << r.label;
+    EXPECT_EQ(got.log, r.log) << r.label;
+    EXPECT_EQ(got.host, r.host) << r.label;
+  }
+  unlink(path.c_str());
+  EXPECT_EQ(read().streams, 7) << "missing file";
+}
+
+// Every truncation of a good file reads without harm, and whole lines in front of the cut count.
+TEST_F(RuntimePref, ReadsEveryTruncation) {
+  const std::string whole = std::string(header) + "_streams 3\n_host abc\n_log 4\n";
+  const size_t first_line = std::string(header).size();
+  for (size_t length = 0; length <= whole.size(); ++length) {
+    write_file(path, whole.substr(0, length));
+    const settings got = read();
+    if (length < first_line - std::string(" version\n").size()) {
+      EXPECT_EQ(got.streams, 7) << length;
+    }
+    if (length >= first_line + std::string("_streams 3").size()) {
+      EXPECT_EQ(got.streams, 3) << length;
+    }
+  }
+}
+
+TEST_F(RuntimePref, CommandLineWinsForOneRunAndLeavesTheFile) {
+  struct row {
+    const char* label;
+    std::initializer_list<const char*> flags;
+    std::string file;
+    int streams;
+    const char* host;
+    std::string rewritten;  // when nothing was changed in the run
+  };
+  const std::string h = header;
+  const row rows[] = {
+      {"over a value",
+       {"--pref:_streams=3"},
+       h + "_streams 1\n_host a\n_log 7\n",
+       3,
+       "a",
+       h + "_streams 1\n_host a\n_log 7\n"},
+      {"over no value",
+       {"--pref:_streams=3", "--pref:_host=b"},
+       h + "_log 7\n",
+       3,
+       "b",
+       h + "_log 7\n"},
+      {"over no file", {"--pref:_streams=3", "--pref:_host=b c"}, "", 3, "b c", h + "_log 7\n"},
+      {"string over string",
+       {"--pref:_host=b"},
+       h + "_streams 1\n_host a x\n_log 7\n",
+       1,
+       "b",
+       h + "_streams 1\n_host a x\n_log 7\n"},
+      {"empty over string",
+       {"--pref:_host="},
+       h + "_streams 1\n_host a\n_log 7\n",
+       1,
+       "",
+       h + "_streams 1\n_host a\n_log 7\n"},
+      {"without a value",
+       {"--pref:_streams"},
+       h + "_streams 1\n_log 7\n",
+       0,
+       "unset",
+       h + "_streams 1\n_host unset\n_log 7\n"},
+      {"value in another spelling",
+       {"--pref:_streams=03x"},
+       h + "_streams 01\n_log 7\n",
+       3,
+       "unset",
+       h + "_streams 01\n_host unset\n_log 7\n"},
+      {"near misses",
+       {"--pref:_stream=3", "--pref:streams=3", "-pref:_streams=3", "_streams=3"},
+       h + "_streams 1\n_log 7\n",
+       1,
+       "unset",
+       h + "_streams 1\n_host unset\n_log 7\n"},
+  };
+  for (const row& r : rows) {
+    write_file(path, r.file);
+    override(r.flags);
+    const settings got = read();
+    EXPECT_EQ(got.streams, r.streams) << r.label;
+    EXPECT_EQ(got.host, r.host) << r.label;
+    EXPECT_EQ(write(got), r.rewritten) << r.label;
+    EXPECT_EQ(write(got), r.rewritten) << r.label << ", second write";
+  }
+}
+
+TEST_F(RuntimePref, AnEditDuringAnOverriddenRunIsKept) {
+  write_file(path, std::string(header) + "_streams 1\n_host a\n");
+  override({"--pref:_streams=3", "--pref:_host=b"});
+  settings got = read();
+  got.streams = 2;
+  got.host = "c";
+  EXPECT_EQ(write(got), std::string(header) + "_streams 2\n_host c\n_log 7\n");
+}
+
+TEST_F(RuntimePref, TheFirstWriteMakesTheFolder) {
+  const std::string deep = log.folder.path + "new/Test.prf";
+  {
+    settings values;
+    scan_class scan(deep, pref_write);
+    values.io(scan);
+  }
+  EXPECT_NE(read_file(deep), "");
+}
+
+TEST_F(RuntimePref, AFailedWriteKeepsTheOldFile) {
+  const std::string old = std::string(header) + "_streams 1\n";
+  write_file(path, old);
+  // Where the new file should go stands a folder.
+  std::filesystem::create_directory(path + ".new");
+  EXPECT_EQ(write({.streams = 3}), old);
+  EXPECT_NE(log.text().find("I could not save the file!"), std::string::npos);
+  std::filesystem::remove(path + ".new");
+  // The device is full only when the stream is closed.
+  ASSERT_EQ(symlink("/dev/full", (path + ".new").c_str()), 0);
+  EXPECT_EQ(write({.streams = 3}), old);
+  EXPECT_NE(log.text().find("WARNING: the file " + path + " stays as it was: No space left"),
+            std::string::npos)
+      << log.text();
+  EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(path + ".new")));
+  // And without hindrance it is replaced, with nothing left beside it.
+  EXPECT_NE(write({.streams = 3}), old);
+  EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+}
+
+TEST_F(RuntimePref, NoPathReadsAndWritesNothing) {
+  override({"--pref:_streams=3"});
+  settings values;
+  {
+    scan_class scan("", pref_read);
+    values.io(scan);
+  }
+  EXPECT_EQ(values.streams, 3);
+  scan_class scan("", pref_write);
+  values.io(scan);
+  EXPECT_FALSE(values.found[0] || values.found[1] || values.found[2]);
+}
+
+TEST_F(RuntimePref, ResolutionFileKeepsTheScreenInBounds) {
+  const auto start = std::filesystem::current_path();
+  std::filesystem::current_path(log.folder.path);
+  std::filesystem::create_directories("Resources/preferences");
+  const char* const file = "Resources/preferences/Res Sky-Root.prf";
+  struct row {
+    int dx, dy, expected_dx, expected_dy;
+  };
+  const row rows[] = {
+      {800, 600, 800, 600},      {600, 9999, 600, 9999}, {599, 599, 1024, 768},
+      {10000, 10000, 1024, 768}, {9999, 599, 9999, 768}, {-5, 0, 1024, 768},
+  };
+  for (const row& r : rows) {
+    mnw = mnw_record();
+    mnw.req_dx = r.dx;
+    mnw.req_dy = r.dy;
+    mnw.req_depth = 24;
+    mnw.language = 4;
+    mnw.alias_req = 2;
+    mnw.sec_mon_inuse = 1;
+    pref.IO_set(pref_kind_resolution, pref_write);
+    EXPECT_EQ(read_file(file), std::string(header) +
+                                   "_x_res_req_PLN 0\n_y_res_req_PLN 0\n"
+                                   "_x_res_req_WRL 0\n_y_res_req_WRL 0\n_x_res_req_ALL " +
+                                   std::to_string(r.dx) + "\n_y_res_req_ALL " +
+                                   std::to_string(r.dy) +
+                                   "\n_col_res_req 24\n_set_res 0\n_lang 4\n_alias_req 2\n"
+                                   "_keylist_up 0\n_sec_mon_inuse 1\n_prefs_found 0\n");
+    mnw = mnw_record();
+    pref.IO_set(pref_kind_resolution, pref_read);
+    EXPECT_EQ(mnw.req_dx, r.expected_dx) << r.dx;
+    EXPECT_EQ(mnw.req_dy, r.expected_dy) << r.dy;
+    EXPECT_EQ(mnw.req_depth, 24);
+    EXPECT_EQ(mnw.language, 4);
+    EXPECT_EQ(mnw.alias_req, 2);
+    EXPECT_EQ(mnw.sec_mon_inuse, 1);
+  }
+  mnw = mnw_record();
+  // A kind without tags leaves a header; one that does not exist leaves nothing.
+  pref.IO_set(pref_kind_calibration, pref_write);
+  EXPECT_EQ(read_file("Resources/preferences/Cal Skyvane.prf"), header);
+  pref.IO_set(13, pref_write);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("Resources/preferences"), {}), 2);
+  std::filesystem::current_path(start);
+}
+
+TEST_F(RuntimePref, InstallerFileHoldsItsTagsInOrder) {
+  setenv("XDG_CONFIG_HOME", log.folder.path.c_str(), 1);
+  mnw = mnw_record();
+  mnw.language = 2;
+  override({"--pref:_get_beta=1"});
+  pref.IO_set(pref_kind_installer, pref_read);
+  pref.IO_set(pref_kind_installer, pref_write);
+  std::string file;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(log.folder.path))
+    if (entry.path().filename() == "Skyvane Installer.prf") file = entry.path().string();
+  EXPECT_EQ(read_file(file),
+            std::string(header) + "_stream_count 0\n_log_actions 0\n_proxy_port_int 0\n_lang 2\n")
+      << file;
+
+  write_file(file, std::string(header) + "_lang 5\r\n_proxy_host proxy.example\r\n");
+  pref.IO_set(pref_kind_installer, pref_read);
+  EXPECT_EQ(mnw.language, 5);
+  cmdline = UTL_cmdline();
+  pref.IO_set(pref_kind_installer, pref_write);
+  EXPECT_EQ(read_file(file), std::string(header) +
+                                 "_stream_count 0\n_log_actions 0\n_proxy_host proxy.example\n"
+                                 "_proxy_port_int 0\n_get_beta 1\n_lang 5\n");
+  mnw = mnw_record();
+  stg = stg_record();
+  http._proxy_host.clear();
+  unsetenv("XDG_CONFIG_HOME");
+}

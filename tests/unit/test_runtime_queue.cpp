@@ -1,0 +1,258 @@
+// Threads, critical sections and the message queue, with real threads.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "corekit/UTL/UTL_queue.h"
+#include "corekit/UTL/UTL_thread.h"
+#include "tests/unit/test_runtime_util.h"
+
+namespace {
+
+using clock_type = std::chrono::steady_clock;
+
+int64_t elapsed_ms(clock_type::time_point since) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(clock_type::now() - since).count();
+}
+
+// A queue for the length of a test.
+struct test_queue {
+  test_queue() { UTL_message_queue_create(&queue); }
+  ~test_queue() { UTL_message_queue_destroy(queue); }
+  operator UTL_message_queue*() const { return queue; }
+  UTL_message_queue* queue = nullptr;
+};
+
+}  // namespace
+
+TEST(RuntimeQueue, GivesWordsInTheOrderOfWriting) {
+  const test_queue queue;
+  EXPECT_EQ(UTL_message_queue_read(queue, queue_poll), 0);
+  const UTL_message words[] = {7, -1, INTPTR_MIN, INTPTR_MAX, 7, 1};
+  for (const UTL_message word : words)
+    UTL_message_queue_write(queue, word);
+  // Whatever the reader's patience, a word that is there comes at once.
+  const int patience[] = {queue_poll, queue_wait_forever, 60000, queue_poll, 1, -7};
+  for (size_t i = 0; i < std::size(words); ++i)
+    EXPECT_EQ(UTL_message_queue_read(queue, patience[i]), words[i]) << "word " << i;
+  EXPECT_EQ(UTL_message_queue_read(queue, queue_poll), 0);
+}
+
+TEST(RuntimeQueue, DeadlineCarriesIntoTheSeconds) {
+  struct row {
+    const char* label;
+    timespec now;
+    int timeout;
+    timespec expected;
+  };
+  const row rows[] = {
+      {"nothing to add", {5, 250}, 0, {5, 250}},
+      {"whole seconds", {5, 999999999}, 2000, {7, 999999999}},
+      {"one below the carry", {5, 998999999}, 1, {5, 999999999}},
+      {"just the carry", {5, 999000000}, 1, {6, 0}},
+      {"seconds and a carry", {100, 900000000}, 1500, {102, 400000000}},
+      {"the longest wait", {0, 999999999}, 2147483647, {2147484, 646999999}},
+  };
+  for (const row& r : rows) {
+    const timespec deadline = UTL_message_deadline(r.now, r.timeout);
+    EXPECT_EQ(deadline.tv_sec, r.expected.tv_sec) << r.label;
+    EXPECT_EQ(deadline.tv_nsec, r.expected.tv_nsec) << r.label;
+  }
+}
+
+TEST(RuntimeQueue, WaitsAsLongAsAskedAndNoLonger) {
+  const test_queue queue;
+  // Long enough that one of them crosses a second on the clock.
+  for (const int timeout : {1, 40, 600, 600}) {
+    const auto start = clock_type::now();
+    EXPECT_EQ(UTL_message_queue_read(queue, timeout), 0);
+    EXPECT_GE(elapsed_ms(start), timeout - 1);
+    EXPECT_LT(elapsed_ms(start), timeout + 5000);
+  }
+  const auto start = clock_type::now();
+  EXPECT_EQ(UTL_message_queue_read(queue, -2), 0) << "not a time-out: polls";
+  EXPECT_LT(elapsed_ms(start), 5000);
+}
+
+TEST(RuntimeQueue, WakesAReaderThatWaits) {
+  for (const int timeout : {queue_wait_forever, 60000}) {
+    const test_queue queue, answer;
+    std::thread reader([&] {
+      UTL_message_queue_write(answer, 1);
+      UTL_message_queue_write(answer, UTL_message_queue_read(queue, timeout));
+    });
+    EXPECT_EQ(UTL_message_queue_read(answer, queue_wait_forever), 1);
+    UTL_sleep(20);
+    UTL_message_queue_write(queue, 42);
+    EXPECT_EQ(UTL_message_queue_read(answer, queue_wait_forever), 42) << timeout;
+    reader.join();
+  }
+  // A bare signal is read as 0, and only a wait without end can tell it from nothing.
+  const test_queue queue;
+  std::thread writer([&] { UTL_message_queue_write(queue, 0); });
+  EXPECT_EQ(UTL_message_queue_read(queue, queue_wait_forever), 0);
+  writer.join();
+}
+
+TEST(RuntimeQueue, GivesEachWordToOneOfManyReaders) {
+  constexpr int writers = 3, readers = 4, words = 4000;
+  const test_queue queue;
+  std::vector<std::vector<UTL_message>> got(readers);
+  std::vector<std::thread> threads;
+  for (int r = 0; r < readers; ++r) {
+    threads.emplace_back([&, r] {
+      // Short and endless waits mixed, so that signals meet readers that are giving up.
+      for (int turn = 0;; ++turn) {
+        const int timeout = turn % 3 == 0 ? queue_wait_forever : turn % 3;
+        const UTL_message word = UTL_message_queue_read(queue, timeout);
+        if (word == -1) return;
+        if (word != 0) got[r].push_back(word);
+      }
+    });
+  }
+  std::vector<std::thread> sources;
+  for (int w = 0; w < writers; ++w) {
+    sources.emplace_back([&, w] {
+      for (int i = 1; i <= words; ++i)
+        UTL_message_queue_write(queue, w * 100000 + i);
+    });
+  }
+  for (std::thread& source : sources)
+    source.join();
+  for (int r = 0; r < readers; ++r)
+    UTL_message_queue_write(queue, -1);
+  for (std::thread& thread : threads)
+    thread.join();
+
+  std::vector<int> seen(writers * 100000, 0);
+  for (const auto& list : got) {
+    UTL_message last[writers] = {};
+    for (const UTL_message word : list) {
+      ++seen[word];
+      EXPECT_GT(word, last[word / 100000]) << "one writer's words keep their order";
+      last[word / 100000] = word;
+    }
+  }
+  for (int w = 0; w < writers; ++w)
+    for (int i = 1; i <= words; ++i)
+      ASSERT_EQ(seen[w * 100000 + i], 1) << "writer " << w << " word " << i;
+}
+
+TEST(RuntimeQueue, IsDestroyedWithWordsInIt) {
+  int owned = 5;
+  {
+    const test_queue queue;
+    for (int i = 0; i < 1000; ++i)
+      UTL_message_queue_write(queue, reinterpret_cast<UTL_message>(&owned));
+  }
+  EXPECT_EQ(owned, 5) << "what a word points to is not looked at";
+}
+
+TEST(RuntimeThread, RunsJoinsAndReturnsItsResult) {
+  UTL_thread_handle thread;
+  UTL_thread_joiner join;
+  UTL_thread_identity identity, inside{};
+  UTL_thread_create(
+      [](void* argument) -> void* {
+        *static_cast<UTL_thread_identity*>(argument) = UTL_get_current_thread();
+        return argument;
+      },
+      &inside, &thread, &join, &identity);
+  EXPECT_EQ(UTL_thread_join(thread, join), &inside);
+  EXPECT_TRUE(UTL_same_thread(identity, inside));
+  EXPECT_FALSE(UTL_same_thread(identity, UTL_get_current_thread()));
+  EXPECT_GE(UTL_count_processors(), 1);
+}
+
+TEST(RuntimeThread, ExitUnwindsTheStackAndGivesTheResult) {
+  static std::atomic<int> destroyed, came_back;
+  destroyed = came_back = 0;
+  struct witness {
+    ~witness() { ++destroyed; }
+  };
+  UTL_thread_handle thread;
+  UTL_thread_joiner join;
+  UTL_thread_identity identity;
+  UTL_thread_create(
+      [](void* argument) -> void* {
+        const witness on_the_stack;
+        UTL_thread_exit(argument);
+        ++came_back;
+        return nullptr;
+      },
+      &thread, &thread, &join, &identity);
+  EXPECT_EQ(UTL_thread_join(thread, join), &thread);
+  EXPECT_EQ(destroyed, 1);
+  EXPECT_EQ(came_back, 0);
+}
+
+TEST(RuntimeThread, SleepsAtLeastAsLongAsAsked) {
+  for (const int time : {0, -1, -100000, 1, 30}) {
+    const auto start = clock_type::now();
+    UTL_sleep(time);
+    EXPECT_GE(elapsed_ms(start), time);
+    EXPECT_LT(elapsed_ms(start), 5000) << time;
+  }
+}
+
+TEST(RuntimeThread, FailedJoinIsOnlyLogged) {
+  const log_capture log;
+  const UTL_thread_identity self = UTL_get_current_thread();
+  EXPECT_EQ(UTL_thread_join(self, self), nullptr);
+  EXPECT_EQ(log.text(), "Warning: wait on thread cleanup failed with error 35\n");  // EDEADLK
+}
+
+TEST(RuntimeThread, CriticalSectionIsRecursiveAndExcludes) {
+  UTL_critical_section section;
+  UTL_critical_section_create(&section);
+  const auto other_gets_it = [&] {
+    bool got = false;
+    std::thread([&] {
+      got = pthread_mutex_trylock(&section) == 0;
+      if (got) pthread_mutex_unlock(&section);
+    }).join();
+    return got;
+  };
+  UTL_critical_section_lock(&section);
+  UTL_critical_section_lock(&section);
+  EXPECT_FALSE(other_gets_it());
+  UTL_critical_section_unlock(&section);
+  EXPECT_FALSE(other_gets_it()) << "one unlock for two locks";
+  UTL_critical_section_unlock(&section);
+  EXPECT_TRUE(other_gets_it());
+
+  int counter = 0;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 5000; ++i) {
+        UTL_critical_section_lock(&section);
+        ++counter;
+        UTL_critical_section_unlock(&section);
+      }
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_EQ(counter, 20000);
+  UTL_critical_section_destroy(&section);
+}
+
+TEST(RuntimeThreadDeathTest, FailedSystemCallIsFatal) {
+  UTL_critical_section section;
+  UTL_critical_section_create(&section);
+  EXPECT_EXIT(UTL_critical_section_unlock(&section), testing::ExitedWithCode(1),
+              "\"pthread_mutex_unlock\" OS error err=1\\.000000");  // EPERM
+  EXPECT_EXIT(
+      {
+        UTL_critical_section_lock(&section);
+        UTL_critical_section_destroy(&section);
+      },
+      testing::ExitedWithCode(1), "\"::pthread_mutex_destroy\" OS error err=16\\.000000");  // EBUSY
+  UTL_critical_section_destroy(&section);
+  UTL_thread_check(0, "no failure", "here", 1);
+}

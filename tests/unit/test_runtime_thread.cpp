@@ -1,0 +1,341 @@
+// The thread world: asynchronous calls, start and end, and the road of a failure from any kind of
+// thread to the main one.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+
+#include "corekit/GenC/hl_alert.h"
+#include "corekit/GenC/hl_init.h"
+#include "corekit/OGL/OGL_extensions.h"
+#include "corekit/Thread/hl_thread.h"
+#include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/UTL/UTL_workers.h"
+#include "tests/unit/test_runtime_util.h"
+
+namespace {
+
+void* add_one(void* argument) {
+  return static_cast<char*>(argument) + 1;
+}
+
+void* wait_at_gate(void* gate) {
+  return reinterpret_cast<void*>(
+      UTL_message_queue_read(static_cast<UTL_message_queue*>(gate), queue_wait_forever));
+}
+
+// Runs `function` on a thread of its own to its end.
+void* on_thread(UTL_thread_function function, void* argument, int want_ogl = 0) {
+  UTL_thread_handle thread;
+  UTL_thread_joiner join;
+  UTL_thread_identity identity;
+  THREAD_create(function, argument, &thread, &join, &identity, want_ogl);
+  return UTL_thread_join(thread, join);
+}
+
+class RuntimeAsync : public testing::Test {
+ protected:
+  void SetUp() override {
+    THREAD_init();
+    THREAD_make_workers();
+  }
+  void TearDown() override { THREAD_shutdown(); }
+  log_capture log;
+};
+
+// --- ways to fail, as thread functions ----------------------------------------------------------
+
+std::atomic<int> survived;   // a failing thread went on
+std::atomic<int> destroyed;  // locals of failing threads
+
+struct witness {
+  ~witness() { ++destroyed; }
+};
+
+void* raise_fatal(void*) {
+  const witness local;
+  __MACIBM_alert(0, "fatal one", "fatal two", "", "", t_exit, "Test/source", 77);
+  ++survived;
+  return nullptr;
+}
+
+void* throw_standard(void*) {
+  const witness local;
+  throw std::runtime_error("the reason");
+}
+
+void* throw_number(void*) {
+  const witness local;
+  throw 5;
+}
+
+void* throw_record(void*) {
+  const witness local;
+  throw exce_class("a mere warning", "", "", "", "Test/source", 78, t_alert);
+}
+
+struct failing_task : UTL_work_task {
+  explicit failing_task(UTL_thread_function how) : fail(how) {}
+  void do_it() override { fail(nullptr); }
+  int check_error(std::string&) override { return 0; }
+  UTL_thread_function fail;
+};
+
+// What a main loop does once a frame, without an end of its own.
+[[noreturn]] void frames_until_the_end() {
+  for (;;) {
+    THREAD_check_exception(1);
+    UTL_sleep(1);
+  }
+}
+
+}  // namespace
+
+TEST_F(RuntimeAsync, RunsCallsAndRecyclesTheirRecords) {
+  char base[300];
+  THREAD_call* calls[300];
+  for (int i = 0; i < 300; ++i)
+    calls[i] = THREAD_run_async(add_one, base + i);
+  for (int i = 0; i < 300; ++i) {
+    ASSERT_EQ(THREAD_is_done(calls[i], i % 2 ? queue_wait_forever : 60000), 1);
+    EXPECT_EQ(THREAD_cleanup(calls[i]), base + i + 1);
+  }
+  // The last record given back is the first one used again, with nothing left of its last call.
+  THREAD_call* const again = THREAD_run_async(add_one, base + 1);
+  EXPECT_EQ(again, calls[299]);
+  ASSERT_EQ(THREAD_is_done(again, 60000), 1);
+  EXPECT_EQ(THREAD_cleanup(again), base + 2);
+}
+
+TEST_F(RuntimeAsync, IsNotDoneBeforeTheFunctionReturns) {
+  UTL_message_queue* gate;
+  UTL_message_queue_create(&gate);
+  THREAD_call* const call = THREAD_run_async(wait_at_gate, gate);
+  EXPECT_EQ(THREAD_is_done(call, queue_poll), 0);
+  EXPECT_EQ(THREAD_is_done(call, 30), 0);
+  UTL_message_queue_write(gate, 99);
+  ASSERT_EQ(THREAD_is_done(call, queue_wait_forever), 1);
+  EXPECT_EQ(THREAD_is_done(call, queue_poll), 0) << "the word of completion comes once";
+  EXPECT_EQ(THREAD_cleanup(call), reinterpret_cast<void*>(99));
+  UTL_message_queue_destroy(gate);
+}
+
+TEST_F(RuntimeAsync, CookieIsNeverZero) {
+  const uint32_t before[] = {0xFFFFFFF4u, 0xFFFFFFF8u, 0xFFFFFFFCu, 0};
+  const uint32_t expected[] = {0xFFFFFFF8u, 0xFFFFFFFCu, 4, 4};
+  for (int i = 0; i < 4; ++i) {
+    next_cookie = before[i];
+    THREAD_call* const call = THREAD_run_async(add_one, nullptr);
+    EXPECT_EQ(next_cookie, expected[i]);
+    ASSERT_EQ(THREAD_is_done(call, 60000), 1) << "a cookie of 0 would never be seen";
+    THREAD_cleanup(call);
+  }
+}
+
+TEST_F(RuntimeAsync, KnowsTheMainThread) {
+  EXPECT_TRUE(THREAD_is_inited());
+  EXPECT_TRUE(THREAD_is_main_thread());
+  const auto ask = [](void* argument) -> void* {
+    return THREAD_is_inited() && !THREAD_is_main_thread() ? argument : nullptr;
+  };
+  EXPECT_EQ(on_thread(ask, this), this);
+}
+
+TEST_F(RuntimeAsync, QueuedCallsRunBeforeTheShutdown) {
+  static std::atomic<int> ran;
+  ran = 0;
+  for (int i = 0; i < 100; ++i)
+    THREAD_cleanup([] {
+      THREAD_call* const call = THREAD_run_async(
+          [](void*) -> void* {
+            ++ran;
+            return nullptr;
+          },
+          nullptr);
+      while (!THREAD_is_done(call, 5)) {
+      }
+      return call;
+    }());
+  EXPECT_EQ(ran, 100);
+  THREAD_shutdown();
+  EXPECT_FALSE(THREAD_is_inited());
+  const std::string text = log.text();
+  EXPECT_EQ(text, "CPU count        : " + std::to_string(UTL_count_processors()) +
+                      "\nClean exit from threads.\n");
+  THREAD_shutdown();  // a second one finds nothing to do
+  EXPECT_EQ(log.text(), text);
+}
+
+TEST_F(RuntimeAsync, ThreadWithoutItsContextRunsAllTheSame) {
+  glExt.threaded_avail = 1;
+  char target = 0;
+  EXPECT_EQ(on_thread(add_one, &target, 1), &target + 1);
+  EXPECT_EQ(glExt.threaded_avail, 0) << "the capability is withdrawn";
+  const std::string text = log.text();
+  EXPECT_NE(text.find("We could not create a context for our worker threads.\n"),
+            std::string::npos);
+  EXPECT_NE(text.find("There was a problem setting up OpenGL.\n"), std::string::npos);
+  // From now on the wish is not even looked at.
+  EXPECT_EQ(on_thread(add_one, &target, 1), &target + 1);
+  EXPECT_EQ(log.text(), text);
+}
+
+TEST_F(RuntimeAsync, FailuresWaitForTheirReaderBySeverity) {
+  const std::string before = log.text();
+  for (const int severity : {0, 1, 3, -1}) {
+    exce_class record("severity " + std::to_string(severity), "", "", "", "Test/source", 5,
+                      severity);
+    on_thread(
+        [](void* argument) -> void* {
+          THREAD_send_exception(*static_cast<exce_class*>(argument));
+          return nullptr;
+        },
+        &record);
+  }
+  THREAD_call* const call = THREAD_run_async(add_one, nullptr);
+  ASSERT_EQ(THREAD_is_done(call, 60000), 1);
+  THREAD_cleanup(call);
+  THREAD_check_exception(0);
+  EXPECT_EQ(log.text(), before) << "a warning is not shown where fatal ones are looked for";
+  THREAD_check_exception(1);
+  EXPECT_EQ(log.text(), before + "\nseverity 1\n\n\n\n(Test/source line 5)\n");
+  THREAD_check_exception(1);
+  EXPECT_EQ(log.text(), before + "\nseverity 1\n\n\n\n(Test/source line 5)\n") << "shown once";
+}
+
+TEST_F(RuntimeAsync, AFailureTooLateToBeShownIsLogged) {
+  THREAD_send_exception(exce_class("late", "", "", "", "Test/source", 6, t_alert));
+  THREAD_shutdown();
+  const std::string text = log.text();
+  EXPECT_NE(text.find("Logging fatal Exception thrown from file: Test/source, line 6.\nlate\n"),
+            std::string::npos);
+  EXPECT_TRUE(text.ends_with("Clean exit from threads.\n"));
+}
+
+// Every way to fail, on every kind of thread: the main thread tells the user, and the program ends
+// with status 1. The rows run in a child process.
+TEST(RuntimeFailureDeathTest, EndsTheProgramFromEveryKindOfThread) {
+  struct row {
+    UTL_thread_function fail;
+    const char* text;
+  };
+  const row rows[] = {
+      {raise_fatal, "fatal one fatal two"},
+      {throw_standard, "Caught an unhandled C\\+\\+ exception the reason"},
+      {throw_number, "Caught an unhandled unknown exception"},
+      {throw_record, "a mere warning"},
+  };
+  for (const row& r : rows) {
+    EXPECT_EXIT(
+        {
+          THREAD_init();
+          on_thread(r.fail, nullptr);
+          if (survived != 0 || destroyed != 1) std::_Exit(3);
+          frames_until_the_end();
+        },
+        testing::ExitedWithCode(1), r.text)
+        << "own thread";
+    EXPECT_EXIT(
+        {
+          THREAD_init();
+          THREAD_make_workers();
+          THREAD_is_done(THREAD_run_async(r.fail, nullptr), queue_wait_forever);
+        },
+        testing::ExitedWithCode(1), r.text)
+        << "asynchronous call that is waited for without end";
+    EXPECT_EXIT(
+        {
+          THREAD_init();
+          failing_task task(r.fail);
+          UTL_worker_threads pool(2, 4);
+          pool.enqueue_task(&task);
+          pool.wait_retired_tasks();
+        },
+        testing::ExitedWithCode(1), r.text)
+        << "pool thread, while the owner drains";
+    EXPECT_EXIT(
+        {
+          THREAD_init();
+          failing_task task(r.fail);
+          {
+            UTL_worker_threads pool(2, 4);
+            pool.enqueue_task(&task);
+          }
+          frames_until_the_end();
+        },
+        testing::ExitedWithCode(1), r.text)
+        << "pool thread, pool destroyed";
+  }
+}
+
+TEST(RuntimeFailureDeathTest, FailedSystemCallOnAThreadIsShownByTheMainThread) {
+  EXPECT_EXIT(
+      {
+        THREAD_init();
+        on_thread(
+            [](void*) -> void* {
+              UTL_thread_check(22, "\"pthread_cond_timedwait\" OS error", "UTL/UTL_queue", 51);
+              ++survived;
+              return nullptr;
+            },
+            nullptr);
+        if (survived != 0) std::_Exit(3);
+        frames_until_the_end();
+      },
+      testing::ExitedWithCode(1), "\"pthread_cond_timedwait\" OS error err=22\\.000000");
+}
+
+TEST(RuntimeFailureDeathTest, TheFirstFatalGoesAheadOfEverything) {
+  EXPECT_EXIT(
+      {
+        THREAD_init();
+        for (const int number : {1, 2, 3}) {
+          exce_class record("record " + std::to_string(number), "", "", "", "Test/source", number,
+                            number == 1 ? t_alert : t_exit);
+          on_thread(
+              [](void* argument) -> void* {
+                THREAD_send_exception(*static_cast<exce_class*>(argument));
+                return nullptr;
+              },
+              &record);
+        }
+        THREAD_check_exception(1);
+      },
+      testing::ExitedWithCode(1), "^[^r]*record 2[^r]*$");
+}
+
+TEST(RuntimeFailureDeathTest, CleanupOfACallNotFoundDone) {
+  EXPECT_EXIT(
+      {
+        THREAD_init();
+        THREAD_make_workers();
+        THREAD_call* const call = THREAD_run_async(add_one, nullptr);
+        UTL_sleep(100);  // it has finished by now, but nobody has asked
+        THREAD_cleanup(call);
+      },
+      testing::ExitedWithCode(1), "Thread cleanup called on not-done call\\.");
+}
+
+TEST(RuntimeFailureDeathTest, LastResortOfAThreadIsTheLog) {
+  const log_capture log;
+  const char* const arguments[] = {"program", "--fps_test"};  // keeps the settings as they are
+  EXPECT_EXIT(
+      {
+        cmdline.init_unix(2, arguments);
+        THREAD_init();
+        on_thread(
+            [](void*) -> void* {
+              exce_class("a", "b", "c", "d", "Test/source", 9, t_exit).Report();
+              return nullptr;
+            },
+            nullptr);
+        std::_Exit(app_done && !THREAD_is_inited() ? 7 : 3);
+      },
+      testing::ExitedWithCode(7), "");
+  const std::string text = read_file(log.folder.path + "log.txt");
+  EXPECT_NE(text.find("EXCEPTION REPORTED FROM THREAD!!  File: Test/source, line 9.\n"
+                      "a\nb\nc\nd\nClean exit from threads.\n"),
+            std::string::npos)
+      << text;
+}

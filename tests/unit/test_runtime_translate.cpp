@@ -1,0 +1,164 @@
+// The translation table and its file.
+
+#include <gtest/gtest.h>
+
+#include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/UTL/UTL_translate.h"
+#include "tests/unit/test_runtime_util.h"
+
+namespace {
+
+constexpr char header[] = "I\n900 version\nTRANSLATION\n\n";
+
+class RuntimeTranslate : public testing::Test {
+ protected:
+  void TearDown() override {
+    UTL_translate_clear();
+    cmdline = UTL_cmdline();
+  }
+  void load(const std::string& content) {
+    write_file(log.folder.path + "Installer2.txt", content);
+    UTL_translate_load(log.folder.path + "Installer2.txt");
+  }
+  log_capture log;
+};
+
+}  // namespace
+
+TEST_F(RuntimeTranslate, LooksUpByTheEnglish) {
+  load(std::string(header) +
+       "STRING Cancel====Abbrechen\n"
+       "string Stop====Halt\n"
+       "STRINGS Go====Los\n"
+       "# a comment with ==== in it\n"
+       "STRING\tPlease wait.\\nThis may take a while.====Bitte warten.\\r\\nDas dauert etwas.\n"
+       "\n   STRING  Blank ==== Leer \n"
+       "STRING ====Nichts\n"
+       "STRING a====b====c\n"
+       "STRING Path\\\\name====Pf\\ad\n"
+       "STRING Last====Ende, ohne Zeilenende");
+  struct row {
+    const char* text;
+    const char* shown;
+  };
+  const row rows[] = {
+      {"Cancel", "Abbrechen"},
+      {"cancel", "cancel"},
+      {"Cancel ", "Cancel "},
+      {"Stop", "Stop"},
+      {"Go", "Go"},
+      {"Please wait.\nThis may take a while.", "Bitte warten.\r\nDas dauert etwas."},
+      {"Please wait.\\nThis may take a while.", "Please wait.\\nThis may take a while."},
+      {"Blank ", " Leer "},
+      {"Blank", "Blank"},
+      {"", "Nichts"},
+      {"a", "b====c"},
+      {"Path\\\name", "Pf\\ad"},
+      {"Last", "Ende, ohne Zeilenende"},
+  };
+  for (const row& r : rows)
+    EXPECT_EQ(UTL_translate_string(r.text), r.shown) << r.text;
+  EXPECT_EQ(log.text(), "");
+}
+
+TEST_F(RuntimeTranslate, ReportsFaultyLinesAndGoesOn) {
+  load(std::string(header) +
+       "STRING no splitter=== here\n"
+       "STRING nothing====\n"
+       "STRING one====x\n"
+       "STRING two====xy\n"
+       "STRING two====yz\n"
+       "STRING three====drei\n");
+  EXPECT_EQ(log.text(),
+            "ERROR: language file line no splitter=== here missing ==== splitter.\n"
+            "ERROR: language file line nothing==== missing right side translation.\n"
+            "ERROR: language file line one====x missing right side translation.\n"
+            "ERROR: language line two====yz is a second translation of two====xy\n");
+  EXPECT_EQ(UTL_translate_string("one"), "one");
+  EXPECT_EQ(UTL_translate_string("two"), "xy");
+  EXPECT_EQ(UTL_translate_string("three"), "drei");
+}
+
+TEST_F(RuntimeTranslate, TakesOnlyASuitableFile) {
+  const std::string body = "STRING Cancel====Abbrechen\n";
+  struct row {
+    const char* label;
+    std::string content;
+    bool accepted;
+  };
+  const row rows[] = {
+      {"as written here", "I\n900 version\nTRANSLATION\n" + body, true},
+      {"line ends of Windows", "A\r\n900 version\r\nTRANSLATION\r\nSTRING Cancel====Abbrechen\r\n",
+       true},
+      {"old line ends of Macintosh", "A\r900 version\rTRANSLATION\rSTRING Cancel====Abbrechen\r",
+       true},
+      {"note on the version line", "I\n900 version (c) Tessaron\nTRANSLATION\n" + body, true},
+      {"newer version", "I\n901 version\nTRANSLATION\n" + body, false},
+      {"older version", "I\n899 version\nTRANSLATION\n" + body, false},
+      {"another kind", "I\n900 version\nTRANSLATIONS\n" + body, false},
+      {"no kind", "I\n900 version\n" + body, false},
+      {"no header", body, false},
+      {"empty", "", false},
+      {"binary", std::string("i\0\0\3\204", 5) + body, false},
+  };
+  for (const row& r : rows) {
+    load(r.content);
+    EXPECT_EQ(UTL_translate_string("Cancel"), r.accepted ? "Abbrechen" : "Cancel") << r.label;
+  }
+}
+
+TEST_F(RuntimeTranslate, EachLoadStartsAnew) {
+  load(std::string(header) + "STRING Cancel====Abbrechen\n");
+  load(std::string(header) + "STRING Stop====Halt\n");
+  EXPECT_EQ(UTL_translate_string("Cancel"), "Cancel");
+  EXPECT_EQ(UTL_translate_string("Stop"), "Halt");
+  UTL_translate_load(log.folder.path + "missing.txt");
+  EXPECT_EQ(UTL_translate_string("Stop"), "Stop") << "a missing file leaves no old table";
+  load(std::string(header) + "STRING Stop====Halt\n");
+  UTL_translate_clear();
+  EXPECT_EQ(UTL_translate_string("Stop"), "Stop");
+}
+
+TEST_F(RuntimeTranslate, LogsMissingTextsAsATemplate) {
+  const char* const arguments[] = {"program", "--missing_strings"};
+  cmdline.init_unix(2, arguments);
+  const std::string before = log.text();
+  EXPECT_EQ(UTL_translate_string("No file yet"), "No file yet");
+  EXPECT_EQ(log.text(), before) << "without a table nothing is missing";
+
+  load(std::string(header) + "STRING Cancel====Abbrechen\n");
+  for (int frame = 0; frame < 3; ++frame) {
+    UTL_translate_string("Cancel");
+    EXPECT_EQ(UTL_translate_string("Two\r\nlines"), "Two\r\nlines");
+    UTL_translate_string("Stop");
+  }
+  const std::string lines = "STRING Two\\r\\nlines====Two\\r\\nlines\nSTRING Stop====Stop\n";
+  EXPECT_EQ(log.text(), before + lines);
+
+  // What was logged is a language file but for its header.
+  load(header + lines);
+  UTL_translate_string("Two\r\nlines");
+  EXPECT_EQ(log.text(), before + lines);
+}
+
+TEST(RuntimeString, ReplaceAll) {
+  struct row {
+    const char *text, *from, *to, *expected;
+  };
+  const row rows[] = {
+      {"", "a", "b", ""},
+      {"abcabc", "b", "", "acac"},
+      {"abcabc", "", "x", "abcabc"},
+      {"aaaa", "aa", "b", "bb"},
+      {"aaab", "ab", "b", "aab"},   // goes on from the insertion, not
+                                    // from in front of it
+      {"baaa", "ba", "b", "b"},     // what was inserted takes part in the next one
+      {"a.a", "a", "aa", "aa.aa"},  // would never end otherwise
+      {"xyx", "xyx", "y", "y"},
+  };
+  for (const row& r : rows) {
+    std::string text = r.text;
+    STR_replace_all(text, r.from, r.to);
+    EXPECT_EQ(text, r.expected) << r.text << ": " << r.from << " by " << r.to;
+  }
+}
