@@ -1,0 +1,154 @@
+// Mounted volumes: which of them may be discs, how much room there is, and how to be rid of one.
+//
+// A disc is asked for once a frame while the program waits for it, so finding the candidates is one
+// read of the mount table and touches no disc.
+
+#include <fcntl.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <initializer_list>
+
+#include "corekit/Platform/PLT_system.h"
+
+namespace {
+constexpr int program_seconds = 6;  // for each program that is asked to eject
+
+std::string read_mount_table() {
+  std::string text;
+  const int file = open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+  if (file < 0) return text;
+  char block[16384];
+  for (;;) {
+    const ssize_t got = read(file, block, sizeof block);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    text.append(block, static_cast<size_t>(got));
+  }
+  close(file);
+  return text;
+}
+
+// The table writes blanks, tabs, line ends, "\" and "#" as "\" and three octal digits.
+std::string decoded(std::string_view field) {
+  const auto octal = [](char c) { return c >= '0' && c <= '7'; };
+  std::string out;
+  out.reserve(field.size());
+  for (size_t at = 0; at < field.size(); ++at) {
+    if (field[at] == '\\' && at + 3 < field.size() && field[at + 1] <= '3' &&
+        octal(field[at + 1]) && octal(field[at + 2]) && octal(field[at + 3])) {
+      out += static_cast<char>((field[at + 1] - '0') * 64 + (field[at + 2] - '0') * 8 +
+                               (field[at + 3] - '0'));
+      at += 3;
+    } else {
+      out += field[at];
+    }
+  }
+  return out;
+}
+
+// Takes the next piece up to `separator` off the front of `text`.
+std::string_view take(std::string_view& text, char separator) {
+  const size_t end = std::min(text.find(separator), text.size());
+  const std::string_view piece = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return piece;
+}
+
+bool is_one_of(std::string_view text, std::initializer_list<std::string_view> list) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+bool may_be_disc(const PLT_mount& mount) {
+  // A server that has gone away would hold up whoever looks at its share; no disc comes that way.
+  if (is_one_of(mount.fstype, {"nfs", "nfs4", "cifs", "smb3", "9p", "autofs", "fuse.sshfs"})) {
+    return false;
+  }
+  if (is_one_of(mount.fstype, {"iso9660", "udf", "fuse.fuseiso"})) return true;
+  const std::string point = mount.point + "/";
+  return point.starts_with("/media/") || point.starts_with("/mnt/") ||
+         (point.starts_with("/run/media/") && point.size() > sizeof "/run/media/");
+}
+
+// The type of the volume that is mounted at `point`, the last if several lie on one another; empty
+// when there is none.
+std::string type_at(const std::string& point) {
+  std::string type;
+  for (const PLT_mount& mount : PLT_parse_mounts(read_mount_table())) {
+    if (mount.point == point) type = mount.fstype;
+  }
+  return type;
+}
+}  // namespace
+
+std::vector<PLT_mount> PLT_parse_mounts(std::string_view text) {
+  std::vector<PLT_mount> mounts;
+  while (!text.empty()) {
+    // id, parent, device, root, mount point, options, any number of tags, "-", type, source, ...
+    std::string_view line = take(text, '\n');
+    for (int skipped = 0; skipped < 4; ++skipped)
+      take(line, ' ');
+    const std::string_view point = take(line, ' ');
+    std::string_view word;
+    while (!line.empty() && word != "-")
+      word = take(line, ' ');
+    const std::string_view type = take(line, ' ');
+    if (!point.starts_with('/') || type.empty()) continue;
+    mounts.push_back({decoded(point), decoded(type)});
+  }
+  return mounts;
+}
+
+std::vector<std::string> PLT_pick_discs(const std::vector<PLT_mount>& mounts) {
+  std::vector<std::string> discs;
+  for (const PLT_mount& mount : mounts) {
+    if (!may_be_disc(mount) || mount.point.find_first_of("\\:") != std::string::npos) continue;
+    const std::string path = mount.point == "/" ? mount.point : mount.point + "/";
+    // Volumes that are mounted on one another share a path, and only the last is seen through it.
+    if (std::find(discs.begin(), discs.end(), path) == discs.end()) discs.push_back(path);
+  }
+  return discs;
+}
+
+std::vector<std::string> PLT_disc_volumes() {
+  return PLT_pick_discs(PLT_parse_mounts(read_mount_table()));
+}
+
+int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* available) {
+  struct statvfs info;
+  while (statvfs(path.c_str(), &info) != 0) {
+    if (errno != EINTR) return errno;
+  }
+  // f_bavail and not f_bfree: what is kept for the administrator is of no use to a user.
+  const uint64_t unit = info.f_frsize ? info.f_frsize : info.f_bsize;
+  if (total) *total = unit * info.f_blocks;
+  if (available) *available = unit * info.f_bavail;
+  return 0;
+}
+
+int PLT_eject(const std::string& path) {
+  std::string point = path;
+  while (point.size() > 1 && point.back() == '/')
+    point.pop_back();
+  const std::string type = type_at(point);
+  if (type.empty() || point == "/") return EINVAL;
+
+  const char* const at = point.c_str();
+  const char* const eject[] = {"eject", at, nullptr};
+  const char* const release[] = {"fusermount", "-u", at, nullptr};
+  const char* const release_3[] = {"fusermount3", "-u", at, nullptr};
+  const char* const unmount[] = {"umount", at, nullptr};
+  // eject looks for a drive behind the mount, and an image that a program serves has none.
+  const bool is_fuse = type.starts_with("fuse.");
+  const std::initializer_list<const char* const*> for_fuse = {release, release_3, unmount};
+  const std::initializer_list<const char* const*> for_drive = {eject, unmount};
+  for (const char* const* const argv : is_fuse ? for_fuse : for_drive) {
+    // The mount table has the last word: eject may report failure for a drive whose tray cannot
+    // move, though the disc is unmounted.
+    PLT_run_program(argv, program_seconds);
+    if (type_at(point).empty()) return 0;
+  }
+  return EBUSY;
+}

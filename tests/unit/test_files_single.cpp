@@ -1,0 +1,307 @@
+// Services on single files: questions, deletion, renaming, copying.
+
+#include <fcntl.h>
+#include <sys/resource.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+
+#include "corekit/Files/io_utils.h"
+#include "tests/unit/test_files_scratch.h"
+
+TEST(FilesSingle, QuestionsTellFilesFromFolders) {
+  const scratch_folder here;
+  here.file("plain", "12345");
+  here.file("empty", "");
+  here.file("caf\xe9 \"na\\me':1",
+            "123");  // Latin-1 byte, blank, quotes, other systems' separators
+  here.folder("folder");
+  here.link("to_file", "plain");
+  here.link("to_folder", "folder");
+  here.link("dangling", "nothing");
+  mkfifo((here / "pipe").c_str(), 0600);
+
+  const struct {
+    const char* name;
+    int file, dir, size;
+  } rows[] = {
+      {"plain", 1, 0, 5},      {"empty", 1, 0, 0},     {"caf\xe9 \"na\\me':1", 1, 0, 3},
+      {"folder", 0, 1, -1},    {"folder/", 0, 1, -1},  {"to_file", 1, 0, 5},
+      {"to_folder", 0, 1, -1}, {"dangling", 0, 0, -1}, {"pipe", 1, 0, 0},
+      {"missing", 0, 0, -1},   {"plain/", 0, 0, -1},   {"plain/below", 0, 0, -1},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.file, file_exists(here / row.name)) << row.name;
+    EXPECT_EQ(row.dir, dir_exists(here / row.name)) << row.name;
+    EXPECT_EQ(row.size, APL_file_size(here / row.name)) << row.name;
+  }
+  EXPECT_EQ(0, file_exists(""));
+  EXPECT_EQ(0, dir_exists(""));
+  EXPECT_EQ(1, dir_exists("/"));
+}
+
+TEST(FilesSingle, SizesAboveTwoGigabytesAreClipped) {
+  const scratch_folder here;
+  const std::string path = here.file("large", "");
+  ASSERT_EQ(0, truncate(path.c_str(), 0x7FFFFFFFL));
+  EXPECT_EQ(INT_MAX, APL_file_size(path));
+  ASSERT_EQ(0, truncate(path.c_str(), 0x80000000L));
+  EXPECT_EQ(INT_MAX, APL_file_size(path));
+  ASSERT_EQ(0, truncate(path.c_str(), 0x1FFFFFFFFL));  // -1 in its low half
+  EXPECT_EQ(INT_MAX, APL_file_size(path));
+}
+
+TEST(FilesSingle, AppPathStandsInFrontOfEveryPath) {
+  const scratch_folder here;
+  app_path = here.path();
+  here.file("one", "1");
+  here.link("link", "one");
+  EXPECT_EQ(1, file_exists("one"));
+  EXPECT_EQ(1, file_exists("ONE"));
+  EXPECT_EQ(1, APL_file_size("one"));
+  EXPECT_EQ(0, make_folder("sub/"));
+  EXPECT_EQ(1, dir_exists("sub/"));
+  EXPECT_EQ(0, copy_file("one", "sub/two"));
+  EXPECT_EQ(0, rename_file("sub/", "two", "three"));
+  EXPECT_EQ(0, make_file_executable("sub/three"));
+  std::string target;
+  EXPECT_EQ(1, is_sim_link("link", &target));
+  EXPECT_EQ("one", target);
+  EXPECT_EQ(0, copy_file_recursive("sub/", "copy/"));
+  EXPECT_EQ("1", content_of(here / "copy/three"));
+  EXPECT_EQ(0, recursive_delete_folder("sub/"));
+  EXPECT_EQ(0, delete_file("one"));
+  unsigned long long total = 0;
+  EXPECT_EQ(0, get_free_space("not yet/", &total, nullptr));
+  EXPECT_GT(total, 0u);
+  app_path.clear();
+  EXPECT_FALSE(is_there(here / "one"));
+  EXPECT_FALSE(is_there(here / "sub"));
+}
+
+TEST(FilesSingleDeathTest, PathsAboveTheLimitAreFatal) {
+  const std::string at_limit(499, 'a');
+  const std::string above(500, 'a');
+  EXPECT_EQ(0, file_exists(at_limit));
+  EXPECT_EQ(0, dir_exists(at_limit));
+  EXPECT_EQ(-1, APL_file_size(at_limit));
+  EXPECT_EXIT(file_exists(above), testing::ExitedWithCode(1), "String too long!");
+  EXPECT_EXIT(dir_exists(above), testing::ExitedWithCode(1), "String too long!");
+  EXPECT_EXIT(APL_file_size(above), testing::ExitedWithCode(1), "String too long!");
+  app_path = "/";
+  EXPECT_EXIT(file_exists(at_limit), testing::ExitedWithCode(1), "String too long!");
+  app_path.clear();
+}
+
+TEST(FilesSingle, DeleteTakesTheKindThatThePathNames) {
+  const scratch_folder here;
+  here.folder("empty");
+  here.folder("full");
+  here.file("full/inside");
+  here.file("plain");
+  here.folder("target");
+  here.link("link", "target");
+  EXPECT_EQ(ENOENT, delete_file(""));
+  EXPECT_EQ(ENOENT, delete_file(here / "missing"));
+  EXPECT_NE(0, delete_file(here / "empty"));  // named as a file
+  EXPECT_EQ(ENOTDIR, delete_file(here / "plain/"));
+  EXPECT_EQ(ENOTEMPTY, delete_file(here / "full/"));
+  EXPECT_STREQ("Directory not empty", error_str(delete_file(here / "full/")));
+  EXPECT_EQ(ENOTDIR, delete_file(here / "link/"));
+  EXPECT_TRUE(is_there(here / "empty") && is_there(here / "plain") && is_there(here / "link"));
+  EXPECT_EQ(0, delete_file(here / "empty/"));
+  EXPECT_EQ(0, delete_file(here / "plain"));
+  EXPECT_EQ(0, delete_file(here / "link"));
+  EXPECT_TRUE(is_there(here / "target"));
+}
+
+TEST(FilesSingle, FailureNotesItsPlaceForThisThread) {
+  sErrFile = "";
+  sErrLine = 0;
+  EXPECT_NE(0, delete_file("/nothing/here"));
+  EXPECT_STREQ("Files/io_utils", sErrFile);
+  EXPECT_GT(sErrLine, 0);
+  EXPECT_EQ(7, io_fail(7, "elsewhere", 12));
+  EXPECT_EQ(0, io_fail(0, "not a failure", 13));
+  EXPECT_STREQ("elsewhere", sErrFile);
+  EXPECT_EQ(12, sErrLine);
+}
+
+TEST(FilesSingle, MakeFolder) {
+  const scratch_folder here;
+  umask(022);
+  EXPECT_EQ(0, make_folder(here / "new/"));
+  EXPECT_EQ(0755u, mode_of(here / "new"));
+  EXPECT_EQ(0, make_folder(here / "plain name"));
+  EXPECT_EQ(17, make_folder(here / "new/"));
+  EXPECT_EQ(ENOENT, make_folder(here / "no/parents/"));
+  EXPECT_EQ(17, make_folder(here.file("file") + "/"));
+  EXPECT_NE(0, make_folder(""));
+
+  EXPECT_EQ(0, show_make_dir_err(0));
+  EXPECT_EQ(0, show_make_dir_err(17));
+  EXPECT_EQ(0, show_make_dir_err(-48));
+  for (const int real : {1, 2, 13, 16, 18, 28, -47, -49, 48})
+    EXPECT_EQ(1, show_make_dir_err(real));
+  for (const int any : {0, 1, 2, -48, 20001})
+    EXPECT_EQ(0, show_del_err(any));
+}
+
+TEST(FilesSingle, RenameAndExecutable) {
+  const scratch_folder here;
+  here.file("old", "new content");
+  here.file("present", "old content");
+  EXPECT_EQ(0, rename_file(here.path(), "old", "present"));
+  EXPECT_EQ("new content", content_of(here / "present"));
+  EXPECT_FALSE(is_there(here / "old"));
+  EXPECT_EQ(ENOENT, rename_file(here.path(), "old", "other"));
+  chmod((here / "present").c_str(), 0600);
+  EXPECT_EQ(0, make_file_executable((here / "present").c_str()));
+  EXPECT_EQ(0755u, mode_of(here / "present"));
+  EXPECT_EQ(ENOENT, make_file_executable((here / "other").c_str()));
+}
+
+TEST(FilesSingle, Links) {
+  const scratch_folder here;
+  std::string target = "untouched";
+  EXPECT_EQ(0, is_sim_link(here.file("plain").c_str(), &target));
+  EXPECT_EQ(0, is_sim_link((here / "missing").c_str(), &target));
+  EXPECT_EQ("untouched", target);
+  EXPECT_EQ(1, is_sim_link(here.link("dangling", "no/such \xe9").c_str(), &target));
+  EXPECT_EQ("no/such \xe9", target);
+  EXPECT_EQ(1, is_sim_link((here / "dangling").c_str(), nullptr));
+  for (const size_t length : {498u, 499u, 500u, 3000u}) {
+    std::string text(length, 'q');
+    const std::string name = here.link("long" + std::to_string(length), text);
+    EXPECT_EQ(1, is_sim_link(name.c_str(), &target));
+    EXPECT_EQ(text.substr(0, 499), target) << length;
+  }
+}
+
+// Sizes on both sides of the buffer's, and each kind of permission bits.
+TEST(FilesSingle, CopyKeepsContentAndBits) {
+  const scratch_folder here;
+  const struct {
+    size_t bytes;
+    unsigned mode;
+  } rows[] = {{0, 0755}, {1, 0600}, {65535, 0644}, {65536, 0444}, {65537, 0777}, {200000, 0640}};
+  for (const auto& row : rows) {
+    std::string content(row.bytes, '\0');
+    for (size_t i = 0; i < row.bytes; ++i)
+      content[i] = static_cast<char>(i * 7 + i / 251);
+    const std::string from = here.file("from", content);
+    chmod(from.c_str(), row.mode);
+    here.file("to", std::string(70000, 'o'));  // longer than some, and with other bits
+    EXPECT_EQ(0, copy_file(from, here / "to")) << row.bytes;
+    EXPECT_TRUE(content == content_of(here / "to")) << row.bytes;
+    EXPECT_EQ(row.mode, mode_of(here / "to")) << row.bytes;
+    unlink(from.c_str());
+    chmod((here / "to").c_str(), 0600);
+  }
+}
+
+TEST(FilesSingle, CopyRefusesWhatItCannotOpen) {
+  const scratch_folder here;
+  here.file("plain", "content");
+  here.folder("folder");
+  mkfifo((here / "pipe").c_str(), 0600);
+  EXPECT_EQ(2, copy_file(here / "missing", here / "to"));
+  EXPECT_EQ(2, copy_file(here / "folder", here / "to"));
+  EXPECT_EQ(2, copy_file(here / "pipe", here / "to"));  // and does not wait for a writer
+  EXPECT_FALSE(is_there(here / "to"));
+  EXPECT_EQ(2, copy_file(here / "plain", here / "no/folder"));
+  EXPECT_EQ(2, copy_file(here / "plain", here / "folder"));
+  EXPECT_EQ(2, copy_file(here / "plain", here / "pipe"));
+}
+
+TEST(FilesSingle, CopyOntoItselfKeepsTheFile) {
+  const scratch_folder here;
+  const std::string path = here.file("plain", "content");
+  here.link("symbolic", "plain");
+  ASSERT_EQ(0, link(path.c_str(), (here / "hard").c_str()));
+  for (const char* other : {"plain", "./plain", "symbolic", "hard"}) {
+    EXPECT_EQ(0, copy_file(path, here / other)) << other;
+    EXPECT_EQ(0, copy_file(here / other, path)) << other;
+    EXPECT_EQ("content", content_of(path)) << other;
+  }
+}
+
+TEST(FilesSingle, CopyReportsWhatTheVolumeRefuses) {
+  const scratch_folder here;
+  const std::string from = here.file("from", std::string(200000, 'c'));
+  here.file("present", "old");
+
+  // A limit on file sizes stops a write halfway, whoever runs the test.
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit old_limit;
+  getrlimit(RLIMIT_FSIZE, &old_limit);
+  rlimit small = old_limit;
+  small.rlim_cur = 100000;
+  setrlimit(RLIMIT_FSIZE, &small);
+  const int to_new = copy_file(from, here / "new");
+  const int to_old = copy_file(from, here / "present");
+  setrlimit(RLIMIT_FSIZE, &old_limit);
+  EXPECT_EQ(EFBIG, to_new);
+  EXPECT_FALSE(is_there(here / "new")) << "a half file is left";
+  EXPECT_EQ(EFBIG, to_old);
+
+  small_volume volume(here.folder("volume"), "size=64k");
+  if (!volume.mounted()) return;
+  EXPECT_EQ(ENOSPC, copy_file(from, here / "volume/new"));
+  EXPECT_FALSE(is_there(here / "volume/new"));
+  EXPECT_EQ(0, copy_file(here.file("little"), here / "volume/small"));
+  ASSERT_TRUE(volume.make_read_only());
+  EXPECT_EQ(2, copy_file(from, here / "volume/other"));
+  EXPECT_EQ(EROFS, delete_file(here / "volume/small"));
+  EXPECT_EQ(EROFS, make_folder(here / "volume/folder/"));
+  EXPECT_EQ(EROFS, rename_file(here / "volume/", "small", "other"));
+  EXPECT_EQ(EROFS, make_file_executable((here / "volume/small").c_str()));
+}
+
+namespace {
+// The least that the flag's place needs: "MZ", the offset of "PE", and a header of 24 bytes there.
+std::string windows_program(uint32_t pe_at, unsigned char flags, size_t size) {
+  std::string image(size, '\x11');
+  image.replace(0, 2, "MZ");
+  for (int i = 0; i < 4; ++i)
+    image[0x3C + i] = static_cast<char>(pe_at >> (8 * i));
+  if (pe_at + 24ull <= size) {
+    image.replace(pe_at, 4, std::string("PE\0\0", 4));
+    image[pe_at + 22] = static_cast<char>(flags);
+  }
+  return image;
+}
+}  // namespace
+
+TEST(FilesExe, SetsOneBitAndNothingElse) {
+  const scratch_folder here;
+  const std::string path = here.file("a.exe", windows_program(0x80, 0x02, 4000));
+  EXPECT_EQ(0, make_file_large_address_aware(path));
+  EXPECT_TRUE(windows_program(0x80, 0x22, 4000) == content_of(path));
+  EXPECT_EQ(0, make_file_large_address_aware(path)) << "a second time";
+  EXPECT_TRUE(windows_program(0x80, 0x22, 4000) == content_of(path));
+  const std::string tight = here.file("b.exe", windows_program(64, 0, 88));
+  EXPECT_EQ(0, make_file_large_address_aware(tight));
+  EXPECT_TRUE(windows_program(64, 0x20, 88) == content_of(tight));
+}
+
+TEST(FilesExe, LeavesDamagedProgramsAlone) {
+  const scratch_folder here;
+  const std::string whole = windows_program(0x80, 0x02, 0x80 + 24);
+  for (size_t length = 0; length < whole.size(); ++length) {
+    const std::string path = here.file("cut.exe", whole.substr(0, length));
+    EXPECT_EQ(8, make_file_large_address_aware(path)) << length;
+    EXPECT_TRUE(whole.substr(0, length) == content_of(path)) << length;
+  }
+  for (const uint32_t pe_at : {0u, 63u, 0x81u, 0x7FFFFFFFu, 0xFFFFFFE8u, 0xFFFFFFFFu}) {
+    std::string image = whole;
+    for (int i = 0; i < 4; ++i)
+      image[0x3C + i] = static_cast<char>(pe_at >> (8 * i));
+    const std::string path = here.file("offset.exe", image);
+    EXPECT_EQ(8, make_file_large_address_aware(path)) << pe_at;
+    EXPECT_TRUE(image == content_of(path)) << pe_at;
+  }
+  EXPECT_EQ(2, make_file_large_address_aware(here / "missing.exe"));
+  EXPECT_NE(0, make_file_large_address_aware(here.folder("folder")));
+}

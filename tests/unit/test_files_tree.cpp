@@ -1,0 +1,199 @@
+// Listing, recursive copy, recursive deletion.
+
+#include <fcntl.h>
+
+#include <cerrno>
+
+#include "corekit/Files/io_utils.h"
+#include "tests/unit/test_files_scratch.h"
+
+namespace {
+// A listing as one text, folders with a "/": "a b/ c ".
+std::string listing(const std::string& folder, int filter = 0) {
+  std::vector<std::string> names = {"left over"};
+  std::vector<int> flags = {1, 1};
+  const int count = opensave_getitems(folder, filter, names, flags);
+  EXPECT_EQ(static_cast<size_t>(count), names.size());
+  EXPECT_EQ(names.size(), flags.size());
+  std::string text;
+  for (size_t i = 0; i < names.size(); ++i)
+    text += names[i] + (flags[i] ? "/ " : " ");
+  return text;
+}
+}  // namespace
+
+TEST(FilesTree, ListsInByteOrderWithoutHiddenNames) {
+  const scratch_folder here;
+  for (const char* name : {"b", "B", "a b", "a", "a0", "\xe9t\xe9", "Z", "10", "9", "_"}) {
+    here.file(name);
+  }
+  here.folder("a.d");
+  here.folder(".hidden folder");
+  here.file(".DS_Store");
+  here.link("to_folder", "a.d");
+  here.link("broken", "nothing");
+  EXPECT_EQ("10 9 B Z _ a a b a.d/ a0 b broken to_folder \xe9t\xe9 ", listing(here.path()));
+  EXPECT_EQ("", listing(here / ".hidden folder/"));
+  here.file("a.d/.DS_Store");
+  EXPECT_EQ("", listing(here / "a.d/")) << "a folder with only hidden names counts as empty";
+  EXPECT_EQ("10 9 B Z _ a a b a.d/ a0 b broken to_folder \xe9t\xe9 ", listing(here / "a.d/../"));
+  EXPECT_EQ("", listing(here / "missing/"));
+  EXPECT_EQ("", listing(here / "b/"));
+}
+
+TEST(FilesTree, Filters) {
+  const scratch_folder here;
+  const char* const endings[] = {"afl", "wpn", "acf", "obj", "sit", "smo", "txt", "fms", "tra",
+                                 "car", "spa", "reg", "wav", "bmp", "png", "fdr", "dsf", "hgt"};
+  for (const char* ending : endings)
+    here.file(std::string("x.") + ending);
+  here.file("Y.TXT");
+  here.file("y.Png");
+  here.file("readme.txt2");
+  here.file("txt");
+  here.file("a.jpg");
+  here.folder("folder.txt");
+  here.file(".txt");
+
+  for (int kind = 1; kind <= 18; ++kind) {
+    std::string expected = std::string("x.") + endings[kind - 1] + " ";
+    if (kind == 7)
+      expected = "Y.TXT folder.txt/ " + expected;
+    else
+      expected = "folder.txt/ " + expected;
+    if (kind == 15) expected += "y.Png ";
+    EXPECT_EQ(expected, listing(here.path(), kind)) << kind;
+  }
+  EXPECT_EQ("folder.txt/ ", listing(here.path(), 19));
+  EXPECT_EQ("", listing(here.path(), 20));
+  EXPECT_EQ("", listing(here.path(), 21));
+  int kind = -1;
+  EXPECT_EQ(0, opensave_takeit("", 0, 0, &kind));
+  EXPECT_EQ(0, opensave_takeit(".hidden.png", 0, 0, &kind));
+  EXPECT_EQ(1, opensave_takeit("png", 0, 0, &kind));
+  EXPECT_EQ(0, kind);
+  EXPECT_EQ(1, opensave_takeit("a.hGt", 0, 0, &kind));
+  EXPECT_EQ(18, kind);
+}
+
+TEST(FilesTreeDeathTest, FolderPathsEndInASlash) {
+  std::vector<std::string> names;
+  std::vector<int> flags;
+  EXPECT_EXIT(opensave_getitems("/tmp", 0, names, flags), testing::ExitedWithCode(1),
+              "Working path does not appear to be a directory!");
+  EXPECT_EXIT(recursive_delete_folder("/nothing/here"), testing::ExitedWithCode(1),
+              "I need to end all paths with the directory indicator!");
+  EXPECT_GT(opensave_getitems("/", 0, names, flags), 0);
+  EXPECT_EQ(0, opensave_getitems("", 0, names, flags));
+  EXPECT_EQ(0, opensave_getitems("x", 0, names, flags));
+}
+
+TEST(FilesTree, DeletesAllButWhatLinksLeadTo) {
+  const scratch_folder here;
+  here.folder("outside");
+  here.file("outside/precious");
+  here.folder("tree");
+  here.folder("tree/sub");
+  here.folder("tree/sub/deep");
+  here.file("tree/sub/deep/f");
+  here.file("tree/caf\xe9 'x'");
+  here.link("tree/to_folder", "../outside");
+  here.link("tree/to_file", "../outside/precious");
+  here.link("tree/dangling", "nowhere");
+  here.link("tree/sub/up", "..");
+  EXPECT_EQ(0, recursive_delete_folder(here / "tree/"));
+  EXPECT_FALSE(is_there(here / "tree"));
+  EXPECT_TRUE(is_there(here / "outside/precious"));
+
+  here.link("link", "outside");
+  EXPECT_EQ(20, recursive_delete_folder(here / "link/"));
+  EXPECT_TRUE(is_there(here / "outside/precious"));
+  EXPECT_TRUE(is_there(here / "link"));
+}
+
+TEST(FilesTree, DeletionStopsAtTheFirstFailure) {
+  const scratch_folder here;
+  here.folder("tree");
+  here.file("tree/a");
+  here.folder("tree/b");
+  here.file("tree/b/.hidden");
+  here.file("tree/c");
+  EXPECT_EQ(ENOTEMPTY, recursive_delete_folder(here / "tree/"));
+  EXPECT_FALSE(is_there(here / "tree/a"));
+  EXPECT_TRUE(is_there(here / "tree/b/.hidden"));
+  EXPECT_TRUE(is_there(here / "tree/c"));
+
+  EXPECT_EQ(2, recursive_delete_folder(""));
+  EXPECT_EQ(2, recursive_delete_folder(here / "missing/"));
+  EXPECT_EQ(20, recursive_delete_folder(here / "tree/c/"));
+  EXPECT_EQ(1, recursive_delete_folder("/"));
+  EXPECT_EQ(1, recursive_delete_folder("//"));
+}
+
+TEST(FilesTree, CopiesAFolderAndItsLinks) {
+  const scratch_folder here;
+  here.folder("from");
+  here.folder("from/sub");
+  here.file("from/a", "alpha");
+  here.file("from/sub/program", "run me");
+  chmod((here / "from/sub/program").c_str(), 0755);
+  here.file("from/.hidden", "not listed");
+  here.link("from/to_a", "a");
+  here.link("from/sub/up", "..");
+  here.link("from/dangling", std::string(600, 'z'));
+  for (const char* label : {"into nothing", "over the first copy"}) {
+    EXPECT_EQ(0, copy_file_recursive(here / "from/", here / "to/")) << label;
+    EXPECT_EQ("a dangling sub/ to_a ", listing(here / "to/")) << label;
+    EXPECT_EQ("alpha", content_of(here / "to/a")) << label;
+    EXPECT_EQ(0755u, mode_of(here / "to/sub/program")) << label;
+    char text[1000] = {};
+    EXPECT_EQ(600, readlink((here / "to/dangling").c_str(), text, sizeof text)) << label;
+    EXPECT_EQ(std::string(600, 'z'), text) << label;
+    EXPECT_EQ(2, readlink((here / "to/sub/up").c_str(), text, sizeof text)) << label;
+    EXPECT_FALSE(is_there(here / "to/.hidden")) << label;
+  }
+  EXPECT_EQ(0, copy_file_recursive(here / "from/to_a", here / "single"));
+  EXPECT_EQ("alpha", content_of(here / "single"));
+}
+
+TEST(FilesTree, CopyStopsAtTheFirstFailure) {
+  const scratch_folder here;
+  here.folder("from");
+  here.file("from/a", "alpha");
+  here.link("from/b", "a");
+  here.file("from/c", "gamma");
+  here.folder("to");
+  here.file("to/b", "a file of the user's");
+  EXPECT_EQ(17, copy_file_recursive(here / "from/", here / "to/"));
+  EXPECT_EQ("a file of the user's", content_of(here / "to/b"));
+  EXPECT_FALSE(is_there(here / "to/c"));
+  EXPECT_EQ(2, copy_file_recursive(here / "missing/", here / "new/"));
+  EXPECT_FALSE(is_there(here / "new"));
+  EXPECT_EQ(2, copy_file_recursive(here / "from/", here / "no/parent/"));
+}
+
+TEST(FilesTree, CopyIntoItselfEnds) {
+  const scratch_folder here;
+  here.folder("tree");
+  here.file("tree/a", "alpha");
+  EXPECT_EQ(22, copy_file_recursive(here / "tree/", here / "tree/"));
+  EXPECT_EQ("alpha", content_of(here / "tree/a"));
+  EXPECT_EQ(22, copy_file_recursive(here / "tree/", here / "tree/b/"));
+  EXPECT_FALSE(is_there(here / "tree/b/b"));
+}
+
+TEST(FilesTree, DeepTreesEndInACode) {
+  // Deeper than a path can be long: each level is made from the one above it.
+  const scratch_folder here;
+  const std::string name(200, 'd');
+  int level = open(here.folder("tree").c_str(), O_RDONLY | O_DIRECTORY);
+  for (int depth = 0; depth < 30; ++depth) {
+    ASSERT_EQ(0, mkdirat(level, name.c_str(), 0755)) << depth;
+    const int below = openat(level, name.c_str(), O_RDONLY | O_DIRECTORY);
+    close(level);
+    level = below;
+  }
+  close(level);
+  EXPECT_EQ(ENAMETOOLONG, recursive_delete_folder(here / "tree/"));
+  EXPECT_NE(0, copy_file_recursive(here / "tree/", here / "copy/"));
+}
