@@ -1,0 +1,156 @@
+#include "net_scripted_server.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "corekit/OOPS_cpp/http.h"
+
+namespace {
+
+// A socket bound to an ephemeral port of the loopback address.
+int bound_socket(int* port) {
+  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), size), 0);
+  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
+  *port = ntohs(address.sin_port);
+  return descriptor;
+}
+
+bool send_all(int caller, const std::string& bytes) {
+  for (size_t at = 0; at < bytes.size();) {
+    const ssize_t sent = send(caller, bytes.data() + at, bytes.size() - at, MSG_NOSIGNAL);
+    if (sent < 0) return false;
+    at += static_cast<size_t>(sent);
+  }
+  return true;
+}
+
+}  // namespace
+
+scripted_server::scripted_server(answer_function answer, bool stepped)
+    : answer_(std::move(answer)), stepped_(stepped) {
+  listener_ = bound_socket(&port_);
+  EXPECT_EQ(listen(listener_, 64), 0);
+  EXPECT_EQ(pipe(stop_pipe_), 0);
+  thread_ = std::thread([this] { run(); });
+}
+
+scripted_server::~scripted_server() {
+  {
+    const std::lock_guard lock(guard_);
+    stopping_ = true;
+  }
+  changed_.notify_all();
+  EXPECT_EQ(write(stop_pipe_[1], "x", 1), 1);
+  thread_.join();
+  for (const int descriptor : {listener_, stop_pipe_[0], stop_pipe_[1]})
+    close(descriptor);
+}
+
+std::vector<std::string> scripted_server::requests() {
+  const std::lock_guard lock(guard_);
+  return requests_;
+}
+
+bool scripted_server::send_piece() {
+  std::unique_lock lock(guard_);
+  if (unsent_ == 0) return false;
+  ++tickets_;
+  const size_t left = unsent_ - 1;
+  changed_.notify_all();
+  changed_.wait(lock, [&] { return unsent_ <= left || stopping_; });
+  return true;
+}
+
+// False when the server is to stop.
+bool scripted_server::wait_readable(int descriptor) {
+  pollfd entries[] = {{stop_pipe_[0], POLLIN, 0}, {descriptor, POLLIN, 0}};
+  poll(entries, 2, -1);
+  return entries[0].revents == 0;
+}
+
+bool scripted_server::wait_turn() {
+  std::unique_lock lock(guard_);
+  changed_.wait(lock, [&] { return !stepped_ || tickets_ > 0 || stopping_; });
+  if (stepped_ && tickets_ > 0) --tickets_;
+  return !stopping_;
+}
+
+void scripted_server::run() {
+  while (wait_readable(listener_)) {
+    const int caller = accept(listener_, nullptr, nullptr);
+    if (caller >= 0) serve(caller);
+  }
+  for (const int caller : kept_open_)
+    close(caller);
+}
+
+void scripted_server::serve(int caller) {
+  const int on = 1;
+  setsockopt(caller, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  std::string head;
+  while (!head.ends_with("\r\n\r\n")) {
+    char byte = 0;
+    if (!wait_readable(caller) || recv(caller, &byte, 1, 0) != 1) {
+      close(caller);
+      return;
+    }
+    head += byte;
+  }
+  const scripted_reply reply = answer_(head);
+  {
+    const std::lock_guard lock(guard_);
+    unsent_ = reply.pieces.size();
+    requests_.push_back(head);
+  }
+  for (const std::string& piece : reply.pieces) {
+    // A caller that has hung up takes no more, but the test's tickets are still honoured.
+    if (!wait_turn()) break;
+    send_all(caller, piece);
+    const std::lock_guard lock(guard_);
+    --unsent_;
+    changed_.notify_all();
+  }
+  if (reply.keep_open) {
+    kept_open_.push_back(caller);
+  } else {
+    close(caller);
+  }
+}
+
+int closed_port() {
+  int port = 0;
+  close(bound_socket(&port));
+  return port;
+}
+
+std::string bytes_of(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream out;
+  out << in.rdbuf();
+  return out.str();
+}
+
+std::string scratch_folder() {
+  std::string path = testing::TempDir() + "net-XXXXXX";
+  EXPECT_NE(mkdtemp(path.data()), nullptr);
+  return path + "/";
+}
+
+void use_proxy_port(int port) {
+  http._proxy_host = "127.0.0.1";
+  http._proxy_port_int = port;
+}

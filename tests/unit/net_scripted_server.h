@@ -1,0 +1,68 @@
+// A web server for tests: it answers each request with bytes that the test has laid down. One
+// thread, one connection at a time, an ephemeral port of 127.0.0.1; it listens before the
+// constructor returns.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+struct scripted_reply {
+  std::vector<std::string> pieces;  // sent one after the other
+  bool keep_open = false;           // else the connection is closed after the last piece
+};
+
+class scripted_server {
+ public:
+  // Called on the server's thread with a request's head, the empty line included.
+  using answer_function = std::function<scripted_reply(const std::string& request)>;
+
+  // With `stepped` set, a piece is sent only by a call of send_piece.
+  explicit scripted_server(answer_function answer, bool stepped = false);
+  ~scripted_server();
+  scripted_server(const scripted_server&) = delete;
+  scripted_server& operator=(const scripted_server&) = delete;
+
+  int port() const { return port_; }
+  std::vector<std::string> requests();  // the heads so far
+  // Lets the next piece of the present reply go and returns once the system has it. False when
+  // there is none.
+  bool send_piece();
+
+ private:
+  void run();
+  void serve(int caller);
+  bool wait_readable(int descriptor);
+  bool wait_turn();
+
+  answer_function answer_;
+  const bool stepped_;
+  int listener_ = -1;
+  int stop_pipe_[2] = {-1, -1};
+  int port_ = 0;
+  std::vector<int> kept_open_;  // the server's thread only
+
+  std::mutex guard_;  // of what follows
+  std::condition_variable changed_;
+  std::vector<std::string> requests_;
+  size_t unsent_ = 0;   // pieces of the present reply
+  size_t tickets_ = 0;  // pieces that send_piece has let go
+  bool stopping_ = false;
+
+  std::thread thread_;
+};
+
+// A port of 127.0.0.1 on which nothing listens.
+int closed_port();
+
+// The bytes of a file; empty if there is none.
+std::string bytes_of(const std::string& path);
+
+// A new empty folder for one test, with a trailing "/".
+std::string scratch_folder();
+
+// Sends every request to 127.0.0.1 at `port`, as a proxy would take it.
+void use_proxy_port(int port);

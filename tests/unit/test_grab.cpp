@@ -1,0 +1,416 @@
+// The transfer loop: whole jobs against a scripted mirror, and the decisions of its streams.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Installer-f/main_stg.h"
+#include "Installer-f/utils_grab.h"
+#include "Installer-f/utils_manifest.h"
+#include "Installer-f/utils_servers.h"
+#include "Installer-f/utils_stream.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/Files/io_zip.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/OOPS_cpp/http.h"
+#include "corekit/OOPS_cpp/xtim.h"
+#include "net_scripted_server.h"
+
+namespace {
+
+file_version_struct wanted_file(std::string_view path, float kb = 1) {
+  file_version_struct file;
+  file.path = path;
+  file.zip_kb = kb;
+  file.raw_kb = 2 * kb;
+  file.need_fetch = 1;
+  return file;
+}
+
+void add(const file_version_struct& file) {
+  file_history_struct history;
+  history.versions.push_back(file);
+  sim_info.push_back(history);
+}
+
+class Grab : public testing::Test {
+ protected:
+  Grab() {
+    stg = {};
+    sim_info.clear();
+    deleted_files.clear();
+    temp_path = scratch_folder();
+    dest_dir_path = scratch_folder();
+    stg.server_count = 2;
+    server_name[0] = "one";
+    server_path[0] = "/up/rel/";
+    server_name[1] = "two";
+    server_path[1] = "/pub/rel/";
+    xtim.now_sec = 10.0f;
+    log_path_ = temp_path + "log.txt";
+    xer_open(log_path_);
+    next = {};
+    grab_reset();
+  }
+  ~Grab() override {
+    for (int s = 0; s < stream_limit; ++s)
+      http.drop(first_stream_slot + s);
+    xer.close();
+  }
+
+  // An archive of a file with this name and content.
+  std::string archive_of(const std::string& name, const std::string& content) {
+    const std::string source = temp_path + name;
+    std::ofstream(source, std::ios::binary) << content;
+    EXPECT_EQ(file_to_zip(source, temp_path + "made.zip"), 0);
+    delete_file(source);
+    return bytes_of(temp_path + "made.zip");
+  }
+
+  void put(const std::string& inside, const std::string& content) {
+    for (size_t slash = inside.find('/'); slash != std::string::npos;
+         slash = inside.find('/', slash + 1)) {
+      make_folder(dest_dir_path + inside.substr(0, slash));
+    }
+    std::ofstream(dest_dir_path + inside, std::ios::binary) << content;
+  }
+
+  std::string log() {
+    xer.flush();
+    return bytes_of(log_path_);
+  }
+
+ private:
+  std::string log_path_;
+};
+
+// A mirror that serves `files` by their full URL, and 404 for the rest.
+class mirror {
+ public:
+  explicit mirror(std::map<std::string, std::string> files)
+      : files_(std::move(files)), server_([this](const std::string& request) {
+          const std::string url = request.substr(4, request.find(" HTTP/") - 4);
+          const auto found = files_.find(url);
+          const bool is_there = found != files_.end();
+          const std::string body = is_there ? found->second : "no such file";
+          return scripted_reply{{(is_there ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found") +
+                                 ("\r\nContent-Length: " + std::to_string(body.size())) +
+                                 "\r\n\r\n" + body}};
+        }) {
+    use_proxy_port(server_.port());
+  }
+  std::vector<std::string> requests() { return server_.requests(); }
+
+ private:
+  const std::map<std::string, std::string> files_;
+  scripted_server server_;
+};
+
+// Calls grab_files as a page does, until it is over or ten seconds have gone.
+bool run_job() {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (std::chrono::steady_clock::now() < limit) {
+    if (grab_files() != 0) return true;
+  }
+  return false;
+}
+
+TEST(GrabStreams, CountFollowsTheSpeed) {
+  const struct {
+    float rate;
+    int manual, wanted;
+  } rows[] = {
+      {0, 0, 2},      {50.0f, 0, 2},  {50.1f, 0, 4},  {100.0f, 0, 4}, {100.1f, 0, 6},
+      {150.0f, 0, 6}, {150.1f, 0, 8}, {200.0f, 0, 8}, {200.1f, 0, 9}, {1e9f, 1, 1},
+      {0, 3, 3},      {0, 4, 4},      {60.0f, -1, 4},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(wanted_streams(row.rate, row.manual), row.wanted) << row.rate << " " << row.manual;
+  }
+}
+
+// What settling does to the streams: active ones as digits of `before` and `after`.
+TEST_F(Grab, StreamsStartAndStopAtTheEndOfAFile) {
+  const struct {
+    const char* label;
+    const char* before;
+    int settled;
+    float done_kb;  // in the 10 seconds since the start
+    int manual;
+    const char* after;
+    const char* take_next;
+  } rows[] = {
+      {"slow", "1100", 0, 500, 0, "1100", "1000"},
+      {"faster: one more at a time", "1100", 1, 501, 0, "1110", "0110"},
+      {"lowest free slot", "0110", 2, 9999, 0, "1110", "1010"},
+      {"all live", "1111", 3, 9999, 0, "1111", "0001"},
+      {"slowed down", "1111", 2, 100, 0, "1101", "0000"},
+      {"one by hand", "1100", 1, 9999, 1, "1000", "0000"},
+      {"the last one stays", "1000", 0, 0, 1, "1000", "1000"},
+      {"four by hand", "1100", 0, 0, 4, "1110", "1010"},
+  };
+  for (const auto& row : rows) {
+    next = {};
+    next.start_time = 0;
+    next.done_zip_kb = row.done_kb - 1;
+    next.in_flight_kb = 1;
+    stg.stream_count = row.manual;
+    for (int s = 0; s < stream_limit; ++s)
+      next.stream_active[s] = row.before[s] - '0';
+    settle_stream_count(row.settled);
+    for (int s = 0; s < stream_limit; ++s) {
+      EXPECT_EQ(next.stream_active[s], row.after[s] - '0') << row.label << ", stream " << s;
+      EXPECT_EQ(next.stream_take_next[s], row.take_next[s] - '0') << row.label << ", stream " << s;
+    }
+  }
+}
+
+TEST_F(Grab, NothingToDoUsesNoNetwork) {
+  static const std::vector<std::string> paths = [] {
+    std::vector<std::string> out;
+    for (int i = 0; i < 1001; ++i)
+      out.push_back("ALL_os/f" + std::to_string(i));
+    return out;
+  }();
+  for (const std::string& path : paths) {
+    file_version_struct file = wanted_file(path);
+    file.need_fetch = 0;
+    file.sig_match = path == "ALL_os/f1000";
+    add(file);
+  }
+  use_proxy_port(closed_port());
+  int calls = 1;
+  while (grab_files() == 0)
+    ++calls;
+  EXPECT_EQ(calls, 502) << "two streams, a file each a call, and a call that sees the end";
+  EXPECT_EQ(next.finished, 1);
+  EXPECT_EQ(stg.activity, activity_have_it) << "of the last file";
+  EXPECT_EQ(crnt_file_name, "f1000");
+  EXPECT_EQ(crnt_file_path, "/up/rel/ALL_os/f1000.zip");
+  EXPECT_EQ(stg.server_down, 0);
+  EXPECT_EQ(log(), "");
+}
+
+TEST_F(Grab, AnEmptyTableIsOverAtOnce) {
+  EXPECT_EQ(grab_files(), 1);
+}
+
+TEST_F(Grab, FetchesAndDeletes) {
+  const std::string tail = "Content of a file that is a little longer.";
+  mirror m({{"http://one/up/rel/ALL_os/a%20b.txt.zip", archive_of("a b.txt", "AB")},
+            {"http://one/up/rel/ALL_os/sub/c.zip", archive_of("c", tail)},
+            {"http://one/up/rel/APL_os/Sky.app/Contents/MacOS/sky.zip", archive_of("sky", "run")}});
+  put("sub/c", "old");
+  put("gone/deep/d.txt", "dropped by the release");
+  put("half/e.txt", "dropped too");
+  put("half/mine.txt", "the user's own");
+  put("Sky.app/Contents/MacOS/x", "");
+  add(wanted_file("ALL_os/a b.txt", 3));
+  add(wanted_file("ALL_os/sub/c", 4));
+  for (const char* path :
+       {"ALL_os/gone/deep/d.txt", "ALL_os/half/e.txt", "ALL_os/half/never.txt"}) {
+    file_version_struct file = wanted_file(path);
+    file.need_fetch = 0;
+    file.need_delete = 1;
+    add(file);
+  }
+  add(wanted_file("APL_os/Sky.app/Contents/MacOS/sky", 5));
+  // An old version that was wanted once does not count; the current one does.
+  sim_info[1].versions.insert(sim_info[1].versions.begin(), wanted_file("ALL_os/sub/c", 100));
+  stg.log_actions = 1;
+
+  ASSERT_TRUE(run_job());
+  EXPECT_EQ(bytes_of(dest_dir_path + "a b.txt"), "AB");
+  EXPECT_EQ(bytes_of(dest_dir_path + "sub/c"), tail);
+  EXPECT_EQ(bytes_of(dest_dir_path + "half/mine.txt"), "the user's own");
+  EXPECT_FALSE(file_exists(dest_dir_path + "half/e.txt"));
+  EXPECT_FALSE(dir_exists(dest_dir_path + "gone/")) << "both folders, the inner one first";
+  EXPECT_TRUE(dir_exists(dest_dir_path));
+  struct stat info = {};
+  ASSERT_EQ(stat((dest_dir_path + "Sky.app/Contents/MacOS/sky").c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0755u);
+
+  EXPECT_EQ(next.done_zip_kb, 12);
+  EXPECT_EQ(next.done_raw_kb, 24);
+  EXPECT_EQ(next.in_flight_kb, 0);
+  EXPECT_EQ(stg.extract_failed, 0);
+  EXPECT_EQ(sim_info[1].current().sig_match, 1);
+  for (int s = 0; s < stream_limit; ++s) {
+    EXPECT_FALSE(file_exists(temp_path + std::to_string(s) + ".zip")) << s;
+  }
+  EXPECT_EQ(m.requests().size(), 3u);
+  const std::string text = log();
+  for (const std::string& line :
+       {"now we want to nuke a file: DELETING  file " + dest_dir_path +
+            "gone/deep/d.txt, with result=0.\n",
+        "now we want to nuke a file: DELETING  file " + dest_dir_path +
+            "half/never.txt, with result=2.\n",
+        "cleanup: DELETING  file " + dest_dir_path + "gone/, with result=0.\n",
+        "EXPANDING file " + dest_dir_path + "sub/c, with result=0.\n",
+        "CHMODING  file " + dest_dir_path + "Sky.app/Contents/MacOS/sky, with result=0.\n"}) {
+    EXPECT_NE(text.find(line), std::string::npos) << line << "not in\n" << text;
+  }
+}
+
+TEST_F(Grab, AMirrorWithoutTheFileIsLeftForAnother) {
+  const std::string archive = archive_of("a", "good");
+  mirror m({{"http://two/pub/rel/ALL_os/a.zip", archive}});
+  add(wanted_file("ALL_os/a"));
+  EXPECT_TRUE(run_job());
+  EXPECT_EQ(next.finished, 1);
+  EXPECT_GE(m.requests().size(), 2u);
+  EXPECT_EQ(stg.server_down, 0);
+  EXPECT_EQ(stg.server_index, 1);
+  EXPECT_EQ(bytes_of(dest_dir_path + "a"), "good");
+  EXPECT_NE(log().find("response   =Not Found (#404)"), std::string::npos);
+}
+
+TEST_F(Grab, AFailureRewindsForTheOtherStreams) {
+  use_proxy_port(closed_port());
+  for (const char* path : {"ALL_os/a", "ALL_os/b", "ALL_os/c"})
+    add(wanted_file(path));
+  stg.server_count = 1;
+  while (stg.server_down == 0)
+    grab_files();
+  EXPECT_LE(next.next_file, 1) << "the file of stream 0 is handed out again";
+  EXPECT_EQ(next.stream_file[0], 0);
+  EXPECT_EQ(next.stream_take_next[0], 0) << "it keeps its file";
+  EXPECT_EQ(stg.server_index, 0);
+
+  stg.server_count = 0;
+  EXPECT_EQ(grab_files(), 0) << "no mirror known: no request, no end";
+  EXPECT_EQ(stg.server_down, 1);
+}
+
+TEST_F(Grab, ADamagedArchiveEndsTheJob) {
+  std::string archive = archive_of("a", std::string(1000, 'a') + "tail");
+  archive[archive.size() / 2] = static_cast<char>(~archive[archive.size() / 2]);
+  mirror m(
+      {{"http://one/up/rel/ALL_os/a.zip", archive}, {"http://two/pub/rel/ALL_os/a.zip", archive}});
+  put("a", "the old file");
+  add(wanted_file("ALL_os/a"));
+  for (const char* path : {"ALL_os/b", "ALL_os/c", "ALL_os/d"}) {
+    file_version_struct file = wanted_file(path);
+    file.need_fetch = 0;
+    add(file);
+  }
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(run_job());
+  const std::string text = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(stg.extract_failed, 1);
+  EXPECT_EQ(sim_info[0].current().sig_match, 1) << "the next verification will tell";
+  for (const std::string& line :
+       {std::string("The installer cannot extract a file."), std::string("Error: "),
+        "Compressed File: " + temp_path + "0.zip", "Destination: " + dest_dir_path + "a"}) {
+    EXPECT_NE(text.find(line), std::string::npos) << line << " not in " << text;
+  }
+  EXPECT_FALSE(file_exists(temp_path + "0.zip")) << "a failed archive does not stay";
+  EXPECT_EQ(bytes_of(dest_dir_path + "a"), "the old file");
+}
+
+TEST_F(Grab, APathWithoutAFileIsFatal) {
+  add(wanted_file("ALL_os/folder/"));
+  EXPECT_EXIT(grab_files(), testing::ExitedWithCode(1),
+              "I am working through the list and found a path that has no file!");
+}
+
+TEST_F(Grab, APathOutsideTheDestinationIsRefused) {
+  const std::string outside = scratch_folder() + "victim";
+  std::ofstream(outside) << "untouched";
+  static std::string absolute;
+  absolute = "ALL_os/" + outside;  // behind the platform folder: absolute
+  static const std::string above = "ALL_os/../victim";
+  for (const std::string& path : {above, absolute}) {
+    for (const int deletes : {0, 1}) {
+      file_version_struct file = wanted_file(path == above ? above : absolute);
+      file.need_fetch = 1 - deletes;
+      file.need_delete = deletes;
+      add(file);
+    }
+  }
+  mirror m({});
+  EXPECT_TRUE(run_job());
+  EXPECT_TRUE(m.requests().empty());
+  EXPECT_EQ(bytes_of(outside), "untouched");
+  EXPECT_NE(log().find("WARNING: "), std::string::npos);
+}
+
+TEST_F(Grab, ProgressOfFilesInFlight) {
+  scripted_server server(
+      [](const std::string&) {
+        return scripted_reply{{"HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n12", "3456"}, true};
+      },
+      true);
+  use_proxy_port(server.port());
+  add(wanted_file("ALL_os/a", 100));
+  stg.stream_count = 1;
+  while (server.requests().empty())
+    grab_files();
+  EXPECT_FLOAT_EQ(stg.file_fraction, -0.01f) << "length unknown";
+  EXPECT_FLOAT_EQ(next.in_flight_kb, -1.0f);
+  for (const float fraction : {0.25f, 0.75f}) {
+    ASSERT_TRUE(server.send_piece());
+    EXPECT_EQ(grab_files(), 0);
+    EXPECT_FLOAT_EQ(stg.file_fraction, fraction);
+    EXPECT_FLOAT_EQ(next.in_flight_kb, 100 * fraction);
+    EXPECT_EQ(stg.activity, activity_fetching);
+  }
+  xtim.now_sec += 31;
+  grab_files();
+  EXPECT_EQ(stg.server_down, 1) << "silent for too long";
+}
+
+TEST_F(Grab, ResetStartsWithTwoStreamsAndEmptySlots) {
+  scripted_server server([](const std::string&) { return scripted_reply{{}, true}; });
+  use_proxy_port(server.port());
+  add(wanted_file("ALL_os/a"));
+  grab_files();
+  ASSERT_TRUE(http.slot_active(first_stream_slot));
+  next.finished = 1;
+  next.stream_active[3] = 1;
+  next.done_raw_kb = next.done_zip_kb = next.in_flight_kb = 5;
+  stg.extract_failed = 1;
+  xtim.now_sec = 77.5f;
+  grab_reset();
+  EXPECT_FALSE(http.slot_active(first_stream_slot));
+  EXPECT_EQ(next.next_file, 0);
+  const int first_two[] = {1, 1, 0, 0};
+  for (int s = 0; s < stream_limit; ++s) {
+    EXPECT_EQ(next.stream_active[s], first_two[s]);
+    EXPECT_EQ(next.stream_take_next[s], first_two[s]);
+    EXPECT_EQ(next.stream_file[s], 0);
+  }
+  EXPECT_EQ(next.start_time, 77.5f);
+  EXPECT_EQ(next.in_flight_kb + next.done_zip_kb + next.done_raw_kb, 0);
+  EXPECT_EQ(next.finished, 1) << "left as it is";
+  EXPECT_EQ(stg.extract_failed, 1) << "left for the last page";
+}
+
+TEST_F(Grab, DiscardDeletesTheArchivesOfLiveStreamsAlone) {
+  for (const char* path : {"ALL_os/a", "ALL_os/b", "ALL_os/c", "ALL_os/../up"}) {
+    add(wanted_file(path));
+  }
+  for (const char* name : {"a.zip", "b.zip", "c.zip", "a"})
+    put(name, "x");
+  const std::string above = dest_dir_path + "../up.zip";
+  std::ofstream(above) << "x";
+  next.stream_file[0] = 1;   // live
+  next.stream_file[1] = 99;  // live, past the end
+  next.stream_file[2] = 2;   // not live
+  next.stream_active[3] = 1;
+  next.stream_file[3] = 3;  // live, outside the destination
+  grab_discard_partial();
+  EXPECT_TRUE(file_exists(dest_dir_path + "a"));
+  EXPECT_TRUE(file_exists(dest_dir_path + "a.zip"));
+  EXPECT_FALSE(file_exists(dest_dir_path + "b.zip"));
+  EXPECT_TRUE(file_exists(dest_dir_path + "c.zip"));
+  EXPECT_TRUE(file_exists(above));
+  delete_file(above);
+}
+
+}  // namespace

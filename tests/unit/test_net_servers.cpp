@@ -1,0 +1,262 @@
+// The server list and the manifest's download, against a scripted server.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Installer-f/main_stg.h"
+#include "Installer-f/utils_manifest.h"
+#include "Installer-f/utils_servers.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/Files/io_zip.h"
+#include "corekit/GenC/hl_init.h"
+#include "corekit/OOPS_cpp/http.h"
+#include "net_scripted_server.h"
+
+namespace {
+
+class NetServers : public testing::Test {
+ protected:
+  NetServers() {
+    stg = {};
+    temp_path = scratch_folder();
+    install_name = no_install_name;
+    for (int slot = 0; slot < http_class::slot_count; ++slot)
+      http.drop(slot);
+  }
+
+  int read(const std::string& list) {
+    const std::string path = temp_path + "list.txt";
+    std::ofstream(path, std::ios::binary) << list;
+    return read_server_list(path);
+  }
+};
+
+constexpr char header[] = "I\n820 version\nSERVERS\n";
+
+TEST_F(NetServers, ListIsReadWithTheReleaseOfTheUsersChoice) {
+  const std::string list =
+      "A anything\r\n820 version 2026\r\nSERVERS\r\n\r\n"
+      "FINAL_VERSION 91001\r\nFINAL Skyvane_9_10\r\nBETA_VERSION 92001\r\nBETA "
+      "Skyvane_9_20_beta\r\n"
+      "BETA_INSTALLER_MAC www.example\r\n/b.zip\r\n\r\n"
+      "  \tSERVER mirror-one.example\r\n/updates/\r\nMirror one, in Europe|help\r\n"
+      "SERVERS none\r\nSERVER\tmirror-two.example\n\n\n  /pub/sky vane/\n\tMirror two\n"
+      "ENDOFLIST\nSERVER mirror-three.example\n/x/\nnever read\n";
+  for (const int beta : {0, 1}) {
+    stg.beta_flag = beta;
+    ASSERT_EQ(read(list), 1);
+    const std::string release = beta ? "Skyvane_9_20_beta" : "Skyvane_9_10";
+    EXPECT_EQ(install_name, release);
+    ASSERT_EQ(stg.server_count, 2);
+    EXPECT_EQ(server_name[0], "mirror-one.example");
+    EXPECT_EQ(server_path[0], "/updates/" + release + "/");
+    EXPECT_EQ(server_desc[0], "Mirror one, in Europe|help");
+    EXPECT_EQ(server_name[1], "mirror-two.example");
+    EXPECT_EQ(server_path[1], "/pub/sky vane/" + release + "/");
+    EXPECT_EQ(server_desc[1], "Mirror two");
+  }
+}
+
+TEST_F(NetServers, OddLists) {
+  const struct {
+    const char* label;
+    std::string body;
+    int count;
+    std::string name, path, desc;  // of the first mirror
+  } rows[] = {
+      {"no mirror", "FINAL f\nENDOFLIST\n", 0, "", "", ""},
+      {"nothing", "", 0, "", "", ""},
+      {"no end of line", "FINAL f\nSERVER a\n/p/\nd", 1, "a", "/p/f/", "d"},
+      {"cut behind the host", "FINAL f\nSERVER a", 1, "a", "/f/", ""},
+      {"keyword alone", "FINAL f\nSERVER\n/p/\nd\n", 1, "", "/p/f/", "d"},
+      {"keyword at the end", "FINAL f\nSERVER", 1, "", "/f/", ""},
+      {"longer words", "FINALE x\nFINAL f\nSERVERS a\nSERVER_X b\nSERVER c\n/p/\nd\n", 1, "c",
+       "/p/f/", "d"},
+      {"release below the mirror", "SERVER a\n/p/\nd\nFINAL f\n", 1, "a", "/p/Not Yet Scanned/",
+       "d"},
+      {"slashes and blanks round the host", "FINAL f\nSERVER  a.b// \t\n/p/\nd\n", 1, "a.b",
+       "/p/f/", "d"},
+      {"path without its slash", "FINAL f\nSERVER a\np/\nd\n", 1, "a", "/p/f/", "d"},
+      {"only CR", "FINAL f\rSERVER a\r/p/\rd\r", 1, "a", "/p/f/", "d"},
+      {"NUL ends a line", std::string("FINAL f\nSERVER a\0/p/\0d\0", 24), 1, "a", "/p/f/", "d"},
+      {"a header in the host", "FINAL f\nSERVER a\rX: y\nd\n", 1, "a", "/X: yf/", "d"},
+  };
+  for (const auto& row : rows) {
+    for (int i = 0; i <= server_limit; ++i) {
+      server_name[i] = server_path[i] = server_desc[i] = "";
+    }
+    install_name = no_install_name;
+    ASSERT_EQ(read(header + row.body), 1) << row.label;
+    EXPECT_EQ(stg.server_count, row.count) << row.label;
+    EXPECT_EQ(server_name[0], row.name) << row.label;
+    EXPECT_EQ(server_path[0], row.path) << row.label;
+    EXPECT_EQ(server_desc[0], row.desc) << row.label;
+  }
+}
+
+TEST_F(NetServers, TenMirrorsCount) {
+  std::string list = header;
+  for (int i = 0; i < 14; ++i)
+    list += "SERVER s" + std::to_string(i) + "\n/p/\nd\n";
+  ASSERT_EQ(read(list), 1);
+  EXPECT_EQ(stg.server_count, 10);
+  EXPECT_EQ(server_name[9], "s9");
+  EXPECT_EQ(server_name[10], "s13") << "each later one over the one before";
+}
+
+TEST_F(NetServers, RefusedHeaders) {
+  for (const char* list : {"", "I\n821 version\nSERVERS\n", "X\n820 version\nSERVERS\n",
+                           "I\n820 version\nSERVERSX\n", "I\n820 version\n", "<html>"}) {
+    EXPECT_EQ(read(list), 0) << list;
+    EXPECT_EQ(stg.server_count, -1) << list;
+  }
+  EXPECT_EQ(read_server_list(temp_path + "none"), 0);
+}
+
+TEST(NetServerDraw, EarlyMirrorsGetMore) {
+  const struct {
+    float fraction;
+    int count, index;
+  } rows[] = {
+      {0.0f, 4, 0},        {0.39f, 4, 0},       {0.40f, 4, 1},  // 4 r^1.5 is 1 at 0.39685
+      {0.62f, 4, 1},       {0.64f, 4, 2},       {0.82f, 4, 2},  // 2 at 0.62996
+      {0.83f, 4, 3},       {0.99999994f, 4, 3}, {1.0f, 4, 3},   // 3 at 0.82548
+      {0.99999994f, 1, 0}, {0.5f, 0, 0},        {0.5f, -1, 0}, {0.99999994f, 10, 9},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(biased_server(row.fraction, row.count), row.index)
+        << row.fraction << " of " << row.count;
+  }
+}
+
+// One file of the web server, which a case changes as it goes.
+struct download {
+  std::string list_status = "200 OK", list;
+  std::string zip_status = "200 OK", zip;
+};
+
+TEST_F(NetServers, ListThenManifest) {
+  download files;
+  scripted_server server([&](const std::string& request) {
+    const bool is_list =
+        request.starts_with("GET http://www.skyvane.example/serverlist9.txt HTTP/1.1\r\n");
+    const bool is_zip =
+        request.starts_with("GET http://one/p%20q/rel/directory.txt.zip HTTP/1.1\r\n");
+    if (!is_list && !is_zip) return scripted_reply{};
+    const std::string& body = is_list ? files.list : files.zip;
+    return scripted_reply{{"HTTP/1.1 " + (is_list ? files.list_status : files.zip_status) +
+                           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+                           body}};
+  });
+  use_proxy_port(server.port());
+  size_t expected_requests = 0;
+  // Steps until one more request has been answered and judged.
+  const auto one_fetch = [&](int slot) {
+    ++expected_requests;
+    while (server.requests().size() < expected_requests)
+      UTL_download_directory();
+    while (http.slot_active(slot))
+      UTL_download_directory();
+  };
+
+  files.list_status = "404 Not Found";
+  one_fetch(0);
+  EXPECT_EQ(stg.server_count, -1) << "silently";
+
+  files.list_status = "200 OK";
+  files.list = std::string(header) + "FINAL rel\nENDOFLIST\n";
+  one_fetch(0);
+  EXPECT_EQ(stg.server_count, -1) << "a list without a mirror has not come";
+
+  files.list = std::string(header) + "FINAL rel\nSERVER one/\np q/\nThe one\n";
+  one_fetch(0);
+  EXPECT_EQ(stg.server_count, 1);
+  EXPECT_EQ(stg.server_index, 0);
+  EXPECT_EQ(stg.directory_state, manifest_none);
+
+  files.zip_status = "404 Not Found";
+  one_fetch(1);
+  EXPECT_EQ(stg.server_index, 0) << "the only one";
+  EXPECT_EQ(stg.directory_state, manifest_none);
+
+  const std::string zip = temp_path + "directory.txt.zip";
+  const auto expect_alert = [&](const std::string& stderr_text, const char* label) {
+    for (const std::string& line :
+         {std::string("The installer cannot extract a file."), std::string("Error: We were unable"),
+          "Compressed File/" + zip, "Destination Path/" + temp_path}) {
+      EXPECT_NE(stderr_text.find(line), std::string::npos) << label << ": " << stderr_text;
+    }
+    EXPECT_EQ(stg.directory_state, manifest_none) << label;
+    EXPECT_FALSE(file_exists(zip)) << label;
+  };
+  files.zip_status = "200 OK";
+  files.zip = "no archive";
+  testing::internal::CaptureStderr();
+  one_fetch(1);
+  expect_alert(testing::internal::GetCapturedStderr(), "damaged");
+
+  // An archive of something else, while an old manifest lies about.
+  std::ofstream(temp_path + "directory.txt") << "I\n900 version\nINSTALLER\n";
+  std::ofstream(temp_path + "other.txt") << "other";
+  ASSERT_EQ(file_to_zip(temp_path + "other.txt", temp_path + "made.zip"), 0);
+  files.zip = bytes_of(temp_path + "made.zip");
+  testing::internal::CaptureStderr();
+  one_fetch(1);
+  expect_alert(testing::internal::GetCapturedStderr(), "another file");
+
+  std::ofstream(temp_path + "directory.txt")
+      << "I\n900 version\nINSTALLER\n\nDIR ALL_os/\n"
+         "FILE 0 0 91001 1 2 0123456789abcdef0123456789abcdef a.txt\n";
+  ASSERT_EQ(file_to_zip(temp_path + "directory.txt", temp_path + "made.zip"), 0);
+  files.zip = bytes_of(temp_path + "made.zip");
+  one_fetch(1);
+  EXPECT_EQ(stg.directory_state, manifest_unpacked);
+  EXPECT_FALSE(file_exists(zip));
+  UTL_download_directory();
+  EXPECT_EQ(stg.directory_state, manifest_loaded);
+  ASSERT_EQ(sim_info.size(), 1u);
+  EXPECT_EQ(sim_info[0].current().path, "ALL_os/a.txt");
+  UTL_download_directory();
+  EXPECT_EQ(server.requests().size(), expected_requests) << "nothing more to do";
+}
+
+TEST_F(NetServers, AListOfANewerFormatEndsTheProgram) {
+  scripted_server server([](const std::string&) {
+    return scripted_reply{
+        {"HTTP/1.1 200 OK\r\nContent-Length: 22\r\n\r\nI\n900 version\nSERVERS\n"}};
+  });
+  use_proxy_port(server.port());
+  app_done = 0;
+  testing::internal::CaptureStderr();
+  while (app_done == 0)
+    UTL_download_directory();
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("you need to get a new installer!"),
+            std::string::npos);
+  EXPECT_EQ(stg.server_count, -1);
+}
+
+TEST_F(NetServers, AMirrorIsDrawnAmongAllAfterAFailure) {
+  stg.server_count = 3;
+  for (int i = 0; i < 3; ++i) {
+    server_name[i] = "m" + std::to_string(i);
+    server_path[i] = "/p/";
+  }
+  use_proxy_port(closed_port());
+  std::vector<int> drawn(3);
+  for (int tries = 0; tries < 300; ++tries) {
+    do {
+      UTL_download_directory();
+    } while (http.slot_active(1));
+    ASSERT_GE(stg.server_index, 0);
+    ASSERT_LT(stg.server_index, 3);
+    ++drawn[static_cast<size_t>(stg.server_index)];
+  }
+  // Uniform: 100 each. The bias of the first draw would give 144, 85 and 71.
+  for (const int count : drawn)
+    EXPECT_NEAR(count, 100, 35);
+}
+
+}  // namespace

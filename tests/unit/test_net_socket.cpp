@@ -1,0 +1,245 @@
+// The socket classes against real sockets of the loopback address.
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "corekit/Sockets/PCSBSocket.h"
+#include "corekit/Sockets/PCSBSocketUDP.h"
+#include "net_scripted_server.h"
+
+namespace {
+
+// Polls until `is_so` or ten seconds have gone.
+bool comes_true(const std::function<bool()>& is_so) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!is_so()) {
+    if (std::chrono::steady_clock::now() > limit) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+// A listener of the class itself, a client, and the listener's end of their connection.
+struct connected_pair {
+  PCSBSocket listener{0, true};
+  PCSBSocket client{0, false};
+  std::unique_ptr<PCSBSocket> caller;
+
+  connected_pair() {
+    EXPECT_EQ(listener.GetStatus(), PCSBSocket::status_Ready);
+    EXPECT_EQ(client.GetStatus(), PCSBSocket::status_Ready);
+    client.Connect(htonl(INADDR_LOOPBACK), port());
+    EXPECT_TRUE(comes_true([&] { return client.GetStatus() == PCSBSocket::status_Connected; }));
+    EXPECT_TRUE(comes_true([&] { return listener.GetStatus() == PCSBSocket::status_Connecting; }));
+    caller.reset(listener.Accept());
+    EXPECT_NE(caller, nullptr);
+    EXPECT_EQ(listener.GetStatus(), PCSBSocket::status_Ready);
+  }
+
+  // The class tells a port only once connected, so the test finds the listener's by its descriptor.
+  static unsigned short port() {
+    unsigned short found = 0;
+    for (int descriptor = 3; descriptor < 64; ++descriptor) {
+      int listens = 0;
+      socklen_t size = sizeof listens;
+      sockaddr_in own = {};
+      socklen_t own_size = sizeof own;
+      if (getsockopt(descriptor, SOL_SOCKET, SO_ACCEPTCONN, &listens, &size) == 0 && listens &&
+          getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &own_size) == 0) {
+        found = ntohs(own.sin_port);
+      }
+    }
+    return found;
+  }
+};
+
+TEST(NetSocket, RefusedConnectionReadsClosed) {
+  PCSBSocket client(0, false);
+  client.Connect(htonl(INADDR_LOOPBACK), static_cast<unsigned short>(closed_port()));
+  EXPECT_TRUE(comes_true([&] { return client.GetStatus() != PCSBSocket::status_Connecting; }));
+  EXPECT_EQ(client.GetStatus(), PCSBSocket::status_Closed);
+  EXPECT_EQ(client.GetOSError(), 0);
+}
+
+TEST(NetSocket, DataFlowsBothWays) {
+  connected_pair pair;
+  char buffer[16] = {};
+  EXPECT_EQ(pair.client.ReadData(buffer, sizeof buffer), 0) << "nothing has come";
+  EXPECT_EQ(pair.client.ReadData(buffer, 0), 0);
+  EXPECT_FALSE(pair.client.ReceivedRelease()) << "a read of no bytes is no release";
+  EXPECT_EQ(pair.caller->http_WriteData("hello", 5), 5);
+  EXPECT_TRUE(comes_true([&] { return pair.client.ReadData(buffer, sizeof buffer) == 5; }));
+  EXPECT_EQ(std::string(buffer), "hello");
+
+  PCSBSocket::ConnectionData data;
+  ASSERT_TRUE(pair.client.GetAddresses(&data));
+  EXPECT_EQ(data.local_address, 0x7F000001u) << "host order";
+  EXPECT_EQ(data.remote_address, htonl(0x7F000001u)) << "network order";
+  EXPECT_EQ(data.remote_port, pair.port());
+  PCSBSocket idle(0, false);
+  EXPECT_FALSE(idle.GetAddresses(&data));
+}
+
+TEST(NetSocket, ThePeersCloseAloneDoesNotEndIt) {
+  connected_pair pair;
+  pair.caller.reset();
+  char buffer[4];
+  EXPECT_TRUE(comes_true([&] {
+    EXPECT_EQ(pair.client.ReadData(buffer, sizeof buffer), 0);
+    return pair.client.ReceivedRelease();
+  }));
+  EXPECT_EQ(pair.client.ReadData(buffer, sizeof buffer), 0) << "again and again";
+  EXPECT_EQ(pair.client.GetStatus(), PCSBSocket::status_Connected);
+  pair.client.Release();
+  EXPECT_EQ(pair.client.ReadData(buffer, sizeof buffer), -1);
+  EXPECT_EQ(pair.client.GetStatus(), PCSBSocket::status_Closed);
+  EXPECT_EQ(pair.client.GetOSError(), 0);
+}
+
+TEST(NetSocket, AWriteTakesWhatFitsAndKeepsTheRest) {
+  connected_pair pair;
+  const std::string much(8 << 20, 'x');
+  const long sent = pair.client.http_WriteData(much.data(), static_cast<long>(much.size()));
+  EXPECT_GT(sent, 0);
+  EXPECT_LT(sent, static_cast<long>(much.size()));
+  long more = 1;
+  while (more > 0)
+    more = pair.client.http_WriteData(much.data(), static_cast<long>(much.size()));
+  EXPECT_EQ(more, 0) << "the buffers are full";
+  EXPECT_EQ(pair.client.GetStatus(), PCSBSocket::status_Connected);
+}
+
+TEST(NetSocket, AResetClosesAndABrokenPipeIsAnError) {
+  PCSBSocket listener(0, true);
+  const int raw = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in peer = {};
+  peer.sin_family = AF_INET;
+  peer.sin_port = htons(connected_pair::port());
+  peer.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_EQ(connect(raw, reinterpret_cast<sockaddr*>(&peer), sizeof peer), 0);
+  EXPECT_TRUE(comes_true([&] { return listener.GetStatus() == PCSBSocket::status_Connecting; }));
+  const std::unique_ptr<PCSBSocket> caller(listener.Accept());
+  ASSERT_NE(caller, nullptr);
+  const linger reset_at_close = {1, 0};
+  setsockopt(raw, SOL_SOCKET, SO_LINGER, &reset_at_close, sizeof reset_at_close);
+  close(raw);
+  char buffer[8];
+  EXPECT_TRUE(comes_true([&] { return caller->ReadData(buffer, sizeof buffer) == -1; }));
+  EXPECT_EQ(caller->GetStatus(), PCSBSocket::status_Closed);
+  EXPECT_FALSE(caller->ReceivedRelease());
+
+  connected_pair other;
+  other.client.Release();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(other.client.http_WriteData("x", 1), -1) << "and no signal";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "LINUX: NET: Some sort of error while sending! " + std::to_string(EPIPE) + "\n");
+  EXPECT_EQ(other.client.GetStatus(), PCSBSocket::status_Error);
+  EXPECT_EQ(other.client.GetOSError(), EPIPE);
+}
+
+TEST(NetSocket, DisconnectClosesAtOnce) {
+  PCSBSocket client(0, false);
+  client.Disconnect();  // not even connected
+  EXPECT_EQ(client.GetStatus(), PCSBSocket::status_Closed);
+}
+
+TEST(NetSocket, AFailedBindOrListenIsAnErrorWithItsErrno) {
+  PCSBSocket first(0, true);
+  testing::internal::CaptureStderr();
+  PCSBSocket second(connected_pair::port(), true);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "LINUX: NET: I could not even bind the socket! Uh-oh!\n");
+  EXPECT_EQ(second.GetStatus(), PCSBSocket::status_Error);
+  EXPECT_EQ(second.GetOSError(), EADDRINUSE);
+  EXPECT_EQ(second.Accept(), nullptr);
+}
+
+TEST(NetSocket, NoDescriptorLeft) {
+  rlimit old = {};
+  getrlimit(RLIMIT_NOFILE, &old);
+  rlimit none = old;
+  none.rlim_cur = 3;
+  testing::internal::CaptureStderr();
+  setrlimit(RLIMIT_NOFILE, &none);
+  PCSBSocket client(0, false);
+  setrlimit(RLIMIT_NOFILE, &old);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "LINUX: NET: I could not even create the socket! Uh-oh!\n");
+  EXPECT_EQ(client.GetStatus(), PCSBSocket::status_Error);
+  EXPECT_EQ(client.GetOSError(), EMFILE);
+}
+
+TEST(NetSocket, WorksAboveTheLimitOfSelect) {
+  rlimit limit = {};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  if (limit.rlim_max < 1100) GTEST_SKIP() << "the system allows too few descriptors";
+  limit.rlim_cur = limit.rlim_max < 4096 ? limit.rlim_max : 4096;
+  setrlimit(RLIMIT_NOFILE, &limit);
+  std::vector<int> held;
+  while (held.empty() || held.back() < FD_SETSIZE)
+    held.push_back(dup(0));
+  scripted_server server([](const std::string&) { return scripted_reply{}; });
+  PCSBSocket client(0, false);
+  client.Connect(htonl(INADDR_LOOPBACK), static_cast<unsigned short>(server.port()));
+  EXPECT_TRUE(comes_true([&] { return client.GetStatus() == PCSBSocket::status_Connected; }));
+  for (const int descriptor : held)
+    close(descriptor);
+}
+
+TEST(NetSocket, DescriptorsAreNotInherited) {
+  const int before = dup(0);
+  close(before);
+  PCSBSocket client(0, false);
+  EXPECT_TRUE(fcntl(before, F_GETFD) & FD_CLOEXEC);
+}
+
+TEST(NetSocket, LookupAddress) {
+  const struct {
+    const char* host;
+    uint32_t address;
+  } rows[] = {
+      {"127.0.0.1", 0x7F000001},
+      {"10.20.30.40", 0x0A141E28},
+      {"localhost", 0x7F000001},
+      {"255.255.255.255", 0xFFFFFFFF},  // not a number for inet_addr, but a name that resolves
+      {"", 0},
+      {"two words", 0},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(PCSBSocket::LookupAddress(row.host), htonl(row.address)) << row.host;
+  }
+}
+
+TEST(NetSocketUDP, ADatagramArrivesWithItsSender) {
+  PCSBSocketUDP one, two;
+  ASSERT_EQ(one.udp_init(0, PCSBSocketUDP::mode_nonblocking), 0);
+  ASSERT_EQ(two.udp_init(0, PCSBSocketUDP::mode_nonblocking), 0);
+  EXPECT_EQ(PCSBSocketUDP().udp_init(one.local_port(), PCSBSocketUDP::mode_blocking), EADDRINUSE);
+  char buffer[8] = {};
+  unsigned long address = 0;
+  unsigned short port = 0;
+  EXPECT_EQ(two.ReadData(buffer, sizeof buffer, &address, &port), -1);
+  EXPECT_EQ(errno, EWOULDBLOCK);
+  ASSERT_EQ(one.udp_WriteData("ping", 4, htonl(INADDR_LOOPBACK), two.local_port()), 4);
+  EXPECT_TRUE(
+      comes_true([&] { return two.ReadData(buffer, sizeof buffer, &address, &port) == 4; }));
+  EXPECT_EQ(std::string(buffer), "ping");
+  EXPECT_EQ(address, htonl(INADDR_LOOPBACK));
+  EXPECT_EQ(port, one.local_port());
+  one.Cleanup();
+  EXPECT_EQ(one.local_port(), 0);
+}
+
+}  // namespace
