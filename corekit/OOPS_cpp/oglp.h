@@ -1,59 +1,117 @@
 // Drawing: a flat layer of rectangles, lines, quads and bitmap text over a small cache of OpenGL
 // state. Units are pixels of the current dialog, origin at its lower left, y upward. `col` is an
-// index into colr; `alpha` multiplies plot_alpha. Without a window (ogl_inited 0) nothing is drawn.
+// index into colr; `alpha` multiplies plot_alpha. Without a window (ogl_inited 0) nothing is drawn
+// and OpenGL is not called.
 //
 // Main thread only.
 #pragma once
 
 #include <string>
+#include <string_view>
 
 extern float oglp;  // glyph quads grow by this when above 1; the advance stays
+
+// What the renderer is, as far as drawing asks.
+struct ren_record {
+  int max_units = 1;            // texture units of the driver
+  int max_texture_size = 2048;  // pixels a side that the driver takes
+  int tex_clamp = 0;            // GL_CLAMP_TO_EDGE is there
+  int tex_res = 5;              // texture resolution setting, 0 to 5; 5 is full size
+  int mono_green = 0;           // draw everything in shades of green
+  float plot_alpha = 1.0f;      // multiplied into every colour's alpha
+};
+extern ren_record ren;
 
 enum text_charset : int { charset_text = 100, charset_fixed = 102, charset_alternate = 103 };
 enum text_just : int { just_left = 0, just_centre = 1, just_right = 2 };
 
+// --- start
+// ------------------------------------------------------------------------------------------ Call
+// with a current context: finds the entry points beyond OpenGL 1.1 by name (null for one that the
+// library lacks), reads the driver's limits into ren, and forgets what was known of an earlier
+// context. From then on textures may be loaded, before ogl_inited too. A null `lookup` says that
+// the context is gone.
+void OGL_load_entry_points(void* (*lookup)(const char* name));
+
+// Forgets the cached state: the next OGL_setstate reads it from OpenGL again. For whoever has
+// changed it behind this layer's back.
+void OGL_reset_state();
+
 // --- screen and state
-// ------------------------------------------------------------------------------
-void OGL_pix_specs();
+// -------------------------------------------------------------------------------
+void OGL_pix_specs();  // mnw's scales, limits and margins from pix_dx, pix_dy; then the projection
+// glViewport: `mode` 2 the whole window, 3 the given corners in units, others the corners in
+// pixels.
 void OGL_screensize(int mode, float x1, float y1, float x2, float y2);
+// The projection: `mode` 2 flat over mnw's limits, and the window's viewport; 3 a perspective over
+// the limits given. `keep_aspect` multiplies bottom and top by the viewport's height / width.
 void OGL_viewport(int mode, float l, float b, float r, float t, int keep_aspect = 0);
+// The one door for OpenGL's state; a value that is set already costs nothing.
+//   fog          0 on, others off                  alpha       4 none, 5 blending, 6 alpha test, 7
+//   both tex          texture units to enable           depth_read  8 on, others off lit          2
+//   on, others off                  depth_write 10 on, others off
+// Flat drawing is (1, 0, 3, 5, 9, 11) without and (1, 1, 3, 5, 9, 11) with a texture.
 void OGL_setstate(int fog, int tex, int lit, int alpha, int depth_read, int depth_write);
-void OGL_glow_colors();
-void OGL_nrml_colors();
-void OGL_poly_offset(int level);
-void OGL_scissors(float x, float y, float dx, float dy);
+void OGL_glow_colors();           // blending adds
+void OGL_nrml_colors();           // blending mixes: what all flat drawing expects
+void OGL_poly_offset(int level);  // 0 off
+void OGL_scissors(float x, float y, float dx, float dy);  // draw inside only; negative sizes are 0
 void OGL_scissors_end();
 
 // --- shapes
-// ----------------------------------------------------------------------------------------
+// -----------------------------------------------------------------------------------------
 void OGL_fillrect(int col, float alpha, float x, float y, float dx, float dy);
 void OGL_framerect(int col, float alpha, float x, float y, float dx, float dy);
-void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha);
+void OGL_grayrect(float x1, float y1, float x2, float y2,
+                  float alpha);  // between corners, colour 12
 void OGL_line(int col, float alpha, float x1, float y1, float x2, float y2);
 void OGL_fillcircle(int col, float x, float y, float r);
 void OGL_framecircle(int col, float x, float y, float r);
+// A quad with four free corners, and one along the axes. `ref` above 0 is a texture of tman; `tex`
+// and `blend` are the second and fourth arguments of OGL_setstate.
 void OGL_2dquad(int ref, int col, float alpha, float x1, float y1, float s1, float t1, float x2,
                 float y2, float s2, float t2, float x3, float y3, float s3, float t3, float x4,
                 float y4, float s4, float t4, int tex, int blend);
 void OGL_2dquad_d(int ref, int col, float alpha, float x, float y, float s, float t, float dx,
                   float dy, float ds, float dt, int blend);
+void OGL_spectrum_rgb(float v);  // sets the GL colour from a rainbow; v is held to 0 to 1
 
-// --- text
-// ------------------------------------------------------------------------------------------
-// Word-wrapped text (a `wrap_dx` of 0 or below, or 9999 and above, does not wrap). Returns the y of
-// the next line, without a window too.
+// --- text, ISO Latin-1
+// ------------------------------------------------------------------------------ Word-wrapped text
+// (a `wrap_dx` of 0 or below, or 9999 and above, does not wrap, and then LF moves nothing). Returns
+// the y of the next line, without a window too.
 float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx,
                  int charset = charset_text, int just = just_left);
+// An odometer of exactly `digits` cells (charset_fixed), or a number in text with "," and ".",
+// which goes over to 1.23x6 (1.23 times ten to the 6) when it does not fit `digits`.
 void OGL_number(int col, float x, float y, float value, int digits, int decimals, int charset);
-void OGL_gray_string(int col, float x, float y, const std::string& s);
+std::string OGL_number_text(float value, int digits, int decimals);  // the latter form's characters
+void OGL_gray_string(int col, float x, float y, const std::string& s);  // centred over a plate
 void OGL_boxed_string(float x, float y, const std::string& label, const std::string& s, int charset,
                       int col);
 // Width of one byte, and of a whole string, in the proportional charset; units.
 int OGL_char_width(unsigned char ch);
-int OGL_string_width(const std::string& s);
+int OGL_string_width(std::string_view s);
+
+// One line, in window units (no dialog offset is added). `just` goes by the proportional widths in
+// every charset.
+void str_one_line(int col, float x, float y, std::string_view s, int charset, int just);
+// Makes ready to draw glyphs: state, colour, font. Gives the cell size in units and the origin of
+// the grid in the font's texture; returns the fixed advance, 0 for a proportional charset, or -1
+// after the alert for a charset that there is not.
+float OGL_strtex(int charset, int col, float* s0, float* t0, float* cell_dx, float* cell_dy);
+// Emits one glyph into an open glBegin(GL_QUADS), in window units.
+void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy, int ch,
+              int charset);
 
 // --- frame
-// -----------------------------------------------------------------------------------------
-void OGL_plot_back_col();
-void OGL_sbuff();
-void OGL_screenshot(int to_file);
+// ------------------------------------------------------------------------------------------
+void OGL_plot_back_col();  // the whole window in colour 34
+void OGL_sbuff();          // ends the frame: shows what was drawn. It does not clear
+// Takes the dx by dy picture in scratch_array (RGBA, rows `stride` pixels apart, at most 2,048 a
+// side) as the tiled background, in references 427 to 442; and draws it. Uses up scratch_array.
+void OGL_cut_back_tex(int dx, int dy, int stride);
+void OGL_plot_back_tex();
+// Reads the middle of the window, at most 2,048 by 2,048, from the shown picture into scratch_array
+// as rows of RGB, and its size into scratch_dx, scratch_dy.
+void OGL_screenshot();

@@ -1,0 +1,60 @@
+// What the two archive targets share: an input as a file in memory, a scratch folder that lies
+// within a watched one, and what an edition supplies to the system.
+
+#include "fuzz/fuzz_archive.h"
+
+#include <dirent.h>
+#include <ftw.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "Installer-f/main_wizard.h"
+#include "corekit/GenH/hl_app.h"
+
+page_function g_wizard = nullptr;
+
+const char* APP_title() {
+  return "Skyvane Fuzzing";
+}
+
+namespace {
+
+struct scratch {
+  scratch() {
+    watched = "/tmp/skyvane_fuzz.XXXXXX";
+    if (!mkdtemp(watched.data())) abort();
+    watched += "/";
+    out = watched + "out/";
+    mkdir(out.c_str(), 0755);
+    input = memfd_create("input", MFD_CLOEXEC);
+    path = "/proc/self/fd/" + std::to_string(input);
+  }
+  ~scratch() { nftw(watched.c_str(), drop, 16, FTW_DEPTH | FTW_PHYS); }
+
+  static int drop(const char* item, const struct stat*, int, FTW*) { return remove(item); }
+
+  std::string watched, out, path;
+  int input = -1;
+};
+
+}  // namespace
+
+void fuzz_unpack(unpacker* unpack, const uint8_t* data, size_t size) {
+  static scratch s;
+  if (ftruncate(s.input, 0) != 0 || pwrite(s.input, data, size, 0) != ssize_t(size)) abort();
+  unpack(s.path, s.out, nullptr, 0);
+  nftw(s.out.c_str(), scratch::drop, 16, FTW_DEPTH | FTW_PHYS);
+
+  // The folder itself goes with its content; nothing else may be beside it.
+  DIR* dir = opendir(s.watched.c_str());
+  int items = 0;
+  while (readdir(dir))
+    ++items;
+  closedir(dir);
+  if (items != 2) abort();
+  mkdir(s.out.c_str(), 0755);
+}

@@ -1,0 +1,115 @@
+// A source tree of the makers in a scratch folder, for the tests of the master builder.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "Installer-f/make_installer.h"
+#include "Installer-f/make_installer_scan.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/Files/io_zip.h"
+#include "corekit/GenH/hl_types.h"
+
+// States of a file, with their MD5 signatures from the test suite of RFC 1321.
+inline constexpr char state_a[] = "a", sig_a[] = "0cc175b9c0f1b6a831c399e269772661";
+inline constexpr char state_abc[] = "abc", sig_abc[] = "900150983cd24fb0d6963f7d28e17f72";
+inline constexpr char state_md[] = "message digest", sig_md[] = "f96b697d7cb7938d525a2f31aaf161d0";
+
+// The smallest tree that every install type accepts, an output root beside it, and the builder's
+// globals set to them.
+class builder_test : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = testing::TempDir() + "builder-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    base = pattern + "/";
+    mkdir((base + "src").c_str(), 0755);
+    mkdir((base + "out").c_str(), 0755);
+    for (const char* const folder :
+         {"Macintosh", "Windows", "Linux", "All/Instructions", "All/Weapons", "All/Airfoils",
+          "All/Aircraft", "All/Output", "All/Custom Scenery", "All/Global Scenery",
+          "All/Resources/plugins", "All/Resources/default scenery/900 red terrain",
+          "All/Resources/bitmaps/Earth Orbit Textures"})
+      std::filesystem::create_directories(base + "src/" + folder);
+    put("All/Resources/menus/English/Skyvane.txt", state_abc);
+    put("All/Resources/text/English/Skyvane.txt", state_abc);
+
+    g_case_sensitive = 0;
+    src_fold = base + "src/";
+    dst_fold_base = base + "out/";
+    old_dir_path.clear();
+    fog_fals = install_base;
+    release_version = skyvane_version;
+    disc_limit_kb = 630000;
+    reg = 0;
+    sim_name = "Test 9";
+    place_names();
+  }
+
+  void TearDown() override { std::filesystem::remove_all(base); }
+
+  // Writes a file of the source tree, with the folders that it needs.
+  void put(const std::string& path, const std::string& bytes) const {
+    put_at(base + "src/" + path, bytes);
+  }
+  static void put_at(const std::string& path, const std::string& bytes) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << bytes;
+  }
+  void drop(const std::string& path) const { std::filesystem::remove_all(base + "src/" + path); }
+  void link(const std::string& path, const std::string& target) const {
+    std::filesystem::create_symlink(target, base + "src/" + path);
+  }
+  // The previous release's manifest, below its header.
+  void put_previous(const std::string& body) const {
+    put_at(base + "previous.txt", "I\n900 version\nINSTALLER\n\n" + body);
+    old_dir_path = base + "previous.txt";
+  }
+
+  static std::string read_whole(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
+  }
+
+  // A build ends the process or leaves found places behind, so each runs in one of its own.
+  [[noreturn]] static void build_and_leave() {
+    sub_install();
+    std::_Exit(0);
+  }
+  // Builds, and returns the manifest's text.
+  std::string build() const {
+    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "");
+    return manifest_text();
+  }
+  std::string manifest_text() const {
+    mkdir((base + "read").c_str(), 0755);
+    const std::string zip = base + "out/disk_0/Test 9/directory.txt.zip";
+    EXPECT_EQ(zip_to_file(zip, base + "read/", nullptr, 0), 0) << zip;
+    return read_whole(base + "read/directory.txt");
+  }
+  bool is_there(const std::string& path) const {
+    struct stat unused;
+    return lstat((base + path).c_str(), &unused) == 0;
+  }
+
+  // Text as a pattern that matches it alone.
+  static std::string literally(const std::string& text) {
+    std::string pattern;
+    for (const char c : text) {
+      if (std::string("\\^$.|?*+()[]{}").find(c) != std::string::npos) pattern += '\\';
+      pattern += c;
+    }
+    return pattern;
+  }
+
+  std::string base;  // scratch folder, trailing "/"
+};

@@ -1,0 +1,272 @@
+// The context and the pictures of the drawing tests.
+//
+// A test process makes one window and keeps it. A picture that says where its pixels lie has the
+// column or row as 8 * (n % 32) in red and 8 * (n / 32) in green, steps that filtering at a pixel's
+// centre leaves exact.
+
+#include "tests/unit/gl_fixture.h"
+
+#include <SDL.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenH/hl_math.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/colr.h"
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/OOPS_cpp/tman.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "corekit/TEX/TEX_utils.h"
+
+// The driver keeps its own for the life of the process.
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:libSDL2\nleak:libEGL\nleak:libGL\nleak:swrast_dri\nleak:libgallium\nleak:libLLVM\n"
+         "leak:_dl_init\nleak:dlopen_implementation\n";
+}
+
+namespace {
+
+constexpr int dx = 800, dy = 600;
+constexpr int marked = 200;  // blue of a picture that says where its pixels lie
+
+void* lookup(const char* name) {
+  return SDL_GL_GetProcAddress(name);
+}
+
+// Makes the window; an empty string, or what went wrong.
+std::string make_window() {
+  setenv("SDL_VIDEODRIVER", "offscreen", 1);
+  if (SDL_Init(SDL_INIT_VIDEO) != 0) return SDL_GetError();
+  SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+  SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
+  SDL_GL_SetAttribute(SDL_GL_GREEN_SIZE, 8);
+  SDL_GL_SetAttribute(SDL_GL_BLUE_SIZE, 8);
+  SDL_Window* window = SDL_CreateWindow("unit tests", 0, 0, dx, dy, SDL_WINDOW_OPENGL);
+  if (!window) return SDL_GetError();
+  if (!SDL_GL_CreateContext(window)) return SDL_GetError();
+  return "";
+}
+
+// The interface and the elements image of one kind; made once, since every map takes three kinds.
+struct picture_pair {
+  std::vector<unsigned char> interface_image, elements_image;
+};
+
+using painter = std::function<void(int u, int v, unsigned char* rgba)>;
+
+std::vector<unsigned char> make_picture(int width, int height, const painter& paint) {
+  std::vector<unsigned char> rgba(static_cast<size_t>(width) * height * 4);
+  for (int v = 0; v < height; ++v) {
+    for (int u = 0; u < width; ++u)
+      paint(u, v, rgba.data() + (static_cast<size_t>(v) * width + u) * 4);
+  }
+  return rgba;
+}
+
+picture_pair make_pair(const painter& paint) {
+  return {make_picture(512, 512, paint), make_picture(1024, 70, paint)};
+}
+
+void load_picture(int ref, int width, int height, const std::vector<unsigned char>& rgba) {
+  scratch_dx = width;
+  scratch_dy = height;
+  std::copy(rgba.begin(), rgba.end(), scratch_array);
+  tman.load_texture(tex_fail_fatal, ref, tex_interface | tex_full_size | tex_rgba, tex_load_now,
+                    "scratch_array:hardwired textures");
+}
+
+void load_pair(const picture_pair& pair) {
+  load_picture(t_elements, 1024, 70, pair.elements_image);
+  load_picture(t_interface, 512, 512, pair.interface_image);
+}
+
+void place(int n, unsigned char* rgba) {
+  rgba[0] = static_cast<unsigned char>(n % 32 * 8);
+  rgba[1] = static_cast<unsigned char>(n / 32 * 8);
+  rgba[2] = marked;
+  rgba[3] = 255;
+}
+
+painter white_of(unsigned char alpha) {
+  return [alpha](int, int, unsigned char* rgba) {
+    std::fill_n(rgba, 3, static_cast<unsigned char>(255));
+    rgba[3] = alpha;
+  };
+}
+
+void load_white() {
+  static const picture_pair pair = make_pair(white_of(255));
+  load_pair(pair);
+}
+
+std::vector<unsigned char> read_window() {
+  std::vector<unsigned char> pixels(static_cast<size_t>(dx) * dy * 4);
+  glReadPixels(0, 0, dx, dy, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+  return pixels;
+}
+
+void clear_window() {
+  glDisable(GL_SCISSOR_TEST);
+  glClearColor(0, 0, 0, 1);
+  glClear(GL_COLOR_BUFFER_BIT);
+}
+
+}  // namespace
+
+void gl_fixture::SetUp() {
+  static const std::string trouble = make_window();
+  ASSERT_EQ(trouble, "") << "no OpenGL context off the screen; is Mesa's software driver there?";
+  OGL_load_entry_points(lookup);
+  hl_math_init();
+  mnw = mnw_record();
+  mnw.win_id = win_main;
+  mnw.pix_dx = window_dx;
+  mnw.pix_dy = window_dy;
+  mnw.win_dx = window_dx;
+  mnw.win_dy = window_dy;
+  mnw.mouse_x = mnw.mouse_y = -1;
+  const ren_record found = ren;
+  ren = ren_record();
+  ren.max_units = found.max_units;
+  ren.max_texture_size = found.max_texture_size;
+  ren.tex_clamp = found.tex_clamp;
+  colr = colr_class();
+  // Text in any colour of the interface then shows the picture as it is.
+  for (int index = 34; index <= 47; ++index)
+    colr.assign(index, 1, 1, 1);
+  colr.assign(81, 1, 1, 1);
+  oglp = 1.0f;
+  gKillTex = 0;
+  stls = stls_record();
+  PLT_swap_hook = nullptr;
+  ogl_inited = 1;
+  ogl_errors = 0;
+  OGL_pix_specs();
+  OGL_nrml_colors();
+  load_white();
+  clear();
+}
+
+void gl_fixture::TearDown() {
+  OGL_check("the end of the test");
+  EXPECT_EQ(ogl_errors, 0) << "OpenGL has complained; see the log";
+  ogl_inited = 0;
+}
+
+void gl_fixture::clear() {
+  clear_window();
+}
+
+void gl_fixture::click(float x, float y) {
+  move(x, y);
+  mnw.mouse_clicked = 1;
+}
+
+void gl_fixture::move(float x, float y) {
+  mnw.mouse_x = x;
+  mnw.mouse_y = y;
+  mnw.mouse_clicked = 0;
+}
+
+void load_interface(const painter& paint) {
+  load_picture(t_interface, 512, 512, make_picture(512, 512, paint));
+}
+
+gl_pixel read_pixel(int x, int y) {
+  unsigned char rgba[4] = {};
+  glReadPixels(x, y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, rgba);
+  return {rgba[0], rgba[1], rgba[2]};
+}
+
+testing::AssertionResult pixel_is(int x, int y, int r, int g, int b) {
+  const gl_pixel p = read_pixel(x, y);
+  if (std::abs(p.r - r) <= 2 && std::abs(p.g - g) <= 2 && std::abs(p.b - b) <= 2) {
+    return testing::AssertionSuccess();
+  }
+  return testing::AssertionFailure() << "pixel " << x << "," << y << " is " << p.r << " " << p.g
+                                     << " " << p.b << ", not " << r << " " << g << " " << b;
+}
+
+picture_map::picture_map(const std::function<void()>& draw)
+    : times_(static_cast<size_t>(dx) * dy), u_(times_.size()), v_(times_.size()) {
+  static const picture_pair columns_pair =
+      make_pair([](int u, int, unsigned char* rgba) { place(u, rgba); });
+  static const picture_pair rows_pair =
+      make_pair([](int, int v, unsigned char* rgba) { place(v, rgba); });
+  // White at half opacity: one coat gives 128, two give 192, three 224.
+  static const picture_pair coats_pair = make_pair(white_of(128));
+  const auto drawn_with = [&draw](const picture_pair& pair) {
+    load_pair(pair);
+    clear_window();
+    draw();
+    return read_window();
+  };
+  const std::vector<unsigned char> columns = drawn_with(columns_pair);
+  const std::vector<unsigned char> rows = drawn_with(rows_pair);
+  const std::vector<unsigned char> coats = drawn_with(coats_pair);
+  load_white();
+
+  for (size_t i = 0; i < times_.size(); ++i) {
+    const auto place_of = [i](const std::vector<unsigned char>& pixels) {
+      const unsigned char* p = pixels.data() + i * 4;
+      if (std::abs(p[2] - marked) > 2) return -1.0f;
+      return static_cast<float>(p[0]) / 8.0f + std::round(static_cast<float>(p[1]) / 8.0f) * 32.0f;
+    };
+    u_[i] = place_of(columns);
+    v_[i] = place_of(rows);
+    const int level = coats[i * 4];
+    times_[i] = level < 64 ? 0 : level < 160 ? 1 : level < 208 ? 2 : 3;
+  }
+}
+
+testing::AssertionResult picture_map::covers_exactly(int x, int y, int width, int height) const {
+  for (int at_y = 0; at_y < dy; ++at_y) {
+    for (int at_x = 0; at_x < dx; ++at_x) {
+      const bool inside = at_x >= x && at_x < x + width && at_y >= y && at_y < y + height;
+      if (times(at_x, at_y) == (inside ? 1 : 0)) continue;
+      return testing::AssertionFailure()
+             << "pixel " << at_x << "," << at_y << (inside ? " inside" : " outside") << " of " << x
+             << "," << y << " " << width << " by " << height << " is painted " << times(at_x, at_y)
+             << " times";
+    }
+  }
+  return testing::AssertionSuccess();
+}
+
+testing::AssertionResult picture_map::shows(int x, int y, int want_u, int want_v) const {
+  if (std::fabs(u(x, y) - static_cast<float>(want_u)) <= 0.25f &&
+      std::fabs(v(x, y) - static_cast<float>(want_v)) <= 0.25f) {
+    return testing::AssertionSuccess();
+  }
+  return testing::AssertionFailure() << "pixel " << x << "," << y << " shows " << u(x, y) << ","
+                                     << v(x, y) << ", not " << want_u << "," << want_v;
+}
+
+std::string picture_map::text_at(int x, int y, int pitch) const {
+  // The grid as the font's maker draws it; 14 by 15 pixels a cell.
+  static const std::string rows[] = {
+      " 0123456789AaBbCcDdEe",
+      "FfGgHhIiJjKkLlMmNnOoP",
+      "pQqRrSsTtUuVvWwXxYyZz",
+      "!@#$%^&*()-_+=[]|\\':;",
+      "<.>,?/`\xFB\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF",
+  };
+  // A row of the cell that the lines above and below do not paint over.
+  const int row_in_cell = 9;
+  const int probe = y - 2 - 4 + row_in_cell;
+  std::string text;
+  while (x >= 0 && x < dx && probe >= 0 && probe < dy && times(x, probe)) {
+    const int at_u = static_cast<int>(std::lround(u(x, probe)));
+    const int at_v = static_cast<int>(std::lround(v(x, probe)));
+    if (at_u % 14 != 0 || at_v % 15 != row_in_cell) break;
+    const char c = rows[at_v / 15][static_cast<size_t>(at_u / 14)];
+    text += c;
+    x += pitch ? pitch : OGL_char_width(static_cast<unsigned char>(c));
+  }
+  return text;
+}

@@ -1,0 +1,57 @@
+// A real OpenGL context off the screen, and pictures whose every pixel says where it lies, so that
+// a test can read from the frame buffer which pixel of an image has come to which place.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// A window of 800 by 600 as the wizard has it: mnw, ogl_inited and the textures set up, the frame
+// black. Fails loudly where no context can be had.
+class gl_fixture : public testing::Test {
+ protected:
+  static constexpr int window_dx = 800, window_dy = 600;
+
+  void SetUp() override;
+  void TearDown() override;
+
+  void clear();
+  // A click at a place, for the frame that begins; and its end.
+  void click(float x, float y);
+  void move(float x, float y);
+};
+
+struct gl_pixel {
+  int r, g, b;
+};
+gl_pixel read_pixel(int x, int y);
+// Within 2 levels a channel.
+testing::AssertionResult pixel_is(int x, int y, int r, int g, int b);
+
+// What a drawing has put at each pixel of the window: from which pixel (u, v) of the image, and how
+// many times it was painted over.
+class picture_map {
+ public:
+  // Draws three times, with three versions of the interface and the elements image.
+  explicit picture_map(const std::function<void()>& draw);
+
+  int times(int x, int y) const { return times_[index(x, y)]; }
+  float u(int x, int y) const { return u_[index(x, y)]; }
+  float v(int x, int y) const { return v_[index(x, y)]; }
+  // Whether each pixel of the rectangle is painted once, and none of the window outside is.
+  testing::AssertionResult covers_exactly(int x, int y, int dx, int dy) const;
+  // Whether pixel (x, y) shows pixel (u, v) of the image.
+  testing::AssertionResult shows(int x, int y, int u, int v) const;
+  // The text that begins at pen (x, y): characters until no glyph begins at the pen.
+  std::string text_at(int x, int y, int pitch = 0) const;
+
+ private:
+  static size_t index(int x, int y) { return static_cast<size_t>(y) * 800 + x; }
+  std::vector<int> times_;
+  std::vector<float> u_, v_;
+};
+
+// Loads an interface image (reference 392) that `paint` colours: RGBA at (u, v).
+void load_interface(const std::function<void(int u, int v, unsigned char* rgba)>& paint);

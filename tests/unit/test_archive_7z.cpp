@@ -1,0 +1,168 @@
+// 7z archives: what 7z makes by each of its methods, refusals, and damage.
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "corekit/Files/io_7z.h"
+#include "tests/unit/test_archive_util.h"
+
+class Archive7z : public ArchiveTest {
+ protected:
+  // Packs files of base/src/ with 7z; the archive's bytes.
+  std::string pack(const std::string& options, const std::string& files) {
+    const std::string archive = base + "made.7z";
+    unlink(archive.c_str());
+    run("cd '" + base + "src' && 7z a -t7z " + options + " '" + archive + "' " + files);
+    return file_text(archive);
+  }
+  void SetUp() override {
+    ArchiveTest::SetUp();
+    mkdir((base + "src").c_str(), 0755);
+  }
+  std::string source(const std::string& name, const std::string& text) {
+    write_text(base + "src/" + name, text);
+    return text;
+  }
+};
+
+TEST_F(Archive7z, EveryMethod) {
+  const std::string text = source("tile.dsf", noise(100000, 3) + std::string(3000000, 'z'));
+  for (const char* options :
+       {"", "-m0=LZMA", "-m0=LZMA2 -mx9", "-m0=PPMd", "-m0=BZip2", "-m0=Deflate", "-mx0",
+        "-m0=BCJ -m1=LZMA", "-m0=Delta:4 -m1=LZMA2", "-mhc=off", "-ms=off"}) {
+    write_text(out + "tile.dsf", "old");
+    chmod((out + "tile.dsf").c_str(), 0400);
+    std::string name;
+    EXPECT_EQ(p7z_to_file(base + "made.7z", out, &name, 0), ENOENT) << options;
+    pack(options, "tile.dsf");
+    EXPECT_EQ(p7z_to_file(base + "made.7z", out, &name, 0), 0) << options;
+    EXPECT_EQ(name, out + "tile.dsf") << options;
+    EXPECT_TRUE(file_text(out + "tile.dsf") == text) << options;
+    unlink((base + "made.7z").c_str());
+  }
+}
+
+TEST_F(Archive7z, NamesAndKinds) {
+  run("cd '" + base +
+      "src' && mkdir d && printf one > 'd/\xC3\xBCml\xC3\xA4ut' && : > d/none &&"
+      " printf two > '\xE6\x97\xA5' && ln -s ../gone link && chmod 755 d/none");
+  const std::string archive = pack("-snl", ".");
+  EXPECT_EQ(unpack(archive), ENOENT);  // folder entries make no folders
+  mkdir((out + "d").c_str(), 0755);
+  EXPECT_EQ(unpack(archive), 0);
+  EXPECT_EQ(file_text(out + "d/\xC3\xBCml\xC3\xA4ut"), "one");
+  EXPECT_EQ(file_text(out + "\xE6\x97\xA5"), "two");
+  EXPECT_EQ(file_text(out + "d/none"), "");
+  EXPECT_EQ(file_stat(out + "d/none").st_mode & 0100, 0u);  // and no permissions
+  EXPECT_EQ(file_text(out + "link"), "../gone");            // and no links
+  EXPECT_TRUE(S_ISREG(file_stat(out + "link").st_mode));
+
+  source("a", "first");
+  source("b", "second");
+  pack("", "a b");
+  std::string name = "renamed";
+  EXPECT_EQ(p7z_to_file(base + "made.7z", out, &name, 1), 0);
+  EXPECT_EQ(name, out + "b");
+  EXPECT_EQ(file_text(out + "renamed"), "first");
+  EXPECT_EQ(file_text(out + "b"), "second");
+  expect_untouched("names");
+}
+
+TEST_F(Archive7z, Refusals) {
+  source("a", "some text, some text");
+  write_text(out + "a", "old");
+  const std::string good = pack("", "a");
+  const struct {
+    const char* label;
+    std::string bytes;
+    int result;
+  } rows[] = {
+      {"empty file", "", 20001},
+      {"not an archive", "7z is what this begins with", 20001},
+      {"a program that unpacks itself",
+       "\x7F"
+       "ELF" +
+           std::string(1000, '\0') + good,
+       20001},
+      {"encrypted", pack("-psecret", "a"), 20002},
+      {"encrypted contents", pack("-psecret -mhe=on", "a"), 20001},
+      {"no entries",
+       std::string("7z\xBC\xAF\x27\x1C\0\4\x8D\x9B\xD5\x0F", 12) + std::string(20, '\0'), 20001},
+      {"a method without a reader", pack("-m0=Deflate64", "a"), 20002},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(p7z_to_file(put(row.bytes), out, nullptr, 0), row.result) << row.label;
+    EXPECT_EQ(file_text(out + "a"), "old") << row.label;
+  }
+  for (const std::string type : {"zip", "tar", "gzip"}) {
+    run("cd '" + base + "src' && 7z a -t" + type + " '" + base + "made.other' a");
+    EXPECT_EQ(p7z_to_file(base + "made.other", out, nullptr, 0), 20001) << type;
+    unlink((base + "made.other").c_str());
+  }
+  EXPECT_EQ(p7z_to_file(root, out, nullptr, 0), EISDIR);
+  EXPECT_EQ(unpack(good), 0);
+  EXPECT_EQ(p7z_to_file(put(good), out + "missing/", nullptr, 0), ENOENT);
+  EXPECT_EQ(p7z_to_file(put(good), "/dev/full/", nullptr, 0), ENOTDIR);
+
+  // The same gate stands before the names of the archive and those of the caller.
+  ASSERT_EQ(symlink("..", (out + "up").c_str()), 0);
+  for (std::string name : {"../evil", "/evil", "..", "C:evil", "x/../../evil", "up/evil"}) {
+    const std::string renamed = base + "renamed.7z";
+    write_text(renamed, good);
+    run("7z rn '" + renamed + "' a '" + name + "'");
+    EXPECT_EQ(p7z_to_file(renamed, out, nullptr, 0), 20002) << name;
+    EXPECT_EQ(p7z_to_file(put(good), out, &name, 1), 20002) << name;
+    expect_untouched(name);
+  }
+  ASSERT_EQ(symlink("../evil", (out + "link").c_str()), 0);
+  std::string in_place = "link";
+  EXPECT_EQ(p7z_to_file(put(good), out, &in_place, 1), 0);
+  EXPECT_TRUE(S_ISREG(file_stat(out + "link").st_mode));
+  expect_untouched("refusals");
+}
+
+TEST_F(Archive7z, EveryTruncationAndDamage) {
+  const std::string good = source("a", "good content, good content, good content");
+  for (const char* options : {"", "-mx0 -mhc=off", "-m0=PPMd"}) {
+    const std::string archive = pack(options, "a");
+    const auto check = [&](const std::string& bytes, const std::string& label) {
+      write_text(out + "a", "old");
+      const int result = p7z_to_file(put(bytes), out, nullptr, 0);
+      const std::string text = file_text(out + "a");
+      EXPECT_EQ(text, result == 0 ? good : "old") << label;
+      EXPECT_EQ(tree_of(out).size(), 1u) << label;
+      expect_untouched(label);
+    };
+    for (size_t length = 0; length < archive.size(); ++length) {
+      check(archive.substr(0, length), "cut to " + std::to_string(length));
+      EXPECT_EQ(file_text(out + "a"), "old") << options << " cut to " << length;
+    }
+    for (size_t at = 0; at < archive.size(); ++at) {
+      for (const int flip : {0x01, 0x80, 0xFF}) {
+        std::string bytes = archive;
+        bytes[at] = char(bytes[at] ^ flip);
+        check(bytes, std::string(options) + " byte " + std::to_string(at));
+      }
+    }
+  }
+}
+
+TEST_F(Archive7z, ManyThreads) {
+  const std::string text = source("tile", noise(50000, 9) + std::string(500000, 'z'));
+  pack("", "tile");
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 10; ++i) {
+        std::string name = std::to_string(t) + "_" + std::to_string(i);
+        EXPECT_EQ(p7z_to_file(base + "made.7z", out, &name, 1), 0);
+        EXPECT_TRUE(file_text(name) == text) << name;
+        EXPECT_EQ(p7z_to_file(base + "src/tile", out, nullptr, 0), 20001);
+      }
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+}

@@ -1,0 +1,222 @@
+// Zip archives made to do harm, and every way to damage a good one: a code or a correct file, and
+// nothing outside the folder changed.
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "corekit/Files/io_zip.h"
+#include "tests/unit/test_archive_util.h"
+
+using ArchiveHostile = ArchiveTest;
+
+namespace {
+
+constexpr unsigned link_attributes = 0xA1ED0000, folder_attributes = 0x41ED0010;
+
+}  // namespace
+
+TEST_F(ArchiveHostile, NamesThatLeadOut) {
+  const std::string names[] = {
+      "../evil",
+      "..",
+      "../",
+      "a/../../evil",
+      "a/..",
+      "./../evil",
+      "a//../../evil",
+      "/",
+      root + "evil",
+      "//evil",
+      "..\\evil",
+      "a\\b",
+      "C:\\evil",
+      "C:evil",
+      std::string("evil\0.txt", 9),
+      std::string(),
+      std::string(257, 'n'),
+      "../out/../evil",
+      "../evil/",
+      "a/../../new/",
+      "__MACOSX/../../evil",
+  };
+  for (const std::string& name : names) {
+    mkdir((out + "a").c_str(), 0755);
+    for (const unsigned attributes : {0x81A40000u, link_attributes, folder_attributes}) {
+      EXPECT_EQ(unpack(raw_zip({{name, "evil", attributes}})), 20002) << name;
+      EXPECT_EQ(tree_of(out).size(), 1u) << name;
+      expect_untouched(name);
+    }
+  }
+  EXPECT_EQ(zip_to_file(put(raw_zip({{"./evil", "evil"}})), out + ".", nullptr, 0), 20002);
+  EXPECT_EQ(zip_to_file(put(raw_zip({{"x", "evil"}})), out + std::string(500, 'y'), nullptr, 0),
+            20002);
+  expect_untouched("glued");
+}
+
+TEST_F(ArchiveHostile, NamesThatOnlyLookSo) {
+  const std::string names[] = {
+      "..a",          "a..", "...",  ".hidden",    "d/..a",   "d/.../b",
+      "d/./c",        "./e", "d//f", "d/__MACOSX", "_MACOSX", "d/" + std::string(254, 'n'),
+      "\xFF\xFE\x01",
+  };
+  mkdir((out + "d").c_str(), 0755);
+  mkdir((out + "d/...").c_str(), 0755);
+  for (const std::string& name : names) {
+    EXPECT_EQ(unpack(raw_zip({{name, "fine"}})), 0) << name;
+    EXPECT_EQ(file_text(out + name), "fine") << name;
+  }
+}
+
+TEST_F(ArchiveHostile, NothingGoesThroughALink) {
+  const struct {
+    const char* label;
+    std::vector<raw_entry> entries;
+  } rows[] = {
+      {"to the parent", {{"l", "..", link_attributes}, {"l/evil", "evil"}}},
+      {"absolute", {{"l", root, link_attributes}, {"l/evil", "evil"}}},
+      {"to itself", {{"l", ".", link_attributes}, {"l/evil", "evil"}}},
+      {"two steps",
+       {{"l", "..", link_attributes}, {"m", "l", link_attributes}, {"m/evil", "evil"}}},
+      {"deep",
+       {{"d/", "", folder_attributes},
+        {"d/l", "../..", link_attributes},
+        {"d/l/other/new", "evil"}}},
+      {"a folder through it", {{"l", "..", link_attributes}, {"l/new/", "", folder_attributes}}},
+      {"a link through it", {{"l", "..", link_attributes}, {"l/evil", "x", link_attributes}}},
+      {"made of the folder", {{"d/", "", folder_attributes}, {"disk/evil", "evil"}}},
+      {"spelled oddly", {{"l", "..", link_attributes}, {".//l//evil", "evil"}}},
+      {"a folder of its name first",
+       {{"l", "..", link_attributes}, {"l/", "", folder_attributes}, {"l/evil", "evil"}}},
+  };
+  for (const auto& row : rows) {
+    ASSERT_EQ(symlink("..", (out + "disk").c_str()), 0);
+    EXPECT_EQ(unpack(raw_zip(row.entries)), 20002) << row.label;
+    expect_untouched(row.label);
+    empty_out();
+  }
+  // A link in the place of the file is replaced, not followed, wherever it came from.
+  ASSERT_EQ(symlink("../evil", (out + "disk").c_str()), 0);
+  EXPECT_EQ(unpack(raw_zip({{"l", "../evil", link_attributes}, {"l", "mine"}, {"disk", "mine"}})),
+            0);
+  EXPECT_EQ(file_text(out + "l"), "mine");
+  EXPECT_EQ(file_text(out + "disk"), "mine");
+  EXPECT_TRUE(S_ISREG(file_stat(out + "disk").st_mode));
+  expect_untouched("replaced");
+  // A link whose text is damaged, and one that the system does not make.
+  EXPECT_EQ(unpack(raw_zip({{"n", std::string("a\0b", 3), link_attributes}})), 20002);
+  EXPECT_EQ(unpack(raw_zip({{"n", std::string(5000, 'x'), link_attributes}})), ENAMETOOLONG);
+  EXPECT_EQ(unpack(raw_zip({{"n", "", link_attributes}})), 0);
+}
+
+TEST_F(ArchiveHostile, LiesAboutSizes) {
+  const std::string text(1000, 't');
+  const raw_entry honest = deflated_entry("a", text), stored("a", text);
+  const auto with = [](raw_entry entry, auto change) {
+    change(entry);
+    return entry;
+  };
+  raw_entry twice = honest;
+  twice.again = true;
+  const unsigned densest = honest.packed_size * 1032;
+  const struct {
+    const char* label;
+    std::vector<raw_entry> entries;
+    int result;
+  } rows[] = {
+      {"honest", {honest}, 0},
+      {"3 GB", {with(honest, [](auto& e) { e.size = 3000000000u; })}, 20002},
+      {"just denser than deflate",
+       {with(honest, [&](auto& e) { e.size = densest + 1033; })},
+       20002},
+      {"as dense as deflate", {with(honest, [&](auto& e) { e.size = densest; })}, 20002},
+      {"all bits", {with(honest, [](auto& e) { e.size = 0xFFFFFFFF; })}, 27},
+      {"one more", {with(honest, [](auto& e) { ++e.size; })}, 20002},
+      {"one less", {with(honest, [](auto& e) { --e.size; })}, 20002},
+      {"none", {with(honest, [](auto& e) { e.size = 0; })}, 20002},
+      {"packed 3 GB", {with(honest, [](auto& e) { e.packed_size = 3000000000u; })}, 20002},
+      {"packed short", {with(honest, [](auto& e) { --e.packed_size; })}, 20002},
+      {"stored, unequal", {with(stored, [](auto& e) { ++e.size; })}, 20002},
+      {"stored, past the end",
+       {with(stored, [](auto& e) { e.size = e.packed_size = 5000; })},
+       20002},
+      {"wrong sum", {with(stored, [](auto& e) { e.crc ^= 0x80000000; })}, 20002},
+      {"encrypted", {with(honest, [](auto& e) { e.flags = 1; })}, 20002},
+      {"another method", {with(honest, [](auto& e) { e.method = 12; })}, 20002},
+      {"deflated as stored", {with(honest, [](auto& e) { e.method = 0; })}, 20002},
+      {"stored as deflated", {with(stored, [](auto& e) { e.method = 8; })}, 20002},
+      {"empty, deflated to nothing", {with(raw_entry("a", ""), [](auto& e) { e.method = 8; })}, 0},
+      {"no entries", {}, 20001},
+      {"one entry's bytes five times over",
+       {with(stored, [](auto&) {}), with(stored, [](auto& e) { e.again = true; }),
+        with(stored, [](auto& e) { e.again = true; }),
+        with(stored, [](auto& e) { e.again = true; }),
+        with(stored, [](auto& e) { e.again = true; })},
+       20002},
+  };
+  for (const auto& row : rows) {
+    for (const unsigned attributes : {0x81A40000u, link_attributes}) {
+      auto entries = row.entries;
+      for (raw_entry& entry : entries)
+        entry.attributes = attributes;
+      // A link's target of this length is good, and its text is what the entry holds.
+      EXPECT_EQ(unpack(raw_zip(entries)), row.result) << row.label;
+    }
+    expect_untouched(row.label);
+    empty_out();
+  }
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(ArchiveHostile, NoMemoryIsACode) {
+  // A limit on the address space, a little above what is in use: the sanitizers cannot live with
+  // it.
+  const size_t size = 64u << 20;
+  const std::string zip = put(raw_zip({deflated_entry("a", std::string(size, 'x'))}));
+  write_text(out + "a", "old");
+  rlimit limit, before_limit;
+  getrlimit(RLIMIT_AS, &before_limit);
+  limit = before_limit;
+  limit.rlim_cur = std::stoul(file_text("/proc/self/statm")) * size_t(getpagesize()) + size / 2;
+  setrlimit(RLIMIT_AS, &limit);
+  const int result = zip_to_file(zip, out, nullptr, 0);
+  setrlimit(RLIMIT_AS, &before_limit);
+  EXPECT_EQ(result, 12);
+  EXPECT_EQ(file_text(out + "a"), "old");
+  EXPECT_EQ(zip_to_file(zip, out, nullptr, 0), 0);
+  EXPECT_EQ(file_stat(out + "a").st_size, off_t(size));
+}
+#endif
+
+TEST_F(ArchiveHostile, EveryTruncationAndEveryFlippedBit) {
+  const std::string good = "good content, good content, good content";
+  const std::string zips[] = {raw_zip({deflated_entry("a", good)}), raw_zip({{"a", good}}),
+                              raw_zip({deflated_entry("a", good), {"b", good}})};
+  const auto check = [&](const std::string& bytes, const std::string& label, bool must_fail) {
+    write_text(out + "a", "old");
+    const int result = unpack(bytes);
+    EXPECT_TRUE(result != 0 || !must_fail) << label;
+    bool unpacked = false;
+    for (const auto& [name, what] : tree_of(out)) {
+      const std::string text = what.substr(what.find(' ') + 1);
+      EXPECT_TRUE(text == good || text == "old" || text.empty()) << label << " " << name;
+      unpacked = unpacked || text == good;
+    }
+    EXPECT_TRUE(unpacked || file_text(out + "a") == "old" || result == 0) << label;
+    expect_untouched(label);
+    for (const auto& item : tree_of(out))
+      remove((out + item.first).c_str());
+  };
+  for (const std::string& zip : zips) {
+    for (size_t length = 0; length < zip.size(); ++length) {
+      check(zip.substr(0, length), "cut to " + std::to_string(length), true);
+    }
+    for (size_t bit = 0; bit < zip.size() * 8; ++bit) {
+      std::string bytes = zip;
+      bytes[bit / 8] = char(bytes[bit / 8] ^ (1 << (bit % 8)));
+      check(bytes, "bit " + std::to_string(bit), false);
+    }
+  }
+}

@@ -1,0 +1,177 @@
+// What the archive tests share; see test_archive_util.h.
+
+#include "tests/unit/test_archive_util.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "corekit/Files/io_7z.h"
+#include "corekit/Files/io_zip.h"
+
+std::string file_text(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return in ? text.str() : "(no file)";
+}
+
+void write_text(const std::string& path, const std::string& text) {
+  unlink(path.c_str());  // some file systems wait for the disk when a file is written over
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+struct stat file_stat(const std::string& path) {
+  struct stat st = {};
+  lstat(path.c_str(), &st);
+  return st;
+}
+
+static void add_tree(const std::string& folder, const std::string& below,
+                     std::map<std::string, std::string>& found) {
+  DIR* dir = opendir((folder + below).c_str());
+  if (!dir) return;
+  while (const dirent* item = readdir(dir)) {
+    const std::string name = item->d_name;
+    if (name == "." || name == "..") continue;
+    const std::string path = folder + below + name;
+    const struct stat st = file_stat(path);
+    std::string what = std::to_string(st.st_mode) + " ";
+    if (S_ISLNK(st.st_mode)) {
+      char target[500] = {};
+      EXPECT_GT(readlink(path.c_str(), target, sizeof target - 1), 0);
+      what += target;
+    } else if (S_ISREG(st.st_mode)) {
+      what += file_text(path);
+    }
+    found[below + name] = what;
+    if (S_ISDIR(st.st_mode)) add_tree(folder, below + name + "/", found);
+  }
+  closedir(dir);
+}
+
+std::map<std::string, std::string> tree_of(const std::string& folder) {
+  std::map<std::string, std::string> found;
+  add_tree(folder, "", found);
+  return found;
+}
+
+std::string run(const std::string& command) {
+  std::string output;
+  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  char part[4096];
+  for (size_t got; (got = fread(part, 1, sizeof part, pipe)) > 0;)
+    output.append(part, got);
+  EXPECT_EQ(pclose(pipe), 0) << command << "\n" << output;
+  return output;
+}
+
+std::string noise(size_t size, unsigned seed) {
+  std::string bytes(size, '\0');
+  for (char& b : bytes) {
+    seed = seed * 1664525u + 1013904223u;
+    b = char(seed >> 24);
+  }
+  return bytes;
+}
+
+std::string deflated(const std::string& text) {
+  std::string packed(compressBound(text.size()) + 64, '\0');
+  z_stream z = {};
+  deflateInit2(&z, 9, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY);
+  z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+  z.avail_in = uInt(text.size());
+  z.next_out = reinterpret_cast<Bytef*>(packed.data());
+  z.avail_out = uInt(packed.size());
+  EXPECT_EQ(deflate(&z, Z_FINISH), Z_STREAM_END);
+  packed.resize(z.total_out);
+  deflateEnd(&z);
+  return packed;
+}
+
+raw_entry::raw_entry(std::string name_, std::string text, unsigned attributes_)
+    : name(std::move(name_)),
+      packed(std::move(text)),
+      attributes(attributes_),
+      crc(unsigned(crc32(0, reinterpret_cast<const Bytef*>(packed.data()), uInt(packed.size())))),
+      packed_size(unsigned(packed.size())),
+      size(unsigned(packed.size())) {}
+
+raw_entry deflated_entry(const std::string& name, const std::string& text) {
+  raw_entry entry(name, text);
+  entry.method = 8;
+  entry.packed = deflated(text);
+  entry.packed_size = unsigned(entry.packed.size());
+  return entry;
+}
+
+static std::string le(unsigned value, int bytes) {
+  std::string out;
+  for (int i = 0; i < bytes; ++i)
+    out += char(value >> (8 * i));
+  return out;
+}
+
+std::string raw_zip(const std::vector<raw_entry>& entries) {
+  std::string zip, contents;
+  unsigned start = 0;
+  for (const raw_entry& e : entries) {
+    const std::string common = le(20, 2) + le(e.flags, 2) + le(e.method, 2) + le(e.date, 4) +
+                               le(e.crc, 4) + le(e.packed_size, 4) + le(e.size, 4) +
+                               le(unsigned(e.name.size()), 2) + le(0, 2);
+    if (!e.again) {
+      start = unsigned(zip.size());
+      zip += "PK\3\4" + common + e.name + e.packed;
+    }
+    contents += "PK\1\2" + le((3 << 8) | 20, 2) + common + le(0, 2) + le(0, 2) + le(0, 2) +
+                le(e.attributes, 4) + le(start, 4) + e.name;
+  }
+  const unsigned count = unsigned(entries.size());
+  return zip + contents + "PK\5\6" + le(0, 4) + le(count, 2) + le(count, 2) +
+         le(unsigned(contents.size()), 4) + le(unsigned(zip.size()), 4) + le(0, 2);
+}
+
+void ArchiveTest::SetUp() {
+  base = testing::TempDir() + "archive.XXXXXX";
+  ASSERT_NE(mkdtemp(base.data()), nullptr);
+  base += "/";
+  root = base + "root/";
+  out = root + "out/";
+  mkdir(root.c_str(), 0755);
+  mkdir((root + "other").c_str(), 0755);
+  write_text(root + "sentinel.txt", "sentinel");
+  write_text(root + "other/sentinel.txt", "sentinel");
+  write_text(root + "evil", "good");
+  before = tree_of(root);
+  mkdir(out.c_str(), 0755);
+}
+
+void ArchiveTest::TearDown() {
+  run("rm -rf '" + base + "'");
+}
+
+std::string ArchiveTest::put(const std::string& bytes) {
+  const std::string path = base + "in.archive";
+  write_text(path, bytes);
+  return path;
+}
+
+int ArchiveTest::unpack(const std::string& bytes) {
+  const auto unpacker = bytes.starts_with("7") ? p7z_to_file : zip_to_file;
+  return unpacker(put(bytes), out, nullptr, 0);
+}
+
+void ArchiveTest::expect_untouched(const std::string& label) {
+  auto now = tree_of(root);
+  std::erase_if(now, [](const auto& item) { return item.first.starts_with("out"); });
+  EXPECT_EQ(now, before) << label;
+}
+
+void ArchiveTest::empty_out() {
+  run("rm -rf '" + out + "' && mkdir '" + out + "'");
+}

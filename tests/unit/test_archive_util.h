@@ -1,0 +1,61 @@
+// What the archive tests share: a scratch folder with a sentinel beside the output folder, small
+// file services, other programs, and a writer of zip archives that can lie.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+struct stat;
+
+std::string file_text(const std::string& path);
+void write_text(const std::string& path, const std::string& text);
+struct stat file_stat(const std::string& path);  // of a link itself
+
+// Kind, permissions and content (or target) of everything below a folder, by relative path.
+std::map<std::string, std::string> tree_of(const std::string& folder);
+
+// Runs a shell command; its output. A status other than 0 is a test failure.
+std::string run(const std::string& command);
+
+// `size` bytes that do not compress, the same for the same seed.
+std::string noise(size_t size, unsigned seed);
+
+std::string deflated(const std::string& text);
+
+// One entry, honest by default; each field may be set to a lie.
+struct raw_entry {
+  raw_entry(std::string name_, std::string text, unsigned attributes_ = 0x81A40000u);
+
+  std::string name;
+  std::string packed;
+  unsigned attributes;
+  unsigned method = 0;
+  unsigned flags = 0;
+  unsigned date = (44u << 25) | (3u << 21) | (5u << 16) | (6u << 11) | (7u << 5) | 4u;
+  unsigned crc;
+  unsigned packed_size;
+  unsigned size;
+  bool again = false;  // only in the table of contents, over the bytes of the entry before
+};
+raw_entry deflated_entry(const std::string& name, const std::string& text);
+std::string raw_zip(const std::vector<raw_entry>& entries);
+
+// root/ with out/, where archives are unpacked, and things that no archive may touch.
+class ArchiveTest : public testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  std::string put(const std::string& bytes);  // as root/../in.archive; its path
+  // Unpacks the bytes into out/, by their first byte as zip or 7z.
+  int unpack(const std::string& bytes);
+  // Everything but out/ is as it was, in the tree around it.
+  void expect_untouched(const std::string& label);
+  void empty_out();
+
+  std::string base, root, out;
+  std::map<std::string, std::string> before;
+};

@@ -1,0 +1,310 @@
+// Zip archives of honest origin: our own, and those of zip and 7z; and what unzip makes of ours.
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+#include "corekit/Files/io_utils.h"
+#include "corekit/Files/io_zip.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "tests/unit/test_archive_util.h"
+
+using ArchiveZip = ArchiveTest;
+
+namespace {
+
+constexpr time_t even_time = 1234567890;  // an even second: the format counts in twos
+
+void set_time(const std::string& path, time_t when) {
+  const timespec times[2] = {{when, 0}, {when, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+}
+
+}  // namespace
+
+TEST_F(ArchiveZip, RoundTripAndUnzip) {
+  const struct {
+    const char* name;
+    std::string text;
+    mode_t mode;
+    const char* shown;  // as unzip -Z shows it
+  } rows[] = {
+      {"a.txt", "hello hello hello hello\n", 0644, "-rw-r--r--"},
+      {"empty", "", 0600, "-rw-------"},
+      {"run me", "#!/bin/sh\n", 0755, "-rwxr-xr-x"},
+      {"readonly", "r", 0444, "-r--r--r--"},
+      {"odd 'n\"ame;$x [1]*?~", "odd", 0640, "-rw-r-----"},
+      {"latin1 \xE9\xDF", "bytes", 0644, "-rw-r--r--"},
+      {"..dots..", "dots", 0644, "-rw-r--r--"},
+      {"noise.bin", noise(3000001, 7), 0644, "-rw-r--r--"},
+      {"zeros.bin", std::string(20000000, '\0'), 0644, "-rw-r--r--"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string source = base + row.name, zip = base + "a.zip";
+    write_text(source, row.text);
+    chmod(source.c_str(), row.mode);
+    set_time(source, even_time);
+    ASSERT_EQ(file_to_zip(source, zip), 0);
+
+    run("unzip -tq '" + zip + "'");
+    EXPECT_EQ(run("unzip -p '" + zip + "'"), row.text);
+    const std::string listing = run("unzip -Z -s '" + zip + "'");
+    EXPECT_NE(listing.find(row.shown), std::string::npos) << listing;
+    EXPECT_NE(listing.find(" unx "), std::string::npos) << listing;
+    EXPECT_NE(listing.find(" defN "), std::string::npos) << listing;
+
+    // Over a read-only file, which must not stop it.
+    const std::string target = out + row.name;
+    write_text(target, "old");
+    chmod(target.c_str(), 0400);
+    std::string name;
+    ASSERT_EQ(zip_to_file(zip, out, &name, 0), 0);
+    EXPECT_EQ(name, row.name);
+    EXPECT_EQ(file_text(target), row.text);
+    EXPECT_EQ(file_stat(target).st_mode, mode_t(S_IFREG | row.mode));
+    EXPECT_EQ(file_stat(target).st_mtime, even_time);
+    chmod(source.c_str(), 0600);
+  }
+}
+
+TEST_F(ArchiveZip, DatesOutsideTheFormat) {
+  // The format counts from 1980 to 2107: the nearest day stands in.
+  const struct {
+    time_t when;
+    const char* shown;
+  } rows[] = {{0, "19800101.000000"}, {4417000000, "21071231."}};
+  for (const auto& row : rows) {
+    write_text(base + "a", "x");
+    set_time(base + "a", row.when);
+    ASSERT_EQ(file_to_zip(base + "a", base + "a.zip"), 0);
+    const std::string listing = run("unzip -Z -T -s '" + base + "a.zip'");
+    EXPECT_NE(listing.find(row.shown), std::string::npos) << listing;
+  }
+  for (const unsigned date : {0u, 0xFFFFFFFFu, 0x00000021u}) {
+    raw_entry entry("a", "x");
+    entry.date = date;
+    EXPECT_EQ(unpack(raw_zip({entry})), 0) << date;
+  }
+}
+
+TEST_F(ArchiveZip, Links) {
+  for (const std::string& target :
+       {std::string("Versions/Current/x"), std::string("../../gone"), std::string(499, 'x')}) {
+    ASSERT_EQ(symlink(target.c_str(), (base + "link").c_str()), 0);
+    ASSERT_EQ(file_to_zip(base + "link", base + "a.zip"), 0);
+    const std::string listing = run("unzip -Z -s '" + base + "a.zip'");
+    EXPECT_NE(listing.find("\nlrwxr-xr-x "), std::string::npos) << listing;
+    EXPECT_NE(listing.find(" stor "), std::string::npos) << listing;
+
+    write_text(out + "link", "an old file");
+    ASSERT_EQ(zip_to_file(base + "a.zip", out, nullptr, 0), 0);
+    std::string read;
+    EXPECT_EQ(is_sim_link((out + "link").c_str(), &read), 1);
+    EXPECT_EQ(read, target);
+
+    unlink((out + "link").c_str());
+    run("unzip -qq '" + base + "a.zip' -d '" + out + "'");
+    EXPECT_EQ(is_sim_link((out + "link").c_str(), &read), 1);
+    EXPECT_EQ(read, target);
+    unlink((base + "link").c_str());
+  }
+  ASSERT_EQ(symlink(std::string(500, 'x').c_str(), (base + "link").c_str()), 0);
+  EXPECT_EQ(file_to_zip(base + "link", base + "a.zip"), 63);
+  expect_untouched("links");
+}
+
+TEST_F(ArchiveZip, ArchivesOfOthers) {
+  const std::string tree = base + "tree/";
+  run("mkdir -p '" + tree + "deep/er' && cd '" + tree +
+      "' && printf one > deep/one && printf two > deep/er/two && chmod 750 deep/er/two &&"
+      " : > none && ln -s deep/one link");
+  for (const std::string command : {"zip -qry", "zip -qry0", "zip -qry -fd", "7z a -tzip -snl"}) {
+    const std::string zip = base + "other.zip";
+    run("cd '" + tree + "' && " + command + " '" + zip + "' .");
+    ASSERT_EQ(zip_to_file(zip, out, nullptr, 0), 0) << command;
+    EXPECT_EQ(tree_of(out), tree_of(tree)) << command;
+    empty_out();
+    unlink(zip.c_str());
+  }
+  run("cd '" + tree + "' && zip -q -P secret '" + base + "locked.zip' deep/one");
+  mkdir((out + "deep").c_str(), 0755);
+  EXPECT_EQ(zip_to_file(base + "locked.zip", out, nullptr, 0), 20002);
+}
+
+TEST_F(ArchiveZip, NamesForTheCaller) {
+  const std::string zip = put(raw_zip({{"first", "1"}, {"second", "2"}}));
+  std::string name = "renamed";
+  EXPECT_EQ(zip_to_file(zip, out, &name, 1), 0);
+  EXPECT_EQ(name, "first");
+  EXPECT_EQ(file_text(out + "renamed"), "1");
+  EXPECT_EQ(file_text(out + "second"), "2");
+  EXPECT_EQ(tree_of(out).size(), 2u);
+  name = "../evil";
+  EXPECT_EQ(zip_to_file(zip, out, &name, 1), 20002);
+  EXPECT_EQ(zip_to_file(zip, out, nullptr, 1), 0);
+  EXPECT_EQ(file_text(out + "first"), "1");
+
+  // Without its "/" the folder's last part is glued to the name; a link as the folder is the
+  // user's.
+  EXPECT_EQ(zip_to_file(zip, out + "glued-", nullptr, 0), 0);
+  EXPECT_EQ(file_text(out + "glued-first"), "1");
+  ASSERT_EQ(symlink("out", (root + "chosen").c_str()), 0);
+  EXPECT_EQ(zip_to_file(zip, root + "chosen/", nullptr, 0), 0);
+  unlink((root + "chosen").c_str());
+  expect_untouched("names");
+
+  app_path = base;
+  EXPECT_EQ(zip_to_file("in.archive", "root/out/prefixed-", nullptr, 0), 0);
+  EXPECT_EQ(file_to_zip("root/out/prefixed-first", "made.zip"), 0);
+  app_path.clear();
+  EXPECT_EQ(file_text(out + "prefixed-second"), "2");
+  EXPECT_EQ(run("unzip -p '" + base + "made.zip'"), "1");
+}
+
+TEST_F(ArchiveZip, Attributes) {
+  const mode_t mask = umask(0);
+  umask(mask);
+  const mode_t plain = 0666 & ~mask;
+  const time_t stored = 1709618828;  // 5 March 2024, 06:07:08, in the zone set below
+  setenv("TZ", "UTC0", 1);
+  tzset();
+  const struct {
+    unsigned attributes;
+    mode_t mode;
+    bool dated;
+  } rows[] = {
+      {0, plain, false},
+      {0x81ED0000, 0755, true},
+      {0x8FFF0000, 0777, true},
+      {0x89A40000, 0644, true},
+      {0x01000000, 0400, true},
+      {0x00000020, plain, true},
+      {0x81A40000 | 0x20, 0644, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.attributes);
+    ASSERT_EQ(unpack(raw_zip({{"a", "x", row.attributes}})), 0);
+    const struct stat st = file_stat(out + "a");
+    EXPECT_EQ(st.st_mode & 07777, row.mode);
+    if (row.dated) {
+      EXPECT_EQ(st.st_mtime, stored);
+      EXPECT_EQ(st.st_atime, stored);
+    } else {
+      EXPECT_LT(time(nullptr) - st.st_mtime, 60);
+    }
+  }
+}
+
+TEST_F(ArchiveZip, ForkEntriesAreCheckedAndDropped) {
+  const std::string header("\0\5\x16\7\0\2\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 24);
+  const std::string parts("\0\2\0\0\0\x09\0\0\0\x32\0\0\0\x20\0\0\0\2\0\0\0\x52\0\0\0\4", 26);
+  std::string bad = header;
+  bad[23] = 1;
+  const struct {
+    const char* label;
+    std::string block;
+    int result;
+  } rows[] = {
+      {"whole", header + parts + std::string(32, 'F') + "fork", 0},
+      {"header only", header, 0},
+      {"more parts than block", header + "\xFF\xFF", 0},
+      {"part beyond the block", header + std::string("\0\1\0\0\0\2\xFF\xFF\xFF\xFF\0\0\0\1", 14),
+       0},
+      {"filler", bad + parts, 20012},
+      {"short", header.substr(0, 23), 20012},
+      {"empty", "", 20012},
+  };
+  for (const auto& row : rows) {
+    for (const char* name :
+         {"__MACOSX/._a.txt", "__MACOSX/deep/._a.txt", "__MACOSX", "__MACOSXa"}) {
+      EXPECT_EQ(unpack(raw_zip({{"__MACOSX/", "", 0x41ED0010}, {name, row.block}, {"a.txt", "a"}})),
+                row.result)
+          << row.label << " " << name;
+      EXPECT_EQ(tree_of(out).size(), row.result == 0 ? 1u : 0u) << row.label << " " << name;
+      empty_out();
+    }
+  }
+}
+
+TEST_F(ArchiveZip, FailuresOfTheDisk) {
+  const std::string big = base + "big.zip";
+  write_text(big, raw_zip({deflated_entry("big", std::string(100000, 'x'))}));
+  mkdir((out + "big").c_str(), 0755);
+  EXPECT_EQ(zip_to_file(big, out, nullptr, 0), EISDIR);
+  rmdir((out + "big").c_str());
+  EXPECT_EQ(unpack(raw_zip({{"missing/a", "x"}})), ENOENT);
+  write_text(out + "file", "in the way");
+  EXPECT_EQ(unpack(raw_zip({{"file/", "", 0x41ED0010}, {"file/a", "x"}})), ENOTDIR);
+
+  // A limit on the size of files is this process's own full disk.
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit limit, old;
+  getrlimit(RLIMIT_FSIZE, &old);
+  limit = old;
+  limit.rlim_cur = 4096;
+  setrlimit(RLIMIT_FSIZE, &limit);
+  const int unpacked = zip_to_file(big, out, nullptr, 0);
+  write_text(base + "noise", noise(4000, 1));
+  const int packed_small = file_to_zip(base + "noise", base + "small.zip");
+  setrlimit(RLIMIT_FSIZE, &old);
+  EXPECT_EQ(unpacked, EFBIG);
+  EXPECT_EQ(packed_small, EFBIG);
+
+  write_text(base + "a", "a");
+  EXPECT_EQ(file_to_zip(base + "a", "/dev/full"), ENOSPC);
+  EXPECT_EQ(file_to_zip(base + "a", base + "missing/a.zip"), 20003);
+  EXPECT_EQ(file_to_zip(base + "missing", base + "a.zip"), 20006);
+  EXPECT_EQ(file_to_zip(base + "root", base + "a.zip"), 20006);
+  EXPECT_EQ(file_to_zip(base + "root/", base + "a.zip"), 20006);
+  ASSERT_EQ(truncate((base + "a").c_str(), 0xFFFFFFFF), 0);
+  EXPECT_EQ(file_to_zip(base + "a", base + "a.zip"), 27);
+}
+
+TEST_F(ArchiveZip, LogLines) {
+  ASSERT_TRUE(xer_open(base + "log.txt"));
+  EXPECT_EQ(zip_to_file(base + "none.zip", out, nullptr, 0), 20001);
+  const std::string none = base + "none.zip";
+  EXPECT_EQ(file_text(base + "log.txt"),
+            "OK I am about to report that I could not open a zip file for extraction!\n"
+            "That incoming file is " +
+                none + "\nIn c-form, it is " + none + "\nThe size is " +
+                std::to_string(none.size()) + "\n");
+  raw_entry damaged("a", "text");
+  damaged.crc ^= 1;
+  EXPECT_EQ(unpack(raw_zip({damaged})), 20002);
+  EXPECT_EQ(unpack(raw_zip({{"x\n/../../evil", "text"}})), 20002);
+  EXPECT_EQ(file_to_zip(none, base + "a.zip"), 20006);
+  const std::string log = file_text(base + "log.txt");
+  for (const std::string part :
+       {"Zip to file failed with error 20002. file = Files/io_zip_parts line = ", ". inFile=",
+        ".\nUNZIP zip_to_file failed with err=20002\n",
+        "\nZip to file failed with error err = 20002\n",
+        "WARNING: entry 'x?/../../evil' of an archive is refused: its name leads out",
+        "file_to_zip failed with error 20006.\nfile = Files/io_zip line = "}) {
+    EXPECT_NE(log.find(part), std::string::npos) << part << "\nin\n" << log;
+  }
+}
+
+TEST_F(ArchiveZip, ManyThreads) {
+  std::vector<std::thread> threads;
+  for (unsigned t = 0; t < 8; ++t) {
+    threads.emplace_back([this, t] {
+      for (unsigned i = 0; i < 20; ++i) {
+        const std::string name = std::to_string(t) + "_" + std::to_string(i);
+        const std::string text = noise(10000 * (i + 1), t) + std::string(50000, char(i));
+        write_text(base + name, text);
+        EXPECT_EQ(file_to_zip(base + name, base + name + ".zip"), 0);
+        EXPECT_EQ(zip_to_file(base + name + ".zip", out, nullptr, 0), 0);
+        EXPECT_TRUE(file_text(out + name) == text) << name;
+        EXPECT_EQ(zip_to_file(base + name, out, nullptr, 0), 20001);
+      }
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+}

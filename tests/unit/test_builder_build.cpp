@@ -1,0 +1,413 @@
+// What a build leaves on the discs and in the manifest.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <csignal>
+#include <map>
+#include <vector>
+
+#include "Installer-f/make_installer_comp.h"
+#include "Installer-f/utils_manifest.h"
+#include "corekit/OOPS_cpp/xmap.h"
+#include "tests/unit/builder_tree.h"
+
+namespace {
+
+class BuilderBuild : public builder_test {
+ protected:
+  // Every version of a file in the manifest just built: "os version raw signature".
+  std::vector<std::string> versions_of(const std::string& path) const {
+    std::vector<std::string> lines;
+    int runs = 0;
+    for (const file_history_struct& history : sim_info) {
+      if (history.current().path != path) continue;
+      ++runs;
+      for (const file_version_struct& one : history.versions) {
+        lines.push_back(std::to_string(one.os) + " " + std::to_string(one.version) + " " +
+                        std::to_string(static_cast<int>(one.raw_kb)) + " " +
+                        std::string(one.sig_want));
+      }
+    }
+    EXPECT_LE(runs, 1) << path << " has lines in two places";
+    return lines;
+  }
+  void build_and_read() const {
+    build();
+    ASSERT_EQ(read_directory(base + "read/directory.txt", ""), 3);
+  }
+  ino_t inode(const std::string& path) const {
+    struct stat info {};
+    EXPECT_EQ(lstat((base + path).c_str(), &info), 0) << path;
+    return info.st_ino;
+  }
+};
+
+using lines = std::vector<std::string>;
+
+// The whole text, by the format's own description.
+TEST_F(BuilderBuild, ManifestToTheLetter) {
+  put("All/Weapons/gun.wpn", state_abc);
+  put("All/Weapons/big gun.wpn", std::string(2999, 'x'));
+  put("Linux/run", state_a);
+  put("Macintosh/a/b", state_a);
+  EXPECT_EQ(build(),
+            "I\n900 version\nINSTALLER\n\n"
+            "\nDIR All/Resources/menus/English/\n"
+            "FILE 0 0 91001 0 0 900150983cd24fb0d6963f7d28e17f72 Skyvane.txt\n"
+            "\nDIR All/Resources/text/English/\n"
+            "FILE 0 0 91001 0 0 900150983cd24fb0d6963f7d28e17f72 Skyvane.txt\n"
+            "\nDIR All/Weapons/\n"
+            // md5sum of 2999 times "x"
+            "FILE 0 0 91001 0 2 d004f738cd66cce067f91f5a6430ca4e big gun.wpn\n"
+            "FILE 0 0 91001 0 0 900150983cd24fb0d6963f7d28e17f72 gun.wpn\n"
+            "\nDIR Linux/\n"
+            "FILE 0 3 91001 0 0 0cc175b9c0f1b6a831c399e269772661 run\n"
+            "\nDIR Macintosh/a/\n"
+            "FILE 0 1 91001 0 0 0cc175b9c0f1b6a831c399e269772661 b\n");
+  EXPECT_FALSE(is_there("out/disk_0/Test 9/directory.txt"));
+  EXPECT_EQ(read_whole(base + "out/disk_0/dvd_version.txt"),
+            "I\n900 version\nDVD\n\nVERSION Test 9\n");
+  // What is in the archive is the file.
+  ASSERT_EQ(zip_to_file(base + "out/disk_0/Test 9/Linux/run.zip", base + "read/", nullptr, 0), 0);
+  EXPECT_EQ(read_whole(base + "read/run"), "a");
+}
+
+TEST_F(BuilderBuild, HistoriesGoOn) {
+  const std::string a = sig_a, abc = sig_abc, md = sig_md;
+  const auto line = [](const std::string& rest) { return "FILE 0 0 " + rest + "\n"; };
+  // The first half under the folder's own name, as this builder writes it, the second half under
+  // the neutral word that old manifests have: both are the same files.
+  put_previous(
+      "DIR All/Weapons/\n" + line("90000 5 7 " + abc + " unchanged.wpn") +
+      line("90000 5 7 " + a + " changed.wpn") + line("90000 5 7 " + a + " changed twice.wpn") +
+      line("90500 6 8 " + md + " changed twice.wpn") + line("90000 5 7 " + a + " vanished.wpn") +
+      line("90000 5 7 " + a + " gone.wpn") + line("90500 0 0 GONE gone.wpn") +
+      "\nDIR ALL_os/Weapons/\n" + line("90000 5 7 " + abc + " same again.wpn") +
+      line("90500 0 0 GONE same again.wpn") + line("90000 5 7 " + a + " other again.wpn") +
+      line("90500 0 0 GONE other again.wpn") + line("90000 5 7 " + abc + " back to first.wpn") +
+      line("90500 6 8 " + a + " back to first.wpn") + line("90000 5 7 " + a + " dropped.wpn.bak") +
+      line("90000 5 7 " + a + " vanished there.wpn") +
+      "\nDIR All/Resources/plugins/\nFILE 0 6 90000 5 7 " + a + " KVLM.so\n" +
+      "DIR All/Global Scenery/-global terrain-/x/\n" + line("90000 5 7 " + a + " +34-118.dsf") +
+      "DIR LIN_os/\nFILE 0 3 90000 5 7 " + a + " Skyvane\n");
+  for (const char* const name : {"unchanged", "changed", "changed twice", "same again",
+                                 "other again", "back to first", "new"})
+    put(std::string("All/Weapons/") + name + ".wpn", state_abc);
+  put("All/Resources/plugins/KVLM.so", state_abc);
+  put("Linux/Skyvane", state_abc);
+  build_and_read();
+
+  const std::string now_abc = "0 91001 0 " + abc, was_a = "0 90000 7 " + a, gone = "0 91001 0 GONE",
+                    was_gone = "0 90500 0 GONE";
+  const std::map<std::string, lines> expected = {
+      {"All/Weapons/unchanged.wpn", {now_abc}},
+      {"All/Weapons/changed.wpn", {was_a, now_abc}},
+      {"All/Weapons/changed twice.wpn", {was_a, "0 90500 8 " + md, now_abc}},
+      {"All/Weapons/vanished.wpn", {was_a, gone}},
+      {"All/Weapons/gone.wpn", {was_a, was_gone}},
+      {"All/Weapons/same again.wpn", {now_abc}},
+      {"All/Weapons/other again.wpn", {was_a, now_abc}},
+      {"All/Weapons/back to first.wpn", {"0 90500 8 " + a, now_abc}},
+      {"All/Weapons/new.wpn", {now_abc}},
+      {"All/Weapons/dropped.wpn.bak", {}},
+      {"ALL_os/Weapons/dropped.wpn.bak", {}},
+      {"ALL_os/Weapons/vanished there.wpn", {was_a, gone}},
+      {"All/Resources/plugins/KVLM.so", {"6 90000 7 " + a, "6 91001 0 " + abc}},
+      {"All/Global Scenery/-global terrain-/x/+34-118.dsf", {}},
+      {"Linux/Skyvane", {"3 90000 7 " + a, "3 91001 0 " + abc}},
+  };
+  for (const auto& [path, versions] : expected)
+    EXPECT_EQ(versions_of(path), versions) << path;
+}
+
+// Three releases, each over the manifest that the one before really wrote.
+TEST_F(BuilderBuild, ReleasesFollowEachOther) {
+  const std::string steady = "All/Weapons/steady.wpn", moody = "All/Weapons/moody.wpn";
+  put(steady, state_a);
+  put(moody, state_a);
+  const auto release = [this](int version) {
+    release_version = version;
+    std::filesystem::remove_all(base + "out");
+    mkdir((base + "out").c_str(), 0755);
+    build_and_read();
+    std::filesystem::rename(base + "read/directory.txt", base + "previous.txt");
+    old_dir_path = base + "previous.txt";
+  };
+  release(90100);
+  drop(moody);
+  release(90200);
+  EXPECT_EQ(versions_of(moody), (lines{std::string("0 90100 0 ") + sig_a, "0 90200 0 GONE"}));
+  release(90300);
+  EXPECT_EQ(versions_of(moody), (lines{std::string("0 90100 0 ") + sig_a, "0 90200 0 GONE"}));
+  put(moody, state_md);
+  release(90400);
+  EXPECT_EQ(versions_of(moody),
+            (lines{std::string("0 90100 0 ") + sig_a, std::string("0 90400 0 ") + sig_md}));
+  EXPECT_EQ(versions_of(steady), (lines{std::string("0 90400 0 ") + sig_a}));
+  std::filesystem::remove_all(base + "out/disk_0");
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
+              "You idiot! I already have a version:.*");
+}
+
+TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
+  const std::string a = sig_a;
+  const auto line = [&a](int version, const char* name) {
+    return "FILE 0 0 " + std::to_string(version) + " 1 1 " + a + " " + name + "\n";
+  };
+  struct row {
+    const char* label;
+    std::string body;
+    const char* text;
+  };
+  for (const row& one :
+       {row{"two runs of one path",
+            "DIR All/W/\n" + line(90000, "x") + line(90000, "y") + line(90100, "x"),
+            "WARNING: you appear to have a file TWICE in an old directory file. All/W/x"},
+        row{"one file under both words",
+            "DIR All/W/\n" + line(90000, "x") + "DIR ALL_os/W/\n" + line(90000, "x"), "file TWICE"},
+        row{"this release", "DIR All/W/\n" + line(90000, "x") + line(91001, "x"),
+            "You idiot! I already have a version: version_number 91001.000000"},
+        row{"no folder", line(90000, "x"), "Could not find the dir char! x"}}) {
+    SCOPED_TRACE(one.label);
+    put_previous(one.body);
+    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), one.text);
+    EXPECT_FALSE(is_there("out/disk_0"));
+  }
+  old_dir_path = base + "no such file.txt";
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "I could not read the old directory!");
+  old_dir_path = base + "src/";
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "I could not read the old directory!");
+}
+
+TEST_F(BuilderBuild, OnlyTheBaseProductCarriesTheHistoryOn) {
+  put_previous(std::string("DIR All/Weapons/\nFILE 0 0 90000 1 1 ") + sig_a + " old.wpn\n");
+  fog_fals = install_earth;
+  EXPECT_EQ(build().find("old.wpn"), std::string::npos);
+}
+
+TEST_F(BuilderBuild, PluginsOfOnePlatform) {
+  const std::string here = "All/Resources/plugins/";
+  const std::map<std::string, const char*> platforms = {{"KVLM.shlb", "1"},
+                                                        {"KVWidgets.shlb", "1"},
+                                                        {"PluginAdminMac.kvl", "1"},
+                                                        {"KVLM.framework/KVLM", "1"},
+                                                        {"KVWidgets.framework/KVWidgets", "1"},
+                                                        {"KVLM.dll", "2"},
+                                                        {"KVWidgets.dll", "2"},
+                                                        {"PluginAdminWin.kvl", "2"},
+                                                        {"KVLM.so", "6"},
+                                                        {"KVWidgets.so", "6"},
+                                                        {"PluginAdminLin.kvl", "6"},
+                                                        {"KVLM.framework/Versions/A/KVLM", "0"},
+                                                        {"KVLM.lib", "0"},
+                                                        {"kvlm.dll", "0"},
+                                                        {"KVLM.so.1", "6"},
+                                                        {"more/KVLM.so", "0"}};
+  for (const auto& [name, os] : platforms)
+    put(here + name, state_a);
+  put("Windows/All/Resources/plugins/KVLM.so", state_a);  // its first folder decides
+  build_and_read();
+  for (const auto& [name, os] : platforms)
+    EXPECT_EQ(versions_of(here + name), (lines{std::string(os) + " 91001 0 " + sig_a})) << name;
+  EXPECT_EQ(versions_of("Windows/All/Resources/plugins/KVLM.so"),
+            (lines{std::string("2 91001 0 ") + sig_a}));
+}
+
+TEST_F(BuilderBuild, LinksShipAsLinks) {
+  const std::string text = "Heavy Metal";  // md5sum gives the signature below
+  put("All/Aircraft/real.acf", std::string(5000, 'x'));
+  link("All/Aircraft/to folder", text);
+  std::filesystem::create_directories(src_fold + "All/Aircraft/" + text);
+  link("All/Aircraft/to file.acf", "real.acf");
+  link("All/Aircraft/to nothing", "nowhere");
+  link("All/Aircraft/long", std::string(498, '/'));
+  build_and_read();
+  EXPECT_EQ(versions_of("All/Aircraft/to folder"),
+            (lines{"0 91001 0 04ae76937270105919847d05aee582b4"}));
+  EXPECT_EQ(versions_of("All/Aircraft/to file.acf"),
+            (lines{"0 91001 0 ccf715e4df24c1a613610c92b1a3638e"}));
+  EXPECT_EQ(versions_of("All/Aircraft/to nothing"),
+            (lines{"0 91001 0 03840d46dad93250d938b39d1357fbae"}));
+  EXPECT_EQ(versions_of("All/Aircraft/long").size(), 1u);
+  ASSERT_EQ(zip_to_file(base + "out/disk_0/Test 9/All/Aircraft/to folder.zip", base + "read/",
+                        nullptr, 0),
+            0);
+  EXPECT_EQ(std::filesystem::read_symlink(base + "read/to folder"), text);
+}
+
+TEST_F(BuilderBuild, HandMadeArchivesAreLinked) {
+  put("All/Weapons/gun.wpn", std::string(3000, 'x'));
+  put("All/Weapons/gun.wpn.7z", std::string(2500, '7'));
+  put("All/Weapons/orphan.wpn.7z", "no file of that name");
+  put_at(base + "elsewhere", std::string(1500, '7'));
+  put("All/Weapons/linked.wpn", state_a);
+  link("All/Weapons/linked.wpn.7z", base + "elsewhere");
+  const std::string manifest = build();
+  EXPECT_EQ(inode("out/disk_0/Test 9/All/Weapons/gun.wpn.7z"), inode("src/All/Weapons/gun.wpn.7z"));
+  EXPECT_EQ(inode("out/disk_0/Test 9/All/Weapons/linked.wpn.7z"), inode("elsewhere"));
+  EXPECT_FALSE(is_there("out/disk_0/Test 9/All/Weapons/gun.wpn.zip"));
+  EXPECT_FALSE(is_there("out/disk_0/Test 9/All/Weapons/orphan.wpn.7z"));
+  EXPECT_NE(manifest.find("FILE 0 0 91001 2 3 "), std::string::npos) << manifest;
+  EXPECT_EQ(manifest.find(".7z"), std::string::npos) << manifest;
+}
+
+TEST_F(BuilderBuild, HandMadeArchiveOnAnotherVolume) {
+  std::string other = "/dev/shm/builder-XXXXXX";
+  if (!mkdtemp(other.data())) GTEST_SKIP() << "no second volume";
+  struct stat here {
+  }, there{};
+  stat(base.c_str(), &here);
+  stat(other.c_str(), &there);
+  put("All/Weapons/gun.wpn", state_a);
+  put("All/Weapons/gun.wpn.7z", state_a);
+  dst_fold_base = other + "/";
+  if (here.st_dev != there.st_dev) {
+    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "ERROR: could not make hard link!");
+  }
+  std::filesystem::remove_all(other);
+  if (here.st_dev == there.st_dev) GTEST_SKIP() << "both folders are on one volume";
+}
+
+// Stored data of 6,000 bytes and a little more: 6 units a file.
+TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
+  std::string noise;
+  uint32_t state = 1;
+  for (int i = 0; i < 6000; ++i)
+    noise += static_cast<char>((state = state * 1664525u + 1013904223u) >> 24);
+  for (const char* const name : {"a", "b", "c", "d", "e"})
+    put(std::string("All/Weapons/") + name, noise + name);
+  put("Linux/last", state_a);
+  struct row {
+    float limit;
+    int disc_of[5];
+  };
+  // Two files make 12 units: the limit itself does not break.
+  for (const row& one :
+       {row{11, {0, 0, 1, 1, 2}}, row{12, {0, 0, 0, 1, 1}}, row{17, {0, 0, 0, 1, 1}},
+        row{18, {0, 0, 0, 0, 1}}, row{1000, {0, 0, 0, 0, 0}}}) {
+    disc_limit_kb = one.limit;
+    std::filesystem::remove_all(base + "out");
+    mkdir((base + "out").c_str(), 0755);
+    build_and_read();
+    for (int i = 0; i < 5; ++i) {
+      const std::string path = std::string("All/Weapons/") + "abcde"[i];
+      const int disc = one.disc_of[i];
+      EXPECT_TRUE(is_there("out/disk_" + std::to_string(disc) + "/Test 9/" + path + ".zip"))
+          << path << " limit " << one.limit;
+      const auto found = std::ranges::find(sim_info, path, [](const file_history_struct& history) {
+        return history.current().path;
+      });
+      ASSERT_NE(found, sim_info.end()) << path << " limit " << one.limit;
+      EXPECT_EQ(found->current().disk, disc) << path << " limit " << one.limit;
+    }
+    EXPECT_TRUE(is_there("out/disk_0/dvd_version.txt"));
+  }
+  // Four discs are more than there are folders for.
+  disc_limit_kb = 5;
+  std::filesystem::remove_all(base + "out");
+  mkdir((base + "out").c_str(), 0755);
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "I could not zip a file!");
+}
+
+// A Windows program: offset of the header at 0x3C, characteristics 22 bytes into it.
+TEST_F(BuilderBuild, WindowsProgramsCopeWithLargeAddresses) {
+  std::string program(512, '\0');
+  program.replace(0, 2, "MZ");
+  program[0x3C] = '\x80';
+  program.replace(0x80, 2, "PE");
+  program[0x80 + 22] = 0x02;
+  put("Windows/Skyvane.exe", program);
+  put("All/Weapons/not windows.exe", state_a);
+  put("Linux/not windows.exe", state_a);
+  build();
+  program[0x80 + 22] = 0x22;
+  EXPECT_EQ(read_whole(src_fold + "Windows/Skyvane.exe"), program);
+  ASSERT_EQ(
+      zip_to_file(base + "out/disk_0/Test 9/Windows/Skyvane.exe.zip", base + "read/", nullptr, 0),
+      0);
+  EXPECT_EQ(read_whole(base + "read/Skyvane.exe"), program);
+}
+
+// A volume that fills up while the manifest is written: half a manifest may not look like a whole.
+TEST_F(BuilderBuild, FullVolumeIsNoticed) {
+  for (int i = 0; i < 60; ++i)
+    put("All/Weapons/gun " + std::to_string(i) + ".wpn", state_a);
+  const auto build_in_little_room = [] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{1500, 1500};  // bytes of any one file
+    setrlimit(RLIMIT_FSIZE, &limit);
+    build_and_leave();
+  };
+  EXPECT_EXIT(build_in_little_room(), testing::ExitedWithCode(1),
+              "I could not write all of this file!");
+  EXPECT_FALSE(is_there("out/disk_0/Test 9/directory.txt.zip"));
+}
+
+// --- warnings
+// -------------------------------------------------------------------------------------
+TEST_F(BuilderBuild, FilesThatMeetWhenInstalled) {
+  struct row {
+    const char* first;
+    const char* second;
+    bool meet;
+  };
+  for (const row& one :
+       {row{"All/a.txt", "Macintosh/a.txt", true}, row{"All/x/A.txt", "Linux/X/a.TXT", true},
+        row{"Macintosh/a.txt", "Windows/a.txt", false}, row{"All/a.txt", "All/b.txt", false},
+        row{"Windows/a.txt", "Windows/A.txt", true},
+        row{"All/Resources/plugins/KVLM.so", "Linux/Resources/plugins/KVLM.so", true},
+        row{"All/Resources/plugins/KVLM.so", "Windows/Resources/plugins/KVLM.so", false},
+        row{"All/caf\xC9.txt", "All/caf\xE9.txt", false}}) {
+    comp_files = {src_fold + one.first, src_fold + one.second};
+    testing::internal::CaptureStderr();
+    note_installed_places();
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said.find("WARNING: two files") != std::string::npos, one.meet)
+        << one.first << ", " << one.second << ": " << said;
+  }
+}
+
+TEST_F(BuilderBuild, FilesThatOnlyMoved) {
+  struct row {
+    const char* gone;
+    int os;
+    const char* shipped;
+    bool warned;
+  };
+  for (const row& one :
+       {row{"APL_os/a.txt", 1, "All/a.txt", true}, row{"All/a.txt", 0, "Linux/a.txt", true},
+        row{"Macintosh/a.txt", 1, "Windows/a.txt", false}, row{"All/a.txt", 0, "All/A.txt", true},
+        row{"All/a.txt", 0, "All/x/a.txt", false}, row{"All/a.txt", 4, "All/a.txt", false},
+        row{"All/p/KVLM.so", 6, "Linux/p/KVLM.so", true}}) {
+    comp_files = {src_fold + one.shipped};
+    note_installed_places();
+    testing::internal::CaptureStderr();
+    warn_if_still_shipped(one.gone, one.os);
+    EXPECT_EQ(!testing::internal::GetCapturedStderr().empty(), one.warned)
+        << one.gone << " " << one.os << ", " << one.shipped;
+  }
+  // In a whole build.
+  put_previous(std::string("DIR All/Weapons/\nFILE 0 0 90000 1 1 ") + sig_a + " Gun.wpn\n");
+  put("All/Weapons/gun.wpn", state_a);
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "listed as gone, .*Gun.wpn");
+}
+
+TEST_F(BuilderBuild, ArchivesThatNobodyLooksFor) {
+  put("All/Weapons/gun.wpn", state_a);
+  put("All/Weapons/gun.wpn.7z", state_a);
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0),
+              "WARNING: 1 files outside Global Scenery have a .7z");
+  std::filesystem::remove_all(base + "out/disk_0");
+  std::filesystem::remove_all(base + "out/disk_1");
+  std::filesystem::remove_all(base + "out/disk_2");
+  fog_fals = install_earth;
+  put("All/Global Scenery/-global terrain-/a.dsf", state_a);
+  put("All/Global Scenery/-global terrain-/b.dsf", state_a);
+  put("All/Global Scenery/-global terrain-/b.dsf.7z", state_a);
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0),
+              "WARNING: 1 files below Global Scenery have no .7z");
+}
+
+}  // namespace

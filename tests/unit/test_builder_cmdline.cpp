@@ -1,0 +1,198 @@
+// The builder's flags, and the server list.
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "corekit/GenC/hl_init.h"
+#include "corekit/OOPS_cpp/xmap.h"
+#include "corekit/UTL/UTL_cmdline.h"
+#include "tests/unit/builder_tree.h"
+
+namespace {
+
+class BuilderCmdline : public builder_test {
+ protected:
+  void SetUp() override {
+    builder_test::SetUp();
+    start_folder = base;
+  }
+
+  // The program's life with these flags, from the command line to the exit status.
+  [[noreturn]] static void run_and_leave(const std::vector<std::string>& flags) {
+    std::vector<const char*> arguments = {"installer"};
+    for (const std::string& flag : flags)
+      arguments.push_back(flag.c_str());
+    cmdline.init_unix(static_cast<int>(arguments.size()), arguments.data());
+    std::_Exit(run_master_builder());
+  }
+  static void expect(int status, const std::vector<std::string>& flags, const std::string& text) {
+    EXPECT_EXIT(run_and_leave(flags), testing::ExitedWithCode(status), literally(text));
+  }
+  // Flags of a build that would succeed, and one more, which goes last and so wins.
+  static std::vector<std::string> build_flags(const std::string& more) {
+    return {"--build_master", "--source=src", "--output=out", "--previous=none", "--type=0", more};
+  }
+};
+
+TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
+  std::filesystem::create_directories(base + "a copy/src");
+  std::filesystem::create_directories(base + "work.d/src");
+  std::filesystem::create_directories(base + "a:b");
+  put_at(base + "a file", "x");
+  struct row {
+    const char* flag;
+    const char* text;
+  };
+  for (const row& one : {
+           row{"--type=4", "--type needs a whole number from 0 to 3, not \"4\"."},
+           row{"--type=-1", "--type needs"},
+           row{"--type=", "--type needs"},
+           row{"--type", "--type needs"},
+           row{"--type=1x", "--type needs"},
+           row{"--type= 1", "--type needs"},
+           row{"--type=99999999999999999999", "--type needs"},
+           row{"--disk_kb=0", "--disk_kb needs"},
+           row{"--disk_kb=63e4", "--disk_kb needs"},
+           row{"--disk_kb=-5", "--disk_kb needs"},
+           row{"--release=0", "--release needs"},
+           row{"--release=9.1", "--release needs"},
+           row{"--name=", "--name needs a plain folder name: \"\" is empty."},
+           row{"--name", "is empty"},
+           row{"--name=.", "is no name"},
+           row{"--name=..", "is no name"},
+           row{"--name=a/b", "holds a separator"},
+           row{"--name=/", "holds a separator"},
+           row{"--name=a:b", "holds a separator"},
+           row{"--name=a\\b", "holds a separator"},
+           row{"--name= a", "has a blank at an end"},
+           row{"--name=a ", "has a blank at an end"},
+           row{"--name=a\nb", "holds a control character"},
+           row{"--source=", "--source needs a path"},
+           row{"--source", "--source needs a path"},
+           row{"--source=nowhere", "The source folder does not exist: "},
+           row{"--source=a file", "The source folder does not exist: "},
+           row{"--source=a copy/src", "whose own path holds \"copy\": "},
+           row{"--source=work.d/src", "whose own path holds \"work.\": "},
+           row{"--output=", "--output needs a path"},
+           row{"--output=nowhere/out", "There is no folder to make the output folder in: "},
+           row{"--output=a file", "The output folder is a file: "},
+           row{"--output=a file/out", "There is no folder to make the output folder in: "},
+           row{"--output=a:b", "holds a \":\""},
+           row{"--output=src", "The output folder lies within the source tree: "},
+           row{"--output=src/All/out", "The output folder lies within the source tree: "},
+           row{"--output=out/../src/All", "The output folder lies within the source tree: "},
+           row{"--previous=", "--previous needs a path"},
+           row{"--write_server_list", "--write_server_list needs a path"},
+           row{"--write_server_list=list.txt", "A server list needs at least one mirror"},
+       }) {
+    SCOPED_TRACE(one.flag);
+    expect(2, build_flags(one.flag), one.text);
+    EXPECT_FALSE(is_there("out/disk_0"));
+  }
+  EXPECT_FALSE(is_there("list.txt"));
+}
+
+TEST_F(BuilderCmdline, BuildsWhatTheFlagsSay) {
+  put("All/Weapons/gun.wpn", state_a);
+  expect(0,
+         {"--build_master", "--source=src", "--output=new out", "--previous=none", "--type=0",
+          "--name=My 9.1", "--release=91200"},
+         "OK compression is done. Checklist if doing net:");
+  ASSERT_EQ(zip_to_file(base + "new out/disk_0/My 9.1/directory.txt.zip", base, nullptr, 0), 0);
+  EXPECT_NE(read_whole(base + "directory.txt")
+                .find("FILE 0 0 91200 0 0 " + std::string(sig_a) + " gun.wpn\n"),
+            std::string::npos);
+  EXPECT_TRUE(is_there("new out/disk_0/dvd_version.txt"));
+  // Absolute folders with their "/", over the manifest just written.
+  expect(0,
+         {"--build_master", "--source=" + base + "src/", "--output=" + base + "out/",
+          "--previous=" + base + "directory.txt", "--type=0", "--release=91300"},
+         "Skyvane 9: 3 files");
+  EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));
+  // An output root beside the tree, with the tree's name at its start, is not within it.
+  expect(0, build_flags("--output=src 2"), "OK compression is done.");
+}
+
+TEST_F(BuilderCmdline, PreviousManifest) {
+  // Makers must not forget it.
+  expect(1,
+         {"--build_master", "--source=src", "--output=out", "--type=0", "--previous=nowhere.txt"},
+         "I could not read the old directory!");
+  expect(0,
+         {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=nowhere.txt"},
+         "The previous manifest is not used");
+  // A second build over the first.
+  expect(1, build_flags("--disk_kb=100"), "Could not make the dst_folder!");
+}
+
+TEST_F(BuilderCmdline, TypesHaveTheirOwnNames) {
+  put("All/Custom Scenery/DSF 900 Mars World-Wide/a.dsf", state_a);
+  expect(0, {"--build_master", "--source=src", "--output=out", "--type=2"}, "Mars: 1 files");
+  EXPECT_TRUE(is_there("out/disk_0/Mars/All/Custom Scenery/DSF 900 Mars World-Wide/a.dsf.zip"));
+  expect(0, {"--build_master", "--source=src", "--output=moon", "--type=3", "--name=Luna"},
+         "Luna: 0 files");
+}
+
+// --- the server list
+// ------------------------------------------------------------------------------
+TEST_F(BuilderCmdline, ServerListToTheLetter) {
+  expect(0,
+         {"--write_server_list=list.txt", "--name=Skyvane_9_10", "--release=91200",
+          "--mirrors=mirror-one.example/updates,mirror-two.example,127.0.0.1/pub/sky vane/"},
+         "");
+  EXPECT_EQ(read_whole(base + "list.txt"),
+            "I\n820 version\nSERVERS\n\n"
+            "FINAL_VERSION 91200\n"
+            "FINAL Skyvane_9_10\n\n"
+            "SERVER mirror-one.example\n/updates/\nMirror 1: mirror-one.example\n\n"
+            "SERVER mirror-two.example\n/\nMirror 2: mirror-two.example\n\n"
+            "SERVER 127.0.0.1\n/pub/sky vane/\nMirror 3: 127.0.0.1\n\n"
+            "ENDOFLIST\n");
+  const int versions[] = {820, 0};
+  xmap_class list(base + "list.txt");
+  EXPECT_EQ(list.check_file(10001, versions, "SERVERS", nullptr), 820);
+}
+
+TEST_F(BuilderCmdline, ServerListsThatAnInstallerWouldMisread) {
+  struct row {
+    const char* mirrors;
+    const char* text;
+  };
+  for (const row& one : {
+           row{"", "A server list needs at least one mirror"},
+           row{"a,b,c,d,e,f,g,h,i,j,k", "An installer reads 10 mirrors, and --mirrors names 11."},
+           row{",a", "an entry without a host"},
+           row{"a,,b", "an entry without a host"},
+           row{"/updates", "an entry without a host"},
+           row{"http://a/updates", "needs bare host names"},
+           row{"a:8080", "needs bare host names"},
+           row{"a b/c", "needs bare host names"},
+           row{" a", "needs bare host names"},
+           row{"a\nENDOFLIST", "needs bare host names"},
+           row{"a/b\nc", "a path that an installer cannot ask for"},
+           row{"a/50%", "a path that an installer cannot ask for"},
+       }) {
+    SCOPED_TRACE(one.mirrors);
+    expect(2, {"--write_server_list=list.txt", std::string("--mirrors=") + one.mirrors}, one.text);
+    EXPECT_FALSE(is_there("list.txt"));
+  }
+  EXPECT_EQ(server_list_complaint("a,b,c,d,e,f,g,h,i,j"), "");
+}
+
+TEST_F(BuilderCmdline, ServerListWithABuild) {
+  const std::vector<std::string> both = {
+      "--build_master",  "--source=src", "--output=out",
+      "--previous=none", "--type=0",     "--write_server_list=out/serverlist9.txt",
+      "--mirrors=a"};
+  expect(0, both, "");
+  EXPECT_TRUE(is_there("out/serverlist9.txt"));
+  EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));
+  // The list's folder cannot be had: the alert says so, and so does the status.
+  expect(1, {"--write_server_list=src/All/Resources/text/English/Skyvane.txt/list", "--mirrors=a"},
+         "I could not save the file!");
+  expect(1, {"--write_server_list=/dev/full", "--mirrors=a"},
+         "The server list could not be written whole");
+}
+
+}  // namespace

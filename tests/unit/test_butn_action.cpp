@@ -1,0 +1,247 @@
+// The plain widgets, frame by frame, and labels as they are drawn.
+
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/colr.h"
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "tests/unit/gl_fixture.h"
+
+class ButnAction : public gl_fixture {};
+
+namespace {
+
+int swaps;
+gl_pixel at_swap;  // the button's left end, as the swap showed it
+
+}  // namespace
+
+TEST_F(ButnAction, PushButtonFollowsItsTable) {
+  // Faces are told apart by colour: up 200, down 100 in red.
+  load_interface([](int u, int v, unsigned char* rgba) {
+    std::fill_n(rgba, 4, static_cast<unsigned char>(255));
+    if (u >= 304 && u < 356 && v >= 459) rgba[0] = v >= 486 ? 200 : 100;
+  });
+  PLT_swap_hook = [] {
+    ++swaps;
+    at_swap = read_pixel(360, 295);
+  };
+  const struct {
+    const char* label;
+    float x, y;
+    int clicked, popup_code, on, mode;
+    int face, swaps, result;
+    const char* help;
+  } rows[] = {
+      {"outside, off", 460, 300, 1, -1, 0, 1, 200, 0, 0, ""},
+      {"outside, on", 460, 300, 1, -1, 1, 1, 100, 0, 0, ""},
+      {"on it, no click", 400, 300, 0, -1, 0, 1, 200, 0, 0, "help"},
+      {"under a menu", 400, 300, 1, 3, 0, 1, 200, 0, 0, ""},
+      {"plain", 400, 300, 1, -1, 0, 0, 200, 0, 1, "help"},
+      {"shows itself pressed", 400, 300, 1, -1, 0, 1, 100, 1, 1, "help"},
+      {"also in mode 2", 400, 300, 1, -1, 0, 2, 100, 1, 1, "help"},
+      {"is pressed already", 400, 300, 1, -1, 1, 1, 100, 0, 1, "help"},
+      {"lower left corner", 350, 290, 1, -1, 0, 0, 200, 0, 1, "help"},
+      {"upper right corner", 450, 310, 1, -1, 0, 0, 200, 0, 1, "help"},
+      {"just left", 349.5f, 300, 1, -1, 0, 0, 200, 0, 0, ""},
+      {"just above", 400, 310.5f, 1, -1, 0, 0, 200, 0, 0, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    clear();
+    swaps = 0;
+    at_swap = {};
+    stls.hover_help = "";
+    move(row.x, row.y);
+    mnw.mouse_clicked = row.clicked;
+    mnw.popup_code = row.popup_code;
+    EXPECT_EQ(BTN_action(400, 300, 100, row.on, row.mode, "{?help", ""), row.result);
+    EXPECT_TRUE(pixel_is(360, 295, row.face, 255, 255));
+    EXPECT_EQ(swaps, row.swaps);
+    if (row.swaps) {
+      EXPECT_NEAR(at_swap.r, 100, 2);
+    }
+    EXPECT_EQ(stls.hover_help, row.help);
+  }
+}
+
+TEST_F(ButnAction, PushButtonIsAsWideAsItsLabel) {
+  const struct {
+    float dx;
+    const char* label;
+    int left, width;
+  } rows[] = {
+      {0, "", 389, 22},  // 21, made even
+      {-1, "", 389, 22},
+      {0, "AB", 382, 36},  // 15 + 21
+      {0, "AB|right{?help", 382, 36},
+      {100, "AB", 350, 100},
+  };
+  for (const auto& row : rows) {
+    const picture_map map([&] { BTN_action(400, 300, row.dx, 0, 0, row.label, ""); });
+    EXPECT_EQ(map.times(row.left, 288), 1) << row.label;
+    EXPECT_EQ(map.times(row.left - 1, 288), 0) << row.label;
+    EXPECT_EQ(map.times(row.left + row.width - 1, 288), 1) << row.label;
+    EXPECT_EQ(map.times(row.left + row.width, 288), 0) << row.label;
+  }
+  const picture_map map([] { BTN_action(400, 300, 100, 0, 0, "AB", "note"); });
+  EXPECT_EQ(map.text_at(392, 297), "AB");
+  EXPECT_EQ(map.text_at(460, 307), "note");
+
+  // The label's colour: 81 only for a button that is on in mode 2.
+  colr.assign(43, 0, 1, 0);
+  colr.assign(81, 0, 0, 1);
+  const struct {
+    int on, mode, r, g, b;
+  } colours[] = {{0, 2, 0, 255, 0}, {1, 1, 0, 255, 0}, {1, 2, 0, 0, 255}};
+  for (const auto& row : colours) {
+    load_interface([](int u, int v, unsigned char* rgba) {
+      std::fill_n(rgba, 4, static_cast<unsigned char>(u < 294 && v < 75 ? 255 : 0));
+    });
+    clear();
+    BTN_action(400, 300, 100, row.on, row.mode, "AB", "");
+    EXPECT_TRUE(pixel_is(400, 300, row.r, row.g, row.b)) << row.on << row.mode;
+  }
+}
+
+TEST_F(ButnAction, CheckBoxFollowsItsTable) {
+  const struct {
+    const char* label;
+    float x, y;
+    int clicked, popup_code, before, after, result;
+    const char* help;
+  } rows[] = {
+      {"elsewhere", 120, 100, 1, -1, 0, 0, 0, ""},
+      {"over it", 100, 103, 0, -1, 1, 1, 0, "help"},
+      {"under a menu", 100, 103, 1, 1519, 0, 0, 0, ""},
+      {"on", 100, 103, 1, -1, 0, 1, 1, "help"},
+      {"off", 100, 103, 1, -1, 1, 0, 1, "help"},
+      {"off from any value", 100, 103, 1, -1, 7, 0, 1, "help"},
+      {"lower left corner", 92, 96, 1, -1, 0, 1, 1, "help"},
+      {"upper right corner", 108, 112, 1, -1, 0, 1, 1, "help"},
+      {"just below", 100, 95.5f, 1, -1, 0, 0, 0, ""},
+      {"just right", 108.5f, 103, 1, -1, 0, 0, 0, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    move(row.x, row.y);
+    mnw.mouse_clicked = row.clicked;
+    mnw.popup_code = row.popup_code;
+    stls.hover_help = "";
+    int value = row.before;
+    EXPECT_EQ(BTN_bool(100, 100, &value, "{?help", 0), row.result);
+    EXPECT_EQ(value, row.after);
+    EXPECT_EQ(stls.hover_help, row.help);
+  }
+  mnw.popup_code = -1;
+  click(100, 103);
+  bool flag = false;
+  char letter = 1;
+  unsigned char byte = 0;
+  EXPECT_EQ(BTN_xbol(100, 100, &flag, ""), 1);
+  EXPECT_EQ(BTN_xchr(100, 100, &letter, ""), 1);
+  EXPECT_EQ(BTN_xbyt(100, 100, &byte, ""), 1);
+  EXPECT_TRUE(flag);
+  EXPECT_EQ(letter, 0);
+  EXPECT_EQ(byte, 1);
+}
+
+TEST_F(ButnAction, BoxesAndMarks) {
+  // The cell is 18 by 18 round (x, y + 3).
+  const struct {
+    const char* label;
+    int value, radio, u, v;
+  } rows[] = {{"check box", 0, 0, 139, 178},
+              {"checked", 1, 0, 139, 197},
+              {"radio", 0, 1, 83, 123},
+              {"set", 1, 1, 83, 142}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    int value = row.value;
+    const picture_map map([&] { BTN_bool(100, 100, &value, "le|ri{?help", row.radio); });
+    // The left label's last cell lies over the lower left corner.
+    EXPECT_TRUE(map.shows(91, 111, row.u, row.v + 17));
+    EXPECT_TRUE(map.shows(108, 94, row.u + 17, row.v));
+    EXPECT_EQ(map.times(100, 103), row.value ? 2 : 1);
+    EXPECT_EQ(map.times(100, 93), 0);
+    EXPECT_EQ(map.times(100, 112), 0);
+    EXPECT_EQ(map.text_at(88 - OGL_string_width("le"), 100).substr(0, 2), "le");
+    EXPECT_EQ(map.text_at(112, 100), "ri");
+  }
+}
+
+TEST_F(ButnAction, RadioButtonStaysSet) {
+  int value = 1;
+  click(100, 103);
+  EXPECT_EQ(BTN_is_int(100, 100, &value, 2, "|two"), 1);
+  EXPECT_EQ(value, 2);
+  EXPECT_EQ(BTN_is_int(100, 100, &value, 2, "|two"), 1);
+  EXPECT_EQ(value, 2);
+  EXPECT_EQ(BTN_is_int(300, 100, &value, 1, "|one"), 0);
+  EXPECT_EQ(value, 2);
+}
+
+TEST_F(ButnAction, TabsOfAStrip) {
+  // Column 1, row 0 of a window 600 high: centre (141, 562).
+  const struct {
+    float x, y;
+    int hit;
+  } rows[] = {{141, 562, 1},    {91, 549, 1},     {181, 575, 1},   {90.5f, 562, 0},
+              {181.5f, 562, 0}, {141, 548.5f, 0}, {141, 575.5f, 0}};
+  for (const auto& row : rows) {
+    int value = 0;
+    click(row.x, row.y);
+    EXPECT_EQ(BTN_tab(1, 0, &value, 5, "AB"), row.hit) << row.x << "," << row.y;
+    EXPECT_EQ(value, row.hit ? 5 : 0);
+  }
+  move(-1, -1);
+  for (const int value : {5, 4}) {
+    const picture_map map([value] {
+      int shown = value;
+      BTN_tab(1, 1, &shown, 5, "AB");
+    });
+    const int v = value == 5 ? 486 : 459;
+    EXPECT_TRUE(map.shows(92, 517, 204, v));
+    EXPECT_TRUE(map.shows(189, 542, 301, v + 25));
+    EXPECT_EQ(map.text_at(101, 526), "AB");
+  }
+}
+
+TEST_F(ButnAction, LongLabelsBreakNearTheirMiddle) {
+  const struct {
+    const char* text;
+    int side;
+    const char *upper, *middle, *lower;
+  } rows[] = {
+      {"twelve chars", 2, "", "twelve chars", ""},
+      {"thirteen char", 2, "thirteen", "", "char"},
+      {"thirteenchars", 2, "", "thirteenchars", ""},
+      {"one two three four", 2, "one two", "", "three four"},  // 7 and 13 from 9: the nearer
+      {"abcde fghij-klmno", 2, "abcde", "", "fghij-klmno"},    // 5 and 11 round 8: both 3 away
+      {"abcde/fghijklmno", 2, "abcde", "", "fghijklmno"},
+      {"-one two three four", 2, "", "one two three four", ""},
+      {"one two three four", 1, "", "one two three four", ""},
+      {"onetwothreefou ", 2, "", "onetwothreefou ", ""},  // a break at the very end is none
+      {"short", 2, "", "short", ""},
+      {"-", 2, "", "", ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    const picture_map map([&] { BTN_util_draw_label(300, 300, row.side, row.text, 0); });
+    const int x = row.side == 1 ? 300 - (OGL_string_width(row.text) + 1) / 2 : 300;
+    EXPECT_EQ(map.text_at(x, 305), row.upper);
+    EXPECT_EQ(map.text_at(x, 300), row.middle);
+    EXPECT_EQ(map.text_at(x, 295), row.lower);
+  }
+}
+
+TEST_F(ButnAction, TextFieldShowsItsText) {
+  std::string text = "ABCDEFGHIJKLMNOP";
+  const picture_map map(
+      [&] { EXPECT_EQ(BTN_enterstring(300, 300, &text, 256, "le|ri", 50, 0), 0); });
+  EXPECT_EQ(map.text_at(300, 300).substr(0, 5), "ABCDE");
+  EXPECT_TRUE(map.shows(300 + 25 - 2 - 32, 303 - 13, 262, 133));  // the box, 60 + 4 wide
+  EXPECT_EQ(map.text_at(356, 300), "ri");
+  EXPECT_EQ(map.times(352, 300), 1) << "the text is cut at the field's end, the box goes on";
+  EXPECT_EQ(text, "ABCDEFGHIJKLMNOP");
+}
