@@ -27,7 +27,7 @@ void log_folders() {
     const char* key;
     os_dir_type folder;
   } rows[] = {
-      {"os_dir_this_app\t\t=", os_dir_this_app}, {"os_dir_desktop\t\t=", os_dir_desktop},
+      {"os_dir_this_app\t\t=", os_dir_this_app},       {"os_dir_desktop\t\t=", os_dir_desktop},
       {"os_dir_default_apps\t=", os_dir_default_apps}, {"os_dir_temp\t\t\t=", os_dir_temp},
       {"os_dir_prefs\t\t\t=", os_dir_prefs},
   };
@@ -57,7 +57,8 @@ int run_wizard() {
     unattended_on = 1;
     if (const int refused = unattended_begin()) return refused;
   }
-  while (!app_done) MACIBM_event_proc();
+  while (!app_done)
+    MACIBM_event_proc();
   return unattended_on ? unattended_end() : 0;
 }
 
@@ -74,9 +75,10 @@ int main(int argc, char** argv) {
   take_handed_over_path(argc, argv);
   locate_all_skyvanes();
 
-  const int status = cmdline.has_option("--build_master") || cmdline.has_option("--write_server_list")
-                         ? run_master_builder()
-                         : run_wizard();
+  const int status =
+      cmdline.has_option("--build_master") || cmdline.has_option("--write_server_list")
+          ? run_master_builder()
+          : run_wizard();
   MACIBM_finishup(1);
   return status;
 }

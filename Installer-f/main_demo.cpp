@@ -24,7 +24,8 @@ std::string tr(const char* text) {
   return UTL_translate_string(text);
 }
 
-// The page was left with a transfer suspended: go on with it, or delete what it made? True to go on.
+// The page was left with a transfer suspended: go on with it, or delete what it made? True to go
+// on.
 bool resume_suspended_transfer() {
   const int answer =
       abort_alert(tr("Are you sure you want to cancel the installation?  This will delete the "
@@ -54,8 +55,7 @@ int demo_start(int first_time, wizard_screen& screen) {
   }
   screen.title = tr("Welcome");
   screen.prefs_enabled = 1;
-  screen.text =
-      tr("I will guide you through the process of installing the web demo of Skyvane 9.");
+  screen.text = tr("I will guide you through the process of installing the web demo of Skyvane 9.");
   if (!all_skyroots.empty()) {
     screen.text +=
         tr("\n\nWarning: you already have Skyvane 9 installed on this computer.  Are you sure you "
@@ -120,11 +120,11 @@ int demo_done(int, wizard_screen& screen) {
   screen.next = wizard_quit;
   screen.title = tr("Finshed Web Demo Install");
   if (stg.extract_failed) {
-    screen.text = tr("There were problem installing the Skyvane 9 web demo - it may not be usable.");
+    screen.text =
+        tr("There were problem installing the Skyvane 9 web demo - it may not be usable.");
     return 0;
   }
-  screen.text =
-      tr("I have finished installing the Skyvane 9 web demo at: ") + dest_dir_path + ".";
+  screen.text = tr("I have finished installing the Skyvane 9 web demo at: ") + dest_dir_path + ".";
   screen.button_names.push_back(tr("Fly Skyvane 9 Now"));
   screen.button_pages.push_back(dvd_do_run_sim);
   return 0;

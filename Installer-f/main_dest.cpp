@@ -96,8 +96,8 @@ int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_scr
                   tr("'.\n\nPlease change the install name or destination.");
     return 0;
   }
-  screen.text = tr("I will create the folder '") + name + tr("' in the directory '") + parent +
-                tr("'.");
+  screen.text =
+      tr("I will create the folder '") + name + tr("' in the directory '") + parent + tr("'.");
   if (parent == choice.desktop_f) {
     screen.text += tr("\n\n(The folder ") + name + " " + tr("will appear on your desktop.)");
   }

@@ -13,7 +13,8 @@ struct eula_flow {
 };
 int eula_page(const eula_flow& flow, wizard_screen& screen);
 
-// What a page that creates a new copy lets the user choose. Kept while the user goes back and forth.
+// What a page that creates a new copy lets the user choose. Kept while the user goes back and
+// forth.
 struct new_copy_choice {
   std::string parent_dir;      // folder to create the copy in, trailing "/"
   std::string install_folder;  // name of the copy's folder
@@ -24,11 +25,11 @@ struct new_copy_choice {
 struct new_copy_flow {
   page_function back;
   page_function next;
-  const char* name_suffix;   // put behind the release's name, translated; null for none
-  const char* prompt;        // of the folder picker
-  const char* enough_text;   // disk space
+  const char* name_suffix;  // put behind the release's name, translated; null for none
+  const char* prompt;       // of the folder picker
+  const char* enough_text;  // disk space
   const char* short_text;
-  bool space_decides;        // too little space shuts Next
+  bool space_decides;  // too little space shuts Next
 };
 // One frame of the page that picks parent folder and name. Leaves dest_dir_path. Returns 0.
 int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_screen& screen);

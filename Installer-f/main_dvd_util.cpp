@@ -95,9 +95,8 @@ void UTIL_scan_dvd() {
                    tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
   }
   stg.directory_state = read_directory(
-      plain,
-      UTL_translate_string(
-          "Scanning directory text file to see if you already have Skyvane installed..."));
+      plain, UTL_translate_string(
+                 "Scanning directory text file to see if you already have Skyvane installed..."));
 }
 
 void UTIL_pick_install() {
@@ -109,8 +108,8 @@ void UTIL_pick_install() {
     if (BTN_bool(250, y, &selected, "", 1)) dest_dir_path = copy;
     y -= 25;
   }
-  wizard_note(230, y,
-              tr("Is the copy of Skyvane 9 you're looking for missing from this list?"), 500);
+  wizard_note(230, y, tr("Is the copy of Skyvane 9 you're looking for missing from this list?"),
+              500);
   if (BTN_action(605, y + 3, 100, 0, 1, tr("Find It"), "")) {
     std::string picked;
     if (GetFilePathFromUser(2, tr("Please select your Skyvane 9 folder."), tr("Select"), 1,
@@ -127,11 +126,11 @@ int UTIL_disk_space(const std::string& enough_text, const std::string& short_tex
   const float free_kb = static_cast<float>(available) / bytes_per_kb;
   const bool too_small = stg.todo_raw_kb > free_kb;
 
-  const std::string text = str_fill(
-      UTL_translate_string(
-          "Disk size: %s\nFree disk space: %s\nDisk space needed to install: %s.\n\n%s"),
-      {size_string(total_kb), size_string(free_kb), size_string(stg.todo_raw_kb),
-       too_small ? short_text : enough_text});
+  const std::string text =
+      str_fill(UTL_translate_string(
+                   "Disk size: %s\nFree disk space: %s\nDisk space needed to install: %s.\n\n%s"),
+               {size_string(total_kb), size_string(free_kb), size_string(stg.todo_raw_kb),
+                too_small ? short_text : enough_text});
   wizard_note(220, 130, text, 560);
   return free_kb > stg.todo_raw_kb ? 1 : 0;
 }

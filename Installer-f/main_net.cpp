@@ -65,9 +65,9 @@ int net_start(int first_time, wizard_screen& screen) {
     screen.text = tr("You do not appear to have Skyvane 9 installed.");
     return 0;
   }
-  screen.text = tr(
-      "I will guide you through the process of updating your copy of Skyvane 9 to the latest "
-      "version.");
+  screen.text =
+      tr("I will guide you through the process of updating your copy of Skyvane 9 to the latest "
+         "version.");
   screen.next = dest_dir_path.empty() ? net_pick_dest : net_get_updates;
   return 0;
 }
@@ -106,9 +106,8 @@ int net_get_updates(int first_time, wizard_screen& screen) {
     return 1;
   }
   screen.text = tr("I am scanning ") + dest_dir_path + tr(" to see what files need updating.");
-  screen.progress_text =
-      str_fill(tr("Scanning %d of %d files."),
-               {std::to_string(state.scanned), std::to_string(sim_info.size())});
+  screen.progress_text = str_fill(tr("Scanning %d of %d files."),
+                                  {std::to_string(state.scanned), std::to_string(sim_info.size())});
   screen.progress = fraction;
   return 0;
 }

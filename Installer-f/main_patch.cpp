@@ -151,7 +151,8 @@ patch_figures patch_progress() {
   const float left = std::max(stg.todo_zip_kb - figures.done_kb, 0.0f);
   figures.seconds_left = figures.kb_per_second > 0 ? left / figures.kb_per_second : 0;
   figures.streams = 0;
-  for (const int active : next.stream_active) figures.streams += active ? 1 : 0;
+  for (const int active : next.stream_active)
+    figures.streams += active ? 1 : 0;
   return figures;
 }
 

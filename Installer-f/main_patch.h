@@ -20,9 +20,9 @@ int check_servers(const check_flow& flow, int first_time, wizard_screen& screen)
 struct patch_flow {
   page_function back;  // where Back and a refusal lead
   page_function done;
-  int* is_running;     // set while the job lives, also while the page is left; null for a flow in
-                       // which every visit starts anew
-  float* done_ratio;   // smoothed fraction of the job done, 0 to 1
+  int* is_running;    // set while the job lives, also while the page is left; null for a flow in
+                      // which every visit starts anew
+  float* done_ratio;  // smoothed fraction of the job done, 0 to 1
 };
 
 // One frame of the transfer page: up to 0.02 seconds of work. Its result is the page's.
@@ -33,6 +33,6 @@ struct patch_figures {
   float done_kb;        // compressed, finished and in flight
   float kb_per_second;  // since the transfer began
   float seconds_left;
-  int streams;          // live streams
+  int streams;  // live streams
 };
 patch_figures patch_progress();

@@ -1,6 +1,6 @@
-// The run without a display: the pages are those of the window, and so is the order of a frame; only
-// the hand on the mouse is replaced. A table says of each page whether it waits for the user or
-// works by itself, and which answers of the command line belong to it.
+// The run without a display: the pages are those of the window, and so is the order of a frame;
+// only the hand on the mouse is replaced. A table says of each page whether it waits for the user
+// or works by itself, and which answers of the command line belong to it.
 //
 // Main thread. Writes unattended_on, the page's choices, and at the end app_done.
 
@@ -21,6 +21,7 @@
 #include "Installer-f/main_stg.h"
 #include "Installer-f/utils_grab.h"
 #include "Installer-f/utils_servers.h"
+#include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/http.h"
@@ -31,7 +32,8 @@ int unattended_on = 0;
 
 namespace {
 
-// --- the answers -----------------------------------------------------------------------------------
+// --- the answers
+// -----------------------------------------------------------------------------------
 
 struct answer_set {
   bool accept_eula = false;
@@ -86,7 +88,8 @@ page_row row_of(page_function page) {
   return {page, page_job, nullptr, ""};
 }
 
-// --- what is printed -------------------------------------------------------------------------------
+// --- what is printed
+// -------------------------------------------------------------------------------
 
 struct console_state {
   bool terminal = false;
@@ -120,7 +123,8 @@ std::string on_one_page(const std::string& text) {
     if (c == '\n' && (out.empty() || out.back() == '\n')) continue;
     out += c;
   }
-  while (!out.empty() && out.back() == '\n') out.pop_back();
+  while (!out.empty() && out.back() == '\n')
+    out.pop_back();
   return out;
 }
 
@@ -173,7 +177,10 @@ void show_progress(const page_row& row, const wizard_screen& screen) {
   if (row.kind == page_transfer) say(transfer_line(fraction));
 }
 
-// --- the end ---------------------------------------------------------------------------------------
+// --- the end
+// ---------------------------------------------------------------------------------------
+
+constexpr int alerts_borne = 3;  // on one page, before the run counts as failed
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -189,6 +196,7 @@ struct run_state {
   double high_mark = -1;             // measure of what has been reached
   page_function shown = nullptr;     // page whose title was printed
   int patience = 0;                  // frames that a choice page has been given
+  int alerts_before = 0;             // alerts shown when the present page was entered
   int kept = 0, overwritten = 0;     // modified files, by the standing answer
 } run;
 
@@ -202,7 +210,8 @@ wizard_press finish(int status) {
 
 std::string whole_text(const wizard_screen& screen) {
   std::string text = screen.text;
-  for (const std::string& note : wizard_notes) text += "\n" + note;
+  for (const std::string& note : wizard_notes)
+    text += "\n" + note;
   return on_one_page(text);
 }
 
@@ -226,14 +235,14 @@ std::string file_in_the_way(const page_row& row) {
 wizard_press give_up(const page_row& row, const wizard_screen& screen, const char* why) {
   std::string line = std::string("Given up: ") + why + ".";
   const std::string file = file_in_the_way(row);
-  line += file.empty() ? " " + screen.title + ": " + whole_text(screen)
-                       : " The file was " + file + ".";
+  line +=
+      file.empty() ? " " + screen.title + ": " + whole_text(screen) : " The file was " + file + ".";
   complain(line);
   return finish(unattended_given_up);
 }
 
-// A measure of the run that only grows by real progress: a mirror that stalls in the same place over
-// and over does not raise it.
+// A measure of the run that only grows by real progress: a mirror that stalls in the same place
+// over and over does not raise it.
 double reached(const wizard_screen& screen) {
   const double transfer = static_cast<double>(next.done_zip_kb + next.in_flight_kb) +
                           static_cast<double>(next.next_file);
@@ -250,6 +259,12 @@ bool stalled(int first_time, const wizard_screen& screen) {
     run.last_progress = xtim.now_sec;
   }
   return xtim.now_sec - run.last_progress > answers.give_up_after;
+}
+
+// A page that tries again for ever after an alert leaves it to its user to stop; here nobody reads
+// the same alert over and over.
+bool alerts_pile_up(const page_row& row) {
+  return row.kind == page_job && alerts_shown - run.alerts_before >= alerts_borne;
 }
 
 // A page that waits for the user: give the answers once, then press Next as soon as it opens.
@@ -341,8 +356,8 @@ bool read_name() {
   if (!cmdline.has_option("--name")) return true;
   answers.name = cmdline.get_option("--name");
   // The name is one folder's name: anything that walks elsewhere is a mistake in a script.
-  if (!answers.name.empty() && answers.name.find('/') == std::string::npos &&
-      answers.name != "." && answers.name != "..") {
+  if (!answers.name.empty() && answers.name.find('/') == std::string::npos && answers.name != "." &&
+      answers.name != "..") {
     return true;
   }
   complain("--name wants the name of a folder, not '" + answers.name + "'.");
@@ -359,7 +374,8 @@ int unattended_begin() {
     return unattended_refused;
   }
   if (!answers.copy.empty()) cmd_line_path = answers.copy;
-  for (const int signal_number : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal_number, on_signal);
+  for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
+    std::signal(signal_number, on_signal);
   return 0;
 }
 
@@ -375,7 +391,8 @@ wizard_press unattended_press(page_function page, int first_time, const wizard_s
   if (row.kind == page_choice) return press_on_choice(row, first_time, screen);
 
   show_progress(row, screen);
-  if (stg.directory_state == manifest_refused) {
+  if (first_time) run.alerts_before = alerts_shown;
+  if (stg.directory_state == manifest_refused || alerts_pile_up(row)) {
     complain(screen.title + ": " + whole_text(screen));
     return finish(unattended_failed);
   }

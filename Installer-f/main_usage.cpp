@@ -73,6 +73,7 @@ FOR THE MAKERS
                       1 the base product with Earth scenery; 2 the Mars
                       scenery; 3 the Moon scenery (default 1)
     --name=NAME       the release's folder on every disc and mirror
+    --release=N       the release number of what is new (default 91001)
     --disk_kb=N       compressed size at which a disc is full, in units of
                       1,000 bytes (default 630000)
 

@@ -180,8 +180,8 @@ void wizard_note(float x, float y, const std::string& text, float wrap_dx) {
 int interface_rect(float x, float y, float tex_x, float tex_y, float dx, float dy, int hot,
                    int state) {
   if (!ogl_inited) return 0;
-  const bool inside = mnw.mouse_x >= x && mnw.mouse_x <= x + dx && mnw.mouse_y >= y &&
-                      mnw.mouse_y <= y + dy;
+  const bool inside =
+      mnw.mouse_x >= x && mnw.mouse_x <= x + dx && mnw.mouse_y >= y && mnw.mouse_y <= y + dy;
   // A face is three images: idle on top of the stack, pressed under it, hover at the bottom.
   if (hot && inside) tex_y -= (mnw.mouse_held ? 1 : 2) * (dy + 1);
   OGL_2dquad_d(ref_elements, col_white, state == 2 ? 0.5f : 1.0f, x, y, tex_x / 1024, tex_y / 128,

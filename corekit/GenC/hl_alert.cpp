@@ -15,6 +15,8 @@
 #include "corekit/Thread/hl_thread.h"
 #include "corekit/UTL/UTL_cmdline.h"
 
+int alerts_shown = 0;
+
 namespace {
 
 int in_alert = 0;  // recursion guard: 1 while an alert is being shown
@@ -73,6 +75,7 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
 
   const bool nested = in_alert != 0;
   in_alert = 1;
+  ++alerts_shown;
 
   const bool empty = line_1.empty() && line_2.empty() && line_3.empty() && line_4.empty();
   static_cast<void>(window);  // a window would be returned to here; without one there is none

@@ -17,5 +17,8 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
                     const std::string& line_3, const std::string& line_4, int type,
                     const char* file, int source_line);
 
+// Alerts shown since the program began. Main thread.
+extern int alerts_shown;
+
 // A question with up to three answers; returns 1, 2 or 3. 3 also when it cannot be put.
 int MACIBM_nuke_alert(const std::string& text, int offer_third);

@@ -50,8 +50,8 @@ std::string str_fill(std::string_view format, std::initializer_list<std::string>
   std::string out;
   auto part = parts.begin();
   for (size_t i = 0; i < format.size(); ++i) {
-    const bool place = format[i] == '%' && i + 1 < format.size() &&
-                       (format[i + 1] == 's' || format[i + 1] == 'd');
+    const bool place =
+        format[i] == '%' && i + 1 < format.size() && (format[i + 1] == 's' || format[i + 1] == 'd');
     if (place && part != parts.end()) {
       out += *part++;
       ++i;

@@ -24,7 +24,7 @@ put_manifest() {
 }
 
 # A file's archive with a flipped byte: the alert names it, and the last page says what happened.
-victim=$(find "$release/ALL_os" "$release/All" -name '*.zip' -size +2k 2>/dev/null | LC_ALL=C sort | head -n 1)
+victim="$release/All/Aircraft/General Aviation/Heron 172/Heron 172.acf.zip"
 cp "$victim" "$SCRATCH/good.zip"
 size=$(stat -c %s "$victim")
 printf '\xA5\x5A\xA5\x5A' | dd of="$victim" bs=1 seek=$((size / 2)) conv=notrunc status=none
@@ -48,15 +48,23 @@ install_copy --dest="$SCRATCH"
 want_status 1
 want_text "We were unable to open a zip file. It may be missing or damaged"
 
-# A manifest cut in the middle of a line: what is whole is installed, the broken line is not.
+# A manifest cut in the middle of a line, ahead of the name: the program stops before it does harm.
 lines=$(wc -l <"$FIXTURE/manifest-new/directory.txt")
 put_manifest sh -c "head -n $((lines / 2)); printf 'FILE 0 0 91001 3'"
 install_copy --dest="$SCRATCH"
-want_status 0
+want_status 1
+want_text "I am reading the directory text file and found a path that has no file!"
+[ ! -e "$SCRATCH/Copy" ] || fail "a copy by half a manifest"
+
+# Cut in the middle of a name, it names a file that no mirror has.
+put_manifest sh -c "head -n $((lines / 2)); printf 'FILE 0 0 91001 3 4 00112233445566778899aabbccddeeff half a na'"
+install_copy --dest="$SCRATCH"
+want_status 3
+want_text "half a na.zip."
 rm -rf "$SCRATCH/Copy"
 
 # A manifest that points out of the destination.
-put_manifest sh -c 'cat; printf "\nDIR ALL_os/../../\nFILE 0 0 91001 0 1 00112233445566778899aabbccddeeff escaped.txt\n"'
+put_manifest sh -c 'cat; printf "\nDIR All/../../\nFILE 0 0 91001 0 1 00112233445566778899aabbccddeeff escaped.txt\n"'
 install_copy --dest="$SCRATCH"
 want_status 0
 [ ! -e "$SCRATCH/escaped.txt" ] && [ ! -e "$(dirname "$SCRATCH")/escaped.txt" ] || fail "a file escaped"

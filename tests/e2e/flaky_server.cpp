@@ -26,7 +26,8 @@ std::atomic<int> stalls_left;
 std::string read_head(int line) {
   std::string head;
   char c;
-  while (head.size() < 8192 && head.find("\r\n\r\n") == std::string::npos && read(line, &c, 1) == 1) {
+  while (head.size() < 8192 && head.find("\r\n\r\n") == std::string::npos &&
+         read(line, &c, 1) == 1) {
     head += c;
   }
   return head;
@@ -36,7 +37,8 @@ std::string read_head(int line) {
 std::string asked_path(const std::string& head) {
   const size_t from = head.find(' ') + 1;
   std::string path = head.substr(from, head.find(" HTTP/") - from);
-  for (size_t at; (at = path.find("%20")) != std::string::npos;) path.replace(at, 3, " ");
+  for (size_t at; (at = path.find("%20")) != std::string::npos;)
+    path.replace(at, 3, " ");
   return path;
 }
 

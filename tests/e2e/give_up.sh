@@ -33,6 +33,8 @@ want_text "/serverlist9.txt."
 serve "$root" 'location / { return 503; }'
 path=$(program skyvane-demo-installer)
 mkdir "$SCRATCH/tmp"
+OUT=$SCRATCH/interrupted.txt
+: >"$OUT"
 TMPDIR=$SCRATCH/tmp "$path" "${options[@]}" --give_up_after=100 $(through_proxy "$PORT") >"$OUT" 2>&1 &
 pid=$!
 CHILDREN+=("$pid")

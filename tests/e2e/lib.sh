@@ -4,6 +4,7 @@
 # filled; both absolute. Gives each test a scratch folder of its own, programs of its own (so that
 # the log beside them is its own too), settings of its own, and takes everything down at the end.
 set -euo pipefail
+export LC_ALL=C  # names are bytes; sorting and matching go by them
 
 # The filters of the builder refuse paths that hold certain words, so the folder's name is plain.
 SCRATCH=$(mktemp -d "${TMPDIR:-/tmp}/skyvane-e2e-XXXXXX")
@@ -17,7 +18,7 @@ CHILDREN=()
 
 finish() {
   local code=$?
-  for pid in "${CHILDREN[@]}"; do kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null; done
+  for pid in "${CHILDREN[@]}"; do stop_process "$pid"; done
   for conf in "$SCRATCH"/nginx-*/nginx.pid; do
     [ -s "$conf" ] && stop_process "$(cat "$conf")"
   done
@@ -49,6 +50,18 @@ fail() {
 # A part that only root can set up; ctest counts 77 as skipped and says so.
 need_root() {
   [ "$(id -u)" = 0 ] || { echo "needs root: $1"; exit 77; }
+}
+
+# own_network SCRIPT: goes on in a network of its own, in which port 80 of every loopback address is
+# free, whatever this machine serves.
+own_network() {
+  need_root "a network namespace"
+  if [ -z "${IN_OWN_NETWORK:-}" ]; then
+    rm -rf "$SCRATCH"
+    trap - EXIT
+    exec env IN_OWN_NETWORK=1 unshare --net "$1"
+  fi
+  ip link set lo up
 }
 
 # program NAME: its path, in a folder of this test.
@@ -156,12 +169,12 @@ shipped() {
   (
     cd "$src"
     find All "$platform" \( -type l -o -type f -size +0c \) -print0
-  ) | grep -zvE '\.7z|Thumbs\.db|work\.|\._|\.DS_Store|\.sandboxinfo|\.xSYM' |
-    grep -zvE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|Skyvane Pilot\.txt|\.dsf\.txt' |
-    grep -zvE 'All/install_pfc Aircraft/|/-global (overlays|terrain)-|/DSF 900 (Mars|Moon) World-Wide' |
-    grep -zvE 'All/Resources/default scenery/900 red terrain/|bitmaps/Earth Orbit Textures/' |
-    grep -zvE "$(foreign_plugins "$platform")" | tr '\0' '\n' |
-    sed 's#^\([^/]*\)/\(.*\)$#\2\t\1/\2#' | LC_ALL=C sort
+  ) | grep -zavE '\.7z|Thumbs\.db|work\.|\._|\.DS_Store|\.sandboxinfo|\.xSYM' |
+    grep -zavE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|Skyvane Pilot\.txt|\.dsf\.txt' |
+    grep -zavE 'All/install_pfc Aircraft/|/-global (overlays|terrain)-|/DSF 900 (Mars|Moon) World-Wide' |
+    grep -zavE 'All/Resources/default scenery/900 red terrain/|bitmaps/Earth Orbit Textures/' |
+    grep -zavE "$(foreign_plugins "$platform")" | tr '\0' '\n' |
+    sed 's#^\([^/]*\)/\(.*\)$#\2\t\1/\2#' | sort
 }
 
 # Plug-in libraries in the neutral tree that belong to other platforms than the one named.
@@ -184,7 +197,7 @@ same_tree() {
   shipped "$src" "$platform" >"$SCRATCH/want.tsv"
   [ -s "$SCRATCH/want.tsv" ] || fail "nothing is shipped from $src"
   cut -f1 "$SCRATCH/want.tsv" >"$SCRATCH/want.txt"
-  (cd "$copy" && find . \( -type f -o -type l \) | sed 's#^\./##') | LC_ALL=C sort >"$SCRATCH/have.txt"
+  (cd "$copy" && find . \( -type f -o -type l \) | sed 's#^\./##') | sort >"$SCRATCH/have.txt"
   diff "$SCRATCH/want.txt" "$SCRATCH/have.txt" >"$SCRATCH/diff.txt" ||
     fail "the copy's files differ: $(head -n 10 "$SCRATCH/diff.txt")"
   while IFS=$'\t' read -r rel from; do
@@ -207,8 +220,8 @@ same_folders() {
     sed 's#/[^/]*$##;t;d' "$SCRATCH/want.txt" | awk -F/ '{p=""; for(i=1;i<=NF;i++){p=p (i>1?"/":"") $i; print p}}'
     printf '%s\n' Output "Output/FMS plans" Output/logbooks Output/movies Output/situations \
       Resources Resources/preferences
-  } | LC_ALL=C sort -u >"$SCRATCH/want_dirs.txt"
-  (cd "$1" && find . -mindepth 1 -type d | sed 's#^\./##') | LC_ALL=C sort >"$SCRATCH/have_dirs.txt"
+  } | sort -u >"$SCRATCH/want_dirs.txt"
+  (cd "$1" && find . -mindepth 1 -type d | sed 's#^\./##') | sort >"$SCRATCH/have_dirs.txt"
   diff "$SCRATCH/want_dirs.txt" "$SCRATCH/have_dirs.txt" >"$SCRATCH/diff.txt" ||
     fail "the copy's folders differ: $(head -n 10 "$SCRATCH/diff.txt")"
 }

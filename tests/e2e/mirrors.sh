@@ -2,7 +2,7 @@
 # Mirrors with faults, reached directly on port 80 of loopback addresses: one refuses connections,
 # one answers 404, one stalls in mid-body. The install completes all the same.
 . "$(dirname "$0")/lib.sh"
-need_root "port 80"
+own_network "$0"
 
 root=$(web_root "Skyvane new" "$FIXTURE/master-new")
 # 127.0.0.2 is the product's web server of the program under test; nothing listens on 127.0.0.3.

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Through a real proxy: tinyproxy asks the product's web server and the mirror on port 80.
 . "$(dirname "$0")/lib.sh"
-need_root "port 80"
+own_network "$0"
 
 root=$(web_root "Skyvane new" "$FIXTURE/master-new")
 server_list "Skyvane new" 127.0.0.7 >"$root/serverlist9.txt"

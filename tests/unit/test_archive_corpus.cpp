@@ -12,8 +12,7 @@ using ArchiveCorpus = ArchiveTest;
 namespace {
 
 std::vector<std::string> saved_inputs(const std::string& folder) {
-  const std::string here = __FILE__;
-  const std::string path = here.substr(0, here.rfind("tests/")) + folder;
+  const std::string path = TESTS_FOLDER "/../" + folder;
   std::vector<std::string> inputs;
   DIR* dir = opendir(path.c_str());
   if (!dir) return inputs;
