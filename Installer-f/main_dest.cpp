@@ -2,6 +2,8 @@
 
 #include "Installer-f/main_dest.h"
 
+#include <algorithm>
+
 #include "Installer-f/main_dvd_util.h"
 #include "Installer-f/main_stg.h"
 #include "Installer-f/utils_select.h"
@@ -70,6 +72,8 @@ int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_scr
   }
   if (choice.install_folder.empty() && !choice.named) {
     choice.install_folder = install_name;
+    // The name comes from a server; it may name a folder, and not a way to another one.
+    std::replace(choice.install_folder.begin(), choice.install_folder.end(), '/', '-');
     if (flow.name_suffix) choice.install_folder += " " + tr(flow.name_suffix);
     choice.changed = 1;
   }

@@ -8,6 +8,7 @@
 #include "Installer-f/utils_grab.h"
 #include "Installer-f/utils_manifest.h"
 #include "Installer-f/utils_registry.h"
+#include "Installer-f/utils_select.h"
 #include "Installer-f/utils_sizes.h"
 #include "Installer-f/utils_verify.h"
 #include "corekit/GenH/hl_string.h"
@@ -102,6 +103,10 @@ int net_get_updates(int first_time, wizard_screen& screen) {
   if (checksum_directory(state.scanned, fraction)) {
     screen.back = nullptr;
     screen.next = net_check_disk;
+    // The scenery that is installed is what the user wants; a sector left unselected would be
+    // deleted.
+    set_install_filter(1, 1);
+    scenery_from_install();
     recalc_disk_sizes();
     return 1;
   }

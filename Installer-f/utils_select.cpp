@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <set>
+#include <string_view>
+#include <unordered_set>
 
 #include "Installer-f/main_ask.h"
 #include "Installer-f/main_stg.h"
@@ -75,6 +77,41 @@ verdict judge(const file_history_struct& history, int gone, bool same, folder_an
   return ask_user(history.current(), gone, answers);
 }
 
+// --- files below a file -----------------------------------------------------------------------
+// A release may ship a link where an earlier one shipped a folder, and a damaged or hostile
+// manifest may list both. What lies below such a path is reached through the link, so it is
+// somebody else's: nothing there may be fetched or deleted.
+class shipped_files {
+ public:
+  shipped_files() {
+    for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
+      const file_history_struct& history = sim_info[i];
+      if (history.current().sig_want == sig_gone) continue;
+      if (want_this_f(i, static_cast<int>(history.versions.size()) - 1)) {
+        places_.insert(installed_part(history.current().path));
+      }
+    }
+  }
+
+  // Whether a folder on the way to `path` is itself a file of the release.
+  bool stand_above(std::string_view path) {
+    const std::string_view folder = path_folder(installed_part(path));
+    if (folder == last_folder_) return last_answer_;  // neighbours lie in one folder
+    last_folder_ = folder;
+    last_answer_ = false;
+    for (size_t slash = folder.find('/'); slash != folder.npos;
+         slash = folder.find('/', slash + 1)) {
+      if (places_.contains(folder.substr(0, slash))) last_answer_ = true;
+    }
+    return last_answer_;
+  }
+
+ private:
+  std::unordered_set<std::string_view> places_;  // installed parts of what is wanted
+  std::string_view last_folder_ = "/";           // no folder of a manifest
+  bool last_answer_ = false;
+};
+
 // Where on the way from 0 to 1 each file begins, by installed size.
 void share_progress() {
   double total = 0;
@@ -128,10 +165,17 @@ int choose_files() {
     history.current().need_delete = 0;
   }
 
+  shipped_files shipped;
   for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
     file_history_struct& history = sim_info[i];
     file_version_struct& current = history.current();
     if (!want_this_f(i, static_cast<int>(history.versions.size()) - 1)) continue;
+    if (shipped.stand_above(current.path)) {
+      if (current.sig_want != sig_gone) {
+        xer << "WARNING: leaving alone a file below another file: " << current.path << '\n';
+      }
+      continue;
+    }
 
     int gone = current.sig_want == sig_gone;
     bool same = current.sig_have == current.sig_want;
