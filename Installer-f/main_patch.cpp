@@ -177,6 +177,8 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
       return 1;
     }
     smooth_ratio(*flow.done_ratio);
+    const uint64_t used = PLT_microseconds() - start;
+    if (used < frame_budget_us) grab_wait(static_cast<int>((frame_budget_us - used) / 1000));
   } while (PLT_microseconds() - start < frame_budget_us);
   show_transfer(flow, screen);
   return 0;

@@ -48,6 +48,16 @@ int grab_files() {
   return 1;
 }
 
+void grab_wait(int milliseconds) {
+  unsigned slots = 0;
+  for (int s = 0; s < stream_limit; ++s) {
+    if (next.stream_active[s] != 0 && next.stream_file[s] < static_cast<int32_t>(sim_info.size())) {
+      slots |= 1u << (first_stream_slot + s);
+    }
+  }
+  http.wait(slots, milliseconds);
+}
+
 void grab_reset() {
   next.next_file = 0;
   for (int s = 0; s < stream_limit; ++s) {

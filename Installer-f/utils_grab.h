@@ -33,6 +33,10 @@ extern std::string crnt_file_path;  // its path on the server
 // stg.extract_failed set; 0 when more calls are needed.
 int grab_files();
 
+// Waits until one of the live streams can move, at most `milliseconds`; not at all if one of them
+// waits for nothing. For a page that would otherwise ask in vain until its time is up.
+void grab_wait(int milliseconds);
+
 // Readies `next` for a new transfer, which starts with two streams, and gives up what the streams'
 // HTTP slots still hold. Leaves next.finished and stg.extract_failed as they are.
 void grab_reset();

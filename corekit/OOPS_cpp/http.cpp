@@ -3,6 +3,8 @@
 
 #include "corekit/OOPS_cpp/http.h"
 
+#include <poll.h>
+
 #include <map>
 #include <sstream>
 #include <string_view>
@@ -118,6 +120,17 @@ void http_class::report(int slot, const std::string& text) {
   xer << text;
   last_report_[slot] = text;
   last_report_time_[slot] = xtim.now_sec;
+}
+
+void http_class::wait(unsigned slots, int milliseconds) const {
+  pollfd lines[slot_count] = {};
+  int used = 0;
+  for (int slot = 0; slot < slot_count; ++slot) {
+    if ((slots >> slot & 1) == 0) continue;
+    pollfd& line = lines[used++];
+    if (!slots_[slot] || !slots_[slot]->waits_for(&line.fd, &line.events)) return;
+  }
+  if (used > 0) poll(lines, static_cast<nfds_t>(used), milliseconds);
 }
 
 void http_class::drop(int slot) {

@@ -36,6 +36,9 @@ class http_class {
   // transfer fails 30 seconds (of the frame clock) after the last byte of its body.
   int net_check(int slot, const std::string& server, const std::string& file,
                 const std::string& local);
+  // Waits until the network has something for one of the slots whose bits are set in `slots`, at
+  // most `milliseconds`. Returns at once if one of them is free or waits for nothing.
+  void wait(unsigned slots, int milliseconds) const;
   // Gives up what runs in a slot, without a report. The part that has come stays on disk.
   void drop(int slot);
 

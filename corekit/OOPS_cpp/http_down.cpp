@@ -7,6 +7,8 @@
 
 #include "corekit/OOPS_cpp/http_down.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -287,4 +289,21 @@ down_class::state_value down_class::state() const {
 int down_class::os_error() const {
   if (error_ != 0) return error_;
   return socket_ ? socket_->GetOSError() : code_no_connection;
+}
+
+bool down_class::waits_for(int* descriptor, short* events) const {
+  switch (state()) {
+    case state_connecting:
+    case state_sending:
+      *events = POLLOUT;
+      break;
+    case state_waiting:
+    case state_body:
+      *events = POLLIN;
+      break;
+    default:
+      return false;
+  }
+  *descriptor = socket_->Descriptor();
+  return true;
 }

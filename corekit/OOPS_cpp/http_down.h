@@ -57,6 +57,9 @@ class down_class {
 
   static int64_t total_received;  // body bytes of all objects since start
 
+  // What the transfer waits for, to be handed to poll. False if it waits for nothing.
+  bool waits_for(int* descriptor, short* events) const;
+
   // Has the next transfer look the host up again.
   static void forget_address(const std::string& host);
 

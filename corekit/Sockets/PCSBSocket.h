@@ -56,6 +56,7 @@ class PCSBSocket {
   // The peer has closed its sending side. That alone does not end the connection.
   bool ReceivedRelease() const { return received_release_; }
   bool GetAddresses(ConnectionData* data) const;  // false if the socket is not connected
+  int Descriptor() const { return socket_; }      // for an owner that waits for many; stays ours
 
   // --- data ------------------------------------------------------------------------------------
   // Bytes read or sent, 0 for none at present, -1 when the connection is over (see GetStatus). A
