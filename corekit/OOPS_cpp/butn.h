@@ -19,9 +19,9 @@ struct stls_record {
 };
 extern stls_record stls;
 
-// --- keyboard focus
-// --------------------------------------------------------------------------------- Which keys a
-// widget wants; a key that it does not want falls through to the key bindings.
+// --- keyboard focus ----------------------------------------------------------------------------
+
+// Which keys a widget wants; a key that it does not want falls through to the key bindings.
 enum focus_accept : int {
   accept_tab = 1,  // without it Tab moves along the ring
   accept_return = 2,
@@ -80,9 +80,9 @@ void BTN_unfocus_any();       // at every change of window
 void BTN_window_has_focus();  // the page claims the keyboard
 int BTN_no_focus_yet();       // 1 when neither a page nor a widget has it
 
-// --- labels and the mouse
-// --------------------------------------------------------------------------- A widget's identity,
-// where one is needed, is its position; one that moves becomes another.
+// --- labels and the mouse ----------------------------------------------------------------------
+
+// A widget's identity, where one is needed, is its position; one that moves becomes another.
 int BTN_identity(float x, float y);
 // Splits "left|right{?help" at its last "|" and its last "{"; the "{" and the one character behind
 // it are dropped. Parts that are not there come out empty.
@@ -97,9 +97,9 @@ void BTN_util_draw_label(float x, float y, int side, const std::string& text, in
 int BTN_mouse_in(float left, float bottom, float right, float top);
 int BTN_click_in(float left, float bottom, float right, float top);
 
-// --- frames
-// ----------------------------------------------------------------------------------------- A
-// vertical bar centred on (x, y), both whole numbers; `type` 6.
+// --- frames ------------------------------------------------------------------------------------
+
+// A vertical bar centred on (x, y), both whole numbers; `type` 6.
 void BTN_frame0(int type, float x, float y, float length);
 // A horizontal strip centred on (x, y); `type` 0 to 10 but for 6.
 void BTN_frame1(int type, float x, float y, float width, int col);
@@ -118,10 +118,11 @@ int BTN_zap_boxes(int state);
 // The rectangle of the interface image round pixel (s, t), centred on (x, y).
 void BTN_util_element(float x, float y, float s, float t, float half_dx, float half_dy, int col);
 
-// --- actions; 1 in the frame in which they were operated
-// -------------------------------------------- A push button; a dx of 0 or less is as wide as the
-// label asks. `on` draws it pressed, `mode` 0 is a plain button, others show the press at once, 2
-// lights the label of one that is on. `note` stands beside it.
+// --- actions; 1 in the frame in which they were operated ---------------------------------------
+
+// A push button; a dx of 0 or less is as wide as the label asks. `on` draws it pressed, `mode` 0 is
+// a plain button, others show the press at once, 2 lights the label of one that is on. `note`
+// stands beside it.
 int BTN_action(float x, float y, float dx, int on, int mode, const std::string& label,
                const std::string& note);
 int BTN_bool(float x, float y, int* value, const std::string& label, int radio);
@@ -136,14 +137,14 @@ int BTN_xbyt(float x, float y, unsigned char* value, const std::string& label);
 int BTN_type_from_vector(int i, const std::vector<int>* v);
 std::string BTN_name_from_vector(int i, const std::vector<std::string>* v);
 
-// --- text entry; non-zero in a frame with an edit
-// --------------------------------------------------- A field that shows `text`. It is read-only:
-// keys and clicks do nothing to it.
+// --- text entry; non-zero in a frame with an edit ----------------------------------------------
+
+// A field that shows `text`. It is read-only: keys and clicks do nothing to it.
 int BTN_enterstring(float x, float y, std::string* text, int max_length, const std::string& label,
                     float dx, int auto_focus);
 
-// --- the platform's folder picker; non-zero with a path in `out`
-// ------------------------------------ There is none where this stands alone: 0, and `out` as it
-// was.
+// --- the platform's folder picker; non-zero with a path in `out` -------------------------------
+
+// There is none where this stands alone: 0, and `out` as it was.
 int GetFilePathFromUser(int mode, const std::string& prompt, const std::string& action, int flags,
                         const std::string& start_in, std::string& out);

@@ -25,10 +25,10 @@ extern ren_record ren;
 enum text_charset : int { charset_text = 100, charset_fixed = 102, charset_alternate = 103 };
 enum text_just : int { just_left = 0, just_centre = 1, just_right = 2 };
 
-// --- start
-// ------------------------------------------------------------------------------------------ Call
-// with a current context: finds the entry points beyond OpenGL 1.1 by name (null for one that the
-// library lacks), reads the driver's limits into ren, and forgets what was known of an earlier
+// --- start -------------------------------------------------------------------------------------
+
+// Call with a current context: finds the entry points beyond OpenGL 1.1 by name (null for one that
+// the library lacks), reads the driver's limits into ren, and forgets what was known of an earlier
 // context. From then on textures may be loaded, before ogl_inited too. A null `lookup` says that
 // the context is gone.
 void OGL_load_entry_points(void* (*lookup)(const char* name));
@@ -37,19 +37,20 @@ void OGL_load_entry_points(void* (*lookup)(const char* name));
 // changed it behind this layer's back.
 void OGL_reset_state();
 
-// --- screen and state
-// -------------------------------------------------------------------------------
+// --- screen and state --------------------------------------------------------------------------
 void OGL_pix_specs();  // mnw's scales, limits and margins from pix_dx, pix_dy; then the projection
-// glViewport: `mode` 2 the whole window, 3 the given corners in units, others the corners in
-// pixels.
+// glViewport: `mode` 2 the whole window, 3 the corners given in units, others in pixels.
 void OGL_screensize(int mode, float x1, float y1, float x2, float y2);
 // The projection: `mode` 2 flat over mnw's limits, and the window's viewport; 3 a perspective over
 // the limits given. `keep_aspect` multiplies bottom and top by the viewport's height / width.
 void OGL_viewport(int mode, float l, float b, float r, float t, int keep_aspect = 0);
 // The one door for OpenGL's state; a value that is set already costs nothing.
-//   fog          0 on, others off                  alpha       4 none, 5 blending, 6 alpha test, 7
-//   both tex          texture units to enable           depth_read  8 on, others off lit          2
-//   on, others off                  depth_write 10 on, others off
+//   fog          0 on, others off
+//   tex          texture units to enable, from 0 up to what the driver has
+//   lit          2 on, others off
+//   alpha        4 none, 5 blending, 6 alpha test, 7 both
+//   depth_read   8 on, others off
+//   depth_write  10 on, others off
 // Flat drawing is (1, 0, 3, 5, 9, 11) without and (1, 1, 3, 5, 9, 11) with a texture.
 void OGL_setstate(int fog, int tex, int lit, int alpha, int depth_read, int depth_write);
 void OGL_glow_colors();           // blending adds
@@ -58,12 +59,11 @@ void OGL_poly_offset(int level);  // 0 off
 void OGL_scissors(float x, float y, float dx, float dy);  // draw inside only; negative sizes are 0
 void OGL_scissors_end();
 
-// --- shapes
-// -----------------------------------------------------------------------------------------
+// --- shapes ------------------------------------------------------------------------------------
 void OGL_fillrect(int col, float alpha, float x, float y, float dx, float dy);
 void OGL_framerect(int col, float alpha, float x, float y, float dx, float dy);
-void OGL_grayrect(float x1, float y1, float x2, float y2,
-                  float alpha);  // between corners, colour 12
+// Between two corners, in colour 12.
+void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha);
 void OGL_line(int col, float alpha, float x1, float y1, float x2, float y2);
 void OGL_fillcircle(int col, float x, float y, float r);
 void OGL_framecircle(int col, float x, float y, float r);
@@ -76,10 +76,10 @@ void OGL_2dquad_d(int ref, int col, float alpha, float x, float y, float s, floa
                   float dy, float ds, float dt, int blend);
 void OGL_spectrum_rgb(float v);  // sets the GL colour from a rainbow; v is held to 0 to 1
 
-// --- text, ISO Latin-1
-// ------------------------------------------------------------------------------ Word-wrapped text
-// (a `wrap_dx` of 0 or below, or 9999 and above, does not wrap, and then LF moves nothing). Returns
-// the y of the next line, without a window too.
+// --- text, ISO Latin-1 -------------------------------------------------------------------------
+
+// Word-wrapped text (a `wrap_dx` of 0 or below, or 9999 and above, does not wrap, and then LF moves
+// nothing). Returns the y of the next line, without a window too.
 float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx,
                  int charset = charset_text, int just = just_left);
 // An odometer of exactly `digits` cells (charset_fixed), or a number in text with "," and ".",
@@ -104,8 +104,7 @@ float OGL_strtex(int charset, int col, float* s0, float* t0, float* cell_dx, flo
 void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy, int ch,
               int charset);
 
-// --- frame
-// ------------------------------------------------------------------------------------------
+// --- frame -------------------------------------------------------------------------------------
 void OGL_plot_back_col();  // the whole window in colour 34
 void OGL_sbuff();          // ends the frame: shows what was drawn. It does not clear
 // Takes the dx by dy picture in scratch_array (RGBA, rows `stride` pixels apart, at most 2,048 a

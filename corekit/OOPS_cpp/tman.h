@@ -133,8 +133,7 @@ class tman_class {
 
 extern tman_class tman;
 
-// --- binding by OpenGL name
-// ---------------------------------------------------------------------------
+// --- binding by OpenGL name --------------------------------------------------------------------
 extern int gKillTex;  // non-zero: every texture but the interface image binds as the blank
 
 // Binds `gl_id` to a unit of 0 to 5, through a cache. `mode` as for bind_ref.

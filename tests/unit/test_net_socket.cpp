@@ -166,6 +166,9 @@ TEST(NetSocket, AFailedBindOrListenIsAnErrorWithItsErrno) {
   EXPECT_EQ(second.Accept(), nullptr);
 }
 
+// Not under the address sanitizer, whose check of virtual calls wants descriptors of its own; the
+// thread sanitizer's run has it.
+#ifndef __SANITIZE_ADDRESS__
 TEST(NetSocket, NoDescriptorLeft) {
   rlimit old = {};
   getrlimit(RLIMIT_NOFILE, &old);
@@ -180,11 +183,12 @@ TEST(NetSocket, NoDescriptorLeft) {
   EXPECT_EQ(client.GetStatus(), PCSBSocket::status_Error);
   EXPECT_EQ(client.GetOSError(), EMFILE);
 }
+#endif
 
 TEST(NetSocket, WorksAboveTheLimitOfSelect) {
   rlimit limit = {};
   getrlimit(RLIMIT_NOFILE, &limit);
-  if (limit.rlim_max < 1100) GTEST_SKIP() << "the system allows too few descriptors";
+  ASSERT_GE(limit.rlim_max, 1100u) << "the system allows too few descriptors";
   limit.rlim_cur = limit.rlim_max < 4096 ? limit.rlim_max : 4096;
   setrlimit(RLIMIT_NOFILE, &limit);
   std::vector<int> held;

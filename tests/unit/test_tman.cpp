@@ -155,6 +155,17 @@ TEST_F(Tman, BindCacheNeverNamesADeletedTexture) {
     OGL_active_unit(0);
   }
 
+  // Even if OpenGL gives that very name out again, to another unit than the loader binds to.
+  tman.bind_ref(spare_ref, 1, 0);
+  const unsigned name = tman.record(spare_ref).gl_id;
+  tman.unload_texture(spare_ref);
+  TEX_bind_ref(name, 1, 0);
+  OGL_active_unit(1);
+  EXPECT_EQ(bound(), static_cast<GLint>(name));
+  OGL_active_unit(0);
+  load(spare_ref, scratch_flags);
+  tman.bind_ref(spare_ref, 0, 0);
+
   // The cache does not look, until it is told that something else has bound.
   glBindTexture(GL_TEXTURE_2D, 0);
   tman.bind_ref(spare_ref, 0, 0);
