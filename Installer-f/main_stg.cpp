@@ -1,3 +1,5 @@
+// Storage of the settings record and of the run's paths and names. Main thread.
+
 #include "Installer-f/main_stg.h"
 
 stg_record stg;

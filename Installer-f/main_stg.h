@@ -56,8 +56,7 @@ struct stg_record {
 };
 extern stg_record stg;
 
-// --- paths and names of this run
-// ------------------------------------------------------------------
+// --- paths and names of this run ----------------------------------------------------------------
 extern std::string dest_dir_path;  // the copy worked on, absolute, trailing "/"; empty until chosen
 extern std::string temp_path;      // working folder of this run, trailing "/"
 extern std::string dvd_path;       // mount path of the product's disc, trailing "/"; empty without

@@ -32,8 +32,7 @@ int unattended_on = 0;
 
 namespace {
 
-// --- the answers
-// -----------------------------------------------------------------------------------
+// --- the answers --------------------------------------------------------------------------------
 
 struct answer_set {
   bool accept_eula = false;
@@ -88,8 +87,7 @@ page_row row_of(page_function page) {
   return {page, page_job, nullptr, ""};
 }
 
-// --- what is printed
-// -------------------------------------------------------------------------------
+// --- what is printed ----------------------------------------------------------------------------
 
 struct console_state {
   bool terminal = false;
@@ -177,8 +175,7 @@ void show_progress(const page_row& row, const wizard_screen& screen) {
   if (row.kind == page_transfer) say(transfer_line(fraction));
 }
 
-// --- the end
-// ---------------------------------------------------------------------------------------
+// --- the end ------------------------------------------------------------------------------------
 
 constexpr int alerts_borne = 3;  // on one page, before the run counts as failed
 

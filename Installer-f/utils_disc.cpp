@@ -1,3 +1,5 @@
+// The failure record of the disc pipeline. Main thread.
+
 #include "Installer-f/utils_disc.h"
 
 int install_err_num = 0;

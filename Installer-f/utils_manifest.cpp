@@ -81,8 +81,7 @@ class text_store {
 
 text_store manifest_text;
 
-// --- the text, walked in place
-// ---------------------------------------------------------------------
+// --- the text, walked in place ------------------------------------------------------------------
 
 bool is_blank(char c) {
   return c == ' ' || c == '\t';
@@ -132,8 +131,7 @@ struct text_walk {
   }
 };
 
-// --- from lines to histories
-// ------------------------------------------------------------------------
+// --- from lines to histories --------------------------------------------------------------------
 
 struct manifest_reader {
   std::string_view folder;               // of the last "DIR" line; looks into the file

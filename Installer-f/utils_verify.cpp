@@ -47,8 +47,7 @@ std::string pass_destination;
 // Set while a pass is being given up, so that its tasks stop after the file in hand.
 std::atomic<bool> pass_abandoned = false;
 
-// --- one file
-// ----------------------------------------------------------------------------------------
+// --- one file -----------------------------------------------------------------------------------
 
 void write_signature(MD5_state& state, std::string& sig) {
   uint8_t digest[16];
@@ -87,8 +86,7 @@ bool digest_file(int handle, MD5_state& state) {
   return true;
 }
 
-// --- ten files
-// ---------------------------------------------------------------------------------------
+// --- ten files ----------------------------------------------------------------------------------
 
 class checksum_task : public UTL_work_task {
  public:

@@ -6,8 +6,8 @@
 
 #include "art/canvas.h"
 
-// --- palette
-// ----------------------------------------------------------------------------------------- Cool
+// --- palette ------------------------------------------------------------------------------------
+// Cool
 // greys between white and ink, one blue accent; the interface colours of the text (ink, mint) stand
 // in the swatches and are not free to change with the rest.
 inline constexpr art_colour art_white = art_rgb(255, 255, 255);
@@ -20,8 +20,8 @@ inline constexpr art_colour art_ink = art_rgb(34, 41, 53);    // words and marks
 inline constexpr art_colour art_sky = art_rgb(42, 116, 192);  // the accent
 inline constexpr art_colour art_shade = art_rgb(16, 28, 46);  // every shadow, with an alpha
 
-// --- fonts
-// ------------------------------------------------------------------------------------------- Opens
+// --- fonts --------------------------------------------------------------------------------------
+// Opens
 // the face files under `folder`; false, with a message on standard error, when one is missing.
 bool art_open_fonts(const std::string& folder);
 
@@ -44,8 +44,7 @@ inline constexpr int glyph_dx = 14, glyph_dy = 15, glyph_baseline = 4;
 unsigned char art_glyph(int column, int row);
 int art_glyph_advance(unsigned char byte);
 
-// --- pictures
-// ----------------------------------------------------------------------------------------
+// --- pictures -----------------------------------------------------------------------------------
 void art_draw_glyphs(art_canvas& atlas);    // art_font.cpp
 void art_draw_swatches(art_canvas& atlas);  // art_cells.cpp
 void art_draw_cells(art_canvas& atlas);     // art_cells.cpp: boxes, arrows, thumbs, tabs

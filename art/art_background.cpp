@@ -12,8 +12,7 @@
 
 static const int sky_dx = 800, sky_dy = 600;
 
-// --- noise
-// -------------------------------------------------------------------------------------------
+// --- noise --------------------------------------------------------------------------------------
 static float lattice(int x, int y) {
   uint32_t h = uint32_t(x) * 0x9E3779B1u ^ uint32_t(y) * 0x85EBCA77u;
   h = (h ^ (h >> 15)) * 0x2C1B3C6Du;
@@ -36,8 +35,7 @@ static float fractal_noise(float x, float y, int octaves) {
   return sum;
 }
 
-// --- sky
-// ---------------------------------------------------------------------------------------------
+// --- sky ----------------------------------------------------------------------------------------
 static art_colour sky_colour(float y) {
   static const struct {
     float y;
@@ -69,8 +67,7 @@ static void paint_sky(art_canvas& sky) {
   });
 }
 
-// --- hills
-// -------------------------------------------------------------------------------------------
+// --- hills --------------------------------------------------------------------------------------
 static void paint_hills(art_canvas& sky) {
   // From the farthest: height of the crest, its swing and scale, and how much haze lies before it.
   static const struct {
@@ -100,8 +97,7 @@ static void paint_hills(art_canvas& sky) {
   }
 }
 
-// --- the name, and the aircraft
-// ----------------------------------------------------------------------
+// --- the name, and the aircraft -----------------------------------------------------------------
 static void paint_aircraft(art_canvas& sky) {
   const art_cell all{&sky, 0, 0, sky_dx, sky_dy};
   const art_point tail{452, 514}, nose{716, 571};

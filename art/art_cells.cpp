@@ -24,8 +24,7 @@ void art_draw_swatches(art_canvas& atlas) {
     art_fill(cut(atlas, s.u - 3, s.v - 3, 7, 7), art_box(0, 0, 7, 7, 0), art_rgb(s.r, s.g, s.b));
 }
 
-// --- check boxes and radios
-// --------------------------------------------------------------------------
+// --- check boxes and radios ---------------------------------------------------------------------
 // Their shapes sit one row low in the cell, which puts them level with the label's letters.
 static void draw_checks(art_canvas& atlas) {
   const art_shape square = art_box(2, 1, 16, 15, 3);
@@ -44,8 +43,7 @@ static void draw_checks(art_canvas& atlas) {
   art_fill(cut(atlas, 83, 142, 18, 18), art_disc(9, 8, 3.7f), art_sky);
 }
 
-// --- close boxes, for a dark title bar
-// -----------------------------------------------------------------
+// --- close boxes, for a dark title bar ----------------------------------------------------------
 static void draw_close_boxes(art_canvas& atlas) {
   const art_colour grounds[2] = {art_rgb(255, 255, 255, 0.16f), art_rgb(205, 62, 58)};
   for (int state = 0; state < 2; ++state) {
@@ -57,8 +55,7 @@ static void draw_close_boxes(art_canvas& atlas) {
   }
 }
 
-// --- arrows and thumbs
-// -------------------------------------------------------------------------------
+// --- arrows and thumbs --------------------------------------------------------------------------
 static void draw_digit_arrows(art_canvas& atlas) {
   // A cell reaches into the value box; the arrow keeps to the part that stands clear of it.
   art_fill(cut(atlas, 83, 197, 14, 18), art_polygon({{3, 5}, {11, 5}, {7, 10}}), art_slate);
@@ -89,8 +86,7 @@ static void draw_sliders(art_canvas& atlas) {
   art_fill(knob, art_disc(10, 11, 2.5f), art_sky);
 }
 
-// --- tabs
-// ----------------------------------------------------------------------------------------------
+// --- tabs ---------------------------------------------------------------------------------------
 // The selected tab opens onto the page below it and covers the shelf's line; the others stand on
 // it.
 static void draw_tabs(art_canvas& atlas) {
@@ -105,8 +101,7 @@ static void draw_tabs(art_canvas& atlas) {
   art_fill(other, art_rim(art_box(5, -12, 93, 22, 6), 1), art_rgb(158, 172, 190, 0.7f));
 }
 
-// --- folder button
-// -----------------------------------------------------------------------------------
+// --- folder button ------------------------------------------------------------------------------
 static void draw_folder(art_canvas& atlas) {
   const art_cell cell = cut(atlas, 208, 133, 26, 26);
   draw_key(cell, art_box(2, 2, 24, 24, 5));

@@ -36,8 +36,7 @@ bool art_open_fonts(const std::string& folder) {
   return true;
 }
 
-// --- words
-// -------------------------------------------------------------------------------------------
+// --- words --------------------------------------------------------------------------------------
 static FT_F26Dot6 to_26_6(float v) {
   return FT_F26Dot6(lroundf(v * 64.0f));
 }
@@ -82,8 +81,7 @@ void art_draw_words(const art_cell& cell, const art_words& style, float x, float
   });
 }
 
-// --- the glyph grid
-// ----------------------------------------------------------------------------------
+// --- the glyph grid -----------------------------------------------------------------------------
 unsigned char art_glyph(int column, int row) {
   static const char* const rows[glyph_rows] = {
       " 0123456789AaBbCcDdEe",

@@ -38,8 +38,7 @@ static void draw_groove(const art_cell& cell, float y, float fade, const art_col
   });
 }
 
-// --- strips along x
-// ----------------------------------------------------------------------------------
+// --- strips along x -----------------------------------------------------------------------------
 static void draw_rules(art_canvas& atlas) {
   // Both stand in the top rows, where the program's rectangle runs one row over the image's edge.
   const art_cell rule{&atlas, 1, 487, 100, 25};
@@ -96,8 +95,7 @@ static void draw_fields(art_canvas& atlas) {
   art_fill(list, art_stroke({{53.5f, 10.5f}, {56.5f, 7.5f}, {59.5f, 10.5f}}, 1.5f), art_white);
 }
 
-// --- the bar along y
-// ---------------------------------------------------------------------------------
+// --- the bar along y ----------------------------------------------------------------------------
 static void draw_slider_track(art_canvas& atlas) {
   const art_cell track{&atlas, 102, 248, 20, 40};
   const art_paint across = [](float x, float) {
@@ -106,8 +104,8 @@ static void draw_slider_track(art_canvas& atlas) {
   draw_plate(track, {4, 1, 16, 39, 6, across, art_rgb(176, 188, 204), 0, 0, 0});
 }
 
-// --- boxes, nine slices
-// ------------------------------------------------------------------------------ The five large
+// --- boxes, nine slices -------------------------------------------------------------------------
+// The five large
 // boxes share one form: 100 square, their plate within margins 9, 14 and 4.
 static const float large_left = 9, large_low = 14, large_right = 91, large_high = 96;
 // Their top slice ends here: bands and gradients of the head stand above it.

@@ -22,8 +22,7 @@ static const int fine = 8;  // samples a pixel, each way
 
 using ring = std::vector<art_point>;  // degrees: x longitude, y latitude
 
-// --- land
-// --------------------------------------------------------------------------------------------
+// --- land ---------------------------------------------------------------------------------------
 static std::vector<ring> decode_arcs(const nlohmann::json& topology) {
   const auto& scale = topology.at("transform").at("scale");
   const auto& translate = topology.at("transform").at("translate");
@@ -152,8 +151,7 @@ static std::vector<float> nearness(const std::vector<float>& coverage) {
   return from;
 }
 
-// --- painting
-// ----------------------------------------------------------------------------------------
+// --- painting -----------------------------------------------------------------------------------
 bool art_map(const std::string& land_path, art_canvas& map) {
   const std::vector<ring> rings = read_land(land_path);
   if (rings.empty()) {

@@ -51,8 +51,7 @@ void element(screen& to, float x, float y, float u, float v, float dx, float dy,
   quad(to, to.art.interface, x - dx / 2, y - dy / 2, dx, dy, u, v, dx, dy, tint);
 }
 
-// --- text
-// --------------------------------------------------------------------------------------------
+// --- text ---------------------------------------------------------------------------------------
 float text_width(const std::string& text) {
   float width = 0;
   for (const char c : text)
@@ -82,8 +81,7 @@ void lines(screen& to, const art_colour& colour, float x, float y,
   }
 }
 
-// --- frames
-// ------------------------------------------------------------------------------------------
+// --- frames -------------------------------------------------------------------------------------
 struct strip {
   float cap, src, h, u, v, tile, extra, lower;
 };
@@ -204,8 +202,7 @@ void frame2(screen& to, int type, float x, float y, float dx, float dy,
        type == 20 ? 0.0f : 0.5f);
 }
 
-// --- widgets
-// -----------------------------------------------------------------------------------------
+// --- widgets ------------------------------------------------------------------------------------
 void button(screen& to, float x, float y, float dx, const std::string& label, bool down = false) {
   frame1(to, 2, x, y, dx);
   if (down) frame1(to, 3, x, y, dx);
@@ -232,8 +229,7 @@ void face(screen& to, float x, float y, float u, float dx, int state, bool off =
   quad(to, to.art.elements, x, y, dx, 22, u, float(23 * state), dx, 22, {1, 1, 1, off ? 0.5f : 1});
 }
 
-// --- windows
-// -----------------------------------------------------------------------------------------
+// --- windows ------------------------------------------------------------------------------------
 void wizard_frame(screen& to, int step) {
   static const std::vector<std::string> steps = {"Introduction",      "Choose Destination",
                                                  "Get Updates",       "Check Disk Space",

@@ -19,8 +19,7 @@ float art_smooth(float low, float high, float x) {
   return t * t * (3.0f - 2.0f * t);
 }
 
-// --- shapes
-// ------------------------------------------------------------------------------------------
+// --- shapes -------------------------------------------------------------------------------------
 art_shape art_box(float x0, float y0, float x1, float y1, float radius) {
   return [=](float x, float y) {
     const float qx = std::max(x0 + radius - x, x - x1 + radius);
@@ -77,8 +76,7 @@ art_shape art_both(art_shape a, art_shape b) {
       [a = std::move(a), b = std::move(b)](float x, float y) { return std::max(a(x, y), b(x, y)); };
 }
 
-// --- paints
-// ------------------------------------------------------------------------------------------
+// --- paints -------------------------------------------------------------------------------------
 art_paint art_flat(const art_colour& colour) {
   return [colour](float, float) { return colour; };
 }
@@ -87,8 +85,7 @@ art_paint art_rise(float y0, const art_colour& low, float y1, const art_colour& 
   return [=](float, float y) { return art_mix(low, high, (y - y0) / (y1 - y0)); };
 }
 
-// --- painting
-// ----------------------------------------------------------------------------------------
+// --- painting -----------------------------------------------------------------------------------
 void art_blend(art_colour& under, art_colour over, float coverage) {
   const float a = over.a * coverage;
   if (a <= 0.0f) return;
@@ -158,8 +155,7 @@ void art_bleed(const art_cell& cell) {
   }
 }
 
-// --- files
-// -------------------------------------------------------------------------------------------
+// --- files --------------------------------------------------------------------------------------
 bool art_write(const art_canvas& canvas, bool with_alpha, const std::string& path) {
   const int channels = with_alpha ? 4 : 3;
   std::vector<uint8_t> bytes;

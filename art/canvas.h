@@ -33,8 +33,7 @@ struct art_cell {
   int u, v, dx, dy;
 };
 
-// --- shapes: distance to the edge in pixels, negative inside
-// ----------------------------------------
+// --- shapes: distance to the edge in pixels, negative inside ------------------------------------
 using art_shape = std::function<float(float x, float y)>;
 struct art_point {
   float x, y;
@@ -46,14 +45,12 @@ art_shape art_polygon(std::vector<art_point> points);
 art_shape art_rim(art_shape shape, float width);  // the band of that width just inside the edge
 art_shape art_both(art_shape a, art_shape b);     // where both are
 
-// --- paints
-// ------------------------------------------------------------------------------------------
+// --- paints -------------------------------------------------------------------------------------
 using art_paint = std::function<art_colour(float x, float y)>;
 art_paint art_flat(const art_colour& colour);
 art_paint art_rise(float y0, const art_colour& low, float y1, const art_colour& high);  // along y
 
-// --- painting
-// ----------------------------------------------------------------------------------------
+// --- painting -----------------------------------------------------------------------------------
 void art_blend(art_colour& under, art_colour over, float coverage);
 void art_fill(const art_cell& cell, const art_shape& shape, const art_paint& paint);
 void art_fill(const art_cell& cell, const art_shape& shape, const art_colour& colour);
@@ -63,7 +60,6 @@ void art_shadow(const art_cell& cell, const art_shape& shape, float reach,
 // Gives the fully transparent pixels of the cell the colour of the nearest painted ones.
 void art_bleed(const art_cell& cell);
 
-// --- files
-// -------------------------------------------------------------------------------------------
+// --- files --------------------------------------------------------------------------------------
 // Writes the picture as PNG (RGBA, or RGB with alpha dropped), topmost row first. False on failure.
 bool art_write(const art_canvas& canvas, bool with_alpha, const std::string& path);

@@ -1,3 +1,6 @@
+// The tables are filled once, at start-up, and only read after that. rand_fraction belongs to the
+// main thread, as rand() has one state.
+
 #include "corekit/GenH/hl_math.h"
 
 #include <cmath>

@@ -1,3 +1,5 @@
+// No globals; any thread.
+
 #include "corekit/GenH/hl_string.h"
 
 #include <cstdarg>

@@ -1,3 +1,5 @@
+// Main thread. Writes xtim, and of mnw the held button and the time of the last input.
+
 #include "corekit/OOPS_cpp/xtim.h"
 
 #include "corekit/GenC/hl_mnw.h"

@@ -136,8 +136,7 @@ TEST(Art, BackgroundEndsInPadding) {
   EXPECT_GT(top.b, top.r + 60);
 }
 
-// --- glyphs
-// ------------------------------------------------------------------------------------------
+// --- glyphs -------------------------------------------------------------------------------------
 static const char* const glyph_rows[5] = {
     " 0123456789AaBbCcDdEe",
     "FfGgHhIiJjKkLlMmNnOoP",
@@ -241,8 +240,7 @@ TEST(Art, GlyphsStandUpright) {
   }
 }
 
-// --- frames
-// ------------------------------------------------------------------------------------------
+// --- frames -------------------------------------------------------------------------------------
 TEST(Art, StripsStretchWithoutSeams) {
   static const struct {
     int type, cap, src, h, u, v, tile;
@@ -355,8 +353,7 @@ TEST(Art, TransparentPixelsCarryTheirNeighboursColour) {
   }
 }
 
-// --- buttons
-// -----------------------------------------------------------------------------------------
+// --- buttons ------------------------------------------------------------------------------------
 TEST(Art, FacesShowTheirState) {
   static const struct {
     const char* name;
@@ -389,8 +386,7 @@ TEST(Art, FacesShowTheirState) {
   }
 }
 
-// --- map
-// ---------------------------------------------------------------------------------------------
+// --- map ----------------------------------------------------------------------------------------
 static rgba map_at(int lat, int lon, bool highlighted) {
   return map_image.at(int((lon + 180) * 1.4), int((lat + 90) * 1.4) + (highlighted ? 252 : 0));
 }
@@ -441,8 +437,7 @@ TEST(Art, MapHasTheEarthsShareOfLand) {
   EXPECT_NEAR(land / all, 0.292, 0.02);
 }
 
-// --- legibility
-// --------------------------------------------------------------------------------------
+// --- legibility ---------------------------------------------------------------------------------
 TEST(Art, PanelTextIsLegibleOverTheSky) {
   static const struct {
     const char* name;

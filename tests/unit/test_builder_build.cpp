@@ -338,8 +338,7 @@ TEST_F(BuilderBuild, FullVolumeIsNoticed) {
   EXPECT_FALSE(is_there("out/disk_0/Test 9/directory.txt.zip"));
 }
 
-// --- warnings
-// -------------------------------------------------------------------------------------
+// --- warnings -----------------------------------------------------------------------------------
 TEST_F(BuilderBuild, FilesThatMeetWhenInstalled) {
   struct row {
     const char* first;

@@ -134,8 +134,7 @@ TEST_F(BuilderCmdline, TypesHaveTheirOwnNames) {
          "Luna: 0 files");
 }
 
-// --- the server list
-// ------------------------------------------------------------------------------
+// --- the server list ----------------------------------------------------------------------------
 TEST_F(BuilderCmdline, ServerListToTheLetter) {
   expect(0,
          {"--write_server_list=list.txt", "--name=Skyvane_9_10", "--release=91200",

@@ -166,8 +166,7 @@ TEST_F(BuilderScan, NamesThatTheWebCannotFetchAreWarnedOf) {
   EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "WARNING: .*No #1/");
 }
 
-// --- the filter
-// -----------------------------------------------------------------------------------
+// --- the filter ---------------------------------------------------------------------------------
 TEST_F(BuilderScan, FilterByPathAndType) {
   struct row {
     const char* path;
