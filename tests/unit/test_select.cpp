@@ -266,3 +266,16 @@ TEST(EngineSizes, ForTheUser) {
 }
 
 }  // namespace
+
+// A release that lists a link and, below it, files that an earlier release had there as a folder:
+// what lies below is reached through the link and belongs to whoever it leads to.
+TEST_F(EngineSelect, NothingBelowAShippedFileIsTouched) {
+  file("ALL_os/plugin/Resources", "NONE");           // the link, to be fetched
+  file("ALL_os/plugin/Resources/a", "old", "GONE");  // dropped; the disk shows it through the link
+  file("ALL_os/plugin/Resources/b", "NONE");         // a manifest that contradicts itself
+  file("ALL_os/plugin/Resources b", "NONE");         // only begins alike
+  file("ALL_os/old/link", "old", "GONE");            // no longer shipped, so nothing stands above
+  file("ALL_os/old/link/c", "NONE");
+  EXPECT_EQ(choose_files(), 1);
+  EXPECT_EQ(flags(), "F--FDF");
+}

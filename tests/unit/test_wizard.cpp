@@ -1,0 +1,226 @@
+// The wizard engine, frame by frame, operated by clicks on its own buttons; and the words of the
+// transfer page.
+
+#include <map>
+
+#include "Installer-f/main_patch.h"
+#include "Installer-f/main_stg.h"
+#include "Installer-f/main_wizard.h"
+#include "Installer-f/utils_grab.h"
+#include "Installer-f/utils_manifest.h"
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenH/hl_app.h"
+#include "corekit/GenH/hl_string.h"
+#include "corekit/OOPS_cpp/tman.h"
+#include "corekit/OOPS_cpp/xtim.h"
+#include "corekit/TEX/TEX_utils.h"
+#include "tests/unit/gl_fixture.h"
+
+namespace {
+
+// What a scripted page says in its next frames, and what it saw.
+struct script {
+  int result = 0;
+  page_function back = nullptr, next = nullptr;
+  std::vector<page_function> extra;
+  int prefs_enabled = 0;
+  std::vector<int> first_times;
+};
+script a, b;
+int kills;
+
+int play(script& page, int first_time, wizard_screen& screen) {
+  page.first_times.push_back(first_time);
+  // A blank record every frame: nothing of the last one may be left.
+  EXPECT_TRUE(screen.title.empty() && !screen.back && !screen.next && !screen.kill_proc);
+  EXPECT_LT(screen.progress, 0);
+  screen.title = "page";
+  screen.back = page.back;
+  screen.next = page.next;
+  screen.kill_proc = [] { ++kills; };
+  for (const page_function target : page.extra) {
+    screen.button_names.push_back("more");
+    screen.button_pages.push_back(target);
+  }
+  return page.result;
+}
+int page_a(int first_time, wizard_screen& screen) {
+  return play(a, first_time, screen);
+}
+int page_b(int first_time, wizard_screen& screen) {
+  return play(b, first_time, screen);
+}
+
+class Wizard : public gl_fixture {
+ protected:
+  void SetUp() override {
+    gl_fixture::SetUp();
+    scratch_dx = scratch_dy = 16;  // any picture will do for a background
+    tman.load_texture(tex_fail_silent, 395, 1281, tex_load_now, "scratch_array:background");
+    a = b = script();
+    kills = 0;
+    app_done = 0;
+    g_wizard = page_b;  // so that page_a is new in the first frame of each test
+    frame();
+    g_wizard = page_a;
+    b = script();
+  }
+
+  void frame() {
+    clear();
+    move(0, 0);
+    mnw.mouse_clicked = 0;
+    APP_update();
+  }
+  void frame_with_click(float x, float y) {
+    clear();
+    click(x, y);
+    APP_update();
+    mnw.mouse_clicked = 0;
+  }
+};
+
+constexpr float row = 20;  // height of the bottom row's middle
+constexpr float quit_x = 50, options_x = 140, back_x = 600, next_x = 720;
+
+}  // namespace
+
+TEST_F(Wizard, ClicksAndResultsLeadToTheRightPage) {
+  const struct {
+    const char* label;
+    page_function back, next;
+    int result;
+    float click_x, click_y;
+    page_function leads_to;
+  } rows[] = {
+      {"no click", page_b, page_b, 0, 0, 0, page_a},
+      {"next", nullptr, page_b, 0, next_x, row, page_b},
+      {"back", page_b, nullptr, 0, back_x, row, page_b},
+      {"a greyed next", page_b, nullptr, 0, next_x, row, page_a},
+      {"a greyed back", nullptr, page_b, 0, back_x, row, page_a},
+      {"left edge of next", nullptr, page_b, 0, 670, row, page_b},
+      {"left of next", nullptr, page_b, 0, 669, row, page_a},
+      {"above the row", nullptr, page_b, 0, next_x, 34.5f, page_a},
+      {"result without next", page_b, nullptr, 1, 0, 0, page_a},
+      {"result", nullptr, page_b, 1, 0, 0, page_b},
+      {"the result beats back", page_a, page_b, 1, back_x, row, page_b},
+  };
+  for (const auto& test : rows) {
+    SCOPED_TRACE(test.label);
+    a.back = test.back;
+    a.next = test.next;
+    a.result = test.result;
+    g_wizard = page_a;
+    test.click_x > 0 ? frame_with_click(test.click_x, test.click_y) : frame();
+    EXPECT_EQ(g_wizard, test.leads_to);
+    EXPECT_EQ(app_done, 0);
+  }
+}
+
+TEST_F(Wizard, FirstTimeIsOncePerVisit) {
+  a.next = page_b;
+  a.result = 0;
+  frame();
+  frame();
+  a.result = 1;
+  frame();
+  b.back = page_a;
+  frame();
+  frame_with_click(back_x, row);
+  a.next = nullptr;  // and a page that asks to go on without a target stays, no longer new
+  frame();
+  frame();
+  EXPECT_EQ(a.first_times, (std::vector<int>{1, 0, 0, 1, 0}));
+  EXPECT_EQ(b.first_times, (std::vector<int>{1, 0}));
+}
+
+TEST_F(Wizard, ExtraButtonsGoToTheirOwnPages) {
+  a.extra = {page_a, page_b};
+  frame_with_click(500, 350);
+  EXPECT_EQ(g_wizard, page_a);
+  frame_with_click(500, 325);
+  EXPECT_EQ(g_wizard, page_b);
+}
+
+TEST_F(Wizard, QuitEndsTheRunAndTellsThePage) {
+  a.next = page_b;
+  frame_with_click(quit_x, row);
+  EXPECT_EQ(app_done, 1);
+  EXPECT_EQ(kills, 1);
+
+  // The last page's one Quit button stands where Next was, and the left one is not there.
+  app_done = 0;
+  g_wizard = page_a;
+  a.next = wizard_quit;
+  frame_with_click(quit_x, row);
+  EXPECT_EQ(app_done, 0);
+  frame_with_click(690, row);
+  frame();
+  EXPECT_EQ(app_done, 1);
+  EXPECT_EQ(kills, 1);
+}
+
+TEST_F(Wizard, NoPageEndsTheRun) {
+  g_wizard = nullptr;
+  frame();
+  EXPECT_EQ(app_done, 1);
+}
+
+TEST_F(Wizard, StepsMayRepeatOrBeMissing) {
+  wizard_set_steps({{"One", page_a}, {"Two", page_b}, {"Again", page_a}});
+  EXPECT_EQ(step_names, (std::vector<std::string>{"One", "Two", "Again"}));
+  frame();
+  step_names.clear();
+  step_funcs.clear();
+  frame();
+  EXPECT_EQ(g_wizard, page_a);
+}
+
+TEST(WizardText, FormatsAreFilledByHand) {
+  EXPECT_EQ(str_fill("%d of %d, %s", {"1", "2", "three"}), "1 of 2, three");
+  EXPECT_EQ(str_fill("%s", {"%s"}), "%s");
+  EXPECT_EQ(str_fill("100 % of %s and %s", {"x"}), "100 % of x and %s");
+  EXPECT_EQ(str_fill("%", {"x"}), "%");
+}
+
+TEST(WizardText, ProgressOfATransfer) {
+  next = transfer_record();
+  stg = stg_record();
+  stg.todo_zip_kb = 1000;
+  xtim.now_sec = 0.5f;  // less than a second counts as one
+  next.done_zip_kb = 200;
+  next.in_flight_kb = 50;
+  next.stream_active[0] = next.stream_active[2] = 1;
+  patch_figures figures = patch_progress();
+  EXPECT_FLOAT_EQ(figures.done_kb, 250);
+  EXPECT_FLOAT_EQ(figures.kb_per_second, 250);
+  EXPECT_FLOAT_EQ(figures.seconds_left, 3);
+  EXPECT_EQ(figures.streams, 2);
+
+  xtim.now_sec = 10;
+  next.done_zip_kb = 2000;  // files that were fetched twice
+  figures = patch_progress();
+  EXPECT_FLOAT_EQ(figures.seconds_left, 0);
+
+  next.done_zip_kb = next.in_flight_kb = 0;
+  EXPECT_FLOAT_EQ(patch_progress().seconds_left, 0);
+}
+
+// A job without weight, whose fraction would be 0 / 0, ends and shows no nonsense on its way.
+TEST(WizardText, TransferOfNothing) {
+  sim_info.clear();
+  stg = stg_record();
+  next = transfer_record();
+  dest_dir_path = testing::TempDir() + "nothing_to_do/";
+  float ratio = 0;
+  int running = 0;
+  const patch_flow flow = {page_a, page_b, &running, &ratio};
+  wizard_screen screen;
+  for (int frames = 0; run_patch(flow, 1, screen) == 0; ++frames)
+    ASSERT_LT(frames, 10);
+  EXPECT_EQ(screen.next, page_b);
+  EXPECT_GE(ratio, 0);
+  EXPECT_LE(ratio, 1);
+  EXPECT_EQ(running, 0);
+}
