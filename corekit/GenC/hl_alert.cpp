@@ -1,13 +1,15 @@
 // The alert: from any thread, before any window exists, inside another alert.
 //
-// On another thread an alert becomes a record on a queue; on the main thread it is shown, logged,
-// and if fatal ends the program. Owned by the main thread but for the first step.
+// On another thread an alert becomes a record on a queue; on the main thread it is shown, drawn
+// (hl_alert_draw.cpp) or plain, logged, and if fatal ends the program. Owned by the main thread but
+// for the first step.
 
 #include "corekit/GenC/hl_alert.h"
 
 #include <cstdio>
 #include <cstdlib>
 
+#include "corekit/GenC/hl_alert_draw.h"
 #include "corekit/GenC/hl_init.h"
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/OOPS_cpp/exce.h"
@@ -28,6 +30,13 @@ void log_lines(const std::string* lines, const std::string& where) {
     xer << lines[i] << '\n';
   xer << where << '\n';
   xer.flush();
+}
+
+void print_lines(const std::string* lines) {
+  for (int i = 0; i < 4; ++i) {
+    if (!lines[i].empty()) std::fprintf(stderr, "%s\n", lines[i].c_str());
+  }
+  std::fflush(stderr);
 }
 
 // The plain form: two lines joined to a message, two to an explanation. `nested` says that an alert
@@ -78,8 +87,13 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
   ++alerts_shown;
 
   const bool empty = line_1.empty() && line_2.empty() && line_3.empty() && line_4.empty();
-  static_cast<void>(window);  // a window would be returned to here; without one there is none
-  if (!empty) show_plain(lines, nested);
+  if (!ogl_inited || nested) {
+    if (!empty) show_plain(lines, nested);
+  } else if (!empty) {
+    // A test or a person at a terminal reads it there too.
+    if (type != 0) print_lines(lines);
+    draw_alert(window, lines, type, where);
+  }
 
   if (type == t_alert || type == t_exit || nested) {
     xer << '\n';
@@ -94,10 +108,4 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
   MACIBM_finishup(0);
   app_done = 1;
   end_process();
-}
-
-int MACIBM_nuke_alert(const std::string&, int) {
-  MACIBM_startwind(win_nuke_alert, 0);
-  // Without a window the question cannot be put.
-  return 3;
 }

@@ -20,5 +20,17 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
 // Alerts shown since the program began. Main thread.
 extern int alerts_shown;
 
-// A question with up to three answers; returns 1, 2 or 3. 3 also when it cannot be put.
+// Texts of the alerts that an application may replace; each is translated when it is shown.
+struct alert_texts_record {
+  std::string ok = "OK";          // the button of an alert
+  std::string accept = "Accept";  // the button of the language chooser
+  // The question of MACIBM_nuke_alert is "prefix text suffix", and its answers 1, 2, 3.
+  std::string nuke_prefix = "Do you want to save the changes to";
+  std::string nuke_suffix = "before it closes?";
+  std::string nuke_answers[3] = {"Save", "Do not save", "Cancel"};
+};
+extern alert_texts_record alert_texts;
+
+// A question with up to three answers; returns 1, 2 or 3. 3 also when it cannot be put or is closed
+// without an answer.
 int MACIBM_nuke_alert(const std::string& text, int offer_third);

@@ -1,7 +1,7 @@
 // Start and finish of the runtime.
 //
-// Main thread. Steps of the start: paths, log, tables, log header, command line, threads, window,
-// language. The finish takes the same down in reverse.
+// Main thread. Steps of the start: paths, log, tables, log header, command line, threads, window
+// (hl_init_window.cpp), language. The finish takes the same down in reverse.
 
 #include "corekit/GenC/hl_init.h"
 
@@ -10,10 +10,12 @@
 #include <climits>
 
 #include "corekit/Files/io_utils.h"
-#include "corekit/GenC/hl_alert.h"
+#include "corekit/GenC/hl_init_window.h"
 #include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenC/hl_mnw_context.h"
 #include "corekit/GenH/hl_app.h"
 #include "corekit/GenH/hl_math.h"
+#include "corekit/GenH/hl_types.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/pref.h"
 #include "corekit/Platform/PLT_system.h"
@@ -52,20 +54,6 @@ std::string enter_app_folder() {
   return folder;
 }
 
-void no_graphics() {
-  __MACIBM_alert(
-      win_main,
-      "I could not set up the graphics for Skyvane! I hope your monitor is at 1024x768 "
-      "or higher! It must be!",
-      "You do not meet the system requirements or you do not have OpenGL drivers or you "
-      "entered a bad resolution in Skyvane!",
-      "You need at least 256 meg of RAM, 16 meg of VRAM, and OpenGl drivers for your 3-D "
-      "accelerator card!",
-      "If you reset the resolution, you can try launching Skyvane again, since I am "
-      "resetting Skyvane to default resolution now.",
-      t_exit, "corekit/GenC/hl_init", 1574);
-}
-
 }  // namespace
 
 std::string from_start_folder(const std::string& path) {
@@ -88,6 +76,9 @@ void MACIBM_init(int argc, const char* const* argv) {
   xer.flush();
 
   cmdline.init_unix(argc, argv);
+  app_headless = APP_without_window() ? 1 : 0;
+  // From here on an alert may open a message box, and not before it is known that one may be shown.
+  if (!app_headless) PLT_use_display();
   THREAD_init();
 
   mnw.req_dx = 800;
@@ -95,10 +86,14 @@ void MACIBM_init(int argc, const char* const* argv) {
   mnw.req_depth = 32;
   mnw.alias_req = 0;
   mnw.language = 0;
-  app_headless = APP_without_window() ? 1 : 0;
-  if (!app_headless) no_graphics();
-  THREAD_make_workers();
+  if (app_headless) {
+    THREAD_make_workers();
+  } else {
+    init_window();
+  }
   MACIBM_setupforlang();
+  MACIBM_show_init(UTL_translate_string("Will init plugins."));
+  MACIBM_show_init(UTL_translate_string("Starting application."));
 }
 
 void MACIBM_setupforlang() {
@@ -109,13 +104,17 @@ void MACIBM_setupforlang() {
   UTL_translate_load(std::string("Resources/") + language_folders[mnw.language] + "Installer2.txt");
 }
 
-void MACIBM_show_init(const std::string&, float) {}
-
 void MACIBM_finishup(int save) {
+  // A window belongs to the main thread; a failing worker that ends the program leaves it alone.
+  const bool may_close = !THREAD_is_inited() || THREAD_is_main_thread();
   if (save) {
     // A frame-rate test leaves no trace in the user's settings.
     if (!cmdline.has_option("--fps_test")) pref.IO_set(11, 1);
     THREAD_shutdown();
+  }
+  if (may_close) {
+    MACIBM_setres(0);
+    MACIBM_nuke_context(0);
   }
   PLT_drop_temp_folder();
   xer.close();

@@ -5,11 +5,16 @@
 
 #include <string>
 
+struct PLT_event;
+struct PLT_key_event;
+
 // Dialogs, by the number that win_id takes while they are up. 0 is the wizard itself.
 enum window_number : int {
   win_none = -1,
   win_main = 0,
+  win_eula = 1,
   win_prefs = 2,
+  win_livery = 992,
   win_about = 993,
   win_alert = 994,
   win_nuke_alert = 995,
@@ -17,6 +22,17 @@ enum window_number : int {
   win_abort_alert = 997,
   win_file_open = 998,
   win_file_save = 999,
+};
+
+// Values of cursor_mode. A widget sets one while the mouse is on it.
+enum cursor_shape : int {
+  cursor_arrow = 0,
+  cursor_plain_arrow = 1,
+  cursor_hidden = 2,
+  cursor_text = 3,
+  cursor_busy = 4,
+  cursor_up = 13,    // value widgets: the mouse raises the digit under it,
+  cursor_down = 14,  //   or lowers it
 };
 
 struct mnw_record {
@@ -27,7 +43,7 @@ struct mnw_record {
   int modal_up = 0;              // 1 while a dialog is up; APP_update is not called then
   float x_off = 0, y_off = 0;    // offset of the logical window in the physical one, units
   float win_dx = 0, win_dy = 0;  // logical size of the current window, units
-  int cursor_mode = 0;           // 0 or 1 arrow, 2 hidden, others the drawn pointers
+  int cursor_mode = 0;           // of cursor_shape; cleared at the start of each frame
   int popup_code = -1;           // open menu, -1 none; widgets react to the mouse only when -1
   int pix_dx = 0, pix_dy = 0;    // client size, pixels
   int req_dx = 0, req_dy = 0, req_depth = 0;  // what start-up asks for
@@ -53,11 +69,47 @@ extern mnw_record mnw;
 extern int return_hit, escape_hit, delete_hit;
 
 // One frame: events, failures from other threads, clock, focus ring, page, swap.
+//
+// It waits for events at its start, and is back early when one comes or when a thread calls
+// PLT_wake. How long it may wait says frame_soon. The picture is shown sixty times a second at
+// most, twenty times while only the program is busy, and four times when nothing goes on: in a
+// frame that comes sooner the page is called as ever, and what it draws is thrown away. A frame
+// with a click or a key is always shown.
 void MACIBM_event_proc();
+
+// What a page asks of the next frame's wait; cleared at each frame's start.
+enum frame_request : int {
+  frame_when_needed = 0,  // up to a tenth of a second, when nothing has gone on for a while
+  frame_at_once = 1,      // no wait: the page has work left
+  frame_in_a_tick = 2,    // up to a sixtieth of a second: something is on its way that no wake-up
+                          // announces, such as an answer from the network
+};
+extern int frame_soon;
+
+// Handles one event, as MACIBM_event_proc does with each that it takes.
+void APL_handlewin(const PLT_event& event);
+
+// Where keys go. `event` is called for each key, `frame` once a frame, after the clock was read.
+// While `event` is null the window layer sets return_hit, escape_hit and delete_hit by itself.
+struct key_handlers {
+  void (*event)(const PLT_key_event& key) = nullptr;
+  void (*frame)() = nullptr;
+};
+extern key_handlers mnw_keys;
 
 // Switches to window or dialog `id`. A dialog shows only if mnw.win_id reads `id` afterwards:
 // without a display none ever does, and the caller takes that as its question not being put.
 void MACIBM_startwind(int id, int arg);
+
+// Routes a press at mnw's mouse: to the menus, and to the close boxes of a dialog. `force` closes
+// the dialog wherever the mouse is; dialogs that want an answer stay.
+void MACIBM_handleclick(int force);
+
+// Tooltip and pointer of a window, once a frame. Uses up stls.hover_help.
+void mouse_help_per_wind(int id);
+
+// 1 from the first MACIBM_startwind with a window on: the splash may draw.
+extern int plot_init_lights;
 
 // Opens `url` (at most 499 characters) in the user's browser; without a window only logs it.
 void go_to_URL(const std::string& url);

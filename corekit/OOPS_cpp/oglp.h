@@ -19,6 +19,11 @@ struct ren_record {
   int tex_res = 5;              // texture resolution setting, 0 to 5; 5 is full size
   int mono_green = 0;           // draw everything in shades of green
   float plot_alpha = 1.0f;      // multiplied into every colour's alpha
+  // The driver, as OGL_extensions has found it.
+  std::string vendor, renderer, version, extensions;
+  int max_image_units = 1;      // of fragment programs
+  int max_attrib_units = 1;     // texture coordinates of vertex programs
+  float max_anisotropy = 1.0f;  // 1 none
 };
 extern ren_record ren;
 

@@ -25,8 +25,8 @@
 
 // The driver keeps its own for the life of the process.
 extern "C" const char* __lsan_default_suppressions() {
-  return "leak:libSDL2\nleak:libEGL\nleak:libGL\nleak:swrast_dri\nleak:libgallium\nleak:libLLVM\n"
-         "leak:_dl_init\nleak:dlopen_implementation\n";
+  return "leak:libSDL2\nleak:libEGL\nleak:libGL\nleak:libglapi\nleak:swrast_dri\nleak:libgallium\n"
+         "leak:libLLVM\nleak:_dl_init\nleak:dlopen_implementation\n";
 }
 
 namespace {

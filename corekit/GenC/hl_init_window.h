@@ -1,0 +1,10 @@
+// The part of the start that needs a window, and the splash. For hl_init only.
+#pragma once
+
+// Opens the window, asks the driver what it can do, starts the workers, and loads the pictures and
+// the palette. Ends the program by a fatal alert if there is no window to be had. Sets ogl_inited.
+void init_window();
+
+// Loads the four pictures that are compiled in, and takes the palette from the last of them. Uses
+// up scratch_array. REQUIRES: a current context that the drawing layer knows of.
+void load_hardwired_textures();

@@ -1,0 +1,41 @@
+// What the desktop does for the program: a message box, and the user's browser.
+//
+// Main thread. Neither is tried unless a display is open that somebody sees: a box that nobody can
+// answer would hold the program up for ever.
+
+#include <cstdio>
+
+#include "corekit/Platform/PLT_window_sdl.h"
+
+namespace {
+
+// The program's texts are ISO Latin-1, the library's UTF-8.
+std::string utf8_of(const std::string& latin_1) {
+  std::string text;
+  text.reserve(latin_1.size());
+  for (const char c : latin_1) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      text += c;
+    } else {
+      text += static_cast<char>(0xC0 | byte >> 6);
+      text += static_cast<char>(0x80 | (byte & 0x3F));
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+void PLT_plain_alert(const std::string& message, const std::string& explanation) {
+  std::fprintf(stderr, "%s\n%s\n", message.c_str(), explanation.c_str());
+  std::fflush(stderr);
+  if (!PLT_has_display() || !plt_display_is_seen()) return;
+  // Shown beside the window and not in it: what is wrong may be the window.
+  const std::string text = utf8_of(message + "\n\n" + explanation);
+  SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_ERROR, "Skyvane", text.c_str(), nullptr);
+}
+
+bool PLT_open_url(const std::string& url) {
+  return plt_display_is_seen() && SDL_OpenURL(url.c_str()) == 0;
+}

@@ -1,0 +1,351 @@
+// The frame: what events make of mnw, when the page is called, when the picture is shown, how a
+// wait ends.
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/colr.h"
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_window.h"
+#include "tests/unit/window_fixture.h"
+
+namespace {
+
+using clock_type = std::chrono::steady_clock;
+
+long milliseconds_of(const std::function<void()>& body) {
+  const auto start = clock_type::now();
+  body();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(clock_type::now() - start).count();
+}
+
+class WindowFrame : public window_fixture {};
+
+TEST_F(WindowFrame, MouseIsInUnitsFromTheLowerLeftOfTheDialog) {
+  const struct {
+    int window, x, y;
+    float mouse_x, mouse_y;
+  } rows[] = {
+      {win_main, 0, 599, 0, 1},         {win_main, 799, 0, 799, 600},
+      {win_main, 100, 50, 100, 550},    {win_alert, 190, 425, 0, 0},
+      {win_alert, 189, 426, -1, -1},    {win_alert, 610, 175, 420, 250},
+      {win_prefs, 100, 490, 0, 0},      {win_prefs, 400, 300, 300, 190},
+      {win_abort_alert, 50, 403, 0, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.window << " at " << row.x << "," << row.y);
+    MACIBM_startwind(row.window, 0);
+    push_motion(row.x, row.y);
+    MACIBM_event_proc();
+    EXPECT_FLOAT_EQ(mnw.mouse_x, row.mouse_x);
+    EXPECT_FLOAT_EQ(mnw.mouse_y, row.mouse_y);
+    // And still so in a frame without an event.
+    MACIBM_event_proc();
+    EXPECT_FLOAT_EQ(mnw.mouse_x, row.mouse_x);
+    EXPECT_FLOAT_EQ(mnw.mouse_y, row.mouse_y);
+  }
+}
+
+TEST_F(WindowFrame, ThePointerThatHasLeftTheWindowIsOverNothing) {
+  push_motion(400, 300);
+  push_window_event(SDL_WINDOWEVENT_LEAVE);
+  MACIBM_event_proc();
+  EXPECT_LT(mnw.mouse_x, 0);
+}
+
+TEST_F(WindowFrame, PressAndReleaseInOneFrameSetBothFlagsForThatFrame) {
+  push_button(100, 100, true);
+  push_button(100, 100, false);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.mouse_clicked, 1);
+  EXPECT_EQ(mnw.mouse_released, 1);
+  EXPECT_EQ(mnw.mouse_held, 0) << "the release came last";
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.mouse_clicked, 0);
+  EXPECT_EQ(mnw.mouse_released, 0);
+}
+
+TEST_F(WindowFrame, AHeldButtonStaysHeldUntilItsRelease) {
+  push_button(100, 100, true);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.mouse_held, 1);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.mouse_clicked, 0);
+  EXPECT_EQ(mnw.mouse_held, 1);
+  push_button(100, 100, false);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.mouse_held, 0);
+}
+
+TEST_F(WindowFrame, AClickIsWhereThePressWas) {
+  push_motion(10, 10);
+  push_button(100, 200, true);
+  push_motion(700, 500);  // the hand is on its way already
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.mouse_clicked, 1);
+  EXPECT_FLOAT_EQ(mnw.mouse_x, 100);
+  EXPECT_FLOAT_EQ(mnw.mouse_y, 400);
+  MACIBM_event_proc();
+  EXPECT_FLOAT_EQ(mnw.mouse_x, 700);
+}
+
+TEST_F(WindowFrame, OtherButtonsAreNoClicks) {
+  for (const int button : {SDL_BUTTON_RIGHT, SDL_BUTTON_MIDDLE, SDL_BUTTON_X1}) {
+    push_button(100, 100, true, button);
+    MACIBM_event_proc();
+    EXPECT_EQ(mnw.mouse_clicked, 0) << button;
+  }
+}
+
+TEST_F(WindowFrame, TheWheelIsSummedUntilTheWindowChanges) {
+  SDL_Event event = {};
+  event.type = SDL_MOUSEWHEEL;
+  for (const int turn : {1, 1, -3}) {
+    event.wheel.y = turn;
+    SDL_PushEvent(&event);
+  }
+  event.wheel.direction = SDL_MOUSEWHEEL_FLIPPED;
+  event.wheel.y = 5;
+  SDL_PushEvent(&event);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.wheel, -6);
+  MACIBM_startwind(win_prefs, 0);
+  EXPECT_EQ(mnw.wheel, 0);
+}
+
+TEST_F(WindowFrame, KeysSetTheFlagsOfTheirFrame) {
+  const struct {
+    const char* label;
+    int symbol;
+    int return_key, escape_key, delete_key;
+  } rows[] = {
+      {"return", SDLK_RETURN, 1, 0, 0},    {"enter", SDLK_KP_ENTER, 1, 0, 0},
+      {"escape", SDLK_ESCAPE, 0, 1, 0},    {"backspace", SDLK_BACKSPACE, 0, 0, 1},
+      {"delete", SDLK_DELETE, 0, 0, 1},    {"a letter", SDLK_m, 0, 0, 0},
+      {"the pad's 8", SDLK_KP_8, 0, 0, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    push_key(row.symbol);
+    MACIBM_event_proc();
+    EXPECT_EQ(mnw.key_hit, 1);
+    EXPECT_EQ(mnw.key_held, 1);
+    EXPECT_EQ(return_hit, row.return_key);
+    EXPECT_EQ(escape_hit, row.escape_key);
+    EXPECT_EQ(delete_hit, row.delete_key);
+    push_key(row.symbol, false);
+    MACIBM_event_proc();
+    EXPECT_EQ(mnw.key_hit, 0);
+    EXPECT_EQ(mnw.key_held, 0);
+    EXPECT_EQ(return_hit + escape_hit + delete_hit, 0);
+  }
+}
+
+std::vector<PLT_key_event> keys_seen;
+int key_frames = 0;
+
+TEST_F(WindowFrame, AKeyComesWithWhatItTypes) {
+  keys_seen.clear();
+  key_frames = 0;
+  mnw_keys.event = [](const PLT_key_event& key) { keys_seen.push_back(key); };
+  mnw_keys.frame = [] { ++key_frames; };
+  push_key(SDLK_a, true, 0, KMOD_LSHIFT);
+  push_text("A");
+  push_key(SDLK_a, true, 1, KMOD_LSHIFT | KMOD_CAPS);
+  push_text("A");
+  push_key(SDLK_a, false);
+  push_key(SDLK_F1, true, 0, KMOD_RCTRL | KMOD_LALT);
+  push_motion(5, 5);
+  push_text("\xC3\xA9");  // from an input method: no key goes with it
+  MACIBM_event_proc();
+
+  ASSERT_EQ(keys_seen.size(), 5u);
+  EXPECT_STREQ(keys_seen[0].text, "A");
+  EXPECT_EQ(keys_seen[0].symbol, 'a');
+  EXPECT_EQ(keys_seen[0].scancode, SDL_SCANCODE_A);
+  EXPECT_EQ(keys_seen[0].modifiers, unsigned{plt_shift});
+  EXPECT_EQ(keys_seen[1].repeat, 1);
+  EXPECT_EQ(keys_seen[1].modifiers, unsigned{plt_shift | plt_caps_lock});
+  EXPECT_EQ(keys_seen[2].down, 0);
+  EXPECT_STREQ(keys_seen[2].text, "");
+  EXPECT_STREQ(keys_seen[3].text, "") << "the text of another key is not this one's";
+  EXPECT_EQ(keys_seen[3].modifiers, unsigned{plt_control | plt_alt});
+  EXPECT_EQ(keys_seen[4].symbol, 0);
+  EXPECT_STREQ(keys_seen[4].text, "\xC3\xA9");
+  EXPECT_EQ(key_frames, 1);
+  EXPECT_EQ(return_hit, 0) << "with a handler the flags are its business";
+}
+
+TEST_F(WindowFrame, TheWizardDoesNotSeeADialogsClick) {
+  int clicks = 0;
+  page_body = [&] { clicks += mnw.mouse_clicked; };
+  MACIBM_startwind(win_abort_alert, 0);
+  push_button(400, 300, true);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.mouse_clicked, 1);
+  EXPECT_EQ(page_calls, 0);
+  MACIBM_startwind(win_main, 0);
+  MACIBM_event_proc();
+  EXPECT_EQ(page_calls, 1);
+  EXPECT_EQ(clicks, 0);
+}
+
+TEST_F(WindowFrame, ClosingTheWindowQuitsOrClosesTheDialog) {
+  const struct {
+    const char* label;
+    int window;
+    bool quit;  // the session's end, and not the close button
+    int win_id, done;
+  } rows[] = {
+      {"close, wizard", win_main, false, win_main, 1},
+      {"close, settings", win_prefs, false, win_main, 0},
+      {"close, question", win_abort_alert, false, win_main, 0},
+      {"signal, wizard", win_main, true, win_main, 1},
+      {"signal, question", win_abort_alert, true, win_main, 1},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    app_done = 0;
+    MACIBM_startwind(row.window, 0);
+    if (row.quit) {
+      SDL_Event event = {};
+      event.type = SDL_QUIT;
+      SDL_PushEvent(&event);
+    } else {
+      push_window_event(SDL_WINDOWEVENT_CLOSE);
+    }
+    MACIBM_event_proc();
+    EXPECT_EQ(mnw.win_id, row.win_id);
+    EXPECT_EQ(mnw.modal_up, 0);
+    EXPECT_EQ(app_done, row.done);
+    EXPECT_EQ(page_calls, row.window == win_main ? 1 : 0) << "a dialog's loop comes back first";
+    page_calls = 0;
+  }
+}
+
+TEST_F(WindowFrame, AnExposedWindowKeepsTheKeyboardFocus) {
+  focus_id = 4711;
+  mnw.mouse_held = 1;
+  push_window_event(SDL_WINDOWEVENT_EXPOSED);
+  MACIBM_event_proc();
+  EXPECT_EQ(focus_id, 4711);
+  EXPECT_EQ(mnw.mouse_held, 1);
+  MACIBM_startwind(win_main, 0);
+  EXPECT_EQ(focus_id, 0) << "a change of window takes it";
+}
+
+int times_shown = 0;
+void (*real_swap)() = nullptr;
+
+TEST_F(WindowFrame, APageWithWorkRunsFasterThanThePictureIsShown) {
+  real_swap = PLT_swap_hook;
+  PLT_swap_hook = [] {
+    ++times_shown;
+    real_swap();
+  };
+  page_body = [] { frame_soon = frame_at_once; };
+  const auto run = [] {
+    times_shown = page_calls = 0;
+    const auto end = clock_type::now() + std::chrono::milliseconds(480);
+    while (clock_type::now() < end)
+      MACIBM_event_proc();
+  };
+  push_motion(5, 5);
+  run();
+  EXPECT_LE(times_shown, 31) << "sixty times a second after an input";
+  EXPECT_GE(times_shown, 3);
+  EXPECT_GT(page_calls, 2 * times_shown) << "frames between are not painted";
+  SDL_Delay(50);
+  run();
+  EXPECT_LE(times_shown, 12) << "twenty times a second for work";
+  EXPECT_GE(times_shown, 2);
+
+  // A frame with a click is shown whenever it comes.
+  const int shown = times_shown;
+  push_button(5, 5, true);
+  MACIBM_event_proc();
+  EXPECT_EQ(times_shown, shown + 1);
+}
+
+TEST_F(WindowFrame, AnIdlePageIsStillCalled) {
+  const auto run = [](int milliseconds) {
+    const auto end = clock_type::now() + std::chrono::milliseconds(milliseconds);
+    while (clock_type::now() < end)
+      MACIBM_event_proc();
+  };
+  run(700);
+  page_calls = 0;
+  run(500);
+  EXPECT_GE(page_calls, 4);
+  EXPECT_LE(page_calls, 12) << "ten times a second is enough";
+
+  page_body = [] { frame_soon = frame_in_a_tick; };
+  run(20);
+  page_calls = 0;
+  run(500);
+  EXPECT_GE(page_calls, 12);
+  EXPECT_LE(page_calls, 40) << "waiting for an answer is no reason to spin";
+}
+
+// A dialog that a page opens in a frame that is not painted must be seen all the same.
+TEST_F(WindowFrame, ADialogFromAnUnpaintedFrameIsPainted) {
+  constexpr int marker = 102;
+  colr.assign(marker, 1, 0, 1);
+  MACIBM_event_proc();
+  bool opened = false;
+  unsigned char rgb[3] = {};
+  page_body = [&] {
+    frame_soon = 1;
+    GLboolean culled = glIsEnabled(GL_CULL_FACE);
+    if (!culled || opened) return;
+    opened = true;
+    MACIBM_startwind(win_abort_alert, 0);
+    OGL_fillrect(marker, 1, 0, 0, 700, 206);
+    glReadPixels(400, 300, 1, 1, GL_RGB, GL_UNSIGNED_BYTE, rgb);
+    MACIBM_startwind(win_main, 0);
+  };
+  for (int i = 0; i < 200 && !opened; ++i)
+    MACIBM_event_proc();
+  ASSERT_TRUE(opened) << "no frame went unpainted";
+  EXPECT_EQ(rgb[0], 255);
+  EXPECT_EQ(rgb[1], 0);
+  EXPECT_EQ(rgb[2], 255);
+  EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+}
+
+void check_wake() {
+  std::thread other([] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    PLT_wake();
+  });
+  EXPECT_LT(milliseconds_of([] { PLT_wait_event(5000); }), 2000);
+  other.join();
+  PLT_event event;
+  while (PLT_next_event(&event))
+    EXPECT_EQ(event.kind, plt_woken);
+
+  // One that comes before the wait is not lost, and many are one.
+  for (int i = 0; i < 100000; ++i)
+    PLT_wake();
+  EXPECT_LT(milliseconds_of([] { PLT_wait_event(5000); }), 2000);
+  int woken = 0;
+  while (PLT_next_event(&event))
+    ++woken;
+  EXPECT_LE(woken, 1);
+  EXPECT_GE(milliseconds_of([] { PLT_wait_event(30); }), 25) << "nothing is left over";
+}
+
+TEST_F(WindowFrame, AWakeUpEndsTheWait) {
+  check_wake();
+}
+
+TEST(WindowNone, AWakeUpEndsTheWaitWithoutADisplayToo) {
+  check_wake();
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+// The program's own window, off the screen, as start-up makes it; and events for it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <SDL.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+struct wizard_screen;
+
+// A window of 800 by 600 with textures and palette, the main window up, no events waiting, and a
+// page that does `page_body` and counts its calls.
+class window_fixture : public testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  static int page_calls;
+  static std::function<void()> page_body;
+
+  // Empties the queue of what the window library sends of itself.
+  static void settle();
+  // The whole window as it is shown next, from the lowest row up; RGB.
+  static std::vector<unsigned char> next_shown(const std::function<void()>& frame);
+};
+
+// Events, in pixels of the window from its upper left.
+void push_motion(int x, int y);
+void push_button(int x, int y, bool down, int button = SDL_BUTTON_LEFT);
+void push_key(int symbol, bool down = true, int repeat = 0, int modifiers = 0);
+void push_text(const char* utf8);
+void push_window_event(int event);
+
+// What the log gets during `body`.
+std::string log_of(const std::function<void()>& body);
