@@ -10,6 +10,7 @@
 #include "Installer-f/utils_grab.h"
 #include "Installer-f/utils_select.h"
 #include "Installer-f/utils_servers.h"
+#include "corekit/GenC/hl_mnw.h"
 #include "corekit/OOPS_cpp/http.h"
 #include "corekit/OOPS_cpp/xtim.h"
 #include "corekit/Platform/PLT_system.h"
@@ -122,6 +123,7 @@ int check_servers(const check_flow& flow, int first_time, wizard_screen& screen)
   screen.back = flow.back;
   screen.next = nullptr;
   UTL_download_directory();
+  frame_soon = frame_in_a_tick;
 
   if (stg.server_count == -1) {
     screen.text = tr(flow.contacting);
@@ -181,5 +183,6 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
     if (used < frame_budget_us) grab_wait(static_cast<int>((frame_budget_us - used) / 1000));
   } while (PLT_microseconds() - start < frame_budget_us);
   show_transfer(flow, screen);
+  frame_soon = frame_at_once;
   return 0;
 }
