@@ -72,6 +72,7 @@ int main(int argc, char** argv) {
   log_folders();
   set_defaults();
   pref.IO_set(11, 0);
+  MACIBM_setupforlang();
   take_handed_over_path(argc, argv);
   locate_all_skyvanes();
 

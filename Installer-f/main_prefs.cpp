@@ -7,6 +7,7 @@
 #include "corekit/GenH/hl_app.h"
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/butn_value.h"
 #include "corekit/OOPS_cpp/http.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/pref.h"
@@ -20,6 +21,41 @@ std::string tr(const char* text) {
   return UTL_translate_string(text);
 }
 
+// There is no cancel: every edit takes effect at once. What is being fetched is not started anew.
+void edit_general() {
+  int system = stg.target_os - 1;
+  BTN_textlist(200, 310, &system, tr("Macintosh-Windows-Linux"),
+               tr("Operating System to download Skyvane for:|(Install and copy the entire Skyvane "
+                  "folder to another computer if you like)"));
+  stg.target_os = system + 1;
+
+  BTN_bool(30, 265, &stg.log_actions,
+           tr("|log installer actions... turn this on to output the installer file downloads and "
+              "stuff to the file log.txt."),
+           0);
+  BTN_bool(30, 190, &stg.beta_flag,
+           tr("|get the new beta as a demo if available.  Leave this off unless you want to "
+              "participate in the Skyvane beta program!"),
+           0);
+  int by_hand = stg.stream_count != 0;
+  BTN_bool(30, 150, &by_hand,
+           tr("|manually set the number of download streams... typically leave this OFF, and the "
+              "installer will find the best number of streams for you."),
+           0);
+  if (by_hand) {
+    BTN_int_range(400, 150, &stg.stream_count, 1, 1, 4, tr("number of download streams"));
+  } else {
+    stg.stream_count = 0;
+  }
+}
+
+void edit_proxy() {
+  BTN_enterstring(85, 40, &http._proxy_host, proxy_limit, tr("-proxy host"), 455, 1);
+  BTN_enterstring(85, 20, &http._proxy_port, proxy_limit, tr("-proxy port"), 455, 1);
+  // An empty port leaves the number as it was.
+  if (!http._proxy_port.empty()) http._proxy_port_int = str_to_int(http._proxy_port);
+}
+
 }  // namespace
 
 void handle_prefs() {
@@ -31,19 +67,8 @@ void handle_prefs() {
     BTN_subwin(0, 13, -1, -1, -1, 70, tr("Proxy (if you are behind a firewall with a Proxy)"), &x,
                &y);
     BTN_subwin(0, 13, -1, y, -1, -1, tr("General Preferences"), &x, &y);
-
-    BTN_bool(30, 265, &stg.log_actions,
-             tr("|log installer actions... turn this on to output the installer file downloads and "
-                "stuff to the file log.txt."),
-             0);
-    BTN_bool(30, 190, &stg.beta_flag,
-             tr("|get the new beta as a demo if available.  Leave this off unless you want to "
-                "participate in the Skyvane beta program!"),
-             0);
-    BTN_enterstring(85, 40, &http._proxy_host, proxy_limit, tr("-proxy host"), 455, 1);
-    BTN_enterstring(85, 20, &http._proxy_port, proxy_limit, tr("-proxy port"), 455, 1);
-    // An empty port leaves the number as it was.
-    if (!http._proxy_port.empty()) http._proxy_port_int = str_to_int(http._proxy_port);
+    edit_general();
+    edit_proxy();
     MACIBM_event_proc();
   }
 }

@@ -17,6 +17,7 @@
 #include "corekit/GenH/hl_math.h"
 #include "corekit/GenH/hl_types.h"
 #include "corekit/OOPS_cpp/exce.h"
+#include "corekit/OOPS_cpp/keys.h"
 #include "corekit/OOPS_cpp/pref.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_window.h"
@@ -109,7 +110,10 @@ void MACIBM_finishup(int save) {
   const bool may_close = !THREAD_is_inited() || THREAD_is_main_thread();
   if (save) {
     // A frame-rate test leaves no trace in the user's settings.
-    if (!cmdline.has_option("--fps_test")) pref.IO_set(11, 1);
+    if (!cmdline.has_option("--fps_test")) {
+      pref.IO_set(11, 1);
+      keys.keys_io(1);
+    }
     THREAD_shutdown();
   }
   if (may_close) {

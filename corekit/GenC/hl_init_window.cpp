@@ -21,6 +21,7 @@
 #include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/colr.h"
 #include "corekit/OOPS_cpp/g_tex.h"
+#include "corekit/OOPS_cpp/keys.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/tman.h"
 #include "corekit/TEX/TEX_utils.h"
@@ -111,6 +112,7 @@ void init_window() {
   OGL_nrml_colors();
   MACIBM_clear_menus(1);
   MACIBM_startwind(win_none, 0);
+  keys.start();
   OGL_pix_specs();
   ogl_inited = 1;
   if (mnw.language < 0) {

@@ -151,11 +151,11 @@ TEST_F(WindowAlert, AFatalOneShowsItsSourceAndEndsTheProgram) {
 TEST_F(WindowAlert, TheLanguageChooserSetsTheLanguage) {
   mnw.language = 0;
   std::thread user([] {
-    SDL_Delay(60);
+    SDL_Delay(250);
     click(185, 163);  // the second of three
-    SDL_Delay(60);
+    SDL_Delay(250);
     click(185, 143);  // the third
-    SDL_Delay(120);
+    SDL_Delay(250);
     click(210, 18);
   });
   const std::string log =
@@ -187,9 +187,9 @@ TEST_F(WindowAlert, TheQuestionHasTwoOrThreeAnswers) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
     std::thread user([&row] {
-      SDL_Delay(40);
+      SDL_Delay(100);
       push_button(250 + row.x, 600 - (217 + row.y), true);
-      SDL_Delay(200);
+      SDL_Delay(400);
       if (row.answer == 0) push_button(250 + 265, 600 - (217 + 60), true);
     });
     EXPECT_EQ(MACIBM_nuke_alert("page.txt", row.offer_third), row.answer ? row.answer : 1);

@@ -76,6 +76,8 @@ void window_fixture::SetUp() {
   init_window();
   ASSERT_EQ(ogl_inited, 1);
   MACIBM_startwind(win_main, 0);
+  MACIBM_event_proc();  // the process's first frame sets the window up once more
+  page_calls = 0;
   settle();
 }
 

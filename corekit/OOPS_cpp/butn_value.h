@@ -1,0 +1,108 @@
+// Widgets that edit a caller's variable in place: numbers, characters, text, choices, sliders; and
+// the list and file dialogs made of them. As in butn.h a widget is called once a frame, draws,
+// takes the frame's mouse and keys, and returns non-zero in a frame in which the value changed or
+// the user is at work on it. Without a window it does nothing and returns 0.
+//
+// Main thread only.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// --- numbers -------------------------------------------------------------------------------------
+// Digits in cells 10 units wide, `decimals` of them behind the point. Arrows above and below each
+// cell step it; a click on a cell, or Tab, takes the keyboard: digits overwrite, left and right
+// move the cursor, up and down step, "+" and "-" set the sign. Each frame the value is clamped and
+// then rounded to its decimals, so that one out of range is corrected just by showing it.
+int BTN_flt_range(float x, float y, float* value, int digits, int decimals, float low, float high,
+                  const std::string& label);
+// Limits from the digit count.
+int BTN_flt(float x, float y, float* value, int digits, int decimals, int allow_negative,
+            const std::string& label);
+int BTN_int(float x, float y, int* value, int digits, int allow_negative, const std::string& label);
+int BTN_int_range(float x, float y, int* value, int digits, float low, float high,
+                  const std::string& label);
+// Works on a float, and so with its precision; written back only when it changed.
+int BTN_dob_range(float x, float y, double* value, int digits, int decimals, float low, float high,
+                  const std::string& label);
+// By place in a grid of 75 by 50 units.
+int BTN_fltij(float i, float j, float* value, int digits, int decimals, int allow_negative,
+              const std::string& label);
+int BTN_flt_rangeij(float i, float j, float* value, int digits, int decimals, float low, float high,
+                    const std::string& label);
+void BTN_display_number(float x, float y, float value, int digits, int decimals,
+                        const std::string& label);
+// Two numbers in degrees, labelled "lat:" and "lon:", beside each other from (x, y).
+int enter_lat_lon(float* lat, float* lon, float x, float y, int decimals);
+
+// --- characters and text -------------------------------------------------------------------------
+// A wheel for each of `length` characters: blank, digits, capital letters, "-". `text` need not end
+// in NUL.
+int BTN_chars(float x, float y, char* text, int length, const std::string& label);
+// The text field of butn.h on a buffer of `max_length` bytes, NUL included. Fatal alert if what is
+// in it does not end there.
+int BTN_enterstring(float x, float y, char* text, int max_length, const std::string& label,
+                    float dx, int auto_focus);
+
+// Offers a key that the focused widget has refused to the text field, if that is what has the
+// focus: 1 if it is one of the field's own (copy, cut, paste, select all). For the key handler.
+int BTN_text_shortcut(int vkey, int flags);
+
+// --- choices and sliders -------------------------------------------------------------------------
+// A popup list. Each item starts with "|"; one that begins "-" is a separator, and counts. A text
+// without any "|" is taken as items joined by "-". *value is the index of the item shown. The box
+// begins at x and is as wide as its widest item asks.
+int BTN_textlist(float x, float y, int* value, const std::string& items, const std::string& label);
+float BTN_textlist_width(const std::string& items);
+
+// A scroll bar, `low` at its top; y_low + y_high must be even. `index` 0 to 3 tells bars of one
+// window apart. Returns 1 while the thumb is dragged.
+int BTN_vert_slider(int index, float x, float y_low, float y_high, int low, int high, int* value);
+// A level control. `col` colours the filled part; 12 leaves it out. Returns 1 while dragged.
+int BTN_horz_slider(float x, float y, float dx, int col, float low, float high, float* value,
+                    int enabled, const std::string& label, const std::string& tip);
+
+// --- lists ---------------------------------------------------------------------------------------
+enum list_result : int {
+  list_nothing = 0,
+  list_moved = 1,   // the selection changed
+  list_chosen = 2,  // the selected row was double clicked, or Return pressed on it
+};
+// Rows of names (`types` beside them: 1 is a folder; may be null) with a scroll bar, and, unless
+// `search` is null, a search field below: while its text changes the first name that begins with it
+// is selected. *top is the first row shown, *selected the selected one or -1; both are kept in
+// range. `mode` 1 gives the list the keyboard when nothing has it.
+int BTN_list_and_search(int slider_index, float x, float y, float dx, float dy, int* top,
+                        int* selected, int mode, std::string* search,
+                        const std::vector<std::string>& names, const std::vector<int>* types);
+// Index of the first name that begins with `text`, whatever the case; -1 if none does.
+int BTN_list_match(const std::vector<std::string>& names, const std::string& text);
+
+// --- paths and files -----------------------------------------------------------------------------
+inline constexpr int file_type_limit = 21;    // the greatest file type
+inline constexpr int file_type_folder = 19;   // folders only
+inline constexpr int file_type_prefix = 20;   // these two show and edit
+inline constexpr int file_type_command = 21;  //   the whole path
+
+// A folder button and a field for the last part of *path (types 20 and 21: for all of it).
+// `open_save` is win_file_open or win_file_save, `file_type` 0 to 21; others are fatal alerts. The
+// button asks for a folder and blocks inside the frame. 1 if *path changed.
+int BTN_select_path_stl(float x, float y, int open_save, int file_type, std::string* path,
+                        int max_length, const std::string& label, float dx, int auto_focus);
+// The same on buffers of `max_length` bytes, NUL included; fatal alert for a text that does not
+// fit.
+int BTN_select_path_chr(float x, float y, int open_save, int file_type, char* path, int max_length,
+                        const std::string& label, float dx, int auto_focus);
+// *name receives the last part of the path.
+int BTN_select_file_chr(float x, float y, int open_save, int file_type, char* path,
+                        std::string* name, int max_length, const std::string& label, float dx);
+
+// The program's own browser, in window `open_save`. It starts at *path (a folder that ends in "/",
+// or a file; a part that is not there is left out) and returns 1 with what the user chose, or 0
+// with *path as it was. `file_type` 19 chooses a folder (which ends in "/"), others a file. Modal.
+int BTN_opensave(int open_save, int file_type, std::string* path);
+int BTN_opensave(int open_save, int file_type, std::string* path, const std::string& prompt,
+                 const std::string& action);
+
+// The browser's background, and in the open window with types 3, 8 or 20 a preview of `path`.
+void stand_io_dialog(int open_save, int file_type, const std::string& path);

@@ -1,0 +1,16 @@
+// Text at the border to the desktop: the program's is ISO Latin-1, a byte a character, the
+// desktop's is UTF-8. Any thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Latin-1 of a UTF-8 text. A character that has no byte there, and each byte that is no valid
+// UTF-8, becomes `stand_in`; 0 leaves it out.
+std::string PLT_latin1_from_utf8(std::string_view utf8, char stand_in);
+
+// UTF-8 of a Latin-1 text: every byte is a character, so the way there and back loses nothing.
+std::string PLT_utf8_from_latin1(std::string_view latin1);
+
+// Whether the bytes are UTF-8 throughout.
+bool PLT_is_utf8(std::string_view bytes);

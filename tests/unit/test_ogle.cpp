@@ -1,0 +1,569 @@
+// The text editor against a simple model of it, and case by case.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "corekit/OOPS_cpp/ogle.h"
+
+namespace {
+
+constexpr float line_height = 10, view_dx = 60, view_dy = 35, view_left = 100, view_bottom = 200;
+
+// Uneven widths; line breaks and one letter have none.
+float width_of(char c) {
+  if (c == '\n' || c == '\r' || c == 'o') return 0;
+  return static_cast<float>(1 + static_cast<unsigned char>(c) % 5);
+}
+
+bool is_space(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+// A page with a text of its own, wrapped at `wrap`, that records what is drawn.
+class page : public OGLE {
+ public:
+  explicit page(float wrap_dx) : wrap(wrap_dx) {}
+
+  std::string text;
+  float wrap, scroll_x = 0, scroll_y = 0, height = 0;
+  std::string drawn;
+
+  OGLE_Rec& record() { return *rec; }
+  void put(const std::string& s) {
+    text = s;
+    Repaginate();
+  }
+  std::string lines() {
+    std::string all;
+    for (size_t i = 0; i < rec->line_starts.size(); ++i) {
+      const size_t start = static_cast<size_t>(rec->line_starts[i]);
+      const size_t end = i + 1 < rec->line_starts.size()
+                             ? static_cast<size_t>(rec->line_starts[i + 1])
+                             : text.size();
+      all += "[" + text.substr(start, end - start) + "]";
+    }
+    std::replace(all.begin(), all.end(), '\n', '$');
+    std::replace(all.begin(), all.end(), '\r', '%');
+    return all;
+  }
+  // Such as "ab[cd>ef": the active end is the one with the arrow.
+  std::string shown() {
+    int start, end;
+    GetSelection(&start, &end);
+    std::string s = text;
+    std::replace(s.begin(), s.end(), '\n', '$');
+    s.insert(static_cast<size_t>(end), rec->end_is_active ? ">" : "]");
+    s.insert(static_cast<size_t>(start), rec->end_is_active ? "[" : "<");
+    return s;
+  }
+
+ protected:
+  void GetVisibleBounds(OGLE_Bounds* b) override {
+    *b = {view_left, view_bottom, view_left + view_dx, view_bottom + view_dy};
+  }
+  void GetLogicalBounds(OGLE_Bounds* b) override {
+    // The text's top is at the view's top while nothing is scrolled.
+    const float top = view_bottom + view_dy - scroll_y, dy = std::max(height, view_dy);
+    *b = {view_left - scroll_x, top - dy, view_left - scroll_x + wrap, top};
+    bottom_at_rest = view_bottom + view_dy - dy;
+  }
+  void SetLogicalHeight(float dy) override { height = dy; }
+  void ScrollTo(float x, float y) override {
+    scroll_x = x;
+    // The editor counts from the text's bottom, the page from its top.
+    scroll_y = y - (view_bottom - bottom_at_rest);
+  }
+  void GetText(const char** begin, const char** end) override {
+    *begin = text.data();
+    *end = text.data() + text.size();
+  }
+  void ReplaceText(int start, int end, const char* b, const char* e) override {
+    ASSERT_LE(0, start);
+    ASSERT_LE(start, end);
+    ASSERT_LE(end, static_cast<int>(text.size()));
+    text.replace(static_cast<size_t>(start), static_cast<size_t>(end - start), std::string(b, e));
+  }
+  float GetLineHeight() override { return line_height; }
+  float MeasureString(const char* b, const char* e) override {
+    EXPECT_LE(text.data(), b);
+    EXPECT_LE(b, e);
+    EXPECT_LE(e, text.data() + text.size());
+    float dx = 0;
+    for (; b < e; ++b)
+      dx += width_of(*b);
+    return dx;
+  }
+  int FitStringFwd(const char* b, const char* e, float dx) override {
+    const char* at = b;
+    while (at != e && dx > 0)
+      dx -= width_of(*at++);
+    return static_cast<int>(at - b);
+  }
+  int FitStringRev(const char* b, const char* e, float dx) override {
+    const char* at = e;
+    while (at != b && dx > 0)
+      dx -= width_of(*--at);
+    return static_cast<int>(e - at);
+  }
+  void DrawString(const char* b, const char* e, float x, float y) override {
+    drawn += "'" + std::string(b, e) + "'" + at(x, y) + " ";
+  }
+  void DrawSelection(const OGLE_Bounds& b) override {
+    drawn +=
+        (b.left == b.right ? "caret" : "box") + at(b.left, b.bottom) + at(b.right, b.top) + " ";
+  }
+  const char* WordBreak(const char* b, const char* e) override {
+    return std::find_if(std::find_if_not(b, e, is_space), e, is_space);
+  }
+
+ private:
+  float bottom_at_rest = 0;
+  static std::string at(float x, float y) {
+    return "(" + std::to_string(std::lround(x - view_left)) + "," +
+           std::to_string(std::lround(y - view_bottom)) + ")";
+  }
+};
+
+// --- the model -----------------------------------------------------------------------------------
+
+struct model {
+  std::string text;
+  int start = 0, end = 0;
+  bool end_active = true;
+  float column = -1, wrap;
+
+  int size() const { return static_cast<int>(text.size()); }
+  float width(int from, int to) const {
+    float dx = 0;
+    for (int i = from; i < to; ++i)
+      dx += width_of(text[static_cast<size_t>(i)]);
+    return dx;
+  }
+  int skip(int at, bool spaces, bool breaks) const {
+    const auto go = [&](char c) {
+      const bool is_break = c == '\n' || c == '\r';
+      return spaces ? is_space(c) && (breaks || !is_break) : !is_space(c);
+    };
+    while (at < size() && go(text[static_cast<size_t>(at)]))
+      ++at;
+    return at;
+  }
+  int end_of_line(int from) const {
+    for (int at = from;;) {
+      const int gap = skip(at, true, false);
+      if (gap == size()) return gap;
+      if (is_space(text[static_cast<size_t>(gap)])) return gap + 1;
+      const int word = skip(gap, false, false);
+      if (width(from, word) > wrap) return std::max(gap, from + 1);
+      if (word == size()) return word;
+      at = word;
+    }
+  }
+  std::vector<int> lines() const {
+    std::vector<int> starts = {0};
+    for (int at = 0; at < size();) {
+      at = end_of_line(at);
+      if (at < size()) starts.push_back(at);
+    }
+    return starts;
+  }
+  int line_of(int position) const {
+    int line = 0;
+    const std::vector<int> starts = lines();
+    while (line + 1 < static_cast<int>(starts.size()) &&
+           starts[static_cast<size_t>(line) + 1] <= position)
+      ++line;
+    return line;
+  }
+  int fit(int line, float dx) const {
+    const std::vector<int> starts = lines();
+    const bool last = line + 1 == static_cast<int>(starts.size());
+    const int from = starts[static_cast<size_t>(line)];
+    const int to = last ? size() : starts[static_cast<size_t>(line) + 1] - 1;
+    int at = from;
+    while (at < to && dx > 0)
+      dx -= width_of(text[static_cast<size_t>(at++)]);
+    return at;
+  }
+  int point(float x, float y) const {  // from the text's upper left corner, y downward
+    const int line = static_cast<int>(std::floor(y / line_height));
+    if (line < 0) return 0;
+    if (line >= static_cast<int>(lines().size())) return size();
+    return fit(line, std::clamp(x, 0.0f, wrap));
+  }
+  int vertical(int position, int dir) {
+    const int line = line_of(position);
+    if (column == -1) column = width(lines()[static_cast<size_t>(line)], position);
+    if (line + dir < 0) return 0;
+    if (line + dir >= static_cast<int>(lines().size())) return size();
+    return fit(line + dir, column);
+  }
+  void settle() {
+    if (end < start) {
+      std::swap(start, end);
+      end_active = !end_active;
+    }
+    start = std::clamp(start, 0, size());
+    end = std::clamp(end, 0, size());
+  }
+  void replace(const std::string& with) {
+    text.replace(static_cast<size_t>(start), static_cast<size_t>(end - start), with);
+    start = end = start + static_cast<int>(with.size());
+    end_active = true;
+  }
+  void key(int ch, bool shift) {
+    if (ch != 30 && ch != 31) column = -1;
+    int& active = end_active ? end : start;
+    int& passive = end_active ? start : end;
+    const int dir = ch == 28 || ch == 30 ? -1 : 1;
+    if (ch == 8) {
+      if (start == end && start > 0) --start;
+      replace("");
+      return;
+    }
+    if (ch < 28 || ch > 31) return replace(std::string(1, static_cast<char>(ch)));
+    const bool up_down = ch >= 30;
+    if (shift) {
+      if (up_down) {
+        passive = vertical(passive, dir);
+      } else {
+        active += dir;
+      }
+    } else if (start != end) {
+      start = end = dir < 0 ? start : end;
+    } else {
+      start = end = up_down ? vertical(start, dir) : start + dir;
+    }
+    settle();
+  }
+  void edit_outside(int from, int to, const std::string& with) {
+    text.replace(static_cast<size_t>(from), static_cast<size_t>(to - from), with);
+    const int delta = static_cast<int>(with.size()) - (to - from);
+    if (to <= start && from <= start) {
+      start += delta;
+      end += delta;
+    } else if (from <= start) {
+      end += delta;
+      if (end < start) start = end = std::max(start + delta, from);
+    }
+    settle();
+  }
+};
+
+void expect_same(page& p, const model& m) {
+  int start, end;
+  p.GetSelection(&start, &end);
+  ASSERT_EQ(p.text, m.text);
+  ASSERT_EQ(start, m.start);
+  ASSERT_EQ(end, m.end);
+  ASSERT_EQ(p.record().end_is_active != 0, m.end_active);
+  const std::vector<int> starts = m.lines();
+  ASSERT_EQ(std::vector<int>(p.record().line_starts.begin(), p.record().line_starts.end()), starts);
+  ASSERT_EQ(p.height, static_cast<float>(starts.size()) * line_height);
+}
+
+// The active end is in view, by the edge of its line that it moves towards.
+void expect_revealed(page& p, const model& m) {
+  const int at = m.end_active ? m.end : m.start, line = m.line_of(at);
+  const float x = m.width(m.lines()[static_cast<size_t>(line)], at) - p.scroll_x;
+  const float y =
+      view_dy - p.scroll_y - static_cast<float>(line + (m.end_active ? 0 : 1)) * line_height;
+  ASSERT_GE(x, 0);
+  ASSERT_LE(x, view_dx);
+  ASSERT_GE(y, 0);
+  ASSERT_LE(y, view_dy);
+}
+
+std::string random_text(std::mt19937& random) {
+  static const char letters[] = "abcdefgo  \n\n\r\tMW";
+  std::string s(random() % 12, ' ');
+  for (char& c : s)
+    c = letters[random() % (sizeof letters - 1)];
+  return s;
+}
+
+// One operation on both; whether it ends by bringing the active end into view.
+bool operate(page& p, model& m, std::mt19937& random) {
+  static const int keys[] = {8,  8,   28,  29,  30,  31,  28,   29,  30,
+                             31, 'a', 'b', 'o', 'W', ' ', '\n', 0xE9};
+  const bool flag = random() % 3 == 0;
+  switch (random() % 10) {
+    case 0:
+    case 1: {
+      const float x = static_cast<float>(random() % 120) - 20,
+                  y = static_cast<float>(random() % 80) - 20;
+      const float screen_x = view_left - p.scroll_x + x;
+      const float screen_y = view_bottom + view_dy - p.scroll_y - y;
+      const int at = m.point(x, y);
+      m.column = -1;
+      if (random() % 2) {
+        (m.end_active ? m.end : m.start) = at;
+        p.Drag(screen_x, screen_y);
+      } else {
+        if (!flag) m.start = at;
+        const bool before = at < m.start;
+        (before ? m.start : m.end) = at;
+        m.end_active = !before;
+        p.Click(screen_x, screen_y, flag);
+      }
+      m.settle();
+      return true;
+    }
+    case 2: {
+      const int a = static_cast<int>(random() % (m.text.size() + 1));
+      const int b = static_cast<int>(random() % (m.text.size() + 1));
+      const std::string with = m.size() > 150 ? "" : random_text(random);
+      m.edit_outside(std::min(a, b), std::max(a, b), with);
+      p.DoReplaceText(std::min(a, b), std::max(a, b), with.data(), with.data() + with.size());
+      return false;
+    }
+    case 3:
+      m.start = static_cast<int>(random() % 60) - 10;
+      m.end = static_cast<int>(random() % 60) - 10;
+      p.SetSelection(m.start, m.end);
+      m.settle();
+      return false;
+    default: {
+      const int key = keys[random() % std::size(keys)];
+      const bool at_start = key == 8 && m.start == 0 && m.end == 0;
+      m.key(key, flag);
+      p.Key(key, flag);
+      return !at_start;
+    }
+  }
+}
+
+void run(unsigned seed, float wrap, int steps) {
+  SCOPED_TRACE("seed " + std::to_string(seed) + " wrap " + std::to_string(wrap));
+  std::mt19937 random(seed);
+  page p(wrap);
+  model m;
+  m.wrap = wrap;
+  p.Repaginate();
+  for (int step = 0; step < steps; ++step) {
+    SCOPED_TRACE("step " + std::to_string(step));
+    const bool reveals = operate(p, m, random);
+    ASSERT_NO_FATAL_FAILURE(expect_same(p, m));
+    if (reveals) {
+      ASSERT_NO_FATAL_FAILURE(expect_revealed(p, m));
+    }
+    if (step % 16 == 0) p.Draw(1);
+    p.drawn.clear();
+  }
+}
+
+}  // namespace
+
+TEST(Ogle, AgreesWithAModelOverManyOperations) {
+  // 120,000 operations; pages narrower and wider than their view, and one that never wraps.
+  for (unsigned seed = 1; seed <= 40 && !HasFatalFailure(); ++seed)
+    run(seed,
+        seed % 4 == 0   ? 1024.0f
+        : seed % 4 == 1 ? 12.0f
+        : seed % 4 == 2 ? 45.0f
+                        : 90.0f,
+        3000);
+}
+
+TEST(Ogle, LinesBreakAtWordsAndBreaks) {
+  // Widths: a 3, b 4, c 5, d 1, blank 3.
+  const struct {
+    const char* label;
+    const char* text;
+    float wrap;
+    const char* lines;
+  } rows[] = {
+      {"empty", "", 20, "[]"},
+      {"fits exactly", "aa aa", 15, "[aa aa]"},
+      {"one too wide", "aa aa", 14.9f, "[aa ][aa]"},
+      {"blanks stay with the line", "aa    aa", 9, "[aa    ][aa]"},
+      {"blanks never overflow", "aa      ", 7, "[aa      ]"},
+      {"leading blanks", "   aa", 8, "[   ][aa]"},
+      {"overlong word", "aaaa b", 9, "[a][aaa ][b]"},
+      {"wider than any byte", "cc", 4, "[c][c]"},
+      {"a break", "a\na", 99, "[a$][a]"},
+      {"at the end, no empty line", "a\n", 99, "[a$]"},
+      {"two", "a\n\na", 99, "[a$][$][a]"},
+      {"both bytes count", "a\r\na", 99, "[a%][$][a]"},
+      {"blanks before a break", "a  \na", 4, "[a  $][a]"},
+      {"only a break", "\n", 99, "[$]"},
+  };
+  for (const auto& row : rows) {
+    page p(row.wrap);
+    p.put("stale\nlines\nof before");
+    p.put(row.text);
+    EXPECT_EQ(p.lines(), row.lines) << row.label;
+  }
+}
+
+TEST(Ogle, KeysFollowTheirTable) {
+  constexpr int back = 8, left = 28, right = 29, up = 30, down = 31;
+  const struct {
+    const char* label;
+    const char* text;
+    int start, end;
+    std::vector<int> keys;  // negative: with Shift
+    const char* after;
+  } rows[] = {
+      {"backspace at the start", "abc", 0, 0, {back}, "[>abc"},
+      {"backspace", "abc", 2, 2, {back}, "a[>c"},
+      {"backspace on a selection", "abcd", 1, 3, {back}, "a[>d"},
+      {"typing replaces", "abcd", 1, 3, {'x'}, "ax[>d"},
+      {"left at 0 stays", "abc", 0, 0, {left}, "[>abc"},
+      {"right at the end stays", "abc", 3, 3, {right}, "abc[>"},
+      {"left collapses to the start", "abcd", 1, 3, {left}, "a[>bcd"},
+      {"right collapses to the end", "abcd", 1, 3, {right}, "abc[>d"},
+      {"up collapses to the start", "abcd", 1, 3, {up}, "a[>bcd"},
+      {"down collapses to the end", "abcd", 1, 3, {down}, "abc[>d"},
+      {"up on the first line", "abc", 2, 2, {up}, "[>abc"},
+      {"down on the last line", "abc", 1, 1, {down}, "abc[>"},
+      {"shift right", "abc", 1, 1, {-right, -right}, "a[bc>"},
+      {"shift left turns round", "abc", 2, 2, {-left}, "a<b]c"},
+      {"and goes on at its start", "abcd", 3, 3, {-left, -left}, "a<bc]d"},
+      {"and back over itself", "abcd", 2, 2, {-left, -right, -right}, "ab[c>d"},
+      {"shift backspace is the same", "abc", 2, 2, {-back}, "a[>c"},
+      {"shift up moves the passive end", "aa\naa", 4, 5, {-up}, "a[a$aa>"},
+      {"shift down likewise, past the other end", "aa\naa", 0, 1, {-down}, "a<a$]aa"},
+  };
+  for (const auto& row : rows) {
+    page p(1000);
+    p.put(row.text);
+    p.SetSelection(row.start, row.end);
+    for (const int key : row.keys)
+      p.Key(std::abs(key), key < 0);
+    EXPECT_EQ(p.shown(), row.after) << row.label;
+  }
+}
+
+TEST(Ogle, UpAndDownKeepTheirColumn) {
+  page p(1000);
+  p.put("aaaaaa\na\n\naaaaaa");
+  p.SetSelection(4, 4);
+  p.Key(31, 0);
+  EXPECT_EQ(p.shown(), "aaaaaa$a[>$$aaaaaa") << "a short line holds the caret at its end";
+  p.Key(31, 0);
+  EXPECT_EQ(p.shown(), "aaaaaa$a$[>$aaaaaa");
+  p.Key(31, 0);
+  EXPECT_EQ(p.shown(), "aaaaaa$a$$aaaa[>aa") << "and the column is back";
+  for (int i = 0; i < 3; ++i)
+    p.Key(30, 0);
+  EXPECT_EQ(p.shown(), "aaaa[>aa$a$$aaaaaa");
+  p.Key(31, 0);
+  p.Key(28, 0);  // another key forgets it
+  p.Key(30, 0);
+  EXPECT_EQ(p.shown(), "[>aaaaaa$a$$aaaaaa");
+}
+
+TEST(Ogle, TheMousePlacesAndExtends) {
+  // aa wide 6; the top of the first line is at view_bottom + view_dy.
+  const float top = view_bottom + view_dy;
+  const struct {
+    const char* label;
+    float x, y;  // from the upper left
+    int position;
+  } rows[] = {
+      {"left of the text", -5, 5, 0},
+      {"on the edge of a byte", 3, 5, 1},
+      {"just beyond it", 3.1f, 5, 2},
+      {"behind a line's end", 50, 5, 3},
+      {"second line", 0, 15, 4},
+      {"its foot", 2, 19.9f, 5},
+      {"above", 3, -1, 0},
+      {"below all", 3, 20.1f, 7},
+  };
+  for (const auto& row : rows) {
+    page p(1000);
+    p.put("aaa\naaa");
+    p.Click(view_left + row.x, top - row.y, 0);
+    int start, end;
+    p.GetSelection(&start, &end);
+    EXPECT_EQ(start, row.position) << row.label;
+    EXPECT_EQ(end, row.position) << row.label;
+  }
+  page p(1000);
+  p.put("aaaaaa");
+  p.Click(view_left + 9, top - 5, 0);
+  p.Drag(view_left + 3, top - 5);
+  EXPECT_EQ(p.shown(), "a<aa]aaa");
+  p.Drag(view_left + 15, top - 5);
+  EXPECT_EQ(p.shown(), "aaa[aa>a") << "the end that does not move stays";
+  p.Click(view_left + 3, top - 5, 1);
+  EXPECT_EQ(p.shown(), "a<aaaa]a");
+  p.Click(view_left + 18, top - 5, 1);
+  EXPECT_EQ(p.shown(), "a[aaaaa>");
+}
+
+TEST(Ogle, AnEditFromOutsideKeepsTheSelection) {
+  const struct {
+    const char* label;
+    int from, to;
+    const char* with;
+    const char* after;  // of "abcdef" with "cd" selected
+  } rows[] = {
+      {"before", 0, 1, "XY", "XYb[cd>ef"},
+      {"right before", 1, 2, "", "a[cd>ef"},
+      {"an insertion at its start", 2, 2, "X", "abX[cd>ef"},
+      {"within", 3, 3, "X", "ab[cX>def"},
+      {"behind", 4, 6, "", "ab[cd>"},
+      {"over its start", 1, 3, "", "ad[>ef"},
+      {"over all of it", 0, 6, "", "[>"},
+      {"over all, longer", 0, 6, "123456789", "12[34567>89"},
+  };
+  for (const auto& row : rows) {
+    page p(1000);
+    p.put("abcdef");
+    p.SetSelection(2, 4);
+    const std::string with = row.with;
+    p.DoReplaceText(row.from, row.to, with.data(), with.data() + with.size());
+    EXPECT_EQ(p.shown(), row.after) << row.label;
+  }
+}
+
+TEST(Ogle, DrawsLinesSelectionAndCaret) {
+  page p(1000);
+  p.put("aaa\nbbb\nccc\nddd\neee");  // rows of 35 units: three whole and a half
+  p.SetSelection(1, 9);
+  p.Draw(1);
+  // From the byte on, across the view, and up to the byte; the text over it, no caret.
+  EXPECT_EQ(p.drawn,
+            "box(3,25)(60,35) box(0,15)(60,25) box(0,5)(5,15) "
+            "'aaa\n'(0,25) 'bbb\n'(0,15) 'ccc\n'(0,5) 'ddd\n'(0,-5) ");
+  const struct {
+    const char* label;
+    int at, active;
+    const char* caret;
+  } rows[] = {
+      {"in a line", 2, 1, "caret(6,25)(6,35) "},
+      {"on a boundary, the later line", 4, 1, "caret(0,15)(0,25) "},
+      {"not active", 2, 0, ""},
+      {"out of view", 17, 1, ""},
+  };
+  for (const auto& row : rows) {
+    p.drawn.clear();
+    p.SetSelection(row.at, row.at);
+    p.Draw(row.active);
+    const size_t caret = p.drawn.find("caret");
+    EXPECT_EQ(caret == std::string::npos ? "" : p.drawn.substr(caret), row.caret) << row.label;
+  }
+  page empty(1000);
+  empty.put("");
+  empty.Draw(1);
+  EXPECT_EQ(empty.drawn, "''(0,25) caret(0,25)(0,35) ") << "an empty text has its caret too";
+}
+
+TEST(Ogle, TableAndRecord) {
+  OGLE_Destroy(nullptr);
+  int mine = 0;
+  OGLE_Rec* rec = OGLE_Create(OGLE_Callbacks(), &mine);
+  EXPECT_EQ(OGLE_GetRef(rec), &mine);
+  EXPECT_TRUE(rec->line_starts.empty());
+  EXPECT_EQ(rec->end_is_active, 1);
+  EXPECT_EQ(rec->caret_column, -1);
+  OGLE_GetSelection(rec, nullptr, nullptr);
+  OGLE_Destroy(rec);
+}

@@ -1,0 +1,317 @@
+// The desktop's folder window, played by small scripts that stand on PATH in its place.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_picker.h"
+#include "corekit/Platform/PLT_system.h"
+#include "tests/unit/gl_fixture.h"
+
+namespace {
+
+// A PATH of one folder, with the scripts that a test puts there.
+class fake_desktop {
+ public:
+  fake_desktop() {
+    std::string pattern = testing::TempDir() + "pickerXXXXXX";
+    folder = std::string(mkdtemp(pattern.data())) + '/';
+    if (const char* path = getenv("PATH")) old_path = path;
+    setenv("PATH", folder.c_str(), 1);
+  }
+  ~fake_desktop() {
+    PLT_picker_cancel();
+    setenv("PATH", old_path.c_str(), 1);
+    PLT_remove_tree(folder);
+  }
+
+  void put(const std::string& name, const std::string& script) const {
+    const std::string path = folder + name;
+    std::ofstream(path) << "#!/bin/sh\nPATH=/usr/bin:/bin\nme='" << folder << "'\n"
+                        << script << '\n';
+    chmod(path.c_str(), 0755);
+  }
+  std::string content(const std::string& name) const {
+    std::ostringstream all;
+    all << std::ifstream(folder + name).rdbuf();
+    return all.str();
+  }
+  // Waits until a script has said so by a file; no longer than some seconds.
+  bool wait_for(const std::string& name) const {
+    for (int i = 0; i < 1000; ++i) {
+      if (access((folder + name).c_str(), F_OK) == 0) return true;
+      usleep(5'000);
+    }
+    return false;
+  }
+
+  std::string folder, old_path;
+};
+
+int poll_to_the_end(std::string* path) {
+  for (int i = 0; i < 2000; ++i) {
+    const int state = PLT_picker_poll(path);
+    if (state != plt_picker_running) return state;
+    usleep(5'000);
+  }
+  return plt_picker_running;
+}
+
+}  // namespace
+
+TEST(Picker, AnswersAreRead) {
+  const struct {
+    const char* label;
+    const char *zenity, *kdialog;  // null: not installed
+    int state;
+    const char* path;
+  } rows[] = {
+      {"none installed", nullptr, nullptr, plt_picker_none, ""},
+      {"a folder", "echo /tmp/some\\ folder", nullptr, plt_picker_chosen, "/tmp/some folder"},
+      {"a slash too many", "echo /tmp/x/", nullptr, plt_picker_chosen, "/tmp/x"},
+      {"the root", "echo /", nullptr, plt_picker_chosen, "/"},
+      {"a newline in the name", "printf '/tmp/a\\nb\\n'", nullptr, plt_picker_chosen, "/tmp/a\nb"},
+      {"no newline at the end", "printf /tmp/x", nullptr, plt_picker_chosen, "/tmp/x"},
+      {"not Latin", "printf '/tmp/\\303\\251\\n'", nullptr, plt_picker_chosen, "/tmp/\xC3\xA9"},
+      {"closed", "exit 1", "echo /tmp/k", plt_picker_cancelled, ""},
+      {"the second kind", nullptr, "echo /tmp/k", plt_picker_chosen, "/tmp/k"},
+      {"the first fails", "exit 5", "echo /tmp/k", plt_picker_chosen, "/tmp/k"},
+      {"the first dies", "kill -9 $$", "exit 1", plt_picker_cancelled, ""},
+      {"the first says nothing", "exit 0", "echo /tmp/k", plt_picker_chosen, "/tmp/k"},
+      {"both fail", "exit 255", "exit 3", plt_picker_none, ""},
+      {"not a full path", "echo some/folder", nullptr, plt_picker_none, ""},
+      {"a zero byte", "printf '/tmp/\\000x\\n'", nullptr, plt_picker_none, ""},
+      {"noise beside it", "echo warning >&2; echo /tmp/x", nullptr, plt_picker_chosen, "/tmp/x"},
+      {"endless", "exec yes /tmp/x", "echo /tmp/k", plt_picker_chosen, "/tmp/k"},
+      {"more than a pipe holds", "head -c 200000 /dev/zero | tr '\\0' a; exit 0", nullptr,
+       plt_picker_none, ""},
+      {"leaves a child with the pipe", "sleep 60 & echo /tmp/x", nullptr, plt_picker_chosen,
+       "/tmp/x"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    const fake_desktop desktop;
+    if (row.zenity) desktop.put("zenity", row.zenity);
+    if (row.kdialog) desktop.put("kdialog", row.kdialog);
+    std::string path;
+    int state = PLT_picker_start("Pick", "/tmp/");
+    EXPECT_EQ(state, row.zenity || row.kdialog ? plt_picker_running : plt_picker_none);
+    if (state == plt_picker_running) state = poll_to_the_end(&path);
+    EXPECT_EQ(state, row.state);
+    EXPECT_EQ(path, row.path);
+    EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none) << "it is over";
+  }
+}
+
+TEST(Picker, TitleAndFolderArriveAsTheyAre) {
+  const fake_desktop desktop;
+  const std::string title = "--odd; \"$HOME\" `id` title", start = "/tmp/it's a \"folder\"/";
+  std::string path;
+  const char* const script = "printf '%s\\n' \"$@\" > ${me}args; echo /tmp";
+  desktop.put("zenity", script);
+  PLT_picker_start(title, start);
+  EXPECT_EQ(poll_to_the_end(&path), plt_picker_chosen);
+  EXPECT_EQ(desktop.content("args"),
+            "--file-selection\n--directory\n--title=" + title + "\n--filename=" + start + "\n");
+  unlink((desktop.folder + "zenity").c_str());
+  desktop.put("kdialog", script);
+  PLT_picker_start(title, "");
+  EXPECT_EQ(poll_to_the_end(&path), plt_picker_chosen);
+  EXPECT_EQ(desktop.content("args"), "--title\n" + title + "\n--getexistingdirectory\n/\n");
+}
+
+TEST(Picker, CancelEndsItWithItsChildren) {
+  const struct {
+    const char* label;
+    const char* script;
+  } rows[] = {
+      {"by request", "sleep 60 & echo $! > ${me}child; touch ${me}up; wait"},
+      {"by force", "trap '' TERM; sleep 60 & echo $! > ${me}child; touch ${me}up; wait; wait"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    const fake_desktop desktop;
+    desktop.put("zenity", row.script);
+    std::string path = "as it was";
+    ASSERT_EQ(PLT_picker_start("Pick", ""), plt_picker_running);
+    ASSERT_TRUE(desktop.wait_for("up"));
+    EXPECT_EQ(PLT_picker_poll(&path), plt_picker_running);
+    const uint64_t start = PLT_microseconds();
+    PLT_picker_cancel();
+    EXPECT_LT(PLT_microseconds() - start, 3'000'000u);
+    EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none);
+    EXPECT_EQ(path, "as it was");
+    const pid_t child = std::atoi(desktop.content("child").c_str());
+    ASSERT_GT(child, 0);
+    bool gone = false;
+    for (int i = 0; i < 600 && !gone; ++i) {
+      // An orphan may wait for its new parent to take note.
+      std::ifstream stat("/proc/" + std::to_string(child) + "/stat");
+      std::string word, name, state;
+      gone = !(stat >> word >> name >> state) || state == "Z";
+      if (!gone) usleep(5'000);
+    }
+    EXPECT_TRUE(gone) << "its child lives on";
+  }
+}
+
+// --- through the dialog --------------------------------------------------------------------------
+
+namespace {
+
+int frames;
+void (*each_frame)();
+
+class PickerDialog : public gl_fixture {
+ protected:
+  void SetUp() override {
+    gl_fixture::SetUp();
+    frames = 0;
+    each_frame = [] {};
+    app_done = 0;
+    PLT_swap_hook = [] {
+      if (++frames > 400) app_done = 1;  // a test that hangs must end
+      each_frame();
+    };
+  }
+  void TearDown() override {
+    app_done = 0;
+    gl_fixture::TearDown();
+  }
+
+  int pick(const std::string& start_in, std::string* out) {
+    return GetFilePathFromUser(2, "Pick a folder", "Select", 1, start_in, *out);
+  }
+};
+
+// A press for the next frame's widgets.
+void press(float x, float y) {
+  mnw.mouse_x = x;
+  mnw.mouse_y = y;
+  mnw.mouse_clicked = 1;
+}
+
+}  // namespace
+
+TEST_F(PickerDialog, TakesWhatTheDesktopSays) {
+  const fake_desktop desktop;
+  const std::string folder = desktop.folder + "a folder";
+  mkdir(folder.c_str(), 0755);
+  mkdir((folder + "/odd:name").c_str(), 0755);
+  const struct {
+    const char* label;
+    std::string answer;
+    int result;
+    std::string out;
+  } rows[] = {
+      {"a folder", folder, 1, folder},
+      {"with a slash", folder + "/", 1, folder},
+      {"root", "/", 1, "/"},
+      {"one that is not there", folder + "/none", 0, "untouched"},
+      {"a name that paths cannot hold", folder + "/odd:name", 0, "untouched"},
+      {"far too long", "/" + std::string(480, 'x'), 0, "untouched"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    desktop.put("zenity", "echo '" + row.answer + "'");
+    // The refusals are alerts: Return leaves them.
+    each_frame = [] {
+      if (mnw.win_id == win_alert) return_hit = 1;
+    };
+    std::string out = "untouched";
+    EXPECT_EQ(pick(desktop.folder, &out), row.result);
+    EXPECT_EQ(out, row.out);
+    EXPECT_EQ(mnw.win_id, win_main);
+    EXPECT_EQ(app_done, 0) << "it hung";
+  }
+}
+
+TEST_F(PickerDialog, CanBeGivenUp) {
+  const fake_desktop desktop;
+  desktop.put("zenity", "touch ${me}up; sleep 60");
+  const struct {
+    const char* label;
+    void (*act)();
+  } rows[] = {
+      {"Escape", [] { escape_hit = 1; }},
+      // The dialog is 561 by 474, its panel in the middle.
+      {"Cancel", [] { press(361, 212); }},
+      {"the window's own button", [] { MACIBM_startwind(win_main, 0); }},
+      {"the program ends", [] { app_done = 1; }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    frames = 0;
+    app_done = 0;
+    each_frame = row.act;
+    std::string out = "untouched";
+    EXPECT_EQ(pick("/", &out), 0);
+    EXPECT_EQ(out, "untouched");
+    EXPECT_EQ(mnw.win_id, win_main);
+    EXPECT_LT(frames, 20);
+  }
+  std::string path;
+  EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none) << "its program is gone";
+}
+
+TEST_F(PickerDialog, FallsBackToTheOwnBrowser) {
+  const fake_desktop desktop;
+  mkdir((desktop.folder + "games").c_str(), 0755);
+  mkdir((desktop.folder + "work").c_str(), 0755);
+  std::ofstream(desktop.folder + "file.txt") << "x";
+  symlink((desktop.folder + "work").c_str(), (desktop.folder + "zlink").c_str());
+  const struct {
+    const char* label;
+    const char* zenity;
+    int keys;  // how often Down
+    std::string out;
+  } rows[] = {
+      {"the folder itself", nullptr, 0, desktop.folder.substr(0, desktop.folder.size() - 1)},
+      {"one in it", nullptr, 1, desktop.folder + "games"},
+      {"files are not shown, links are", nullptr, 3, desktop.folder + "zlink"},
+      {"when the desktop's fails", "exit 9", 2, desktop.folder + "work"},
+  };
+  static int downs;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    if (row.zenity) desktop.put("zenity", row.zenity);
+    frames = 0;
+    downs = row.keys;
+    each_frame = [] {
+      // Presses the list, then row by row, then Select: 220 high, rows of 14 from its top.
+      if (mnw.win_id != win_file_open || frames < 4) return;
+      if (downs > 0) {
+        press(60, 290 - 6 - 14 * (static_cast<float>(downs) - 0.5f));
+        downs = 0;
+      } else {
+        return_hit = 1;
+      }
+    };
+    std::string out;
+    EXPECT_EQ(pick(desktop.folder, &out), 1);
+    EXPECT_EQ(out, row.out);
+    EXPECT_EQ(mnw.win_id, win_main);
+    EXPECT_EQ(app_done, 0) << "it hung";
+  }
+  each_frame = [] { escape_hit = 1; };
+  std::string out = "untouched";
+  EXPECT_EQ(pick(desktop.folder, &out), 0);
+  EXPECT_EQ(out, "untouched");
+}
+
+TEST(PickerWithoutWindow, SaysNo) {
+  ogl_inited = 0;
+  std::string out = "untouched";
+  EXPECT_EQ(GetFilePathFromUser(2, "Pick", "Select", 1, "/", out), 0);
+  EXPECT_EQ(out, "untouched");
+}
