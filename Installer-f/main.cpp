@@ -68,7 +68,7 @@ int main(int argc, char** argv) {
   MACIBM_init(argc, argv);
   get_OS_abs_path(os_dir_temp, temp_path);
   UTIL_scan_volumes(disc_label_file);
-  leave_disc();
+  leave_disc(argc, argv);
   log_folders();
   set_defaults();
   pref.IO_set(11, 0);

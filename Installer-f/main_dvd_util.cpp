@@ -1,4 +1,4 @@
-// Main thread. Writes dvd_path, install_name, stg.directory_state, stg.server_count.
+// Main thread. Writes dvd_path, install_name, stg.directory_state, stg.server_count, current_disk.
 
 #include "Installer-f/main_dvd_util.h"
 
@@ -16,12 +16,48 @@
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/xmap.h"
+#include "corekit/OOPS_cpp/xtim.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/UTL/UTL_translate.h"
+
+int current_disk = 0;
+int want_file_disk = 0;
 
 namespace {
 
 constexpr float bytes_per_kb = 1000.0f;
+constexpr float look_again_after = 0.5f;  // seconds between two looks at the same volumes
+
+// The release's name is a folder's name on the disc, and the default for one on the hard drive: a
+// label cannot lead anywhere else by it.
+bool is_plain_name(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of("/\\:") == std::string::npos;
+}
+
+// The first of `volumes` that holds `marker`; empty without one.
+std::string volume_with(const std::vector<std::string>& volumes, const std::string& marker) {
+  for (const std::string& volume : volumes) {
+    if (file_exists(volume + marker)) return volume;
+  }
+  return "";
+}
+
+// A file's place on its disc.
+std::string path_on_disc(int index) {
+  return install_name + "/" + std::string(sim_info[index].current().path) + suffix_for_file(index);
+}
+
+// While no disc is in, the volumes are asked again when one comes or goes, and else now and then:
+// each look goes to every drive.
+bool worth_a_look(const std::vector<std::string>& volumes) {
+  static std::vector<std::string> seen;
+  static float seen_at = -look_again_after;
+  if (volumes == seen && xtim.now_sec - seen_at < look_again_after) return false;
+  seen = volumes;
+  seen_at = xtim.now_sec;
+  return true;
+}
 
 // The disc's small label: lines that begin with a keyword, of which VERSION names the release.
 void read_disc_label(const std::string& path) {
@@ -35,7 +71,7 @@ void read_disc_label(const std::string& path) {
   while (label.cursor < label.file_end) {
     label.TXT_str_scan_space(&keyword);
     label.TXT_str_scan_eoln(&rest);
-    if (keyword == "VERSION") install_name = rest;
+    if (keyword == "VERSION" && is_plain_name(rest)) install_name = rest;
   }
 }
 
@@ -70,21 +106,19 @@ void take_found_folder(const std::string& picked) {
 }  // namespace
 
 void UTIL_scan_volumes(const std::string& marker) {
-  dvd_path.clear();
-  for (const std::string& volume : PLT_disc_volumes()) {
-    if (file_exists(volume + marker)) {
-      dvd_path = volume;
-      return;
-    }
-  }
+  dvd_path = volume_with(PLT_disc_volumes(), marker);
 }
 
 void UTIL_scan_dvd() {
-  if (dvd_path.empty()) UTIL_scan_volumes(disc_label_file);
+  if (dvd_path.empty()) {
+    const std::vector<std::string> volumes = PLT_disc_volumes();
+    if (worth_a_look(volumes)) dvd_path = volume_with(volumes, disc_label_file);
+  }
   if (!dvd_path.empty() && install_name == no_install_name) {
     read_disc_label(dvd_path + disc_label_file);
   }
   if (install_name == no_install_name || stg.directory_state != manifest_none) return;
+  if (dvd_path.empty()) return;
 
   const std::string zip = dvd_path + install_name + "/directory.txt.zip";
   const std::string plain = temp_path + "directory.txt";
@@ -97,6 +131,49 @@ void UTIL_scan_dvd() {
   stg.directory_state = read_directory(
       plain, UTL_translate_string(
                  "Scanning directory text file to see if you already have Skyvane installed..."));
+}
+
+int UTIL_verify_disk() {
+  const std::vector<std::string> volumes = PLT_disc_volumes();
+  const std::string last = dvd_path;
+  dvd_path = volume_with(volumes, path_on_disc(want_file_disk));
+  if (!dvd_path.empty()) {
+    current_disk = sim_info[want_file_disk].current().disk;
+    return 1;
+  }
+  // The disc to eject is the one read last, or, after that has gone, a wrong one of the release. If
+  // the last one was pulled out there is nothing to eject, whatever is in other drives.
+  for (const std::string& volume : volumes) {
+    const bool in_the_way = last.empty() ? dir_exists(volume + install_name) : volume == last;
+    if (dvd_path.empty() && in_the_way) dvd_path = volume;
+  }
+  return 0;
+}
+
+int UTIL_switch_disk(int first_time) {
+  if (first_time && !dvd_path.empty()) {
+    eject_dvd(dvd_path);
+    dvd_path.clear();
+  }
+  // Whatever is put in now is looked at before anything is copied from it.
+  current_disk = -1;
+  return sim_info[want_file_disk].current().disk;
+}
+
+bool UTIL_wanted_disk_is_in() {
+  return !volume_with(PLT_disc_volumes(), path_on_disc(want_file_disk)).empty();
+}
+
+void UTIL_notice_lost_disk(int index) {
+  constexpr int enough = 20;  // one file may be missing from a disc; so many in a row are not there
+  int looked_at = 0;
+  for (; index < static_cast<int>(sim_info.size()) && looked_at < enough; ++index) {
+    const file_version_struct& file = sim_info[index].current();
+    if (!file.need_fetch || file.disk != current_disk) continue;
+    if (!dvd_path.empty() && file_exists(dvd_path + path_on_disc(index))) return;
+    ++looked_at;
+  }
+  if (looked_at > 0) current_disk = -1;
 }
 
 void UTIL_pick_install() {

@@ -15,6 +15,30 @@ inline constexpr char disc_label_file[] = "dvd_version.txt";
 // dvd_path, install_name and stg.directory_state.
 void UTIL_scan_dvd();
 
+// --- the change of discs -------------------------------------------------------------------------
+
+// A disc is known by the file that it holds, not by a label: only the manifest has its number.
+extern int current_disk;    // number of the disc that is known to be in the drive; -1 for none
+extern int want_file_disk;  // index in sim_info of the file whose disc is wanted
+
+// Looks for the wanted file on the mounted volumes. 1 if one has it: then dvd_path is that volume
+// and current_disk its number. Otherwise 0, and dvd_path is the disc that is in its way, to be
+// ejected, or empty.
+int UTIL_verify_disk();
+
+// The number of the wanted disc, from 0. With `first_time`, ejects the present one.
+int UTIL_switch_disk(int first_time);
+
+// Whether a volume with the wanted file is mounted now. Changes nothing.
+bool UTIL_wanted_disk_is_in();
+
+// Has another look at the disc that current_disk says is in: when none of the files that are to be
+// fetched from it, from `index` on, can be seen there, it has been taken out or changed by hand,
+// and current_disk becomes -1, so that the next file asks for it.
+void UTIL_notice_lost_disk(int index);
+
+// --- what pages draw -----------------------------------------------------------------------------
+
 // Draws the list of installed copies, with a button to find one that is missing from it. Leaves the
 // choice in dest_dir_path.
 void UTIL_pick_install();

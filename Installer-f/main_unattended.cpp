@@ -16,11 +16,17 @@
 
 #include "Installer-f/main_ask.h"
 #include "Installer-f/main_demo.h"
+#include "Installer-f/main_dvd.h"
+#include "Installer-f/main_dvd_repair.h"
+#include "Installer-f/main_dvd_scenery.h"
+#include "Installer-f/main_dvd_util.h"
 #include "Installer-f/main_net.h"
 #include "Installer-f/main_patch.h"
 #include "Installer-f/main_stg.h"
+#include "Installer-f/main_unattended_disc.h"
 #include "Installer-f/utils_grab.h"
 #include "Installer-f/utils_servers.h"
+#include "Installer-f/utils_sizes.h"
 #include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
 #include "corekit/OOPS_cpp/exce.h"
@@ -34,49 +40,113 @@ namespace {
 
 // --- the answers --------------------------------------------------------------------------------
 
+void complain(const std::string& line);
+
 struct answer_set {
   bool accept_eula = false;
   std::string dest;  // parent folder of a new copy, trailing "/"; empty for the default
   std::string name;  // of a new copy; empty for the default
-  std::string copy;  // the copy to update, trailing "/"
+  std::string copy;  // the copy to work on, trailing "/"
   int on_modified = answer_keep;
-  float give_up_after = 300;  // seconds without any progress
+  float give_up_after = 300;              // seconds without any progress
+  page_function flow = dvd_pick_install;  // what to do with the discs
+  bool sectors_given = false;
+  int sectors[sector_count] = {};
 } answers;
 
-void answer_eula() {
-  if (answers.accept_eula) accept_eula_demo = 1;
+// Each puts the answers into its page's choices; false when they are refused, after saying why.
+
+bool answer_eula() {
+  if (answers.accept_eula) accept_eula_demo = accept_eula = 1;
+  return true;
 }
 
-void answer_demo_dest() {
-  if (!answers.dest.empty()) demo_dest.parent_dir = answers.dest;
-  if (!answers.name.empty()) demo_dest.install_folder = answers.name;
-  demo_dest.changed = 1;
+void answer_dest(new_copy_choice& choice) {
+  if (!answers.dest.empty()) choice.parent_dir = answers.dest;
+  if (!answers.name.empty()) choice.install_folder = answers.name;
+  choice.changed = 1;
 }
 
-void answer_copy() {
+bool answer_demo_dest() {
+  answer_dest(demo_dest);
+  return true;
+}
+
+bool answer_dvd_dest() {
+  answer_dest(dvd_dest);
+  return true;
+}
+
+bool answer_copy() {
   if (!answers.copy.empty()) dest_dir_path = answers.copy;
+  return true;
 }
 
-enum page_kind { page_choice, page_job, page_transfer };
+bool accept(const std::string& complaint) {
+  if (!complaint.empty()) complain(complaint);
+  return complaint.empty();
+}
+
+bool answer_dvd_start() {
+  if (answers.copy.empty() || answers.flow == dvd_pick_install) return true;
+  return accept(unattended_take_copy(answers.copy));
+}
+
+bool answer_sectors() {
+  if (!answers.sectors_given) return true;
+  // "all" means all that there are.
+  const bool all = std::count(std::begin(answers.sectors), std::end(answers.sectors), 0) == 0;
+  const std::string missing =
+      all ? "" : unattended_missing_sector(answers.sectors, stg.sector_available);
+  if (!missing.empty()) return accept("These discs have no scenery for " + missing + ".");
+  std::copy(std::begin(answers.sectors), std::end(answers.sectors), stg.sector_selected);
+  recalc_disk_sizes();
+  return true;
+}
+
+page_function wanted_flow() {
+  return answers.flow;
+}
+
+// page_disc waits for a disc first, and is then a choice.
+enum page_kind { page_choice, page_disc, page_job, page_install, page_transfer };
 
 struct page_row {
   page_function page;
   page_kind kind;
-  void (*answer)();   // puts the answers into the page's choices; null for none
-  const char* wants;  // the option that a page which will not go on is waiting for
+  bool (*answer)();           // null for none
+  const char* wants;          // the option that a page which will not go on is waiting for
+  page_function (*target)();  // where to go from a page that leads to several; null: to its Next
 };
 
 constexpr page_row page_table[] = {
-    {demo_start, page_choice, nullptr, ""},
-    {demo_eula, page_choice, answer_eula, "--accept_eula"},
-    {demo_get_updates, page_job, nullptr, ""},
-    {demo_pick_dest, page_choice, answer_demo_dest, "--dest=FOLDER and --name=NAME"},
-    {demo_run_patch, page_transfer, nullptr, ""},
-    {net_start, page_choice, nullptr, "--copy=FOLDER"},
-    {net_pick_dest, page_choice, answer_copy, "--copy=FOLDER"},
-    {net_get_updates, page_job, nullptr, ""},
-    {net_check_disk, page_choice, nullptr, ""},
-    {net_run_patch, page_transfer, nullptr, ""},
+    {demo_start, page_choice, nullptr, "", nullptr},
+    {demo_eula, page_choice, answer_eula, "--accept_eula", nullptr},
+    {demo_get_updates, page_job, nullptr, "", nullptr},
+    {demo_pick_dest, page_choice, answer_demo_dest, "--dest=FOLDER and --name=NAME", nullptr},
+    {demo_run_patch, page_transfer, nullptr, "", nullptr},
+    {net_start, page_choice, nullptr, "--copy=FOLDER", nullptr},
+    {net_pick_dest, page_choice, answer_copy, "--copy=FOLDER", nullptr},
+    {net_get_updates, page_job, nullptr, "", nullptr},
+    {net_check_disk, page_choice, nullptr, "", nullptr},
+    {net_run_patch, page_transfer, nullptr, "", nullptr},
+    {dvd_start, page_disc, answer_dvd_start, "--do=install, or --copy=FOLDER for the others",
+     wanted_flow},
+    {dvd_pick_install, page_choice, answer_dvd_dest, "--dest=FOLDER and --name=NAME", nullptr},
+    {dvd_eula_install, page_choice, answer_eula, "--accept_eula", nullptr},
+    {dvd_scenery_install, page_choice, answer_sectors, "--sectors=LIST", nullptr},
+    {dvd_run_install, page_install, nullptr, "", nullptr},
+    {dvd_switch_disk_install, page_disc, nullptr, "", nullptr},
+    {dvd_pick_scenery, page_choice, answer_copy, "--copy=FOLDER", nullptr},
+    {dvd_scan_scenery, page_job, nullptr, "", nullptr},
+    {dvd_edit_scenery, page_choice, answer_sectors, "--sectors=LIST", nullptr},
+    {dvd_install_scenery, page_install, nullptr, "", nullptr},
+    {dvd_switch_disk_scenery, page_disc, nullptr, "", nullptr},
+    {dvd_pick_repair, page_choice, answer_copy, "--copy=FOLDER", nullptr},
+    {dvd_scan_repair, page_job, nullptr, "", nullptr},
+    {dvd_confirm_repair, page_choice, nullptr, "", nullptr},
+    {dvd_install_repair, page_install, nullptr, "", nullptr},
+    {dvd_switch_disk_repair, page_disc, nullptr, "", nullptr},
 };
 
 // A page that is not in the table is taken for one that works, and is given the time limit.
@@ -84,7 +154,7 @@ page_row row_of(page_function page) {
   for (const page_row& row : page_table) {
     if (row.page == page) return row;
   }
-  return {page, page_job, nullptr, ""};
+  return {page, page_job, nullptr, "", nullptr};
 }
 
 // --- what is printed ----------------------------------------------------------------------------
@@ -150,6 +220,15 @@ std::string transfer_line(float fraction) {
   return line;
 }
 
+std::string progress_line(const page_row& row, float fraction) {
+  if (row.kind == page_transfer) return transfer_line(fraction);
+  char percent[16];
+  std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(fraction * 100));
+  if (row.kind != page_install) return percent;
+  return std::string(percent) + "  " + megabytes(fraction * stg.todo_raw_kb) + " of " +
+         megabytes(stg.todo_raw_kb);
+}
+
 // One line that is kept up to date on a terminal; elsewhere a line every 5 %.
 void show_progress(const page_row& row, const wizard_screen& screen) {
   float fraction = screen.progress;
@@ -159,9 +238,7 @@ void show_progress(const page_row& row, const wizard_screen& screen) {
   }
   if (fraction < 0) return;
   if (console.terminal) {
-    std::string line = row.kind == page_transfer
-                           ? transfer_line(fraction)
-                           : std::to_string(static_cast<int>(fraction * 100)) + " %";
+    const std::string line = progress_line(row, fraction);
     if (line == console.last_live) return;
     console.last_live = line;
     std::fprintf(stdout, "\r%s\033[K", line.c_str());
@@ -172,7 +249,7 @@ void show_progress(const page_row& row, const wizard_screen& screen) {
   const int step = static_cast<int>(fraction * 20);
   if (step == console.last_step) return;
   console.last_step = step;
-  if (row.kind == page_transfer) say(transfer_line(fraction));
+  if (row.kind == page_transfer || row.kind == page_install) say(progress_line(row, fraction));
 }
 
 // --- the end ------------------------------------------------------------------------------------
@@ -193,6 +270,8 @@ struct run_state {
   double high_mark = -1;             // measure of what has been reached
   page_function shown = nullptr;     // page whose title was printed
   int patience = 0;                  // frames that a choice page has been given
+  float looked_at = 0;               // frame clock of the last look for a disc
+  std::string told;                  // what was last said of a disc that is not there
   int alerts_before = 0;             // alerts shown when the present page was entered
   int kept = 0, overwritten = 0;     // modified files, by the standing answer
 } run;
@@ -221,6 +300,7 @@ wizard_press refuse(const page_row& row, const wizard_screen& screen) {
 // The file that the run is waiting for, with its server; empty when it waits for none.
 std::string file_in_the_way(const page_row& row) {
   const std::string mirror = stg.server_count > 0 ? server_name[stg.server_index] : "";
+  if (row.kind == page_disc || row.kind == page_install) return "";
   if (row.kind == page_transfer) return crnt_file_path.empty() ? "" : mirror + crnt_file_path;
   if (stg.server_count == -1) return std::string(product_web_host) + "/serverlist9.txt";
   if (stg.directory_state == manifest_none) {
@@ -234,6 +314,7 @@ wizard_press give_up(const page_row& row, const wizard_screen& screen, const cha
   const std::string file = file_in_the_way(row);
   line +=
       file.empty() ? " " + screen.title + ": " + whole_text(screen) : " The file was " + file + ".";
+  if (row.kind == page_install) line += " " + screen.progress_text;
   complain(line);
   return finish(unattended_given_up);
 }
@@ -258,6 +339,18 @@ bool stalled(int first_time, const wizard_screen& screen) {
   return xtim.now_sec - run.last_progress > answers.give_up_after;
 }
 
+// What to press to get on; false while nothing leads there.
+bool find_way(const page_row& row, const wizard_screen& screen, wizard_press& press) {
+  const page_function target = row.target ? row.target() : screen.next;
+  if (!target) return false;
+  press.next = screen.next == target;
+  if (press.next) return true;
+  const auto found = std::find(screen.button_pages.begin(), screen.button_pages.end(), target);
+  if (found == screen.button_pages.end()) return false;
+  press.extra = static_cast<int>(found - screen.button_pages.begin());
+  return true;
+}
+
 // A page that tries again for ever after an alert leaves it to its user to stop; here nobody reads
 // the same alert over and over.
 bool alerts_pile_up(const page_row& row) {
@@ -273,20 +366,44 @@ wizard_press press_on_choice(const page_row& row, int first_time, const wizard_s
   }
   if (first_time) {
     run.patience = 0;
-    if (row.answer) {
-      row.answer();
-      return {};
-    }
+    if (row.answer) return row.answer() ? wizard_press() : refuse(row, screen);
   }
-  if (screen.next) {
+  wizard_press press;
+  if (find_way(row, screen, press)) {
     run.answered.insert(row.page);
-    wizard_press press;
-    press.next = true;
     return press;
   }
   // One frame for the page to take the answers in, and one because some pages alternate.
   if (++run.patience < 3) return {};
   return refuse(row, screen);
+}
+
+// Whether the disc that the page asks for is in: the first one at the start, later the wanted one.
+bool disc_is_in(const page_row& row) {
+  constexpr float look_again_after = 0.25f;  // seconds; each look goes to every drive
+  if (row.page == dvd_start) return !dvd_path.empty();
+  if (xtim.now_sec - run.looked_at < look_again_after) return false;
+  run.looked_at = xtim.now_sec;
+  return UTIL_wanted_disk_is_in();
+}
+
+// A page that asks for a disc: say which, and wait until it is mounted.
+wizard_press press_on_disc(const page_row& row, int first_time, const wizard_screen& screen) {
+  if (first_time) {
+    run.patience = 0;
+    if (row.answer && !row.answer()) return refuse(row, screen);
+  }
+  if (!disc_is_in(row)) {
+    if (run.told != screen.text) say(whole_text(screen));
+    run.told = screen.text;
+    return stalled(first_time, screen) ? give_up(row, screen, "no progress") : wizard_press();
+  }
+  run.told.clear();
+  // The menu sees what the answer has changed in the next frame.
+  if (row.page == dvd_start) return first_time ? wizard_press() : press_on_choice(row, 0, screen);
+  wizard_press press;
+  press.next = true;
+  return press;
 }
 
 wizard_press finish_on_last_page(const wizard_screen& screen) {
@@ -349,6 +466,20 @@ bool read_modified() {
   return true;
 }
 
+bool read_disc_answers() {
+  if (cmdline.has_option("--do")) {
+    const std::string word = cmdline.get_option("--do");
+    answers.flow = unattended_flow(word);
+    if (!answers.flow) {
+      complain("--do wants install, scenery or repair, not '" + word + "'.");
+      return false;
+    }
+  }
+  answers.sectors_given = cmdline.has_option("--sectors");
+  return !answers.sectors_given ||
+         accept(unattended_read_sectors(cmdline.get_option("--sectors"), answers.sectors));
+}
+
 bool read_name() {
   if (!cmdline.has_option("--name")) return true;
   answers.name = cmdline.get_option("--name");
@@ -367,7 +498,8 @@ int unattended_begin() {
   console.terminal = isatty(STDOUT_FILENO) != 0;
   answers.accept_eula = cmdline.has_option("--accept_eula");
   if (!read_folder("--dest", answers.dest) || !read_folder("--copy", answers.copy) ||
-      !read_name() || !read_modified() || !read_number("--give_up_after", answers.give_up_after)) {
+      !read_name() || !read_modified() || !read_disc_answers() ||
+      !read_number("--give_up_after", answers.give_up_after)) {
     return unattended_refused;
   }
   if (!answers.copy.empty()) cmd_line_path = answers.copy;
@@ -386,6 +518,7 @@ wizard_press unattended_press(page_function page, int first_time, const wizard_s
 
   show_page(page, screen);
   if (row.kind == page_choice) return press_on_choice(row, first_time, screen);
+  if (row.kind == page_disc) return press_on_disc(row, first_time, screen);
 
   show_progress(row, screen);
   if (first_time) run.alerts_before = alerts_shown;

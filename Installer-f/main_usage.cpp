@@ -32,8 +32,21 @@ RUNNING WITHOUT A DISPLAY
   The name of the new copy's own folder. Default: the release's name.
 
 --copy=FOLDER
-  The installed copy to update. "-path FOLDER", first on the command line,
-  says the same. Default: the one copy that is known on this computer.
+  The installed copy to update, to repair, or whose scenery to change.
+  "-path FOLDER", first on the command line, says the same to the web updater.
+  Default: the one copy that is known on this computer.
+
+--do=install|scenery|repair
+  What to do with the discs: install a new copy, change the scenery of an
+  installed one, or put its missing and damaged files right. When another disc
+  is needed, the run ejects the present one, says which disc it wants, and
+  goes on as soon as that one is mounted. Default: install.
+
+--sectors=all|none|LIST
+  The sectors of 10 by 10 degrees whose scenery to have; scenery of all others
+  is removed. LIST names them by their south-west corners, latitude first:
+  --sectors=+30-120,+40-110. Default: all for a new copy; for an installed
+  one, those that it has.
 
 --on_modified=keep|overwrite|cancel
   What to do with a file that you have changed yourself and that the release

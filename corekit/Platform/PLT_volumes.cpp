@@ -1,34 +1,65 @@
 // Mounted volumes: which of them may be discs, how much room there is, and how to be rid of one.
 //
-// A disc is asked for once a frame while the program waits for it, so finding the candidates is one
-// read of the mount table and touches no disc.
+// A disc is asked for once a frame while the program waits for it. So the candidates are kept: the
+// mount table is read again only when the system says that it has changed, and at the latest after
+// a second, in case a system does not say. Finding them touches no disc.
+//
+// Any thread. Writes disc_cache, under its lock.
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <initializer_list>
+#include <mutex>
 
 #include "corekit/Platform/PLT_system.h"
 
 namespace {
 constexpr int program_seconds = 6;  // for each program that is asked to eject
 
-std::string read_mount_table() {
+constexpr uint64_t keep_us = 1000000;  // how long the candidates are believed unasked
+
+int open_mount_table() {
+  return open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+}
+
+std::string read_from_start(int file) {
   std::string text;
-  const int file = open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
-  if (file < 0) return text;
   char block[16384];
-  for (;;) {
-    const ssize_t got = read(file, block, sizeof block);
+  for (off_t at = 0;;) {
+    const ssize_t got = pread(file, block, sizeof block, at);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) break;
     text.append(block, static_cast<size_t>(got));
+    at += got;
   }
+  return text;
+}
+
+std::string read_mount_table() {
+  const int file = open_mount_table();
+  if (file < 0) return {};
+  std::string text = read_from_start(file);
   close(file);
   return text;
+}
+
+struct {
+  std::mutex lock;
+  int file = -1;         // the mount table, held open to be told of changes
+  uint64_t read_at = 0;  // microseconds
+  std::vector<std::string> discs;
+} disc_cache;
+
+// The system reports a change once for each open file, as an exceptional condition. Asking before
+// reading means that a change in between is reported again rather than lost.
+bool mount_table_changed(int file) {
+  pollfd asked = {file, POLLPRI, 0};
+  return poll(&asked, 1, 0) > 0;
 }
 
 // The table writes blanks, tabs, line ends, "\" and "#" as "\" and three octal digits.
@@ -113,7 +144,16 @@ std::vector<std::string> PLT_pick_discs(const std::vector<PLT_mount>& mounts) {
 }
 
 std::vector<std::string> PLT_disc_volumes() {
-  return PLT_pick_discs(PLT_parse_mounts(read_mount_table()));
+  const std::lock_guard<std::mutex> hold(disc_cache.lock);
+  const bool first = disc_cache.file < 0;
+  if (first) disc_cache.file = open_mount_table();
+  if (disc_cache.file < 0) return {};
+  const uint64_t now = PLT_microseconds();
+  if (mount_table_changed(disc_cache.file) || first || now - disc_cache.read_at > keep_us) {
+    disc_cache.discs = PLT_pick_discs(PLT_parse_mounts(read_from_start(disc_cache.file)));
+    disc_cache.read_at = now;
+  }
+  return disc_cache.discs;
 }
 
 int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* available) {

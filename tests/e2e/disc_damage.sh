@@ -1,0 +1,114 @@
+#!/usr/bin/env bash
+# Damaged discs, and discs that are taken out: each failure is told with its file, counted, and
+# mended by a later repair from a good disc.
+. "$(dirname "$0")/disc_lib.bash"
+
+copy="$SCRATCH/Copy"
+bad=$SCRATCH/bad
+
+# damaged COMMAND...: images from the master as the command leaves it (run in its copy).
+damaged() {
+  rm -rf "$SCRATCH/master" "$bad"
+  cp -r "$MASTER" "$SCRATCH/master"
+  (cd "$SCRATCH/master" && "$@")
+  "$(dirname "$0")/../../script/make_discs" "$SCRATCH/master" "$bad" >/dev/null
+}
+
+cut_short() { truncate -s -40 "$1"; }
+flip() { printf '\xA5\x5A\xA5\x5A' | dd of="$1" bs=1 seek=$(($(stat -c %s "$1") / 2)) conv=notrunc status=none; }
+sh_each() {
+  "$1" "$2"
+  "$1" "$3"
+}
+all_discs_of() {
+  for disc in 1 2 3; do take_out "$disc"; insert_disc "$disc" "$1"; done
+}
+install_from() {
+  rm -rf "$copy"
+  all_discs_of "$1"
+  run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy
+}
+repair_all() {
+  all_discs_of "$IMAGES"
+  run_with_discs --do=repair --on_modified=overwrite
+  want_status 0
+  run_with_discs --do=scenery --sectors=all --on_modified=overwrite
+  want_status 0
+  same_tree "$SOURCE" Macintosh "$copy"
+  want_no_leftovers
+}
+want_errors() {
+  want_status 1
+  want_text "An error occurred during installation:"
+  want_text "You can continue with the installation and attempt to repair the damaged files later"
+  want_text "Finished Installing Skyvane: There were errors during the install; your copy of Skyvane may not be usable."
+  want_no_leftovers
+}
+one_of() { (cd "$MASTER" && find . -path "$1" -size +2k | sort | sed -n 1p); }
+
+zip=$(one_of '*/All/Aircraft/*.zip')
+tile=$(one_of '*/All/Global Scenery/*.7z')
+[ -n "$zip" ] && [ -n "$tile" ] || fail "nothing to damage"
+
+for way in cut_short flip rm; do
+  damaged sh_each "$way" "$zip" "$tile"
+  install_from "$bad"
+  want_errors
+  if [ "$way" = rm ]; then
+    want_text "I was unable to copy the file $DISCS/"
+    want_text "$(basename "$tile") from the DVD to the hard drive."
+  else
+    want_text "I was unable to unzip the file $TMPDIR/"
+    want_text " to the folder $copy/$(dirname "${tile#*/"$RELEASE"/All/}")/."
+  fi
+  told=$(grep -c "An error occurred" "$OUT")
+  [ "$told" -ge 1 ] && [ "$told" -le 2 ] || fail "two failures, $told questions"
+  repair_all
+done
+
+# A manifest that cannot be unpacked ends the run at once.
+damaged cut_short "disk_0/$RELEASE/directory.txt.zip"
+install_from "$bad"
+want_status 1
+want_text "DVD scan: The installer cannot extract a file."
+
+# A disc of something else is no disc of ours; a label that leads elsewhere is none either.
+damaged sh -c "printf 'I\n900 version\nDVD\n\nTITLE x\n' >disk_0/dvd_version.txt"
+install_from "$bad"
+want_status 2
+want_text "This DVD does not appear to be an Skyvane 9 DVD."
+damaged sh -c "printf 'I\n900 version\nDVD\n\nVERSION ../Skyvane 9\n' >disk_0/dvd_version.txt"
+install_from "$bad"
+want_status 2
+want_text "This DVD does not appear to be an Skyvane 9 DVD."
+
+# A disc that is pulled out in the middle: few questions for what was in hand, then the wish for the
+# disc, and with it the rest. The installer is held while it is pulled, so that most is still to come.
+rm -rf "$copy"
+all_discs_of "$IMAGES"
+(
+  until compgen -G "$copy/Aircraft/*/*/*.*" >/dev/null; do :; done
+  pid=$(pgrep -f "^$SCRATCH/bin/skyvane-disc-installer")
+  kill -STOP "$pid"
+  take_out 1
+  kill -CONT "$pid"
+) &
+CHILDREN+=($!)
+run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy
+want_errors
+want_text "I was unable to copy the file $DISCS/1/"
+want_asked_for "1 "
+[ "$(grep -c "An error occurred" "$OUT")" -le 10 ] || fail "a question for every file"
+missing=$(comm -23 <(shipped "$SOURCE" Macintosh | cut -f1) <(cd "$copy" && find . ! -type d | sed 's#^\./##' | sort) | wc -l)
+[ "$missing" -ge 1 ] && [ "$missing" -le 61 ] || fail "$missing files are missing"
+repair_all
+
+# Nobody puts it in again: the run is given up, and a repair mends that as well.
+rm -rf "$copy"
+all_discs_of "$IMAGES"
+take_out 3
+: >"$OUT"
+run skyvane-disc-installer --unattended --accept_eula --give_up_after=2 --dest="$SCRATCH" --name=Copy
+want_status 3
+want_text "Given up: no progress. Installing Skyvane - Please Change DVDs: Please insert DVD number 3 and click continue."
+repair_all

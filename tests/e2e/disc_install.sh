@@ -1,0 +1,53 @@
+#!/usr/bin/env bash
+# A release on three discs becomes a copy that equals its source, with the discs changed on the way.
+. "$(dirname "$0")/disc_lib.bash"
+
+# The run begins with no disc at all, and waits for the first one.
+( sleep 1; insert_disc 1 ) &
+CHILDREN+=($!)
+run_with_discs --accept_eula --dest="$SCRATCH" --name="My copy"
+want_status 0
+want_text "Please insert Skyvane 9 DVD number one to begin."
+want_text "Finished Installing Skyvane: Installation was successful."
+want_asked_for "2 3 "
+same_tree "$SOURCE" Macintosh "$SCRATCH/My copy"
+want_no_leftovers
+! is_in 1 && ! is_in 2 || fail "a disc that was done with was not ejected"
+grep -qxF "$SCRATCH/My copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "not registered"
+
+# The next run knows the copy, and offers another one; a folder that exists is not reused.
+only_disc 1
+run_with_discs --accept_eula --dest="$SCRATCH" --name="My copy"
+want_status 2
+want_text "The folder 'My copy' already exists in the dir '$SCRATCH/'."
+
+# Without the licence nothing is installed.
+only_disc 1
+run_with_discs --dest="$SCRATCH" --name=Other
+want_status 2
+want_text "I accept this agreement."
+[ ! -e "$SCRATCH/Other" ] || fail "a copy without the licence"
+
+# Part of the scenery, and none: no more than that is there, and no disc is asked for in vain.
+only_disc 1
+run_with_discs --accept_eula --dest="$SCRATCH" --name=Some --sectors=+30-120,-90-180
+want_status 0
+SECTORS='\\+30-120|-90-180' same_tree "$SOURCE" Macintosh "$SCRATCH/Some"
+
+# All discs in drives of their own: none is asked for, none is ejected.
+only_disc 1
+insert_disc 2
+insert_disc 3
+run_with_discs --accept_eula --dest="$SCRATCH" --name=None --sectors=none
+want_status 0
+want_asked_for ""
+SECTORS=nothing same_tree "$SOURCE" Macintosh "$SCRATCH/None"
+is_in 1 && is_in 2 && is_in 3 || fail "a disc was ejected without need"
+
+# Answers that make no sense touch nothing.
+for wrong in --do=update --sectors=+31-120 --sectors= --sectors=+00+000; do
+  run_with_discs --accept_eula --dest="$SCRATCH" --name=Wrong "$wrong"
+  want_status 2
+  [ ! -e "$SCRATCH/Wrong" ] || fail "$wrong made a copy"
+done
+want_no_leftovers

@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# Whatever happened to a copy, a repair makes it equal to the discs again; the user's own files and
+# the choice of scenery stay.
+. "$(dirname "$0")/disc_lib.bash"
+
+copy="$SCRATCH/Copy"
+only_disc 1
+run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
+want_status 0
+SECTORS='\\+30-120'
+
+repair() {
+  only_disc 1
+  run_with_discs --do=repair "$@"
+}
+files_to_install() { grep -oP 'install approximately \K\d+' "$OUT" || true; }
+
+# A copy that is whole needs nothing, and no disc but the first.
+repair
+want_status 0
+want_text "Finished Repairing Skyvane.: I have finished repairing $copy/ - click Go Back to return to the main menu."
+want_asked_for ""
+
+# Missing files and folders, cut files, a lost link, a lost execute bit.
+cd "$copy"
+rm -r Aircraft/"Heavy Metal"
+rm Instructions/Manual.txt Instructions/"one byte.txt"
+: >Resources/text/English/Skyvane.txt
+truncate -s 1 Skyvane.app/Contents/MacOS/Skyvane
+chmod 644 Skyvane.app/Contents/MacOS/Skyvane
+cd "$SCRATCH"
+repair --on_modified=overwrite
+want_status 0
+same_tree "$SOURCE" Macintosh "$copy"
+want_no_leftovers
+
+# What the user has changed is kept, unless told otherwise; what is the user's own is not seen.
+echo mine >"$copy/Airfoils/NACA 0012.afl"
+echo mine >"$copy/Airfoils/My own.afl"
+rm "$copy/Airfoils/NACA 0013.afl"
+repair
+want_status 0
+want_text "1 files that you have modified were kept."
+[ "$(cat "$copy/Airfoils/NACA 0012.afl")" = mine ] || fail "the user's file was overwritten"
+repair --on_modified=cancel
+want_status 2
+repair --on_modified=overwrite
+want_status 0
+[ "$(cat "$copy/Airfoils/My own.afl")" = mine ] || fail "the user's own file was touched"
+rm "$copy/Airfoils/My own.afl"
+same_tree "$SOURCE" Macintosh "$copy"
+
+# A repair of something that lies on the last disc alone asks for that one alone.
+last=$(cd "$MASTER/disk_2/$RELEASE" && find All Macintosh -name '*.zip' 2>/dev/null | sed -n 1p)
+[ -n "$last" ] || fail "nothing for this platform on the last disc"
+last=${last#*/}
+rm "$copy/${last%.zip}"
+repair
+want_status 0
+want_asked_for "3 "
+same_tree "$SOURCE" Macintosh "$copy"
+
+# No room: the page refuses, and nothing is touched.
+if [ "$(id -u)" = 0 ]; then
+  mkdir "$SCRATCH/small"
+  mount -t tmpfs -o size=1m tmpfs "$SCRATCH/small"
+  MOUNTS+=("$SCRATCH/small")
+  mkdir -p "$SCRATCH/small/Copy"/{Airfoils,Instructions,Output,Resources}
+  repair --copy="$SCRATCH/small/Copy"
+  want_status 2
+  want_text "You do not have enough free disk space to repair this copy of Skyvane."
+fi

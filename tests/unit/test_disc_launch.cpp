@@ -1,0 +1,99 @@
+// Starting another program: what is started, with what, and that it begins only after this process
+// has saved its settings and ended.
+
+#include <sys/stat.h>
+
+#include "Installer-f/main_launch.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/OOPS_cpp/pref.h"
+#include "corekit/Thread/hl_thread.h"
+#include "engine_tree.h"
+
+namespace {
+
+class DiscLaunch : public engine_tree {
+ protected:
+  void SetUp() override {
+    engine_tree::SetUp();
+    ASSERT_EQ(setenv("XDG_CONFIG_HOME", (root + "config").c_str(), 1), 0);
+  }
+  void TearDown() override {
+    unsetenv("XDG_CONFIG_HOME");
+    engine_tree::TearDown();
+  }
+
+  // A program that notes its name, its arguments, and whether its starter is still there and has
+  // saved; complete once "out" is there.
+  void program(const std::string& path) {
+    write(path,
+          "#!/bin/sh\n{ echo \"$0\"; for a; do echo \"[$a]\"; done\n"
+          "[ -e \"$(echo '" +
+              root +
+              "'config/*/'Skyvane Installer.prf')\" ] && echo saved\n"
+              "} >'" +
+              root + "part'\nmv '" + root + "part' '" + root + "out'\n");
+    ASSERT_EQ(chmod((root + path).c_str(), 0755), 0);
+  }
+
+  std::string outcome() {
+    for (int tries = 0; tries < 500 && !there("out"); ++tries)
+      usleep(10000);
+    return read("out");
+  }
+};
+
+using DiscLaunchDeathTest = DiscLaunch;
+
+TEST_F(DiscLaunchDeathTest, StartsTheProgram) {
+  const struct {
+    const char* label;
+    const char* program;  // the executable, below the root
+    const char* app;      // what is launched
+    const char* path;
+  } rows[] = {
+      {"a plain program", "Plain.app", "Plain.app", ""},
+      {"a slash behind it", "Slash.app", "Slash.app/", ""},
+      {"with a folder", "Folder.app", "Folder.app", "/a folder/"},
+      {"a bundle", "Bundle.app/Contents/MacOS/Bundle", "Bundle.app", "/x/"},
+      {"a bundle with a slash", "B2.app/Contents/MacOS/B2", "B2.app/", ""},
+      {"dots and blanks", "My 9.1.app/Contents/MacOS/My 9.1", "My 9.1.app", ""},
+  };
+  for (const auto& row : rows) {
+    program(row.program);
+    EXPECT_EXIT(
+        {
+          THREAD_init();
+          launch_app(root + row.app, row.path);
+        },
+        testing::ExitedWithCode(1), "")
+        << row.label;
+    const std::string arguments =
+        *row.path ? "[-path]\n[" + std::string(row.path) + "]\n" : std::string();
+    EXPECT_EQ(outcome(), root + row.program + "\n" + arguments + "saved\n") << row.label;
+    std::remove((root + "out").c_str());
+  }
+}
+
+TEST_F(DiscLaunchDeathTest, ThereIsNoSuchProgram) {
+  EXPECT_EXIT(
+      {
+        THREAD_init();
+        launch_app(root + "None.app", "");
+      },
+      testing::ExitedWithCode(1), "");
+}
+
+// A program that does not run from a disc stays, whatever the disc's path has in common with its.
+TEST_F(DiscLaunch, StaysWhereThereIsNoDisc) {
+  std::string here;
+  ASSERT_EQ(get_OS_abs_path(os_dir_this_app, here), 0);
+  char name[] = "program";
+  char* argv[] = {name, nullptr};
+  for (const std::string& disc : {std::string(), root + "disc/", "/x" + here, here + "deeper/"}) {
+    dvd_path = disc;
+    leave_disc(1, argv);
+  }
+  SUCCEED();
+}
+
+}  // namespace

@@ -1,0 +1,133 @@
+// The world map's mouse, frame by frame.
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Installer-f/main_map.h"
+#include "corekit/GenC/hl_mnw.h"
+
+namespace {
+
+// Columns and rows of the selected cells.
+using cells = std::set<std::pair<int, int>>;
+
+cells selected_of(const int (&table)[sector_count]) {
+  cells found;
+  for (int column = 0; column < sector_columns; ++column)
+    for (int row = 0; row < sector_rows; ++row)
+      if (table[sector_cell(column, row)]) found.insert({column, row});
+  return found;
+}
+
+constexpr float x_of(float column) {
+  return map_x + map_cell * column;
+}
+constexpr float y_of(float row) {
+  return map_y + map_cell * row;
+}
+
+enum press { up, down, held };  // down: the press arrives in this frame
+
+struct frame {
+  float column, row;  // mouse, in cells
+  press button;
+};
+
+TEST(DiscMap, Drags) {
+  const struct {
+    const char* label;
+    cells before;
+    std::vector<frame> frames;
+    cells after;
+    int painted;  // by the last frame
+  } rows[] = {
+      {"hovering", {}, {{3.5f, 4.5f, up}}, {}, 0},
+      {"a click selects", {}, {{3.5f, 4.5f, down}, {3.5f, 4.5f, up}}, {{3, 4}}, 0},
+      {"a click deselects", {{3, 4}, {5, 5}}, {{3.5f, 4.5f, down}}, {{5, 5}}, 1},
+      {"holding still does not toggle", {}, {{3.5f, 4.5f, down}, {3.5f, 4.5f, held}}, {{3, 4}}, 1},
+      {"a drag paints one value",
+       {{4, 4}},
+       {{3.5f, 4.5f, down}, {5.5f, 5.5f, held}},
+       {{3, 4}, {4, 4}, {5, 4}, {3, 5}, {4, 5}, {5, 5}},
+       1},
+      {"a drag from a selected cell clears",
+       {{3, 4}, {5, 4}, {7, 7}},
+       {{5.5f, 4.5f, down}, {3.5f, 4.5f, held}},
+       {{7, 7}},
+       1},
+      {"a drag the other way paints the same",
+       {},
+       {{5.5f, 5.5f, down}, {4.5f, 4.5f, held}},
+       {{4, 4}, {5, 4}, {4, 5}, {5, 5}},
+       1},
+      {"a band that shrinks leaves what it painted",
+       {},
+       {{3.5f, 4.5f, down}, {4.5f, 4.5f, held}, {3.6f, 4.5f, held}},
+       {{3, 4}, {4, 4}},
+       1},
+      {"a press on a corner paints nothing", {}, {{3, 4, down}}, {}, 0},
+      {"a press on an edge paints nothing", {}, {{3, 4.5f, down}}, {}, 0},
+      {"a corner belongs to the cell above and to the east",
+       {{3, 4}},
+       {{3, 4, down}, {3.5f, 4.5f, held}},
+       {},
+       1},
+      {"and not to the others",
+       {{2, 3}, {2, 4}, {3, 3}},
+       {{3, 4, down}, {2.5f, 3.5f, held}},
+       {{2, 3}, {2, 4}, {3, 3}},
+       1},
+      {"a band along an edge touches no cell beyond it",
+       {},
+       {{3.5f, 4.5f, down}, {4, 5, held}},
+       {{3, 4}},
+       1},
+      {"the first press outside paints 0",
+       {{0, 0}, {1, 0}},
+       {{-1, -1, down}, {0.5f, 0.5f, held}},
+       {{1, 0}},
+       1},
+      {"a press outside keeps the last value",
+       {},
+       {{9.5f, 9.5f, down}, {9.5f, 9.5f, up}, {-1, 0.5f, down}, {1.5f, 0.5f, held}},
+       {{9, 9}, {0, 0}, {1, 0}},
+       1},
+      {"a press outside alone", {}, {{-2, -2, down}, {-1, -1, held}}, {}, 0},
+      {"held from before the map was there", {}, {{3.5f, 4.5f, held}, {9.5f, 9.5f, held}}, {}, 0},
+      {"the far corner", {}, {{35.5f, 17.5f, down}}, {{35, 17}}, 1},
+      {"the far edge", {}, {{36, 18, down}, {35.9f, 17.9f, held}}, {{35, 17}}, 1},
+      {"just beyond it", {}, {{36.1f, 18.1f, down}}, {}, 0},
+  };
+  for (const auto& row : rows) {
+    int table[sector_count] = {};
+    for (const auto& [column, at] : row.before)
+      table[sector_cell(column, at)] = 1;
+    map_drag drag;
+    int painted = 0;
+    for (const frame& f : row.frames) {
+      const map_mouse mouse = {x_of(f.column), y_of(f.row), f.button == down, f.button != up};
+      painted = map_paint(mouse, drag, table);
+    }
+    EXPECT_EQ(selected_of(table), row.after) << row.label;
+    EXPECT_EQ(painted, row.painted) << row.label;
+  }
+}
+
+// The whole widget, without a window: it edits the settings' table, and only there.
+TEST(DiscMap, Widget) {
+  stg = stg_record();
+  stg.todo_raw_kb = 7;
+  mnw.mouse_x = x_of(3.5f);
+  mnw.mouse_y = y_of(4.5f);
+  UTIL_world_map();
+  EXPECT_EQ(stg.todo_raw_kb, 7) << "the sizes were worked out without a change";
+  mnw.mouse_clicked = mnw.mouse_held = 1;
+  UTIL_world_map();
+  EXPECT_EQ(selected_of(stg.sector_selected), (cells{{3, 4}}));
+  EXPECT_EQ(stg.todo_raw_kb, 0);
+}
+
+}  // namespace

@@ -1,0 +1,269 @@
+// The disc pipeline over a folder that stands for a disc, with archives made by zip and 7z.
+
+#include <algorithm>
+#include <ctime>
+#include <filesystem>
+#include <vector>
+
+#include "Installer-f/main_stg.h"
+#include "Installer-f/utils_disc.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/UTL/UTL_thread.h"
+#include "engine_tree.h"
+
+namespace {
+
+constexpr char some_sig[] = "00112233445566778899aabbccddeeff";
+
+class DiscPipeline : public engine_tree {
+ protected:
+  void SetUp() override {
+    engine_tree::SetUp();
+    for (const char* const folder : {"disc", "disc/Rel", "tmp", "copy", "made"})
+      ASSERT_EQ(mkdir((root + folder).c_str(), 0755), 0);
+    dvd_path = root + "disc/";
+    temp_path = root + "tmp/";
+    install_name = "Rel";
+    // Without TZ the C library looks the zone up again for every date, under a lock of its own that
+    // the thread sanitizer does not see.
+    setenv("TZ", ":/etc/localtime", 0);
+    tzset();
+    std::string message;
+    install_files_get_error(message);
+  }
+  void TearDown() override {
+    install_files_kill();
+    engine_tree::TearDown();
+  }
+
+  // Puts `content` as an archive on the disc, marks it as wanted there, and makes its folder in the
+  // copy.
+  void ship(const std::string& path, const std::string& content, int disk = 0) {
+    file_version_struct& file = add(path, {some_sig});
+    file.need_fetch = 1;
+    file.disk = disk;
+    file.sig_have = sig_none;
+    const std::string leaf = path.substr(path.rfind('/') + 1);
+    const std::string at = "'" + root + "disc/Rel/" + path + "'";
+    write("made/" + leaf, content);
+    const bool tile = path.find("Global Scenery") != std::string::npos;
+    const std::string pack = tile ? "7z a -t7z " + at + ".7z '" + leaf + "' >/dev/null"
+                                  : "zip -qX " + at + ".zip '" + leaf + "'";
+    shell("mkdir -p \"$(dirname " + at + ")\" && cd '" + root + "made' && " + pack);
+    shell("mkdir -p \"$(dirname '" + root + "copy/" + path.substr(path.find('/') + 1) + "')\"");
+  }
+
+  void shell(const std::string& command) { ASSERT_EQ(std::system(command.c_str()), 0) << command; }
+
+  // Steps the pipeline until it reports anything.
+  install_step run(int& index, int disk = 0) {
+    for (;;) {
+      const int step = install_files(index, disk);
+      if (step != install_working) return static_cast<install_step>(step);
+      usleep(50);
+    }
+  }
+
+  // The failures of a whole job, each as its file's leaf and code.
+  std::vector<std::pair<int, std::string>> run_over_failures() {
+    std::vector<std::pair<int, std::string>> failures;
+    int index = 0;
+    for (;;) {
+      const install_step step = run(index);
+      if (step == install_done) return failures;
+      EXPECT_EQ(step, install_failed);
+      std::string message;
+      const int code = install_files_get_error(message);
+      failures.emplace_back(code, message);
+    }
+  }
+
+  size_t left_in_temp() {
+    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(root + "tmp"),
+                                             std::filesystem::directory_iterator()));
+  }
+};
+
+TEST_F(DiscPipeline, InstallsBothKindsOfArchive) {
+  ship("All/Resources/text/a b.txt", "plain");
+  ship("All/Global Scenery/x/+30-120/+34-118.dsf", std::string(200000, 't'));
+  ship("Macintosh/S.app/Contents/MacOS/S", "#!");
+  ship("All/top.txt", "");
+  int index = 0;
+  EXPECT_EQ(run(index), install_done);
+  EXPECT_EQ(index, 4);
+  EXPECT_EQ(copy_pool, nullptr);
+  EXPECT_EQ(unzip_pool, nullptr);
+  EXPECT_EQ(read("copy/Resources/text/a b.txt"), "plain");
+  EXPECT_EQ(read("copy/Global Scenery/x/+30-120/+34-118.dsf"), std::string(200000, 't'));
+  EXPECT_TRUE(there("copy/top.txt"));
+  EXPECT_EQ(left_in_temp(), 0u);
+  struct stat info;
+  ASSERT_EQ(stat((root + "copy/S.app/Contents/MacOS/S").c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0755u);
+  ASSERT_EQ(stat((root + "copy/top.txt").c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0111, 0u);
+  for (const file_history_struct& history : sim_info) {
+    EXPECT_EQ(history.current().sig_have, history.current().sig_want);
+    EXPECT_EQ(history.current().sig_match, 1);
+  }
+}
+
+TEST_F(DiscPipeline, NamesOfATask) {
+  for (int i = 0; i < 413; ++i)
+    add("All/Resources/a.txt", {some_sig});
+  add("All/Global Scenery/x/+30-120/+34-118.dsf", {"ffffffffffffffffffffffffffffffff"});
+  const dvd_unpack_task zip(412), tile(413);
+  EXPECT_EQ(zip.temp_file, temp_path + some_sig + "_412..zip");
+  EXPECT_EQ(zip.source, root + "disc/Rel/All/Resources/a.txt.zip");
+  EXPECT_EQ(zip.dest_file, root + "copy/Resources/a.txt");
+  EXPECT_EQ(tile.temp_file, temp_path + "ffffffffffffffffffffffffffffffff_413..7z");
+  EXPECT_EQ(tile.source, root + "disc/Rel/All/Global Scenery/x/+30-120/+34-118.dsf.7z");
+}
+
+// Which step ends the first call of a job on disc 0, and at which index.
+TEST_F(DiscPipeline, AsksOnlyForDiscsThatAreNeeded) {
+  ship("All/a.txt", "a");
+  const struct {
+    const char* label;
+    std::vector<std::pair<int, int>> files;  // disk, need_fetch
+    install_step step;
+    int index;
+  } rows[] = {
+      {"no files at all", {}, install_done, 0},
+      {"nothing wanted", {{0, 0}, {1, 0}, {2, 0}}, install_done, 3},
+      {"wanted here", {{0, 1}}, install_done, 1},
+      {"nothing of disc 1 wanted", {{0, 1}, {1, 0}, {0, 1}}, install_done, 3},
+      {"unwanted ones ahead of disc 2", {{0, 1}, {1, 0}, {1, 0}, {2, 1}}, install_needs_disc, 3},
+      {"disc 1 at once", {{1, 1}, {0, 1}}, install_needs_disc, 0},
+      {"back to an earlier disc", {{0, 1}, {1, 1}, {0, 1}}, install_needs_disc, 1},
+      {"only unwanted ones of disc 1 at the end", {{0, 1}, {1, 0}}, install_done, 2},
+  };
+  for (const auto& row : rows) {
+    sim_info.clear();
+    for (const auto& [disk, fetch] : row.files) {
+      file_version_struct& file = add("All/a.txt", {some_sig});
+      file.disk = disk;
+      file.need_fetch = fetch;
+    }
+    int index = 0;
+    EXPECT_EQ(run(index), row.step) << row.label;
+    EXPECT_EQ(index, row.index) << row.label;
+    if (row.step == install_needs_disc) {
+      ASSERT_NE(copy_pool, nullptr) << row.label;
+      EXPECT_EQ(copy_pool->count_total_tasks() + unzip_pool->count_total_tasks(), 0) << row.label;
+    }
+    install_files_kill();
+    EXPECT_EQ(copy_pool, nullptr) << row.label;
+  }
+}
+
+TEST_F(DiscPipeline, GoesOnAfterAChangeOfDiscs) {
+  ship("All/a.txt", "a", 0);
+  ship("All/b.txt", "b", 1);
+  ship("All/c.txt", "c", 2);
+  int index = 0;
+  EXPECT_EQ(run(index, 0), install_needs_disc);
+  EXPECT_EQ(run(index, 0), install_needs_disc) << "asking again changes nothing";
+  EXPECT_EQ(index, 1);
+  EXPECT_EQ(run(index, 1), install_needs_disc);
+  EXPECT_EQ(run(index, 2), install_done);
+  EXPECT_EQ(read("copy/a.txt") + read("copy/b.txt") + read("copy/c.txt"), "abc");
+}
+
+TEST_F(DiscPipeline, FailuresAreToldAndTheRestIsInstalled) {
+  for (int i = 0; i < 12; ++i)
+    ship("All/f" + std::to_string(i) + ".txt", "whole");
+  ship("All/Global Scenery/x/+30-120/+34-118.dsf", std::string(5000, 't'));
+  const std::string disc = root + "disc/Rel/All/";
+  write("copy/f5.txt", "old and whole");
+  std::filesystem::remove(disc + "f2.txt.zip");
+  std::filesystem::resize_file(disc + "f5.txt.zip", 30);
+  std::filesystem::resize_file(disc + "Global Scenery/x/+30-120/+34-118.dsf.7z", 40);
+
+  const auto failures = run_over_failures();
+  // What fails in the same frame is told as one, the last of them; a success hides nothing.
+  ASSERT_GE(failures.size(), 1u);
+  ASSERT_LE(failures.size(), 3u);
+  const auto& [code, message] = failures.back();
+  EXPECT_NE(code, 0);
+  EXPECT_EQ(message, "I was unable to unzip the file " + temp_path + some_sig +
+                         "_12..7z to the folder " + root + "copy/Global Scenery/x/+30-120/.");
+  for (int i = 0; i < 12; ++i) {
+    const bool bad = i == 2 || i == 5;
+    EXPECT_EQ(sim_info[i].current().sig_match, bad ? 0 : 1) << i;
+    EXPECT_EQ(read("copy/f" + std::to_string(i) + ".txt"), i == 2   ? ""
+                                                           : i == 5 ? "old and whole"
+                                                                    : "whole")
+        << i;
+  }
+  EXPECT_EQ(left_in_temp(), 0u);
+}
+
+TEST_F(DiscPipeline, FailureOfTheLastFileComesBeforeTheEnd) {
+  ship("All/a.txt", "a");
+  ship("All/b.txt", "b");
+  std::filesystem::remove(root + "disc/Rel/All/b.txt.zip");
+  const auto failures = run_over_failures();
+  ASSERT_EQ(failures.size(), 1u);
+  EXPECT_EQ(failures[0].first, 2);
+  EXPECT_EQ(failures[0].second, "I was unable to copy the file " + root +
+                                    "disc/Rel/All/b.txt.zip from the DVD to the hard drive.");
+  EXPECT_EQ(copy_pool, nullptr);
+}
+
+// The file services end the program at a path of 500 characters; here that is one failed file.
+TEST_F(DiscPipeline, PathsThatAreTooLong) {
+  for (const size_t length : {path_limit - root.size() - 30, path_limit, size_t{5000}})
+    add("All/" + std::string(length, 'x'), {some_sig}).need_fetch = 1;
+  ship("All/short.txt", "s");
+  const auto failures = run_over_failures();
+  EXPECT_GE(failures.size(), 1u);
+  EXPECT_EQ(read("copy/short.txt"), "s");
+}
+
+TEST_F(DiscPipeline, GivingUpLeavesWholeFilesOnly) {
+  std::string content(30000, 'k');
+  ship("All/0.txt", content);
+  for (int i = 1; i < 200; ++i) {
+    sim_info.push_back(sim_info[0]);
+    sim_info[i].versions[0].path = texts.emplace_back("All/" + std::to_string(i) + ".txt");
+    // The archive names its entry itself, so all of them arrive as 0.txt; only the count matters.
+    std::filesystem::copy_file(root + "disc/Rel/All/0.txt.zip",
+                               root + "disc/Rel/All/" + std::to_string(i) + ".txt.zip");
+  }
+  for (int frames = 0; frames < 40; frames += 3) {
+    for (file_history_struct& history : sim_info)
+      history.current().sig_match = 0;
+    int index = 0;
+    for (int i = 0; i < frames; ++i) {
+      install_files(index, 0);
+      usleep(100);
+    }
+    install_files_kill();
+    EXPECT_EQ(copy_pool, nullptr);
+    EXPECT_EQ(unzip_pool, nullptr);
+    EXPECT_EQ(left_in_temp(), 0u) << frames;
+    if (there("copy/0.txt")) {
+      EXPECT_EQ(read("copy/0.txt"), content) << frames;
+    }
+    install_files_kill();  // safe without a job
+  }
+  int index = 0;
+  EXPECT_EQ(run(index), install_done) << "a job after one that was given up";
+}
+
+TEST_F(DiscPipeline, QueuesAreBounded) {
+  ship("All/0.txt", "x");
+  for (int i = 1; i < 300; ++i)
+    sim_info.push_back(sim_info[0]);
+  int index = 0;
+  install_files(index, 0);
+  EXPECT_LE(index, disc_queue_limit);
+  size_t most = 0;
+  while (install_files(index, 0) == install_working)
+    most = std::max(most, left_in_temp());
+  EXPECT_LE(most, 2u * disc_queue_limit);
+}
+
+}  // namespace
