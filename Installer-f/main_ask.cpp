@@ -62,7 +62,7 @@ int UTIL_cancel_install(const std::string& header, const std::string& advice,
                         const std::string& label_2, const std::string& line_2) {
   std::string message;
   const int code = install_files_get_error(message);
-  message += std::string(" (") + error_str(code) + ")";
+  message += " (" + UTL_translate_string(error_str(code)) + ")";
   return abort_alert(header + "\n\n" + message + "\n\n" + advice, label_1, line_1, label_2, line_2);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Installer-f/main_wizard.h"
+#include "corekit/UTL/UTL_translate.h"
 
 struct eula_flow {
   page_function back;
@@ -25,10 +26,10 @@ struct new_copy_choice {
 struct new_copy_flow {
   page_function back;
   page_function next;
-  const char* name_suffix;  // put behind the release's name, translated; null for none
-  const char* prompt;       // of the folder picker
-  const char* enough_text;  // disk space
-  const char* short_text;
+  UTL_text name_suffix;  // put behind the release's name, translated; null for none
+  UTL_text prompt;       // of the folder picker
+  UTL_text enough_text;  // disk space
+  UTL_text short_text;
   bool space_decides;  // too little space shuts Next
 };
 // One frame of the page that picks parent folder and name. Leaves dest_dir_path. Returns 0.

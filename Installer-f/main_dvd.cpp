@@ -64,7 +64,7 @@ void set_steps() {
 // What the owner of a copy can do.
 void offer_menu(wizard_screen& screen) {
   const struct {
-    const char* label;
+    UTL_text label;
     page_function page;
     int shown;
   } rows[] = {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "Installer-f/main_wizard.h"
+#include "corekit/UTL/UTL_translate.h"
 
 // --- the job -------------------------------------------------------------------------------------
 
@@ -25,16 +26,16 @@ struct dvd_job {
 
   bool is_new_copy;  // the copy is registered, so that it is known even if the install stops midway
 
-  const char* title;
-  const char* doing;  // before the copy's path
-  const char* line;   // before a file's name
-  const char* last_line;
-  const char* error_header;
-  const char* error_advice;
-  const char* stop_label;  // the button that gives up
-  const char* beside;      // the line beside both buttons
-  const char* change_title;
-  const char* check_title;
+  UTL_text title;
+  UTL_text doing;  // before the copy's path
+  UTL_text line;   // before a file's name
+  UTL_text last_line;
+  UTL_text error_header;
+  UTL_text error_advice;
+  UTL_text stop_label;  // the button that gives up
+  UTL_text beside;      // the line beside both buttons
+  UTL_text change_title;
+  UTL_text check_title;
 };
 
 // One frame of the install page. Its result is the page's.
@@ -50,10 +51,10 @@ extern int num_install_errors;  // failures of the present job, or of the last
 
 // The question that the page before a job puts when the user comes back to it.
 struct dvd_leave_question {
-  const char* question;
-  const char* stop_label;
-  const char* stop_line;
-  const char* go_on_line;
+  UTL_text question;
+  UTL_text stop_label;
+  UTL_text stop_line;
+  UTL_text go_on_line;
   bool deletes_copy;  // giving up a new copy leaves nothing of it
 };
 
@@ -63,18 +64,18 @@ bool dvd_job_goes_on(const dvd_job& job, const dvd_leave_question& leave);
 // --- picking and scanning a copy -----------------------------------------------------------------
 
 struct dvd_pick {
-  const char* title;
+  UTL_text title;
   page_function next;
-  const char* question;
+  UTL_text question;
 };
 // Shows the installed copies; a sole one is chosen without asking. Leaves dest_dir_path.
 void dvd_pick_page(const dvd_pick& pick, wizard_screen& screen);
 
 struct dvd_scan {
-  const char* title;
+  UTL_text title;
   page_function back;
   page_function next;
-  const char* note;  // behind the copy's path
+  UTL_text note;  // behind the copy's path
 };
 // One frame of the scan of dest_dir_path; its result is the page's. `counter` is 0 at the start.
 int dvd_scan_page(const dvd_scan& scan, int& counter, wizard_screen& screen);

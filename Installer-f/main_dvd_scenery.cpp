@@ -144,10 +144,9 @@ int dvd_switch_disk_scenery(int first_time, wizard_screen& screen) {
 }
 
 int dvd_done_scenery(int, wizard_screen& screen) {
-  static constexpr const char* done[] = {"updated", "added and removed", "installed more",
-                                         "removed"};
-  static constexpr const char* doing[] = {"updating", "adding and removing", "installing more",
-                                          "removing"};
+  static constexpr UTL_text done[] = {"updated", "added and removed", "installed more", "removed"};
+  static constexpr UTL_text doing[] = {"updating", "adding and removing", "installing more",
+                                       "removing"};
   const change_kind kind = kind_of_change();
   screen.title = tr("Finished With Add/Remove Scenery");
   screen.back = dvd_start;

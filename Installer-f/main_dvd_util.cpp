@@ -125,7 +125,7 @@ void UTIL_scan_dvd() {
   if (const int code = zip_to_file(zip, temp_path, nullptr, 0)) {
     const auto tr = [](const char* text) { return UTL_translate_string(text); };
     __MACIBM_alert(win_main, tr("DVD scan: The installer cannot extract a file."),
-                   tr("Error: ") + error_str(code), tr("Compressed File/") + zip,
+                   tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
                    tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
   }
   stg.directory_state = read_directory(

@@ -3,14 +3,15 @@
 #pragma once
 
 #include "Installer-f/main_wizard.h"
+#include "corekit/UTL/UTL_translate.h"
 
 // What differs between the flows on the page that contacts the servers.
 struct check_flow {
-  const char* title;
+  UTL_text title;
   page_function back;
-  const char* contacting;   // while the server list is awaited
-  const char* downloading;  // before the mirror's name
-  const char* processing;   // while the manifest is read
+  UTL_text contacting;   // while the server list is awaited
+  UTL_text downloading;  // before the mirror's name
+  UTL_text processing;   // while the manifest is read
 };
 
 // One frame of the check page. Fills `screen`; returns 1 once the manifest is loaded, 0 before.

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "corekit/UTL/UTL_translate.h"
+
 struct wizard_screen;
 
 // A page. `first_time` is 1 on the first frame of every visit. Returns 0 to stay, or non-zero to go
@@ -35,7 +37,7 @@ int wizard_quit(int first_time, wizard_screen& screen);
 
 // Replaces the step list; each label goes through the translation table.
 struct wizard_step {
-  const char* label;
+  UTL_text label;
   page_function page;
 };
 void wizard_set_steps(const std::vector<wizard_step>& steps);

@@ -126,7 +126,7 @@ void fetch_manifest() {
     stg.directory_state = manifest_unpacked;
   } else {
     __MACIBM_alert(0, UTL_translate_string("The installer cannot extract a file."),
-                   UTL_translate_string("Error: ") + error_str(code),
+                   UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                    UTL_translate_string("Compressed File/") + zip,
                    UTL_translate_string("Destination Path/") + temp_path, t_alert,
                    "Installer-f/utils", 1203);

@@ -20,7 +20,7 @@ void extract_and_delete_file(const std::string& archive, const std::string& loca
   if (code != 0) {
     stg.extract_failed = 1;
     __MACIBM_alert(0, UTL_translate_string("The installer cannot extract a file."),
-                   UTL_translate_string("Error: ") + error_str(code),
+                   UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                    UTL_translate_string("Compressed File: ") + archive,
                    UTL_translate_string("Destination: ") + location, t_alert, "Installer-f/utils",
                    2288);

@@ -3,11 +3,12 @@
 #include <cstdio>
 
 #include "corekit/Files/io_utils.h"
+#include "corekit/UTL/UTL_translate.h"
 
 namespace {
 struct code_message {
   int code;
-  const char* message;
+  UTL_text message;
 };
 
 // The archive layer's codes, then errno as the family's first system numbers it, then the codes of

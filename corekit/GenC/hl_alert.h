@@ -4,6 +4,7 @@
 #include <string>
 
 #include "corekit/GenH/hl_types.h"
+#include "corekit/UTL/UTL_translate.h"
 
 // Shows four lines of text and where they came from.
 //
@@ -22,12 +23,12 @@ extern int alerts_shown;
 
 // Texts of the alerts that an application may replace; each is translated when it is shown.
 struct alert_texts_record {
-  std::string ok = "OK";          // the button of an alert
-  std::string accept = "Accept";  // the button of the language chooser
+  UTL_text ok = "OK";          // the button of an alert
+  UTL_text accept = "Accept";  // the button of the language chooser
   // The question of MACIBM_nuke_alert is "prefix text suffix", and its answers 1, 2, 3.
-  std::string nuke_prefix = "Do you want to save the changes to";
-  std::string nuke_suffix = "before it closes?";
-  std::string nuke_answers[3] = {"Save", "Do not save", "Cancel"};
+  UTL_text nuke_prefix = "Do you want to save the changes to";
+  UTL_text nuke_suffix = "before it closes?";
+  UTL_text nuke_answers[3] = {"Save", "Do not save", "Cancel"};
 };
 extern alert_texts_record alert_texts;
 

@@ -120,8 +120,8 @@ void take_events() {
 
 // Textures that are missing, once each.
 void report_missing_textures() {
-  constexpr char advice[] = "Please see the log.txt file for a detailed list of missing files.";
-  const auto report = [&](const char* text, int source_line) {
+  constexpr UTL_text advice = "Please see the log.txt file for a detailed list of missing files.";
+  const auto report = [&](UTL_text text, int source_line) {
     __MACIBM_alert(win_main, UTL_translate_string(text), UTL_translate_string(advice), "", "",
                    t_alert, "GenC/hl_mnw", source_line);
   };

@@ -24,10 +24,10 @@ namespace {
 struct dialog_row {
   int id;
   float dx, dy;
-  const char* title;
+  UTL_text title;
 };
-constexpr char alert_title[] = "Skyvane";
-constexpr char list_title[] = "Files";
+constexpr UTL_text alert_title = "Skyvane";
+constexpr UTL_text list_title = "Files";
 constexpr dialog_row dialogs[] = {
     {win_eula, 500, 300, "EULA"},
     {win_prefs, 600, 380, "Prefs"},

@@ -224,7 +224,7 @@ void plot_path(float dx) {
 void plot_places() {
   constexpr float y = head_y + 15, dx = 68, pitch = 73;
   float x = 2 * rim + dx / 2;
-  const auto place = [&](const char* label, const std::string& folder) {
+  const auto place = [&](UTL_text label, const std::string& folder) {
     const int hit = BTN_action(x, y, dx, 0, 0, tr(label), "");
     x += pitch;
     if (hit && !folder.empty()) go_to(folder);
@@ -254,7 +254,7 @@ void make_new_folder() {
   const std::string name = PLT_utf8_from_latin1(browser.new_name);
   const std::string folder = browser.folder + name + '/';
   if (folder.size() > path_limit) return complain(tr("The path of this folder is too long."));
-  if (const int code = make_folder(folder)) return complain(error_str(code));
+  if (const int code = make_folder(folder)) return complain(tr(error_str(code)));
   browser.is_naming = false;
   go_to(folder);
 }

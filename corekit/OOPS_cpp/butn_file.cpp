@@ -179,7 +179,7 @@ std::string nearest_folder(std::string path) {
 // What the program can work in. The user is told why not.
 bool can_be_used(const std::string& folder) {
   constexpr size_t longest_name = 256;  // of what will be made in it
-  const char* trouble = nullptr;
+  UTL_text trouble = nullptr;
   if (folder.find_first_of(":\\") != std::string::npos) {
     trouble = "A folder with \":\" or \"\\\" in its path cannot be used.";
   } else if (folder.size() + longest_name > path_limit) {

@@ -19,6 +19,7 @@ constexpr char splitter[] = "====";
 constexpr size_t splitter_length = 4;
 
 std::unordered_map<std::string, std::string> dictionary;  // English to the other language
+std::unordered_map<std::string, std::string> indented;    // the same, keys without leading blanks
 std::unordered_set<std::string> logged;                   // missing texts already in the log
 bool has_translation = false;                             // a file was read to its end
 bool log_missing = false;
@@ -39,10 +40,27 @@ void enter_line(const std::string& line) {
   STR_unescape(key);
   STR_unescape(translation);
   const auto [entry, entered] = dictionary.try_emplace(key, translation);
-  if (!entered) {
+  if (entered) {
+    const size_t first = key.find_first_not_of(" \t");
+    if (first != 0 && first != std::string::npos)
+      indented.try_emplace(key.substr(first), translation);
+  } else {
     xer << "ERROR: language line " << line << " is a second translation of " << key
         << "====" << entry->second << '\n';
   }
+}
+
+// What stands behind the line's first word and one blank or tab. Further blanks are the beginning
+// of a text such as " minutes".
+std::string rest_of_line(xmap_class& map) {
+  const unsigned char* at = map.cursor;
+  const auto on_blank = [&] { return at != map.file_end && (*at == ' ' || *at == '\t'); };
+  if (on_blank()) ++at;
+  std::string rest, text;
+  for (; on_blank(); ++at)
+    rest += static_cast<char>(*at);
+  map.TXT_str_scan_eoln(&text);
+  return rest + text;
 }
 
 }  // namespace
@@ -53,10 +71,10 @@ void UTL_translate_load(const std::string& path) {
   if (!map.file_start) return;
   if (map.check_file(ouf_text, accepted_versions, "TRANSLATION", nullptr) == 0) return;
 
-  std::string word, rest;
+  std::string word;
   while (map.cursor < map.file_end) {
     map.TXT_str_scan_space(&word);
-    map.TXT_str_scan_eoln(&rest);
+    const std::string rest = rest_of_line(map);
     if (word == "STRING") enter_line(rest);
   }
   has_translation = true;
@@ -66,6 +84,8 @@ void UTL_translate_load(const std::string& path) {
 std::string UTL_translate_string(const std::string& text) {
   if (!has_translation) return text;
   if (const auto found = dictionary.find(text); found != dictionary.end()) return found->second;
+  // Lines whose texts are lined up with blanks are entries for the texts without them.
+  if (const auto found = indented.find(text); found != indented.end()) return found->second;
   if (log_missing && logged.insert(text).second) {
     std::string written = text;
     STR_replace_all(written, "\r", "\\r");
@@ -77,6 +97,7 @@ std::string UTL_translate_string(const std::string& text) {
 
 void UTL_translate_clear() {
   dictionary.clear();
+  indented.clear();
   logged.clear();
   has_translation = false;
   log_missing = false;

@@ -3,10 +3,16 @@
 //
 // A language file is text: "A" or "I", "900 version", "TRANSLATION", then one entry a line:
 //   STRING <English>====<translation>
-// with line breaks written as \n and \r. Other lines are skipped. Main thread only.
+// with line breaks written as \n and \r. One blank or tab parts STRING from the English, and all
+// further blanks of a line belong to the texts. Other lines are skipped. Main thread only.
 #pragma once
 
 #include <string>
+
+// An English text that is held as data (a row's field, a named constant, a parameter) and goes
+// through the table when it is shown. script/texts finds texts by this name and in the calls of
+// UTL_translate_string and of a file's own `tr`: whatever is translated is written as one of these.
+using UTL_text = const char*;
 
 // Replaces the table by the file at `path`. A missing or unsuitable file leaves an empty table;
 // faulty lines are logged and skipped.

@@ -33,6 +33,9 @@ TEST_F(RuntimeTranslate, LooksUpByTheEnglish) {
        "# a comment with ==== in it\n"
        "STRING\tPlease wait.\\nThis may take a while.====Bitte warten.\\r\\nDas dauert etwas.\n"
        "\n   STRING  Blank ==== Leer \n"
+       "STRING  minutes==== Minuten\n"
+       "STRING   hours====  Stunden\n"
+       "STRING hours====Uhr\n"
        "STRING ====Nichts\n"
        "STRING a====b====c\n"
        "STRING Path\\\\name====Pf\\ad\n"
@@ -51,6 +54,11 @@ TEST_F(RuntimeTranslate, LooksUpByTheEnglish) {
       {"Please wait.\\nThis may take a while.", "Please wait.\\nThis may take a while."},
       {"Blank ", " Leer "},
       {"Blank", "Blank"},
+      {" minutes", " Minuten"},  // one blank parts, further ones belong to the text
+      {"minutes", " Minuten"},   // and yet may only line up the file
+      {"  hours", "  Stunden"},
+      {" hours", " hours"},
+      {"hours", "Uhr"},
       {"", "Nichts"},
       {"a", "b====c"},
       {"Path\\\name", "Pf\\ad"},
@@ -131,13 +139,17 @@ TEST_F(RuntimeTranslate, LogsMissingTextsAsATemplate) {
     UTL_translate_string("Cancel");
     EXPECT_EQ(UTL_translate_string("Two\r\nlines"), "Two\r\nlines");
     UTL_translate_string("Stop");
+    UTL_translate_string(" and more ");
   }
-  const std::string lines = "STRING Two\\r\\nlines====Two\\r\\nlines\nSTRING Stop====Stop\n";
+  const std::string lines =
+      "STRING Two\\r\\nlines====Two\\r\\nlines\nSTRING Stop====Stop\nSTRING  and more ==== and "
+      "more \n";
   EXPECT_EQ(log.text(), before + lines);
 
   // What was logged is a language file but for its header.
   load(header + lines);
   UTL_translate_string("Two\r\nlines");
+  UTL_translate_string(" and more ");
   EXPECT_EQ(log.text(), before + lines);
 }
 

@@ -5,6 +5,8 @@
 
 #include "tests/unit/window_fixture.h"
 
+#include <unistd.h>
+
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -150,12 +152,13 @@ void push_window_event(int window_event) {
 }
 
 std::string log_of(const std::function<void()>& body) {
-  const std::string path = testing::TempDir() + "log_of.txt";
+  const std::string path = testing::TempDir() + "log_of." + std::to_string(getpid()) + ".txt";
   xer_open(path);
   body();
   xer.close();
   std::ifstream file(path);
   std::stringstream text;
   text << file.rdbuf();
+  unlink(path.c_str());
   return text.str();
 }

@@ -1,0 +1,293 @@
+// The language files that ship, against the texts of the program as script/texts lists them; and
+// script/texts itself, on sources with texts in all places where they stand, and where none are.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/UTL/UTL_translate.h"
+#include "tests/unit/test_runtime_util.h"
+
+namespace {
+
+constexpr char root[] = TESTS_FOLDER "/..";
+constexpr const char* languages[] = {"french", "german", "italian", "spanish", "portugese"};
+
+std::string file_of(const std::string& language) {
+  return std::string(root) + "/Resources/text/" + language + "/Installer2.txt";
+}
+
+struct listing {
+  std::vector<std::string> lines;
+  int status = -1;
+};
+
+listing run_texts(const std::string& arguments) {
+  const std::string command = "'" + std::string(root) + "/script/texts' " + arguments;
+  listing result;
+  std::FILE* const pipe = popen(command.c_str(), "r");
+  if (!pipe) return result;
+  std::string output;
+  char block[4096];
+  for (size_t got; (got = std::fread(block, 1, sizeof block, pipe)) > 0;)
+    output.append(block, got);
+  const int ended = pclose(pipe);
+  if (WIFEXITED(ended)) result.status = WEXITSTATUS(ended);
+  for (size_t at = 0, end; (end = output.find('\n', at)) != std::string::npos; at = end + 1)
+    result.lines.push_back(output.substr(at, end - at));
+  return result;
+}
+
+const std::vector<std::string>& program_texts() {
+  static const listing texts = run_texts("");
+  EXPECT_EQ(texts.status, 0);
+  EXPECT_GT(texts.lines.size(), 300u);
+  return texts.lines;
+}
+
+struct entry {
+  std::string key, translation;  // as written, with \n and \r in two characters
+};
+
+// Reads a language file in other words than the program does.
+std::vector<entry> entries_of(const std::string& language) {
+  const std::string content = read_file(file_of(language));
+  EXPECT_EQ(content.rfind("I\n900 version\nTRANSLATION\n", 0), 0u) << language;
+  std::vector<entry> entries;
+  for (size_t at = 0, end; (end = content.find('\n', at)) != std::string::npos; at = end + 1) {
+    const std::string line = content.substr(at, end - at);
+    if (line.rfind("STRING ", 0) != 0) continue;
+    const size_t split = line.find("====");
+    if (split == std::string::npos) {
+      ADD_FAILURE() << language << ": " << line;
+      continue;
+    }
+    entries.push_back({line.substr(7, split - 7), line.substr(split + 4)});
+  }
+  return entries;
+}
+
+// The places of a format, such as "%s%d%s".
+std::string places_of(const std::string& text) {
+  std::string places;
+  for (size_t at = 0; (at = text.find('%', at)) != std::string::npos; ++at) {
+    const char kind = at + 1 < text.size() ? text[at + 1] : ' ';
+    if (kind == 's' || kind == 'd') places += std::string("%") + kind;
+  }
+  return places;
+}
+
+// What joins a text to its neighbours: its blanks and line breaks at the left, and at the right.
+std::string edge_of(const std::string& text, bool right) {
+  std::string plain = text;
+  STR_unescape(plain);
+  const size_t first = plain.find_first_not_of(" \n\r"), last = plain.find_last_not_of(" \n\r");
+  return first == std::string::npos ? plain
+         : right                    ? plain.substr(last + 1)
+                                    : plain.substr(0, first);
+}
+
+// The signs of a widget's label: "-" at its front keeps it in one line, "|" parts left from right.
+std::string label_marks(const std::string& text) {
+  std::string marks = text.rfind('-', 0) == 0 ? "-" : "";
+  for (const char c : text) {
+    if (c == '|') marks += c;
+  }
+  return marks + (text.rfind('|', 0) == 0 ? " in front" : "");
+}
+
+// The first byte that the font has no cell for; 0 if there is none.
+int unshowable_in(const std::string& text) {
+  std::string plain = text;
+  STR_unescape(plain);
+  for (const char c : plain) {
+    const unsigned char byte = static_cast<unsigned char>(c);
+    if (byte != '\n' && byte != '\r' && OGL_char_width(byte) == 0) return byte;
+  }
+  return 0;
+}
+
+}  // namespace
+
+TEST(TranslationFiles, EveryTextHasAnEntryAndEveryEntryAText) {
+  const std::set<std::string> texts(program_texts().begin(), program_texts().end());
+  for (const char* language : languages) {
+    std::map<std::string, int> keys;
+    for (const entry& e : entries_of(language))
+      ++keys[e.key];
+    for (const std::string& text : texts)
+      EXPECT_TRUE(keys.count(text)) << language << " lacks: " << text;
+    for (const auto& [key, count] : keys) {
+      EXPECT_TRUE(texts.count(key)) << language << " translates what nobody says: " << key;
+      EXPECT_EQ(count, 1) << language << " translates twice: " << key;
+    }
+  }
+}
+
+TEST(TranslationFiles, KeepTheFormOfTheEnglish) {
+  for (const char* language : languages) {
+    for (const auto& [key, translation] : entries_of(language)) {
+      const std::string label = std::string(language) + ": " + key;
+      EXPECT_EQ(places_of(translation), places_of(key)) << label;
+      EXPECT_EQ(edge_of(translation, false), edge_of(key, false)) << label;
+      EXPECT_EQ(edge_of(translation, true), edge_of(key, true)) << label;
+      EXPECT_EQ(label_marks(translation), label_marks(key)) << label;
+      EXPECT_EQ(unshowable_in(translation), 0) << label;
+    }
+  }
+}
+
+TEST(TranslationFiles, AreReadWithoutComplaint) {
+  log_capture log;
+  for (const char* language : languages) {
+    UTL_translate_load(file_of(language));
+    for (entry e : entries_of(language)) {
+      STR_unescape(e.key);
+      STR_unescape(e.translation);
+      EXPECT_EQ(UTL_translate_string(e.key), e.translation) << language;
+    }
+  }
+  UTL_translate_clear();
+  EXPECT_EQ(log.text(), "");
+}
+
+// Labels that stand in a place of a fixed size: a button's face less its rims, a row of the step
+// list.
+TEST(TranslationFiles, FitTheirPlaces) {
+  struct place {
+    int width;
+    std::vector<const char*> texts;
+  };
+  constexpr int rims = 6;
+  const place places[] = {
+      {68 - rims, {"Up", "Home", "Desktop", "Root"}},
+      {70 - rims, {"Create", "Discard"}},
+      {80 - rims, {"Cancel", "Select", "Open", "Save", "Update"}},
+      {100 - rims, {"Continue", "Stop", "Find It", "New Folder"}},
+      {120 - rims, {"Choose Here"}},
+      {160 - rims, {"DELETE THE OLD FILE", "OVERWRITE THE OLD FILE", "KEEP THE OLD FILE"}},
+      {260 - rims,
+       {"DELETE EVERY OLD FILE IN THIS DIRECTORY", "OVERWRITE EVERY OLD FILE IN THIS DIRECTORY",
+        "KEEP EVERY OLD FILE IN THIS DIRECTORY"}},
+      {200 - rims, {"CANCEL THE WHOLE INSTALLATION!"}},
+      {250 - rims,
+       {"Fly Skyvane 9 Now", "Fly Skyvane Now", "Run Skyvane Now", "Add Or Remove Scenery",
+        "Repair Skyvane", "Install A Second Copy of Skyvane"}},
+      {180,
+       {"Welcome", "License", "Check Servers", "Pick Destination", "Install", "Finish",
+        "Search for Updates", "Check Disk Space", "Install Updates", "Select Scenery",
+        "Select Skyvane", "Scan Existing Scenery", "Install Scenery", "Confirm Repairs",
+        "Select New Scenery", "Scan For Problems"}},
+      {85, {"-proxy host", "-proxy port"}},
+  };
+  for (const char* language : languages) {
+    std::map<std::string, std::string> shown;
+    for (const entry& e : entries_of(language))
+      shown[e.key] = e.translation;
+    for (const place& p : places) {
+      for (const char* text : p.texts) {
+        ASSERT_TRUE(shown.count(text)) << language << ": " << text;
+        EXPECT_LE(OGL_string_width(shown[text]), p.width) << language << ": " << shown[text];
+      }
+    }
+  }
+}
+
+TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
+  struct row {
+    const char* label;
+    const char* source;              // of a file a.cpp beside the header below
+    std::vector<const char*> texts;  // found beyond those of the header
+  };
+  const char* const header =
+      "struct page_row { UTL_text title; int next; const char* tag; };\n"
+      "struct label_set { UTL_text ok = \"Fine\"; };\n"
+      "void say(int level, UTL_text text, const char* file);\n"
+      "void set_rows(const std::vector<page_row>& rows);\n";
+  const row rows[] = {
+      {"a call", "x = tr(\"One\"); y = UTL_translate_string ( \"Two\" );", {"One", "Two"}},
+      {"adjacent literals over lines and comments",
+       "tr(\"One \"\n  // \"not\" this\n  \"and \" /* \"nor\" this */ \"two\")",
+       {"One and two"}},
+      {"escapes", R"x(tr("a\tb\\c \"d\" \x41\101\n\r"))x", {"a\tb\\c \"d\" AA\\n\\r"}},
+      {"raw literals", R"x(tr(R"(a "b" \n)") + tr(u8R"--(c)")--"))x", {R"(a "b" \n)", "c)\""}},
+      {"both sides of a choice", "tr(gone ? \"Yes\" : \"No\")", {"Yes", "No"}},
+      {"not in comments and other calls",
+       "// tr(\"a\")\n/* tr(\"b\") */ str(\"c\"); tr_2(\"d\"); log(\"e\"); \"f\";",
+       {}},
+      {"quotes and apostrophes in characters",
+       "f('\"', '\\'', 1'000'000, tr(\"Yes\"), '\\\\')",
+       {"Yes"}},
+      {"not in preprocessor lines",
+       "#define A tr(\"a\") \\\n  \"b\"\n#include \"c\"\ntr(\"Yes\");",
+       {"Yes"}},
+      {"rows",
+       "constexpr page_row rows[] = {{\"One\", 1}, {.title = \"Two\", .next = 2}}; g(\"no\");",
+       {"One", "Two"}},
+      {"a row made on the spot", "show(page_row{\"One\", 1}, \"no\");", {"One"}},
+      {"rows in a call",
+       "set_rows({{\"One\", 1}, {\"Two\", 2}}); reset_rows({{\"no\", 1}});",
+       {"One", "Two"}},
+      {"rows put in later",
+       "std::vector<page_row> list = {{\"One\", 1}}; list.push_back({\"Two\", 2}); "
+       "other.push_back({\"no\"});",
+       {"One", "Two"}},
+      {"rows without a name",
+       "const struct { UTL_text a; int b; } list[] = {{\"One\", 1}, {\"Two\", 2}}; f(\"no\");",
+       {"One", "Two"}},
+      {"another type's rows", "struct plain { const char* a; }; plain p[] = {{\"no\"}};", {}},
+      {"constants and variables",
+       "constexpr UTL_text a = \"One\", b[] = {\"Two\", \"Three\"};\n"
+       "UTL_text c = nullptr; if (d == \"no\") c = \"Four\"; d = \"no\";",
+       {"One", "Two", "Three", "Four"}},
+      {"only the parameter that is a text", "say(1, \"One\", \"no\");", {"One"}},
+      {"a lambda's parameter",
+       "const auto put = [&](UTL_text label, const std::string& s) { tr(label); };\n"
+       "put(\"One\", \"no\");",
+       {"One"}},
+      {"an empty text is none", "tr(\"\"); tr(\"\" \"\");", {}},
+      {"a text once", "tr(\"One\"); tr(\"One\");", {"One"}},
+  };
+  for (const row& r : rows) {
+    scratch_folder folder;
+    write_file(folder.path + "a.h", header);
+    write_file(folder.path + "a.cpp", r.source);
+    // Names of one file mean nothing in another.
+    write_file(folder.path + "b.cpp",
+               "a = \"no\"; put(\"no\", \"no\"); list.push_back({\"no\", 1});");
+    const listing found = run_texts("'" + folder.path + "'");
+    const std::set<std::string> have(found.lines.begin(), found.lines.end());
+    std::set<std::string> want = {"Fine"};
+    want.insert(r.texts.begin(), r.texts.end());
+    EXPECT_EQ(have, want) << r.label;
+    EXPECT_EQ(found.lines.size(), want.size()) << r.label;
+    EXPECT_EQ(found.status, 0) << r.label;
+  }
+}
+
+TEST(TranslationFiles, TheListOfTextsComplainsOfWhatItCannotFind) {
+  struct row {
+    const char* source;
+    int status;
+  };
+  const row rows[] = {
+      {"const char* a = \"One\"; tr(a);", 1},
+      {"UTL_text a = \"One\"; tr(a);", 0},
+      {"tr(row.title);", 1},
+      {"struct r { UTL_text title; }; tr(row.title);", 0},
+      {"struct r { UTL_text label; }; tr(row.title);", 1},
+      {"tr(error_str(code));", 0},  // its table holds texts
+      {"std::string tr(const char* text) { return UTL_translate_string(text); }", 0},
+  };
+  for (const row& r : rows) {
+    scratch_folder folder;
+    write_file(folder.path + "a.cpp", r.source);
+    EXPECT_EQ(run_texts("'" + folder.path + "' 2>/dev/null").status, r.status) << r.source;
+  }
+}
