@@ -16,6 +16,7 @@
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/Thread/hl_thread.h"
 #include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/UTL/UTL_debug.h"
 
 int alerts_shown = 0;
 
@@ -75,6 +76,8 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
   const std::string lines[4] = {line_1, line_2, line_3, line_4};
   const std::string where = "(" + std::string(file) + " line " + std::to_string(source_line) + ")";
 
+  if (type == t_exit) UTL_append_crawl();
+
   // An automatic frame-rate run must not wait for anyone.
   if (cmdline.has_option("--fps_test")) {
     log_lines(lines, where);
@@ -96,6 +99,9 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
   }
 
   if (type == t_alert || type == t_exit || nested) {
+    dump_mem_stats(
+        "This is the dump_mem_stats call from the following code: if(type==t_exit || type == "
+        "t_alert || recursive_error)");
     xer << '\n';
     log_lines(lines, where);
   }

@@ -16,6 +16,7 @@ struct ren_record {
   int max_units = 1;            // texture units of the driver
   int max_texture_size = 2048;  // pixels a side that the driver takes
   int tex_clamp = 0;            // GL_CLAMP_TO_EDGE is there
+  int s3tc = 0;                 // the driver takes S3TC pictures as they are
   int tex_res = 5;              // texture resolution setting, 0 to 5; 5 is full size
   int mono_green = 0;           // draw everything in shades of green
   float plot_alpha = 1.0f;      // multiplied into every colour's alpha
@@ -117,5 +118,6 @@ void OGL_sbuff();          // ends the frame: shows what was drawn. It does not 
 void OGL_cut_back_tex(int dx, int dy, int stride);
 void OGL_plot_back_tex();
 // Reads the middle of the window, at most 2,048 by 2,048, from the shown picture into scratch_array
-// as rows of RGB, and its size into scratch_dx, scratch_dy.
-void OGL_screenshot();
+// as rows of RGB, and its size into scratch_dx, scratch_dy. With `to_file` non-zero also writes it
+// to the first "screenshot_1.png" and so on of the working folder that does not exist yet.
+void OGL_screenshot(int to_file = 0);

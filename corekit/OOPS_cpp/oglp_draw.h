@@ -16,6 +16,9 @@ void OGL_color(int col, float alpha);
 // Selects a texture unit; 0 if the driver has no such call. Whoever selects one goes back to 0.
 int OGL_active_unit(int unit);
 
+// Sends one level of an S3TC picture to the bound texture. REQUIRES: ren.s3tc.
+void OGL_compressed_image(int level, int format, int dx, int dy, int bytes, const void* blocks);
+
 // Debug builds log what OpenGL has against the calls made since the last check, and count it.
 // Never between glBegin and glEnd.
 extern int ogl_errors;

@@ -5,12 +5,15 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <string>
 
+#include "corekit/Files/io_utils.h"
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
 #include "corekit/OOPS_cpp/tman.h"
+#include "corekit/TEX/TEX_png.h"
 #include "corekit/TEX/TEX_utils.h"
 
 namespace {
@@ -96,7 +99,7 @@ void OGL_sbuff() {
   PLT_swap_buffers();
 }
 
-void OGL_screenshot() {
+void OGL_screenshot(int to_file) {
   constexpr int limit = 2048;
   if (!ogl_inited) return;
   scratch_dx = std::clamp(mnw.pix_dx, 0, limit);
@@ -107,4 +110,12 @@ void OGL_screenshot() {
                GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
   glReadBuffer(GL_BACK);
   OGL_check("OGL_screenshot");
+  if (!to_file) return;
+
+  static int number = 0;
+  std::string name;
+  do {
+    name = "screenshot_" + std::to_string(++number) + ".png";
+  } while (file_exists(name));
+  write_png_to_disk(name, scratch_dx, scratch_dy, 3);
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/OOPS_cpp/oglp.h"
@@ -19,6 +20,7 @@ constexpr int unit_limit = 8;  // units that the state cache handles
 // Entry points beyond OpenGL 1.1, found by name.
 struct entry_points {
   PFNGLACTIVETEXTUREARBPROC active_texture = nullptr;
+  PFNGLCOMPRESSEDTEXIMAGE2DARBPROC compressed_image = nullptr;
 };
 entry_points entry;
 bool have_context = false;
@@ -99,6 +101,11 @@ void OGL_load_entry_points(void* (*lookup)(const char* name)) {
   glGetIntegerv(GL_MAX_TEXTURE_SIZE, &side);
   ren.max_units = std::max(units, 1);
   if (side > 0) ren.max_texture_size = side;
+  entry.compressed_image = reinterpret_cast<PFNGLCOMPRESSEDTEXIMAGE2DARBPROC>(
+      lookup(number >= 130 ? "glCompressedTexImage2D" : "glCompressedTexImage2DARB"));
+  const char* features = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
+  ren.s3tc = entry.compressed_image && features &&
+             std::strstr(features, "GL_EXT_texture_compression_s3tc");
   ren.tex_clamp = number >= 120 ? 1 : 0;
   OGL_check("OGL_load_entry_points");
 }
@@ -111,6 +118,12 @@ int OGL_active_unit(int unit) {
   if (!entry.active_texture) return unit == 0;
   entry.active_texture(static_cast<GLenum>(GL_TEXTURE0 + unit));
   return 1;
+}
+
+void OGL_compressed_image(int level, int format, int dx, int dy, int bytes, const void* blocks) {
+  if (!entry.compressed_image) return;
+  entry.compressed_image(GL_TEXTURE_2D, level, static_cast<GLenum>(format), dx, dy, 0, bytes,
+                         blocks);
 }
 
 void OGL_reset_state() {

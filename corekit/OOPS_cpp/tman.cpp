@@ -14,6 +14,7 @@
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
 #include "corekit/OOPS_cpp/tman_load.h"
+#include "corekit/OOPS_cpp/xtim.h"
 #include "corekit/TEX/TEX_utils.h"
 
 tman_class tman;
@@ -97,6 +98,7 @@ tman_class::~tman_class() {
 int tman_class::load_texture(tex_fail_mode mode, int manual_ref, int flags, tex_load_time when,
                              const std::string& name) {
   if (name.empty()) return 0;
+  announce_load(manual_ref, when, name);
   const tman_lock hold(lock_);
   if (when < tex_load_now || when > tex_load_none) {
     tman_alert("Trying to create an invalid texture load_time!", name, when, 151);
@@ -109,18 +111,31 @@ int tman_class::load_texture(tex_fail_mode mode, int manual_ref, int flags, tex_
 
   bool found = false;
   const int ref = manual_ref ? manual_ref : automatic_ref(name, &found);
-  ref_dat_struct& dat = ref_dat_[ref];
   if (found) {
-    if (dat.load_time != tex_load_now) load_texture_int(mode, ref, flags, name);
+    if (ref_dat_[ref].load_time != tex_load_now) load_texture_int(mode, ref, flags, name);
   } else if (when == tex_load_now) {
     load_texture_int(mode, ref, flags, name);
   } else {
+    ref_dat_struct& dat = ref_dat_[ref];
     dat.name = name;
     dat.flags = flags;
     dat.fail_mode = mode;
     dat.load_time = when;
   }
   return ref;
+}
+
+void tman_class::announce_load(int manual_ref, tex_load_time when, const std::string& name) {
+  constexpr float pause = 1.0f;  // seconds, or drawing the splash would take longer than loading
+  if (when != tex_load_now || tman_is_scratch(name)) return;
+  if (manual_ref >= t_back_tile && manual_ref < t_back_tile + 16) return;
+  for (const int quiet : {0, 312, int{t_interface}, int{t_glyphs_2}, int{t_blank_gray}}) {
+    if (manual_ref == quiet) return;
+  }
+  const float now = xtim.now_sec;
+  if (announced_ >= 0 && now < announced_ + pause) return;
+  announced_ = now;
+  MACIBM_show_init("Loading bitmap " + name + ".");
 }
 
 int tman_class::automatic_ref(const std::string& name, bool* found) {

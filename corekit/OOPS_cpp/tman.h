@@ -6,6 +6,7 @@
 // holds no texture. All alerts are fatal, from "OOPS_cpp/tman".
 #pragma once
 
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -41,8 +42,8 @@ enum tex_flag : int {
   tex_rgb = 1,
   tex_rgba = 2,
   tex_alpha = 3,
-  tex_rgb_keyed = 4,   // keying is the file reader's work: pixels in scratch_array
-  tex_rgba_keyed = 5,  //   are taken as they are
+  tex_rgb_keyed = 4,   // of a file: what has the key colour, magenta, becomes transparent;
+  tex_rgba_keyed = 5,  //   pixels in scratch_array are taken as they are
   tex_depth = 6,
   tex_color_mask = 7,
   tex_mipmaps = 8,
@@ -74,6 +75,15 @@ struct ref_dat_struct {
 
 struct tex_load_vars;
 
+// Who drives the background load, told when it has to end early.
+class tman_force_finish_obj {
+ public:
+  virtual ~tman_force_finish_obj() = default;
+  // Waits until the worker has returned from load_scenery_async_work, then calls
+  // load_scenery_async_finalize. Main thread.
+  virtual void force_finish() = 0;
+};
+
 class tman_class {
  public:
   tman_class();
@@ -86,12 +96,24 @@ class tman_class {
   // otherwise flags and fail mode are kept for later. A name that begins "scratch_array" takes the
   // picture in scratch_array, of scratch_dx by scratch_dy pixels: its row stride must be a power of
   // two unless tex_exact_size is set, and rows above it are cleared up to the texture's height. Any
-  // other name counts as missing. An empty name returns 0 and does nothing.
+  // other name is a file's: its extension is replaced by ".dds", ".png" and ".bmp" in this order,
+  // and the first such file that can be read is taken. An empty name returns 0 and does nothing.
   int load_texture(tex_fail_mode mode, int manual_ref, int flags, tex_load_time when,
                    const std::string& name);
   void release_texture(int ref);  // one user less of an automatic reference; frees nothing yet
   void purge_unused_texes();      // frees automatic references without users
   void unload_texture(int ref);   // frees a manual reference
+
+  void force_load_tex(int ref);   // loads now what was to be loaded later
+  void load_all_scenery_texes();  // all of tex_load_scenery, announced on the splash screen
+
+  // Background load, one texture at a time; scratch_array and its twin are the worker's from
+  // register to finalize. The main thread registers, a worker works, the main thread finalizes.
+  // Register returns 1 if there is now a job to work on, 0 if nothing waits or a job is pending.
+  int load_scenery_async_register(tman_force_finish_obj* finisher);
+  void load_scenery_async_work();
+  void load_scenery_async_finalize();
+  int num_remaining_async_texes() const;  // records of tex_load_scenery
 
   // Binds to texture unit `unit`. `mode` is the texture environment: 0 GL_MODULATE, 25 leave alone.
   void bind_ref(int ref, int unit, int mode);
@@ -117,7 +139,9 @@ class tman_class {
 
  private:
   int automatic_ref(const std::string& name, bool* found);
+  void announce_load(int manual_ref, tex_load_time when, const std::string& name);
   void load_texture_int(tex_fail_mode mode, int ref, int flags, const std::string& name);
+  void finish_async_job();
   int load_texture_io(tex_load_vars& load);
   void load_texture_ogl(const tex_load_vars& load, int ok);
   void take_missing(const tex_load_vars& load);
@@ -128,6 +152,10 @@ class tman_class {
   std::vector<ref_dat_struct> ref_dat_;            // by reference
   std::unordered_map<std::string, int> tex_hash_;  // automatic references by name
   int fail_flags_[4] = {};                         // by tex_fail_mode: 0 none, 1 missing, 2 muted
+  std::unique_ptr<tex_load_vars> async_job_;       // the background load; null when there is none
+  int async_ok_ = 0;                               // what the first half of it came to
+  tman_force_finish_obj* async_finisher_ = nullptr;
+  float announced_ = -1;  // when the splash screen was last told of a load, seconds
   mutable UTL_critical_section lock_;
 };
 

@@ -1,7 +1,8 @@
 // Making a texture, in two halves: find the pixels and their size, then hand them to OpenGL. And
 // the blank gray that stands in for what is missing.
 //
-// Main thread. Writes the manager's records, and scratch_array above the picture's rows.
+// Main thread, but for load_texture_io, which the background load runs on its worker. Writes the
+// manager's records, and scratch_array above the picture's rows.
 
 #include <algorithm>
 #include <bit>
@@ -21,33 +22,36 @@ namespace {
 
 constexpr std::string_view scratch_prefix = "scratch_array";
 
-// By colour of the flags: what the pixels are, and how OpenGL is asked to keep them.
+// By colour of the flags: what the pixels are.
 struct color_row {
   int format;
   int pixel_bytes;
-  int eight_bit;  // sized internal formats; 0 where there is none
-  int sixteen_bit;
 };
-constexpr color_row colors[] = {
-    {0, 0, 0, 0},
-    {GL_RGB, 3, GL_RGB8, GL_RGB16F_ARB},
-    {GL_RGBA, 4, GL_RGBA8, GL_RGBA16F_ARB},
-    {GL_ALPHA, 1, GL_ALPHA8, GL_ALPHA16F_ARB},
-    {GL_RGB, 3, GL_RGB8, GL_RGB16F_ARB},
-    {GL_RGBA, 4, GL_RGBA8, GL_RGBA16F_ARB},
-    {GL_DEPTH_COMPONENT, 4, 0, 0},
-};
+constexpr color_row colors[] = {{0, 0},      {GL_RGB, 3},  {GL_RGBA, 4},           {GL_ALPHA, 1},
+                                {GL_RGB, 3}, {GL_RGBA, 4}, {GL_DEPTH_COMPONENT, 4}};
 
-int internal_format(int flags) {
-  const color_row& color = colors[flags & tex_color_mask];
-  if ((flags & tex_sixteen_bit) && color.sixteen_bit) return color.sixteen_bit;
-  if ((flags & tex_eight_bit) && color.eight_bit) return color.eight_bit;
-  return color.format;
+// How OpenGL is asked to keep pixels of a format.
+int internal_format(const tex_load_vars& load) {
+  static constexpr struct {
+    int format, eight_bit, sixteen_bit;
+  } rows[] = {{GL_RGB, GL_RGB8, GL_RGB16F_ARB},
+              {GL_RGBA, GL_RGBA8, GL_RGBA16F_ARB},
+              {GL_ALPHA, GL_ALPHA8, GL_ALPHA16F_ARB}};
+  for (const auto& row : rows) {
+    if (row.format != load.format) continue;
+    if (load.flags & tex_sixteen_bit) return row.sixteen_bit;
+    if (load.flags & tex_eight_bit) return row.eight_bit;
+  }
+  return load.format;
+}
+
+bool is_compressed(const tex_load_vars& load) {
+  return load.pixel_bytes == 0;
 }
 
 bool wants_mipmaps(const tex_load_vars& load) {
-  return (load.flags & tex_mipmaps) && !(load.flags & tex_exact_size) &&
-         load.format != GL_DEPTH_COMPONENT;
+  if (!(load.flags & tex_mipmaps) || (load.flags & tex_exact_size)) return false;
+  return is_compressed(load) ? load.has_mipmaps != 0 : load.format != GL_DEPTH_COMPONENT;
 }
 
 // Halves a picture by averaging 2 by 2, from `from` into `to`, which may be the same buffer: the
@@ -75,9 +79,19 @@ void send_level(const tex_load_vars& load, int level, int dx, int dy, const unsi
   if (replace) {
     glTexSubImage2D(GL_TEXTURE_2D, level, 0, 0, dx, dy, format, type, pixels);
   } else {
-    glTexImage2D(GL_TEXTURE_2D, level, internal_format(load.flags), dx, dy, 0, format, type,
-                 pixels);
+    glTexImage2D(GL_TEXTURE_2D, level, internal_format(load), dx, dy, 0, format, type, pixels);
   }
+}
+
+void send_blocks(const tex_load_vars& load) {
+  TEX_image_desc level{load.format, load.dx, load.dy, 0, 0};
+  const unsigned char* blocks = scratch_array;
+  int number = 0;
+  do {
+    const int bytes = static_cast<int>(TEX_level_bytes(level));
+    OGL_compressed_image(number++, load.format, level.width, level.height, bytes, blocks);
+    blocks += bytes;
+  } while (wants_mipmaps(load) && TEX_next_level(level));
 }
 
 void send_pixels(const tex_load_vars& load, bool replace) {
@@ -112,18 +126,33 @@ void set_parameters(const tex_load_vars& load) {
 
 }  // namespace
 
-void tman_class::load_texture_int(tex_fail_mode mode, int ref, int flags, const std::string& name) {
+bool tman_is_scratch(const std::string& name) {
+  return name.starts_with(scratch_prefix);
+}
+
+int tman_check_flags(int flags, const std::string& name) {
   if (flags < 0 || flags >= tex_flags_end) {
     tman_alert("Trying to bind an invalid filter type!", name, flags, 402);
-    return;
+    return 0;
   }
   const int color = flags & tex_color_mask;
   if (color == 0 || color > tex_depth) {
     tman_alert("BAD color enum for tman - see tman.h for valid colors!  We cannot pass 0.", name,
                color, 408);
-    return;
+    return 0;
   }
+  return 1;
+}
+
+void tman_class::load_texture_int(tex_fail_mode mode, int ref, int flags, const std::string& name) {
+  if (!tman_check_flags(flags, name)) return;
   tex_load_vars load{mode, ref, flags, name};
+  if (async_job_ && !tman_is_scratch(name)) {
+    // Both need the scratch buffers. The job may be this very texture.
+    const bool is_job = async_job_->ref == ref && async_job_->name == name;
+    finish_async_job();
+    if (is_job && ref_dat_[ref].load_time == tex_load_now) return;
+  }
   const int ok = load_texture_io(load);
   load_texture_ogl(load, ok);
 }
@@ -132,7 +161,7 @@ int tman_class::load_texture_io(tex_load_vars& load) {
   const color_row& color = colors[load.flags & tex_color_mask];
   load.format = color.format;
   load.pixel_bytes = color.pixel_bytes;
-  if (load.name.compare(0, scratch_prefix.size(), scratch_prefix) != 0) return 0;
+  if (!tman_is_scratch(load.name)) return load_any_into_scratch(load.name, load.flags, load);
 
   if (!check_dxy(load.name, scratch_dx, scratch_dy)) return 0;
   TEX_get_scale(load.flags, scratch_dx, scratch_dy, &load.dx, &load.dy, 1);
@@ -174,15 +203,19 @@ void tman_class::load_texture_ogl(const tex_load_vars& load, int ok) {
   const bool own =
       dat.gl_id != 0 && (load.ref == t_blank_gray || dat.gl_id != ref_dat_[t_blank_gray].gl_id);
   // The flags decide on levels and internal format, so a picture with others is a new texture.
-  const bool replace =
-      own && dat.format == load.format && dat.dx == dx && dat.dy == dy && dat.flags == load.flags;
+  const bool replace = own && !is_compressed(load) && dat.format == load.format && dat.dx == dx &&
+                       dat.dy == dy && dat.flags == load.flags;
   if (OGL_can_call()) {
     if (!replace) {
       drop_gl_id(load.ref);
       glGenTextures(1, &dat.gl_id);
     }
     TEX_bind_for_load(dat.gl_id);
-    send_pixels(load, replace);
+    if (is_compressed(load)) {
+      send_blocks(load);
+    } else {
+      send_pixels(load, replace);
+    }
     set_parameters(load);
     OGL_check("load_texture_ogl");
   }
@@ -192,7 +225,8 @@ void tman_class::load_texture_ogl(const tex_load_vars& load, int ok) {
   dat.scale_t = load.scale_t;
   dat.dx = dx;
   dat.dy = dy;
-  const double bytes = static_cast<double>(load.dx) * load.dy * load.pixel_bytes;
+  const TEX_image_desc image{load.format, load.dx, load.dy, 0, 0};
+  const double bytes = static_cast<double>(TEX_level_bytes(image));
   dat.bytes = static_cast<int>(wants_mipmaps(load) ? bytes * 1.33 : bytes);
   dat.format = load.format;
   dat.load_time = tex_load_now;
@@ -236,7 +270,7 @@ void tman_class::make_blank_gray() {
   unsigned char pixels[side * side * 3];
   std::fill_n(pixels, sizeof pixels, static_cast<unsigned char>(gray));
   const std::string name = "scratch_array:blank gray";
-  tex_load_vars load{tex_fail_fatal, t_blank_gray, tex_rgb, name, GL_RGB, 3, side, side};
+  tex_load_vars load{tex_fail_fatal, t_blank_gray, tex_rgb, name, GL_RGB, 3, 0, side, side};
   if (OGL_can_call()) {
     glGenTextures(1, &dat.gl_id);
     TEX_bind_for_load(dat.gl_id);

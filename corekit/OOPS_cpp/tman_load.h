@@ -1,4 +1,4 @@
-// What the two files of the texture manager share.
+// What the files of the texture manager share.
 #pragma once
 
 #include <string>
@@ -11,13 +11,26 @@ struct tex_load_vars {
   int fail_mode;
   int ref;
   int flags;
-  const std::string& name;
+  std::string name;
   // from the first half
-  int format = 0;  // of the pixels in scratch_array
-  int pixel_bytes = 0;
-  int dx = 0, dy = 0;  // texture size
+  int format = 0;       // of the pixels in scratch_array
+  int pixel_bytes = 0;  // 0 for a compressed picture
+  int has_mipmaps = 0;  // of a compressed picture: its smaller levels follow
+  int dx = 0, dy = 0;   // texture size
   float scale_s = 1, scale_t = 1;
 };
+
+// Whether load flags are valid; if not, a fatal alert, and 0.
+int tman_check_flags(int flags, const std::string& name);
+
+// Whether a name means the picture that lies in scratch_array.
+bool tman_is_scratch(const std::string& name);
+
+// Finds the file of a texture and makes it ready in scratch_array: in load.format, reduced as the
+// setting and the flags ask, rows at the texture's width, margins cleared. A DDS that OpenGL can
+// take as it is stays compressed. Fills load's results and returns 1; 0 if there is no such file,
+// or none that makes a texture. Any thread, no OpenGL.
+int load_any_into_scratch(const std::string& path, int flags, tex_load_vars& load);
 
 // Holds the manager's lock for a block.
 class tman_lock {

@@ -1,0 +1,417 @@
+// What a failure leaves behind, memory figures, the pool, named new, and failures of workers.
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "corekit/GenC/hl_alert.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/Platform/PLT_memory.h"
+#include "corekit/Thread/hl_thread.h"
+#include "corekit/UTL/UTL_debug.h"
+#include "corekit/UTL/UTL_mempool.h"
+#include "corekit/UTL/UTL_new.h"
+#include "tests/unit/test_tex_util.h"
+
+namespace {
+
+std::string text_of(const std::string& path) {
+  std::ifstream in(path);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::vector<std::string> lines_of(const std::string& path) {
+  std::ifstream in(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);)
+    lines.push_back(line);
+  return lines;
+}
+
+void alert(int type, const char* text) {
+  __MACIBM_alert(0, text, "", "", "", type, "tests/diag", 1);
+}
+
+// Static and never inlined, so that only a symbol table with local symbols knows it.
+__attribute__((noinline)) void static_function_that_fails(const std::string& folder) {
+  if (chdir(folder.c_str()) != 0) std::_Exit(3);
+  alert(t_alert, "A message first.");
+  alert(t_exit, "Then the end.");
+  std::puts("not reached");  // keeps the call above from becoming a jump
+}
+
+__attribute__((noinline)) void innermost(std::FILE* file) {
+  UTL_dump_stack(file, nullptr, nullptr);
+  std::fflush(file);
+}
+
+int recursions(std::FILE* file, int depth) {
+  if (depth == 0) {
+    innermost(file);
+    return 0;
+  }
+  return recursions(file, depth - 1) + 1;
+}
+
+}  // namespace
+
+TEST(Diag, FatalAlertLeavesCrawlAndReport) {
+  picture_folder folder;
+  folder.put("MemoryLog.txt", "of an earlier run\n");
+  folder.put("stack_crawl.txt", "kept\n");
+  EXPECT_EXIT(static_function_that_fails(folder.path()), testing::ExitedWithCode(1),
+              "Then the end.");
+
+  const std::vector<std::string> crawl = lines_of(folder / "stack_crawl.txt");
+  ASSERT_GT(crawl.size(), 4u);
+  EXPECT_EQ(crawl[0], "kept") << "the file grows";
+  size_t found = 0;
+  for (size_t i = 1; i < crawl.size(); ++i) {
+    char number[32];
+    std::snprintf(number, sizeof number, " % 2d) ", static_cast<int>(i - 1));
+    EXPECT_EQ(crawl[i].rfind(number, 0), 0u) << crawl[i];
+    if (crawl[i].find("static_function_that_fails") != std::string::npos) found = i;
+  }
+#if defined(__GNUC__) && !defined(__clang__)
+  ASSERT_NE(found, 0u) << text_of(folder / "stack_crawl.txt");
+  EXPECT_NE(crawl[found].find("unit_tests"), std::string::npos) << "the module";
+  int distance = 0;
+  const size_t plus = crawl[found].rfind(" + ");
+  ASSERT_NE(plus, std::string::npos);
+  EXPECT_EQ(std::sscanf(crawl[found].c_str() + plus, " + %d", &distance), 1);
+  EXPECT_GT(distance, 0);
+#endif
+
+  // Both alerts have reported, the first into a new file.
+  const std::vector<std::string> report = lines_of(folder / "MemoryLog.txt");
+  const std::string label =
+      "dump_mem_stats: This is the dump_mem_stats call from the following code: "
+      "if(type==t_exit || type == t_alert || recursive_error)";
+  ASSERT_GT(report.size(), 50u);
+  EXPECT_EQ(report[0], label);
+  EXPECT_EQ(std::count(report.begin(), report.end(), label), 2);
+  const char* const headings[] = {
+      "OS X Info:",
+      "    I will now print the entire map of virtual memory.",
+      "        Address           Size    r-private r-shared sharing-mode (ref count)",
+      "    This version of Skyvane is using the NED allocator.",
+      "NED-MALLOC INFO:",
+  };
+  auto at = report.begin();
+  for (const char* heading : headings) {
+    at = std::find(at, report.end(), heading);
+    ASSERT_NE(at, report.end()) << heading;
+  }
+
+  // Every line of the table is a region or the gap before the next one.
+  size_t regions = 0, gaps = 0, i = 0;
+  while (report[i] != headings[2])
+    ++i;
+  for (++i; report[i].rfind("        0x", 0) == 0; ++i) {
+    unsigned long long address = 0;
+    unsigned size = 0, own = 0, shared = 0;
+    int references = 0, name_at = 0;
+    char units[3] = {}, mode[32] = {};
+    if (std::sscanf(report[i].c_str(), "        0x%llX      %5u%c       %5u%c %5u%c   %31s (%d) %n",
+                    &address, &size, &units[0], &own, &units[1], &shared, &units[2], mode,
+                    &references, &name_at) == 9 &&
+        name_at > 0) {
+      ++regions;
+      EXPECT_LT(static_cast<size_t>(name_at), report[i].size()) << "a name or null";
+      EXPECT_GE(references, 1);
+    } else {
+      EXPECT_EQ(report[i].substr(report[i].size() - 23), "               --------") << report[i];
+      ++gaps;
+    }
+  }
+  EXPECT_GT(regions, 20u);
+  EXPECT_GT(gaps, 2u);
+}
+
+TEST(Diag, CrawlStopsAtAHundredFrames) {
+  std::FILE* const file = std::tmpfile();
+  EXPECT_EQ(recursions(file, 150), 150);
+  std::rewind(file);
+  int lines = 0;
+  bool named = false;
+  for (char line[600]; std::fgets(line, sizeof line, file); ++lines)
+    named |= lines == 0 && std::strstr(line, "innermost");
+  EXPECT_EQ(lines, 100);
+#if defined(__GNUC__) && !defined(__clang__)
+  EXPECT_TRUE(named) << "the first frame is the caller's";
+#endif
+  std::fclose(file);
+
+  // A chain of frames: rising, then one that is not mapped.
+  stack_frame frames[3];
+  frames[0] = {&frames[1], reinterpret_cast<const void*>(&alert)};
+  frames[1] = {&frames[2], nullptr};
+  frames[2] = {reinterpret_cast<stack_frame*>(~0ull - 64), nullptr};
+  const auto count = [&frames](const stack_frame* first, const void* pc) {
+    std::FILE* const out = std::tmpfile();
+    UTL_dump_stack(out, first, pc);
+    std::rewind(out);
+    int written = 0;
+    for (char line[600]; std::fgets(line, sizeof line, out);)
+      ++written;
+    std::fclose(out);
+    return written;
+  };
+  EXPECT_EQ(count(frames, nullptr), 3);
+  EXPECT_EQ(count(frames, reinterpret_cast<const void*>(&count)), 4);
+  frames[2].next = &frames[0];
+  EXPECT_EQ(count(frames, nullptr), 3) << "a chain that turns back ends";
+  EXPECT_EQ(count(reinterpret_cast<stack_frame*>(16), nullptr), 0);
+}
+
+TEST(Diag, NumbersAndUnits) {
+  const struct {
+    unsigned long long bytes;
+    unsigned number;
+    char unit;
+  } rows[] = {{0, 0, 'B'},
+              {1433, 1433, 'B'},
+              {1434, 1, 'K'},
+              {1468006, 1433, 'K'},
+              {1468007, 1, 'M'},
+              {14ull << 30, 14336, 'M'},
+              {(14ull << 30) + 1, 14, 'G'},
+              {1ull << 44, 16384, 'G'}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(mem_to_number(row.bytes), row.number) << row.bytes;
+    EXPECT_EQ(mem_to_suffix(row.bytes), row.unit) << row.bytes;
+  }
+}
+
+TEST(Diag, RegionsAreWhatWasMapped) {
+  const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  unsigned char* const memory = static_cast<unsigned char*>(
+      mmap(nullptr, page * 4, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  ASSERT_NE(memory, MAP_FAILED);
+  memory[0] = 1;
+  ASSERT_EQ(mprotect(memory + page, page, PROT_READ), 0);
+  ASSERT_EQ(munmap(memory + page * 3, page), 0);
+  const unsigned size = static_cast<unsigned>(page);
+  EXPECT_TRUE(UTL_valid_memory(memory, size, 1, 1));
+  EXPECT_TRUE(UTL_valid_memory(memory, size * 3, 1, 0)) << "across two regions";
+  EXPECT_FALSE(UTL_valid_memory(memory, size + 1, 1, 1)) << "the second is not for writing";
+  EXPECT_FALSE(UTL_valid_memory(nullptr, 1, 0, 0));
+  EXPECT_FALSE(UTL_valid_memory(memory, 0, 0, 0));
+  EXPECT_FALSE(UTL_valid_memory(reinterpret_cast<void*>(~0ull - 3), 8, 0, 0));
+
+  int count = 0;
+  PLT_region* const regions = PLT_memory_regions(true, &count);
+  ASSERT_NE(regions, nullptr);
+  const uintptr_t start = reinterpret_cast<uintptr_t>(memory);
+  uint64_t virt = 0;
+  bool found = false, code = false;
+  for (int i = 0; i < count; ++i) {
+    const PLT_region& r = regions[i];
+    EXPECT_TRUE(i == 0 || r.start >= regions[i - 1].end);
+    if (!std::strstr(r.name, "[vsyscall]")) virt += r.end - r.start;
+    if (r.start <= start && start < r.end) {
+      found = r.writable && !r.shared && r.private_resident >= page;
+    }
+    code |= r.executable && std::strstr(r.name, "unit_tests") && r.references > 1;
+  }
+  std::free(regions);
+  EXPECT_TRUE(found);
+  EXPECT_TRUE(code);
+  const PLT_memory_sizes sizes = PLT_memory_size();
+  EXPECT_EQ(sizes.page, page);
+  EXPECT_NEAR(static_cast<double>(sizes.virt), static_cast<double>(virt), 4e6);
+  EXPECT_GT(sizes.resident, page * 100);
+  EXPECT_LE(sizes.resident, sizes.virt);
+
+  [[maybe_unused]] const PLT_allocator_sizes before = PLT_allocator_size();
+  const std::unique_ptr<char[]> large(new char[8 << 20]);
+  std::memset(large.get(), 1, 8 << 20);
+  [[maybe_unused]] const PLT_allocator_sizes after = PLT_allocator_size();
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  EXPECT_STREQ(after.allocator, "jemalloc");
+  EXPECT_GE(after.mapped, before.mapped);
+  EXPECT_GE(after.arena - after.free_chunks, before.arena - before.free_chunks + (7 << 20));
+#endif
+  munmap(memory, page * 3);
+}
+
+TEST(Diag, SharingModes) {
+  PLT_region region;
+  EXPECT_STREQ(PLT_sharing_name(region), "Empty");
+  region.private_resident = 4096;
+  EXPECT_STREQ(PLT_sharing_name(region), "Private");
+  region.shared_resident = 4096;
+  EXPECT_STREQ(PLT_sharing_name(region), "Copy-on-write");
+  region.shared = true;
+  EXPECT_STREQ(PLT_sharing_name(region), "True-Shared");
+  region.shared_resident = 0;
+  EXPECT_STREQ(PLT_sharing_name(region), "Shared");
+}
+
+TEST(Diag, HexDump) {
+  unsigned char data[18];
+  for (int i = 0; i < 18; ++i)
+    data[i] = static_cast<unsigned char>(0x40 + i);
+  data[1] = 7;
+  std::FILE* const file = std::tmpfile();
+  dump_hex(file, data, 18);
+  std::rewind(file);
+  char first[200] = {}, second[200] = {}, third[200];
+  ASSERT_TRUE(std::fgets(first, sizeof first, file));
+  ASSERT_TRUE(std::fgets(second, sizeof second, file));
+  EXPECT_FALSE(std::fgets(third, sizeof third, file));
+  EXPECT_NE(std::strstr(first, "  40 07 42 43"), nullptr) << first;
+  EXPECT_NE(std::strstr(first, "@.BCDEFGHIJKLMNO\n"), nullptr) << first;
+  EXPECT_NE(std::strstr(second, "  50 51 "), nullptr) << second;
+  EXPECT_NE(std::strstr(second, "  PQ\n"), nullptr) << second;
+  std::fclose(file);
+}
+
+TEST(Diag, LazyPool) {
+  const float before = UTL_lazy_mempool::global_total;
+  {
+    UTL_lazy_mempool pool;
+    EXPECT_EQ(pool.allocated() + pool.wasted() + pool.ready(), 0u);
+    unsigned char* const first = static_cast<unsigned char*>(pool.allocate(100));
+    unsigned char* const next = static_cast<unsigned char*>(pool.allocate(1));
+    EXPECT_EQ(next - first, 112) << "rounded up to 16";
+    EXPECT_EQ(pool.allocated(), 128u);
+    EXPECT_EQ(UTL_lazy_mempool::global_total, before + 32768);
+    const size_t ready = pool.ready();
+    EXPECT_LE(ready + pool.allocated(), UTL_lazy_mempool::block_bytes);
+    std::memset(pool.allocate(ready), 1, ready);
+    EXPECT_EQ(pool.ready(), 0u);
+    EXPECT_EQ(pool.wasted(), 0u);
+    EXPECT_EQ(UTL_lazy_mempool::global_total, before + 32768) << "the last byte of a block is used";
+    pool.allocate(32000);
+    const size_t rest = pool.ready();
+    ASSERT_GT(rest, 0u);
+    pool.allocate(rest + 1);
+    EXPECT_EQ(pool.wasted(), rest);
+    EXPECT_EQ(UTL_lazy_mempool::global_total, before + 3 * 32768);
+    const size_t large = 100000;
+    std::memset(pool.allocate(large), 1, large);
+    EXPECT_GE(UTL_lazy_mempool::global_total, before + 3 * 32768 + 100000);
+    EXPECT_THROW(pool.allocate(~size_t{0} - 4), std::bad_alloc);
+
+    picture_folder folder;
+    ASSERT_TRUE(xer_open(folder / "log.txt"));
+    pool.dump();
+    xer.close();
+    std::ostringstream want;
+    want << "Total memory allocated: " << pool.allocated()
+         << "\nTotal wasted memory: " << pool.wasted() << "\nTotal ready memory: " << pool.ready()
+         << "\n";
+    EXPECT_EQ(text_of(folder / "log.txt"), want.str());
+  }
+  EXPECT_EQ(UTL_lazy_mempool::global_total, before);
+}
+
+namespace {
+[[maybe_unused]] int handler_calls = 0;
+[[maybe_unused]] size_t too_much() {
+  static volatile size_t bytes = ~size_t{0} / 4;  // not known to the compiler
+  return bytes;
+}
+}  // namespace
+
+TEST(Diag, NamedNew) {
+  const auto calls_of = [](const char* name, int line) {
+    struct question {
+      const char* name;
+      int line;
+      unsigned long long calls;
+    } asked{name, line, 0};
+    UTL_new_totals(
+        [](const UTL_new_total& total, void* context) {
+          question& q = *static_cast<question*>(context);
+          if (std::strcmp(total.name, q.name) == 0 && total.line == q.line) q.calls = total.calls;
+        },
+        &asked);
+    return asked.calls;
+  };
+  const int line = __LINE__ + 2;
+  for (int i = 0; i < 3; ++i)
+    delete NAMED_NEW std::string("x");
+  EXPECT_EQ(calls_of(__FILE__, line), 3u);
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  const auto before = calls_of("anonymous new[]", 0);
+  const std::unique_ptr<char[]> array(new char[10]);
+  EXPECT_EQ(calls_of("anonymous new[]", 0), before + 1);
+
+  // On exhaustion the handler is called, once, and then the allocation is tried again.
+  EXPECT_THROW(delete[] new char[too_much()], std::bad_alloc);
+  EXPECT_EQ(new (std::nothrow) char[too_much()], nullptr);
+  EXPECT_GE(calls_of("anonymous new-nt[]", 0), 1u);
+  std::set_new_handler([] { ++handler_calls; });
+  EXPECT_THROW(delete[] new char[too_much()], std::bad_alloc);
+  EXPECT_EQ(handler_calls, 1);
+  std::set_new_handler(nullptr);
+#endif
+}
+
+TEST(Diag, SigpipeIsIgnored) {
+  std::signal(SIGPIPE, SIG_DFL);
+  UTL_debug_init();
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  close(ends[0]);
+  EXPECT_EQ(write(ends[1], "x", 1), -1);
+  EXPECT_EQ(errno, EPIPE);
+  close(ends[1]);
+}
+
+// --- failures of a worker are shown on the main thread ------------------------------------------
+
+namespace {
+
+void* runs_out_of_memory(void*) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  throw std::bad_alloc();  // a sanitizer's allocator ends the process instead
+#else
+  return new char[too_much()];
+#endif
+}
+
+void* fails_fatally(void*) {
+  alert(t_exit, "A worker has failed.");
+  return nullptr;
+}
+
+void run_on_worker(const std::string& folder, UTL_thread_function function) {
+  if (chdir(folder.c_str()) != 0) std::_Exit(3);
+  THREAD_init();
+  THREAD_make_workers();
+  THREAD_call* const call = THREAD_run_async(function, nullptr);
+  for (int i = 0; i < 1000 && !THREAD_is_done(call, 10); ++i) {
+  }
+  std::_Exit(4);  // the failure was not shown
+}
+
+}  // namespace
+
+TEST(Diag, WorkersFailuresEndTheRunOnTheMainThread) {
+  const struct {
+    UTL_thread_function function;
+    const char* text;
+  } rows[] = {{runs_out_of_memory, "Caught an unhandled C\\+\\+ exception std::bad_alloc"},
+              {fails_fatally, "A worker has failed."}};
+  for (const auto& row : rows) {
+    picture_folder folder;
+    EXPECT_EXIT(run_on_worker(folder.path(), row.function), testing::ExitedWithCode(1), row.text);
+    EXPECT_NE(text_of(folder / "stack_crawl.txt").find("THREAD_check_exception"), std::string::npos)
+        << "the crawl is the main thread's";
+    EXPECT_TRUE(tex_is_there(folder / "MemoryLog.txt"));
+  }
+}

@@ -1,0 +1,137 @@
+// Pictures for the tests of the image formats: made and decoded by ImageMagick, handed to a reader
+// from memory of their exact size, changed at random.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "corekit/OOPS_cpp/xmap.h"
+#include "corekit/TEX/TEX_utils.h"
+
+using bytes = std::vector<unsigned char>;
+
+// A folder of a test's own, gone with the object.
+class picture_folder {
+ public:
+  picture_folder() : path_(testing::TempDir() + "skyvane-pictures-XXXXXX") {
+    if (!mkdtemp(path_.data())) std::abort();
+    path_ += "/";
+  }
+  ~picture_folder() {
+    if (std::system(("rm -rf '" + path_ + "'").c_str()) != 0) std::abort();
+  }
+  picture_folder(const picture_folder&) = delete;
+  picture_folder& operator=(const picture_folder&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + name; }
+  void put(const std::string& name, const std::string& content) const {
+    std::ofstream(path_ + name, std::ios::binary) << content;
+  }
+
+ private:
+  std::string path_;
+};
+
+inline bool tex_is_there(const std::string& path) {
+  return access(path.c_str(), F_OK) == 0;
+}
+
+// Runs ImageMagick's convert, with "@" in `arguments` standing for the folder.
+inline void tex_convert(const picture_folder& folder, std::string arguments) {
+  for (size_t at = 0; (at = arguments.find('@', at)) != std::string::npos;)
+    arguments.replace(at, 1, folder.path());
+  ASSERT_EQ(std::system(("convert " + arguments).c_str()), 0) << arguments;
+}
+
+inline bytes tex_file(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// The pixels of a file as ImageMagick decodes it, 8 bits a channel, lowest row first.
+inline bytes tex_decoded(const picture_folder& folder, const std::string& file, int width,
+                         int channels, const char* format) {
+  tex_convert(folder, "@" + file + " -depth 8 " + format + ":@decoded.raw");
+  const bytes raw = tex_file(folder / "decoded.raw");
+  const size_t row = static_cast<size_t>(width) * channels;
+  bytes turned;
+  for (size_t at = raw.size(); at >= row; at -= row)
+    turned.insert(turned.end(), raw.begin() + at - row, raw.begin() + at);
+  return turned;
+}
+
+// A mapped file that is in truth a block of memory, of exactly its size for the sanitizer's sake.
+class picture_file {
+ public:
+  picture_file(const unsigned char* data, size_t size) : copy_(new unsigned char[size]) {
+    std::copy(data, data + size, copy_.get());
+    map.file_start = map.cursor = copy_.get();
+    map.file_end = copy_.get() + size;
+  }
+  explicit picture_file(const bytes& data) : picture_file(data.data(), data.size()) {}
+
+ private:
+  std::unique_ptr<unsigned char[]> copy_;
+
+ public:
+  xmap_class map{""};
+};
+
+// The greatest difference of two pictures; 999 for different sizes.
+inline int tex_distance(const unsigned char* a, size_t size, const bytes& b) {
+  if (size != b.size()) return 999;
+  int most = 0;
+  for (size_t i = 0; i < size; ++i)
+    most = std::max(most, std::abs(a[i] - b[i]));
+  return most;
+}
+
+inline bytes tex_noise(size_t size, unsigned seed) {
+  std::mt19937 random(seed);
+  bytes data(size);
+  for (unsigned char& byte : data)
+    byte = static_cast<unsigned char>(random());
+  return data;
+}
+
+// Changes a few bytes or bits, cuts the end off, or repeats a part; mostly in the first bytes,
+// where the headers are.
+inline bytes tex_mutated(bytes data, std::mt19937& random) {
+  const auto below = [&random](size_t limit) { return random() % std::max<size_t>(limit, 1); };
+  for (size_t left = 1 + below(4); left > 0 && !data.empty(); --left) {
+    const size_t at = below(below(3) ? std::min<size_t>(data.size(), 160) : data.size());
+    constexpr unsigned char edges[] = {0, 1, 2, 0x7F, 0x80, 0xFE, 0xFF};
+    switch (below(6)) {
+      case 0:
+        data[at] ^= static_cast<unsigned char>(1u << below(8));
+        break;
+      case 1:
+        data[at] = edges[below(sizeof edges)];
+        break;
+      case 2:
+        data[at] = static_cast<unsigned char>(random());
+        break;
+      case 3:
+        data.resize(at);
+        break;
+      case 4:
+        for (size_t i = at; i < std::min(data.size(), at + 4); ++i)
+          data[i] = edges[below(sizeof edges)];
+        break;
+      default:
+        data.insert(data.begin() + at, data.begin() + below(at), data.begin() + at);
+        break;
+    }
+  }
+  return data;
+}
