@@ -18,6 +18,7 @@ namespace {
 
 struct net_page_state {
   int scanned = 0;          // net_get_updates: files handed to the verification so far
+  bool is_current = false;  // net_get_updates found nothing to do
   float totl_inst_rat = 0;  // net_run_patch: smoothed fraction of the whole job done
 } state;
 
@@ -36,11 +37,18 @@ void forget_transfer() {
 void choose_copy() {
   if (!cmd_line_path.empty()) {
     dest_dir_path = cmd_line_path;
+    if (dest_dir_path.back() != '/') dest_dir_path += '/';  // other programs leave it out
   } else if (!dest_dir_path.empty()) {
     dest_dir_path.clear();
   } else if (all_skyroots.size() == 1) {
     dest_dir_path = all_skyroots[0];
   }
+}
+
+// The totals count in kilobytes, so small files weigh nothing there, and they leave out what is
+// only to be deleted. Either may be all that an interrupted update has left to do.
+bool copy_is_current() {
+  return stg.todo_raw_kb == 0 && stg.todo_install_count == 0 && dropped_files_left() == 0;
 }
 
 }  // namespace
@@ -108,6 +116,7 @@ int net_get_updates(int first_time, wizard_screen& screen) {
     set_install_filter(1, 1);
     scenery_from_install();
     recalc_disk_sizes();
+    state.is_current = copy_is_current();
     return 1;
   }
   screen.text = tr("I am scanning ") + dest_dir_path + tr(" to see what files need updating.");
@@ -123,7 +132,7 @@ int net_check_disk(int first_time, wizard_screen& screen) {
   screen.back = net_get_updates;
   screen.next = net_run_patch;
   screen.show_servers = 1;
-  if (stg.todo_raw_kb == 0) {
+  if (state.is_current) {
     screen.next = net_done;
     return 1;
   }
@@ -149,7 +158,7 @@ int net_done(int, wizard_screen& screen) {
   screen.back = nullptr;
   screen.next = wizard_quit;
   screen.title = tr("Finshed Web Update");
-  if (stg.todo_raw_kb == 0) {
+  if (state.is_current) {
     screen.text = tr("This copy of Skyvane (") + dest_dir_path + tr(") is already up to date.");
   } else if (stg.extract_failed) {
     screen.text = tr(

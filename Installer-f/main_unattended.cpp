@@ -25,10 +25,13 @@
 #include "Installer-f/main_stg.h"
 #include "Installer-f/main_unattended_disc.h"
 #include "Installer-f/utils_grab.h"
+#include "Installer-f/utils_manifest.h"
 #include "Installer-f/utils_servers.h"
 #include "Installer-f/utils_sizes.h"
+#include "corekit/Files/io_utils.h"
 #include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
+#include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/http.h"
 #include "corekit/OOPS_cpp/xtim.h"
@@ -406,12 +409,29 @@ wizard_press press_on_disc(const page_row& row, int first_time, const wizard_scr
   return press;
 }
 
-wizard_press finish_on_last_page(const wizard_screen& screen) {
+// What an update did, a figure a line, for a reader and for a script.
+void say_summary() {
+  long checked = 0;
+  for (const file_history_struct& history : sim_info)
+    checked += history.current().sig_have.empty() ? 0 : 1;
+  say(std::to_string(checked) + " files checked");
+  say(std::to_string(grab_totals.fetched) + " files fetched");
+  say(std::to_string(grab_totals.deleted) + " files deleted");
+  say(std::to_string(run.kept) + " files kept, because you have modified them");
+  say(std::to_string(run.overwritten) + " files replaced or deleted, though you had modified them");
+  say(std::to_string(http.total_received()) + " bytes moved");
+  say(str_format("%.1f seconds", static_cast<double>(xtim.now_sec)));
+}
+
+wizard_press finish_on_last_page(page_function page, const wizard_screen& screen) {
   const bool good = !screen.button_names.empty();
   const std::string text = screen.title + ": " + whole_text(screen);
+  if (page == net_done) say_summary();
   if (good) {
-    if (run.kept) say(std::to_string(run.kept) + " files that you have modified were kept.");
-    if (run.overwritten) {
+    if (page != net_done && run.kept) {
+      say(std::to_string(run.kept) + " files that you have modified were kept.");
+    }
+    if (page != net_done && run.overwritten) {
       say(std::to_string(run.overwritten) + " files that you had modified were replaced.");
     }
     say(text);
@@ -448,6 +468,26 @@ bool read_folder(const char* option, std::string& folder) {
   folder = from_start_folder(folder);
   if (folder.back() != '/') folder += '/';
   return true;
+}
+
+// An update of any other folder would fill it with a whole copy. One of the marks is enough: a copy
+// that has lost the others is what an update is there to heal.
+bool is_a_copy(const std::string& folder) {
+  for (const char* const mark : {"Airfoils", "Instructions", "Output", "Resources"})
+    if (dir_exists(folder + mark)) return true;
+  return false;
+}
+
+// The copy to update, by the flag or by a program that handed its folder over.
+bool read_copy() {
+  if (!read_folder("--copy", answers.copy)) return false;
+  if (!answers.copy.empty()) cmd_line_path = answers.copy;
+  if (cmd_line_path.empty() || g_wizard != net_start) return true;
+  cmd_line_path = from_start_folder(cmd_line_path);
+  if (cmd_line_path.back() != '/') cmd_line_path += '/';
+  if (is_a_copy(cmd_line_path)) return true;
+  complain(cmd_line_path + " does not appear to be an installed copy of Skyvane 9.");
+  return false;
 }
 
 bool read_modified() {
@@ -497,12 +537,10 @@ bool read_name() {
 int unattended_begin() {
   console.terminal = isatty(STDOUT_FILENO) != 0;
   answers.accept_eula = cmdline.has_option("--accept_eula");
-  if (!read_folder("--dest", answers.dest) || !read_folder("--copy", answers.copy) ||
-      !read_name() || !read_modified() || !read_disc_answers() ||
-      !read_number("--give_up_after", answers.give_up_after)) {
+  if (!read_folder("--dest", answers.dest) || !read_copy() || !read_name() || !read_modified() ||
+      !read_disc_answers() || !read_number("--give_up_after", answers.give_up_after)) {
     return unattended_refused;
   }
-  if (!answers.copy.empty()) cmd_line_path = answers.copy;
   for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
     std::signal(signal_number, on_signal);
   return 0;
@@ -514,7 +552,7 @@ wizard_press unattended_press(page_function page, int first_time, const wizard_s
   const page_row row = row_of(page);
   if (interrupted) return give_up(row, screen, "interrupted");
   if (result && screen.next) return {};
-  if (screen.next == wizard_quit) return finish_on_last_page(screen);
+  if (screen.next == wizard_quit) return finish_on_last_page(page, screen);
 
   show_page(page, screen);
   if (row.kind == page_choice) return press_on_choice(row, first_time, screen);

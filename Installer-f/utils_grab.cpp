@@ -1,7 +1,7 @@
 // grab_files: one step of each live stream, and the end of the job; the reset of the transfer and
 // the discard of what a broken one left. The step itself is in utils_stream.cpp.
 //
-// Main thread. Writes `next`.
+// Main thread. Writes `next`; grab_totals is only defined here.
 
 #include "Installer-f/utils_grab.h"
 
@@ -17,6 +17,7 @@
 #include "corekit/OOPS_cpp/xtim.h"
 
 transfer_record next;
+transfer_totals grab_totals;
 
 namespace {
 

@@ -26,6 +26,14 @@ struct transfer_record {
 };
 extern transfer_record next;
 
+// What all transfers of this run have done; only grows. Written by the stream step and the
+// unpacking.
+struct transfer_totals {
+  int fetched = 0;  // files unpacked into their place
+  int deleted = 0;  // files that the release has dropped
+};
+extern transfer_totals grab_totals;
+
 extern std::string crnt_file_name;  // name of the file visited last
 extern std::string crnt_file_path;  // its path on the server
 

@@ -192,3 +192,16 @@ int choose_files() {
   share_progress();
   return 1;
 }
+
+int dropped_files_left() {
+  int count = 0;
+  shipped_files shipped;
+  for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
+    const file_history_struct& history = sim_info[i];
+    const file_version_struct& current = history.current();
+    if (current.sig_want != sig_gone || current.sig_have == sig_none) continue;
+    if (!want_this_f(i, static_cast<int>(history.versions.size()) - 1)) continue;
+    if (is_ours(history) && !shipped.stand_above(current.path)) ++count;
+  }
+  return count;
+}

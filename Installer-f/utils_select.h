@@ -31,6 +31,9 @@ void scenery_from_install();  // selects the sectors that have a tile on disk
 // clear, and the caller must not go on to the transfer.
 int choose_files();
 
+// Files on disk that the release has dropped and that choose_files would delete without a question.
+int dropped_files_left();
+
 // Puts the question about a file that the user seems to have changed; select_alert, unless a run
 // brings answers of its own.
 extern int (*ask_about_modified)(const std::string& location, int gone);

@@ -5,8 +5,9 @@
 // nothing: the strings here keep their memory from step to step, nothing is asked of the disk for a
 // file that is passed over, and the log is not flushed.
 //
-// Main thread. Writes `next`, crnt_file_name, crnt_file_path, deleted_files, the decision's result
-// in the current version, and of stg the fields activity, file_fraction, server_down, server_index.
+// Main thread. Writes `next`, grab_totals, crnt_file_name, crnt_file_path, deleted_files, the
+// decision's result in the current version, and of stg the fields activity, file_fraction,
+// server_down, server_index.
 
 #include "Installer-f/utils_stream.h"
 
@@ -40,9 +41,21 @@ int present_server() {
   return std::clamp(stg.server_index, 0, std::max(stg.server_count - 1, 0));
 }
 
-void delete_step() {
+// The verification finds a file under another case of letters, too. It is replaced or deleted under
+// the spelling that it has on disk: under the manifest's own, the old one would stay beside the new
+// and be found again for ever.
+void use_spelling_on_disk() {
+  if (g_case_sensitive) findPath(location);
+}
+
+void delete_step(file_version_struct& file) {
   stg.activity = activity_deleting;
   const int code = delete_file(location);
+  if (code == 0) {
+    file.sig_match = 0;
+    file.sig_have = sig_none;
+    ++grab_totals.deleted;
+  }
   if (stg.log_actions != 0) {
     xer << "now we want to nuke a file: DELETING  file " << location << ", with result=" << code
         << ".\n";
@@ -98,6 +111,7 @@ bool fetch_step(int s, file_version_struct& file) {
       return false;
   }
   stg.server_down = 0;
+  if (!(file.sig_have == sig_none)) use_spelling_on_disk();
   extract_and_delete_file(archive, location);
   file.sig_match = 1;  // also if that failed: the next verification sees what is really there
   next.done_zip_kb += file.zip_kb;
@@ -128,7 +142,8 @@ bool stream_step(int s) {
     xer << "WARNING: leaving alone a file that lies outside the destination: " << file.path << "\n";
     stg.activity = activity_not_wanted;
   } else if (file.need_delete != 0) {
-    delete_step();
+    use_spelling_on_disk();
+    delete_step(file);
   } else if (file.need_fetch != 0) {
     return fetch_step(s, file);
   } else {

@@ -1,10 +1,19 @@
-// Unpacking of one fetched archive: unpack, make a program runnable, delete the archive.
+// Unpacking of one fetched archive: unpack beside the place, make a program runnable, move it into
+// the place, delete the archive.
 //
-// Main thread. Writes stg.extract_failed.
+// A file under its own name is always whole. If the updater wrote there and was stopped half-way,
+// the next run would meet a file that no release ever shipped, take it for the user's work, and
+// keep it. What a stopped run leaves beside it has the same name for every file of a folder: its
+// file is still wanted, so the next run unpacks over it.
+//
+// Main thread. Writes stg.extract_failed and grab_totals.
 
 #include "Installer-f/utils_unpack.h"
 
+#include <cerrno>
+
 #include "Installer-f/main_stg.h"
+#include "Installer-f/utils_grab.h"
 #include "corekit/Files/io_7z.h"
 #include "corekit/Files/io_utils.h"
 #include "corekit/Files/io_zip.h"
@@ -13,11 +22,71 @@
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/UTL/UTL_translate.h"
 
-void extract_and_delete_file(const std::string& archive, const std::string& location) {
+namespace {
+
+constexpr std::string_view part_name = ".skyvane_part";
+
+int unpack_as(const std::string& archive, const std::string& folder, std::string_view name) {
+  std::string as(name);
+  return archive.ends_with(".7z") ? p7z_to_file(archive, folder, &as, 1)
+                                  : zip_to_file(archive, folder, &as, 1);
+}
+
+// Replaces what is at `location` in one step. An empty folder there holds nothing to lose and makes
+// room; any other stays, and the file is the one that gives way.
+int move_into_place(const std::string& folder, const std::string& location) {
+  const std::string part(part_name);
+  const std::string leaf(path_leaf(location));
+  int code = rename_file(folder, part, leaf);
+  if (code == EISDIR && delete_file(location + "/") == 0) code = rename_file(folder, part, leaf);
+  // A link whose folder is missing is passed over by the archive layer: then there is no part.
+  return code == ENOENT ? 0 : code;
+}
+
+// The folder was there when the transfer began; it is missing where it had to wait for a dropped
+// file of the same name to go, or where somebody has removed it since.
+void make_folders_above(const std::string& location) {
+  for (size_t slash = location.find('/', dest_dir_path.size()); slash != std::string::npos;
+       slash = location.find('/', slash + 1))
+    make_folder(location.substr(0, slash));
+}
+
+// The main program of a bundle must be runnable, whatever its archive says.
+bool is_program(const std::string& location) {
+  return str_holds(location, "Contents/MacOS/");
+}
+
+int unpack_into_place(const std::string& archive, const std::string& location, int& chmod_code) {
   const std::string folder(path_folder(location));
-  const int code = archive.ends_with(".7z") ? p7z_to_file(archive, folder, nullptr, 0)
-                                            : zip_to_file(archive, folder, nullptr, 0);
-  if (code != 0) {
+  const std::string part = folder + std::string(part_name);
+  int code = EACCES;
+  if (part.size() <= path_limit) {
+    code = unpack_as(archive, folder, part_name);
+    if (code == ENOENT) {
+      make_folders_above(location);
+      code = unpack_as(archive, folder, part_name);
+    }
+    // Runnable before it has its name: a stop in between would leave a program that does not start
+    // and whose signature is right.
+    if (code == 0 && is_program(location)) chmod_code = make_file_executable(part.c_str());
+    if (code == 0) code = move_into_place(folder, location);
+    if (code != 0) delete_file(part);
+  }
+  // A folder that takes no new file may still let the old one be written.
+  if (code != EACCES) return code;
+  code = unpack_as(archive, folder, path_leaf(location));
+  if (is_program(location)) chmod_code = make_file_executable(location.c_str());
+  return code;
+}
+
+}  // namespace
+
+void extract_and_delete_file(const std::string& archive, const std::string& location) {
+  int chmod_code = 0;
+  const int code = unpack_into_place(archive, location, chmod_code);
+  if (code == 0) {
+    ++grab_totals.fetched;
+  } else {
     stg.extract_failed = 1;
     __MACIBM_alert(0, UTL_translate_string("The installer cannot extract a file."),
                    UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
@@ -25,10 +94,6 @@ void extract_and_delete_file(const std::string& archive, const std::string& loca
                    UTL_translate_string("Destination: ") + location, t_alert, "Installer-f/utils",
                    2288);
   }
-  // The main program of a bundle must be runnable, whatever its archive says.
-  int chmod_code = 0;
-  const bool is_program = str_holds(location, "Contents/MacOS/");
-  if (is_program) chmod_code = make_file_executable(location.c_str());
   if (stg.log_actions != 0) {
     xer << "EXPANDING file " << location << ", with result=" << code << ".\n";
     xer << "CHMODING  file " << location << ", with result=" << chmod_code << ".\n";

@@ -2,7 +2,8 @@
 //
 // Steps: the main thread hands the histories out, ten to a task, as long as the pool has a free
 // slot, and collects finished tasks; a task hashes its files one after the other and writes their
-// findings. Which files are in hand is a task's own business; nothing else knows of it.
+// findings; last, names that differ in case only are told apart. Which files are in hand is a
+// task's own business; nothing else knows of it.
 //
 // Main thread: checksum_workers, pass_destination (which stands while a pool runs) and
 // pass_abandoned. Pool threads: sig_have and sig_match of the histories of their task; the ranges
@@ -19,6 +20,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "Installer-f/main_stg.h"
 #include "Installer-f/utils_decide.h"
@@ -131,6 +134,48 @@ void find_nothing() {
   }
 }
 
+// --- names that differ in case only -------------------------------------------------------------
+// A release may rename a file by its case, or a manifest may list two such files. A file on disk is
+// then found under both names, and would be kept or deleted on behalf of the one that it is not. So
+// where the manifest has both, each answers for its own spelling.
+
+// FNV-1a over the folded bytes. Two names with one hash cost a look at the disk and no more.
+uint64_t folded_hash(std::string_view name) {
+  uint64_t hash = 0xcbf29ce484222325u;
+  for (char c : name) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    hash = (hash ^ static_cast<uint8_t>(c)) * 0x100000001b3u;
+  }
+  return hash;
+}
+
+void disown_other_spellings() {
+  if (!g_case_sensitive) return;
+  std::vector<std::pair<uint64_t, int>> names;
+  names.reserve(sim_info.size());
+  for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
+    const file_version_struct& current = sim_info[i].current();
+    if (!current.sig_have.empty() && !(current.sig_have == sig_none))
+      names.emplace_back(folded_hash(installed_part(current.path)), i);
+  }
+  std::sort(names.begin(), names.end());
+
+  const auto is_twin = [&names](size_t i) {
+    return (i > 0 && names[i - 1].first == names[i].first) ||
+           (i + 1 < names.size() && names[i + 1].first == names[i].first);
+  };
+  for (size_t i = 0; i < names.size(); ++i) {
+    if (!is_twin(i)) continue;
+    file_version_struct& current = sim_info[names[i].second].current();
+    struct stat info;
+    const std::string location =
+        app_path + pass_destination + std::string(installed_part(current.path));
+    if (lstat(location.c_str(), &info) == 0) continue;
+    current.sig_have = sig_none;
+    current.sig_match = 0;
+  }
+}
+
 }  // namespace
 
 int checksum_directory(int& index, float& progress) {
@@ -163,6 +208,7 @@ int checksum_directory(int& index, float& progress) {
 
   delete checksum_workers;
   checksum_workers = nullptr;
+  disown_other_spellings();
   xer << " End of MD5 at " << xtim.now_sec << '\n';
   return 1;
 }

@@ -99,7 +99,8 @@ int TEX_load_any_ext(const std::string& path, unsigned char*& pixels, unsigned l
                      int max_dim, int pow2, TEX_image_desc* desc);
 
 // The place for a picture as the parameters above want it: fills desc.pad, takes or allocates the
-// buffer and zeroes what is not picture. Null if it does not fit or memory is short. For the readers.
+// buffer and zeroes what is not picture. Null if it does not fit or memory is short. For the
+// readers.
 unsigned char* TEX_take_buffer(TEX_image_desc& desc, unsigned char* pixels, int limit, int pow2);
 // The fatal alert that tells of a broken picture. For the readers.
 void TEX_report(const TEX_fault& fault, const std::string& path, const char* source);

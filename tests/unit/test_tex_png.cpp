@@ -75,7 +75,7 @@ TEST(TexPng, ReadsWhatOthersWrite) {
        TEX_rgb, 3, 2, 1, 0},
       {"palette with transparency",
        "@base.png" PLAIN "-colors 8 +dither -fill '#102030' -draw 'rectangle 3,3 20,10' "
-                         "-transparent '#102030' PNG8:@x.png",
+       "-transparent '#102030' PNG8:@x.png",
        TEX_rgba, 3, 8, 0, 0},
       {"RGB with a transparent colour",
        "@base.png" PLAIN

@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# The updater is killed at random moments, and after each kill the next run ends in the right tree
+# with the user's files as they were; damage of other kinds heals as well.
+#
+# E2E_KILLS  how many kills (default 12)
+# E2E_SEED   repeats the moments of an earlier run; printed
+. "$(dirname "$0")/update_lib.bash"
+
+kills=${E2E_KILLS:-12}
+seed=${E2E_SEED:-$((SRANDOM % 32768))}
+RANDOM=$seed
+echo "$kills kills, E2E_SEED=$seed"
+
+install_release old "$SCRATCH/old"
+echo "mine" >"$SCRATCH/old/my flights.txt"
+echo "mine" >"$SCRATCH/old/Aircraft/General Aviation/Little Wren/notes.txt"
+echo "changed by me" >"$SCRATCH/old/Instructions/Pilot's Guide.txt"
+echo "changed by me" >"$SCRATCH/old/Airfoils/Clark Y.afl"
+give "$SCRATCH/old"
+
+# Two roads: over the slow one most moments fall into the transfer of a file, over the fast one into
+# verification and unpacking.
+root=$(web_root "Skyvane new" "$FIXTURE/master-new")
+serve "$root"
+fast=$PORT
+serve "$root" 'limit_rate 400k; limit_rate_after 20k;'
+slow=$PORT
+
+# tree COPY: its files and links. An emptied folder is removed by the run that empties it, so one
+# that was killed in between may leave it.
+tree() {
+  prints "$1" | grep -v ' d [0-7]*$'
+}
+
+fresh_old_copy() {
+  rm -rf "$COPY"
+  cp -a "$SCRATCH/old" "$COPY"
+}
+
+# What it is to be: a run that nobody kills, checked against the source tree.
+declare -A length
+for PORT in "$fast" "$slow"; do
+  fresh_old_copy
+  begin=${EPOCHREALTIME/./}
+  update
+  length[$PORT]=$((${EPOCHREALTIME/./} - begin))
+  want_status 0
+  want_count 2 "files kept, because you have modified them"
+done
+tree "$COPY" >"$SCRATCH/want_tree.txt"
+cp -a "$COPY" "$SCRATCH/checked"
+(cd "$SCRATCH/checked" && rm "my flights.txt" "Airfoils/Clark Y.afl" && rm -r "Aircraft/General Aviation/Little Wren" &&
+  cp "$FIXTURE/sample/new/All/Instructions/Pilot's Guide.txt" Instructions/ && chmod 444 "Instructions/Pilot's Guide.txt")
+same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/checked"
+
+# exec_updater: in place of this process, so that its id is the program's.
+exec_updater() {
+  local command=("$SCRATCH/bin/skyvane-web-updater" --unattended --copy="$COPY" $(through_proxy "$PORT"))
+  if [ "$(id -u)" = 0 ]; then
+    exec setpriv --reuid="$ORDINARY" --regid="$ORDINARY" --clear-groups env -u DISPLAY "${command[@]}"
+  fi
+  exec env -u DISPLAY "${command[@]}"
+}
+
+want_healed() {
+  want_status 0
+  want_count 2 "files kept, because you have modified them"
+  tree "$COPY" >"$SCRATCH/have_tree.txt"
+  diff "$SCRATCH/want_tree.txt" "$SCRATCH/have_tree.txt" >"$SCRATCH/diff.txt" ||
+    fail "$label: $(head -n 5 "$SCRATCH/diff.txt")"
+}
+
+# A run that ends before its moment is none of the kills: the moments are then drawn from a shorter
+# span. How fast a run is depends on what else this machine does.
+declare -A killed_in
+killed=0
+for try in $(seq $((3 * kills))); do
+  [ "$killed" -lt "$kills" ] || break
+  [ $((try % 2)) = 0 ] && PORT=$fast || PORT=$slow
+  delay=$((length[$PORT] * (RANDOM % 1000) / 1000))
+  label="kill $killed after $delay us"
+  fresh_old_copy
+  (exec_updater) >"$OUT" 2>&1 </dev/null &
+  pid=$!
+  sleep "$(printf '%d.%06d' $((delay / 1000000)) $((delay % 1000000)))"
+  kill -KILL "$pid" 2>/dev/null || true
+  wait "$pid" 2>/dev/null || true
+  phase=$(awk '/^(Search|Check|Installing|Finshed)/ { last = $1 } END { print last ? last : "Start" }' "$OUT")
+  if [ "$phase" = Finshed ]; then
+    length[$PORT]=$((length[$PORT] * 4 / 5))
+    continue
+  fi
+  killed=$((killed + 1))
+  length[$PORT]=$((length[$PORT] * 21 / 20))
+  killed_in[$phase]=$((${killed_in[$phase]:-0} + 1))
+  PORT=$fast
+  update
+  want_healed
+  rm -rf "$TMPDIR"/skyvane-*  # a killed program cannot
+done
+for phase in "${!killed_in[@]}"; do echo "killed in $phase: ${killed_in[$phase]}"; done
+[ "$killed" = "$kills" ] || fail "only $killed runs could be killed in time"
+
+# --- damage of other kinds -----------------------------------------------------------------------
+# The copy is now current but for the two files that are the user's. What is missing comes back by
+# itself; a file that is there with other bytes may be the user's work, and comes back when told to.
+# Tiles are left out: a sector without any tile is one that the user has chosen not to have.
+
+PORT=$fast
+label="half of the copy deleted, and a folder"
+(cd "$COPY" && find . -type f -print | sed 's#^\./##' | sort | awk 'NR % 2' |
+  grep -v -e flights -e notes.txt -e Pilot -e Clark -e '\.dsf$' | tr '\n' '\0' | xargs -0 rm && rm -r Resources/sounds)
+update
+want_healed
+
+label="files cut short and overwritten with zeros"
+truncate -s 100 "$COPY/Resources/bitmaps/world/great sheet.png"
+: >"$COPY/Resources/sounds/alert/tone 3.wav"
+size=$(stat -c %s "$COPY/Aircraft/Heavy Metal/Condor/Condor.acf")
+head -c "$size" /dev/zero >"$COPY/Aircraft/Heavy Metal/Condor/Condor.acf"
+update
+want_status 0
+want_count 5 "files kept, because you have modified them"
+update --on_modified=overwrite
+want_status 0
+want_count 4 "files fetched"
+want_count 1 "files deleted"
+want_count 5 "files replaced or deleted, though you had modified them"
+(cd "$COPY" && rm "my flights.txt" && rm -r "Aircraft/General Aviation/Little Wren")
+same_tree "$FIXTURE/sample/new" Macintosh "$COPY"

@@ -1,0 +1,99 @@
+#!/usr/bin/env bash
+# A real tree: files that this machine's packages brought are built into a master, served, installed,
+# verified, damaged in one of twenty, and brought back. Prints the time of each phase.
+#
+# E2E_FILES  how many files (default 3000)
+. "$(dirname "$0")/update_lib.bash"
+
+files=${E2E_FILES:-3000}
+name="Skyvane large"
+source=$SCRATCH/source
+here=All/Resources/real
+
+# phase NAME COMMAND...: runs it and prints its seconds.
+phase() {
+  local label=$1 begin=${EPOCHREALTIME/./}
+  shift
+  "$@"
+  local us=$((${EPOCHREALTIME/./} - begin))
+  printf '%-22s %4d.%d s\n' "$label" $((us / 1000000)) $((us / 100000 % 10))
+}
+
+# --- the tree ------------------------------------------------------------------------------------
+
+# Evenly spread over all that is there, but for what the builder refuses or leaves out: some words,
+# names that begin with a dot, empty files; and giants, which would only test the disk.
+find /usr/share /usr/include -type f -readable -size +0 -size -1000k -printf '%p\n' |
+  grep -avE 'copy|\.cpp|\.CPP|[:\\]|[^ -~]| /| $|/\.|\.7z|Thumbs\.db|work\.|\._|DS_Store|sandboxinfo|xSYM' |
+  grep -avE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|\.dsf|^.{240}' | sort >"$SCRATCH/all.txt"
+found=$(wc -l <"$SCRATCH/all.txt")
+[ "$found" -ge 1000 ] || { echo "only $found usable files below /usr/share and /usr/include"; exit 77; }
+awk -v n="$files" -v all="$found" 'n >= all || int(NR * n / all) > int((NR - 1) * n / all)' \
+  "$SCRATCH/all.txt" >"$SCRATCH/list.txt"
+
+cp -a "$FIXTURE/sample/new" "$source"
+mkdir -p "$source/$here"
+tr '\n' '\0' <"$SCRATCH/list.txt" | xargs -0 cp --parents -t "$source/$here"
+chmod -R u+rwX,go+rX "$source/$here"
+give "$source"
+files=$(wc -l <"$SCRATCH/list.txt")
+echo "$files files, $(du -sh --apparent-size "$source/$here" | cut -f1)"
+
+build_master() {
+  as_user "$SCRATCH/bin/skyvane-demo-installer" --build_master --type=0 --name="$name" \
+    --source="$source" --output="$SCRATCH/master" --previous=none >"$OUT" 2>&1
+}
+mkdir "$SCRATCH/master"
+give "$SCRATCH/master"
+phase "build the master" build_master
+
+# --- install, verify -----------------------------------------------------------------------------
+
+serve "$(web_root "$name" "$SCRATCH/master")"
+phase "install" run_as_user skyvane-demo-installer --accept_eula --dest="$SCRATCH" --name=sim
+want_status 0
+
+# real FOLDER: the files in it, their bytes and their modes.
+real() {
+  prints "$1" | grep -v ' d [0-7]*$'
+}
+real "$source/$here" >"$SCRATCH/want.txt"
+[ "$(wc -l <"$SCRATCH/want.txt")" = $((2 * files)) ] || fail "the tree has not all files"
+
+same_real() {
+  real "$COPY/Resources/real" | diff "$SCRATCH/want.txt" - >"$SCRATCH/diff.txt" ||
+    fail "$1: $(head -n 3 "$SCRATCH/diff.txt")"
+}
+same_real "after the install"
+
+phase "verify" update
+want_status 0
+want_text "is already up to date."
+checked=$(sed -n 's/ files checked$//p' "$OUT")
+[ "$checked" -gt "$files" ] || fail "only $checked files checked"
+
+# --- damage one of twenty, and bring it back -----------------------------------------------------
+
+damaged=0 modified=0
+while read -r path; do
+  file=$COPY/Resources/real$path
+  case $((damaged % 4)) in
+    0) rm "$file" ;;
+    1) echo "and more" >>"$file" ;;
+    2) truncate -s "$(($(stat -c %s "$file") / 2))" "$file" ;;
+    3) mv "$file" "$file.mine" ;;
+  esac
+  case $((damaged % 4)) in 1 | 2) modified=$((modified + 1)) ;; esac
+  damaged=$((damaged + 1))
+done < <(awk 'NR % 20 == 7' "$SCRATCH/list.txt")
+
+phase "bring back $damaged" update --on_modified=overwrite
+want_status 0
+want_count "$damaged" "files fetched"
+want_count "$modified" "files replaced or deleted, though you had modified them"
+[ "$(find "$COPY/Resources/real" -name '*.mine' -print -delete | wc -l)" = $((damaged / 4)) ] ||
+  fail "the user's own files are not all there"
+same_real "after the repair"
+phase "verify again" update
+want_status 0
+want_count 0 "files fetched"

@@ -1,0 +1,68 @@
+# Shared by the tests of the web update, which source it in place of lib.sh.
+#
+# The updater is run as an ordinary user even where the tests are root's: root may read and replace
+# what a user may not, and half of the cases would test nothing.
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+ORDINARY=65534  # nobody; owns no file of this machine
+COPY=$SCRATCH/sim
+export TMPDIR=$SCRATCH/tmp
+mkdir -p "$SCRATCH/bin" "$TMPDIR" "$XDG_CONFIG_HOME"
+# Copies of their own and no hard links: their owner is about to change.
+cp "$BIN/skyvane-web-updater" "$BIN/skyvane-demo-installer" "$SCRATCH/bin/"
+[ "$(id -u)" != 0 ] || chown -R "$ORDINARY:$ORDINARY" "$SCRATCH"
+
+# as_user COMMAND...: runs it without privileges.
+as_user() {
+  if [ "$(id -u)" = 0 ]; then
+    setpriv --reuid="$ORDINARY" --regid="$ORDINARY" --clear-groups "$@"
+  else
+    "$@"
+  fi
+}
+
+# run_as_user PROGRAM ARGS...: unattended, by the server at PORT; leaves OUT and STATUS.
+run_as_user() {
+  local program=$1
+  shift
+  STATUS=0
+  as_user env -u DISPLAY timeout 300 "$SCRATCH/bin/$program" "$@" --unattended \
+    --give_up_after=20 $(through_proxy "$PORT") >"$OUT" 2>&1 </dev/null || STATUS=$?
+}
+
+# update ARGS...: the updater on COPY.
+update() {
+  run_as_user skyvane-web-updater --copy="$COPY" "$@"
+}
+
+# want_count NUMBER TEXT: the line of the run's summary that ends in TEXT.
+want_count() {
+  grep -qxF -- "$1 $2" "$OUT" || fail "the summary does not say: $1 $2"
+}
+
+# install_release VERSION FOLDER: a fresh copy of the sample release, by the demo edition.
+install_release() {
+  local root
+  root=$(web_root "Skyvane $1" "$FIXTURE/master-$1")
+  serve "$root"
+  run_as_user skyvane-demo-installer --accept_eula --dest="$(dirname "$2")" \
+    --name="$(basename "$2")"
+  want_status 0
+}
+
+# give COPY...: makes the trees the ordinary user's own.
+give() {
+  [ "$(id -u)" != 0 ] || chown -Rh "$ORDINARY:$ORDINARY" "$@"
+}
+
+# prints FOLDER: one line for everything below it: kind, mode, content (a link's text), name. Links
+# are not followed. Two equal prints are two equal trees.
+prints() {
+  (
+    cd "$1"
+    find . -mindepth 1 -type f -exec md5sum --zero {} + |
+      tr '\0' '\n' | sed 's/^\([0-9a-f]*\) .\(.*\)$/\2 \1/'
+    find . -mindepth 1 \( -type f -o -type d \) -printf '%p %y %m\n'
+    find . -mindepth 1 -type l -printf '%p %y %l\n'
+  ) | sort
+}

@@ -1,0 +1,248 @@
+#!/usr/bin/env bash
+# The sample release brought from old to new and on to newer: the copy ends as a fresh install
+# would, with the user's own files untouched; which copy is taken, and with what settings.
+. "$(dirname "$0")/update_lib.bash"
+
+# An old copy to start each case from, and the server of the new release.
+install_release old "$SCRATCH/old"
+root=$(web_root "Skyvane new" "$FIXTURE/master-new")
+serve "$root"
+
+# What a user adds: files of her own everywhere, also in a folder that the release drops, some with
+# names like those of the program's own files.
+own_files=("my flights.txt" .hidden "Aircraft/General Aviation/Mine/Mine.acf" Output/logbooks/log.txt
+  "Aircraft/General Aviation/Little Wren/my notes.txt" Resources/preferences/Skyvane.prf
+  "Airfoils/My wing.afl" "Instructions/$(printf 'Fran\xe7ais').txt" "Resources/fonts/a/b/mine.ttf")
+
+make_copy() {
+  local file
+  rm -rf "$COPY"
+  cp -a "$SCRATCH/old" "$COPY"
+  for file in "${own_files[@]}"; do
+    mkdir -p "$COPY/$(dirname "$file")"
+    echo "mine: $file" >"$COPY/$file"
+  done
+  ln -s "my flights.txt" "$COPY/my link"
+  give "$COPY"
+}
+
+# want_release VERSION [COPY]: the copy equals the release once the user's files are moved aside.
+want_release() {
+  local file copy=${2:-$COPY}
+  for file in "${own_files[@]}"; do
+    [ "$(cat "$copy/$file")" = "mine: $file" ] || fail "the user's file was touched: $file"
+    rm "$copy/$file"
+  done
+  [ "$(readlink "$copy/my link")" = "my flights.txt" ] || fail "the user's link was touched"
+  rm "$copy/my link"
+  # The folders that only the user's files have kept.
+  (cd "$copy" && rmdir -p --ignore-fail-on-non-empty "Aircraft/General Aviation/Mine" \
+    "Aircraft/General Aviation/Little Wren" Resources/fonts/a/b)
+  same_tree "$FIXTURE/sample/$1" Macintosh "$copy"
+}
+
+# --- from old to new, and then nothing left to do ------------------------------------------------
+
+# The figures of the summary, by comparing the two source trees.
+shipped "$FIXTURE/sample/old" Macintosh >"$SCRATCH/old.tsv"
+shipped "$FIXTURE/sample/new" Macintosh >"$SCRATCH/new.tsv"
+fetched=0
+while IFS=$'\t' read -r rel from; do
+  old=$SCRATCH/old/$rel new=$FIXTURE/sample/new/$from
+  if [ -L "$new" ]; then
+    [ -L "$old" ] && [ "$(readlink "$old")" = "$(readlink "$new")" ] || fetched=$((fetched + 1))
+  else
+    [ ! -L "$old" ] && cmp -s "$old" "$new" || fetched=$((fetched + 1))
+  fi
+done <"$SCRATCH/new.tsv"
+dropped=$(comm -23 <(cut -f1 "$SCRATCH/old.tsv") <(cut -f1 "$SCRATCH/new.tsv") | wc -l)
+total=$(($(wc -l <"$SCRATCH/new.tsv") + dropped))
+
+make_copy
+update
+want_status 0
+want_text "Finshed Web Update: I have finished updating $COPY/."
+want_count "$total" "files checked"
+want_count "$fetched" "files fetched"
+want_count "$dropped" "files deleted"
+want_count 0 "files kept, because you have modified them"
+served=$(awk '{ sum += $10 } END { print sum }' "$SCRATCH/nginx-$PORT/access.log")
+want_count "$served" "bytes moved"
+grep -qxE '[0-9]+\.[0-9] seconds' "$OUT" || fail "no time in the summary"
+
+prints "$COPY" >"$SCRATCH/before.txt"
+update
+want_status 0
+want_text "This copy of Skyvane ($COPY/) is already up to date."
+want_count "$total" "files checked"
+want_count 0 "files fetched"
+prints "$COPY" | cmp -s - "$SCRATCH/before.txt" || fail "a current copy was touched"
+
+# --- one small thing left to do is not nothing ---------------------------------------------------
+
+rm "$COPY/Instructions/one byte.txt"
+update
+want_status 0
+want_count 1 "files fetched"
+cp "$SCRATCH/old/Weapons/Flare.wpn" "$COPY/Weapons/"
+give "$COPY"
+update
+want_status 0
+want_count 1 "files deleted"
+want_release new
+
+# --- on to the next release, in which dropped files return; and from old to it, one release left
+# out ---------------------------------------------------------------------------------------------
+
+newer=$(web_root "Skyvane newer" "$FIXTURE/master-newer")
+new_port=$PORT
+serve "$newer"
+make_copy
+PORT_NEWER=$PORT
+PORT=$new_port
+update
+want_status 0
+PORT=$PORT_NEWER
+update
+want_status 0
+want_release newer
+make_copy
+update
+want_status 0
+want_release newer
+
+# --- a changed file is kept, or not --------------------------------------------------------------
+
+PORT=$new_port
+make_copy
+echo "changed by me" >"$COPY/Instructions/Pilot's Guide.txt"
+echo "changed by me" >"$COPY/Airfoils/Clark Y.afl"
+update --on_modified=keep
+want_status 0
+want_count 2 "files kept, because you have modified them"
+for file in "Instructions/Pilot's Guide.txt" "Airfoils/Clark Y.afl"; do
+  [ "$(cat "$COPY/$file")" = "changed by me" ] || fail "not kept: $file"
+done
+update --on_modified=overwrite
+want_status 0
+want_count 2 "files replaced or deleted, though you had modified them"
+want_release new
+
+# --- settings: the number of streams, the test release, the actions in the log -------------------
+
+for streams in 1 2 3 4; do
+  make_copy
+  update --pref:_stream_count=$streams --pref:_log_actions=1
+  want_status 0
+  grep -qF "now we want to nuke a file: DELETING  file $COPY/Airfoils/Clark Y.afl, with result=0." \
+    "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "the deletion is not in the log"
+  want_release new
+done
+
+# The next release is out as a test only: who wants it gets it, and the others stay.
+ln -s "$FIXTURE/master-newer/disk_0/Skyvane newer" "$root/updates/Skyvane newer"
+sed -i 's/^FINAL Skyvane new$/&\nBETA Skyvane newer/' "$root/serverlist9.txt"
+make_copy
+update
+want_status 0
+update --pref:_get_beta=1
+want_status 0
+want_release newer
+
+# --- which copy ----------------------------------------------------------------------------------
+
+registry=$XDG_CONFIG_HOME/skyvane/skyvane_install.txt
+mkdir -p "$(dirname "$registry")"
+give "$XDG_CONFIG_HOME"
+
+# plain ARGS...: the updater without a word of where the copy is.
+plain() {
+  run_as_user skyvane-web-updater "$@"
+}
+
+rm -f "$registry"
+plain
+want_status 2
+want_text "You do not appear to have Skyvane 9 installed."
+
+# One copy is taken without a question.
+make_copy
+echo "$COPY/" >"$registry"
+plain
+want_status 0
+want_text "I have finished updating $COPY/."
+want_release new
+
+# Of several, one has to be named, and the others stay as they are.
+make_copy
+cp -a "$COPY" "$SCRATCH/other"
+printf '%s\n' "$SCRATCH/other/" "$COPY/" "$SCRATCH/gone/" >"$registry"
+prints "$SCRATCH/other" >"$SCRATCH/before.txt"
+plain
+want_status 2
+want_text "Please select which copy of Skyvane 9 you would like to update."
+want_text "--copy=FOLDER"
+plain --copy="$COPY"
+want_status 0
+want_release new
+prints "$SCRATCH/other" | cmp -s - "$SCRATCH/before.txt" || fail "another copy was touched"
+
+# Handed over by another program, with and without the slash at its end.
+for folder in "$SCRATCH/other" "$SCRATCH/other/"; do
+  plain -path "$folder"
+  want_status 0
+done
+want_text "This copy of Skyvane ($SCRATCH/other/) is already up to date."
+want_release new "$SCRATCH/other"
+
+# A folder that is no copy is not filled with one.
+mkdir "$SCRATCH/documents"
+give "$SCRATCH/documents"
+for folder in documents "no such folder"; do
+  plain --copy="$SCRATCH/$folder"
+  want_status 2
+  want_text "$SCRATCH/$folder/ does not appear to be an installed copy of Skyvane 9."
+done
+[ ! -e "$SCRATCH/no such folder" ] && [ -z "$(ls -A "$SCRATCH/documents")" ] || fail "a folder was filled"
+
+# --- a volume without room -----------------------------------------------------------------------
+
+need_root "mounting a small volume"
+make_copy
+mkdir "$SCRATCH/volume"
+size=$(du -s --block-size=4096 "$SCRATCH/old" | cut -f1)
+mount -t tmpfs -o "size=$(((size + 400) * 4096))" tmpfs "$SCRATCH/volume"
+MOUNTS+=("$SCRATCH/volume")
+cp -a "$SCRATCH/old" "$SCRATCH/volume/sim"
+give "$SCRATCH/volume"
+prints "$SCRATCH/volume/sim" >"$SCRATCH/before.txt"
+COPY=$SCRATCH/volume/sim
+update
+want_status 2
+want_text "There is a newer version of Skyvane 9 available, but you do not have enough free disk space to download and install the update."
+want_text "Please free some space on your hard drive."
+prints "$COPY" | cmp -s - "$SCRATCH/before.txt" || fail "no room, and yet touched"
+
+# It fills up on the way: what is there stays whole, old or new, and none of it is later taken for
+# the user's work.
+mount -o "remount,size=$(((size + 4000) * 4096))" "$SCRATCH/volume"
+serve "$root" 'limit_rate 500k;'
+(until grep -q '^Installing' "$OUT"; do sleep 0.02; done
+  head -c 100M /dev/zero >"$SCRATCH/volume/ballast" 2>"$SCRATCH/full.txt" || true) &
+: >"$OUT"
+update
+wait
+want_status 1
+want_text "Error: No space left on device. Perhaps your hard drive is full"
+want_text "There were problems updating Skyvane."
+rm "$SCRATCH/volume/ballast"
+update
+want_status 0
+want_count 0 "files kept, because you have modified them"
+prints "$COPY" >"$SCRATCH/have.txt"
+cut -f1 "$SCRATCH/new.tsv" | while read -r rel; do
+  [ -e "$COPY/$rel" ] || [ -L "$COPY/$rel" ] || fail "missing after the disk was full: $rel"
+done
+update
+want_status 0
+want_text "is already up to date."

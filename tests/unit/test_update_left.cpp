@@ -1,0 +1,135 @@
+// What an update still has to do: the dropped files that are left, and a manifest of a hundred
+// thousand files, at which anything that walks the table once for each file stands out.
+
+#include <chrono>
+
+#include "Installer-f/main_ask.h"
+#include "Installer-f/utils_dirs.h"
+#include "Installer-f/utils_select.h"
+#include "Installer-f/utils_sizes.h"
+#include "Installer-f/utils_verify.h"
+#include "engine_tree.h"
+
+namespace {
+
+int refuse_question(const std::string& location, int) {
+  ADD_FAILURE() << "asked about " << location;
+  return answer_keep;
+}
+
+class UpdateLeft : public engine_tree {
+ protected:
+  void SetUp() override {
+    engine_tree::SetUp();
+    ask_about_modified = refuse_question;
+  }
+  void TearDown() override {
+    ask_about_modified = select_alert;
+    engine_tree::TearDown();
+  }
+};
+
+TEST_F(UpdateLeft, CountsWhatWouldGoWithoutAQuestion) {
+  const struct {
+    const char* label;
+    const char* path;
+    const char* have;
+    const char* want;
+    int os;
+    int left;
+  } rows[] = {
+      {"an earlier version", "ALL_os/a.txt", "older", "GONE", 0, 1},
+      {"the first version", "ALL_os/a.txt", "old", "GONE", 0, 1},
+      {"gone already", "ALL_os/a.txt", "NONE", "GONE", 0, 0},
+      {"the user's by now", "ALL_os/a.txt", "unheard of", "GONE", 0, 0},
+      {"of another platform", "ALL_os/a.txt", "older", "GONE", 2, 0},
+      {"not verified", "ALL_os/a.txt", "", "GONE", 0, 0},
+      {"still shipped", "ALL_os/a.txt", "older", "new", 0, 0},
+      {"reached through a shipped link", "ALL_os/link/a.txt", "older", "GONE", 0, 0},
+      {"beside a shipped link", "ALL_os/links/a.txt", "older", "GONE", 0, 1},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    sim_info.clear();
+    add("ALL_os/link", {"new"}).sig_have = "new";
+    file_version_struct& file = add(row.path, {"old", "older", row.want});
+    file.sig_have = row.have;
+    file.os = row.os;
+    EXPECT_EQ(dropped_files_left(), row.left);
+  }
+}
+
+// A renaming by case: one file on disk must not stand for both names.
+TEST_F(UpdateLeft, NamesThatDifferInCaseAnswerForThemselves) {
+  const char* const sig = "900150983cd24fb0d6963f7d28e17f72";  // of "abc", by RFC 1321
+  write("copy/doc/Readme.TXT", "abc");
+  write("copy/doc/ALONE.txt", "abc");
+  add("ALL_os/doc/Readme.TXT", {sig, "GONE"});
+  add("ALL_os/doc/readme.txt", {sig});
+  add("ALL_os/doc/alone.txt", {sig});
+  int index = 0;
+  float progress = 0;
+  while (!checksum_directory(index, progress)) {
+  }
+  EXPECT_EQ(sim_info[0].current().sig_have, sig);
+  EXPECT_EQ(sim_info[1].current().sig_have, sig_none);
+  EXPECT_EQ(sim_info[1].current().sig_match, 0);
+  EXPECT_EQ(sim_info[2].current().sig_have, sig) << "found under another case";
+  EXPECT_EQ(sim_info[2].current().sig_match, 1);
+}
+
+// Flat and deep, few folders and many. The limit is a hundred times what a pass takes; a quadratic
+// one would need 10^10 steps.
+TEST_F(UpdateLeft, AHundredThousandFilesTakeNoTime) {
+  constexpr int count = 100000;
+  const struct {
+    const char* label;
+    int per_folder;
+  } rows[] = {{"one folder", count}, {"many folders", 20}, {"a folder for each", 1}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    sim_info.clear();
+    texts.clear();
+    deleted_files.clear();
+    sim_info.reserve(count);
+    mkdir((root + "copy").c_str(), 0755);
+    for (int i = 0; i < count; ++i) {
+      const int folder = i / row.per_folder;
+      const std::string path = "ALL_os/Resources/" + std::to_string(folder % 100) + "/" +
+                               std::to_string(folder) + "/file " + std::to_string(i) + ".png";
+      add(path, {"old", "older", i % 2 ? "GONE" : "new"}).raw_kb = 1;
+    }
+
+    const auto begin = std::chrono::steady_clock::now();
+    int index = 0;
+    float progress = 0;
+    while (!checksum_directory(index, progress)) {
+    }
+    int absent = 0;
+    for (file_history_struct& history : sim_info) {
+      absent += history.current().sig_have == sig_none;
+      if (absent % 4 < 2) history.current().sig_have = "older";
+    }
+    EXPECT_EQ(absent, count);
+    recalc_disk_sizes();
+    EXPECT_EQ(stg.todo_install_count, count / 2);
+    EXPECT_EQ(dropped_files_left(), count / 4);
+    ASSERT_EQ(choose_files(), 1);
+    int fetch = 0, drop = 0;
+    for (const file_history_struct& history : sim_info) {
+      fetch += history.current().need_fetch;
+      if (!history.current().need_delete) continue;
+      ++drop;
+      note_emptied_folders(dest_dir_path + std::string(history.current().path.substr(7)),
+                           deleted_files);
+    }
+    EXPECT_EQ(fetch, count / 2);
+    EXPECT_EQ(drop, count / 4);
+    remove_emptied_folders(deleted_files);
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
+    EXPECT_LT(took.count(), 60);
+    RecordProperty(row.label, std::to_string(took.count()));
+  }
+}
+
+}  // namespace
