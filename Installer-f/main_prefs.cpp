@@ -43,7 +43,7 @@ void edit_general() {
               "installer will find the best number of streams for you."),
            0);
   if (by_hand) {
-    BTN_int_range(400, 150, &stg.stream_count, 1, 1, 4, tr("number of download streams"));
+    BTN_int_range(400, 150, &stg.stream_count, 1, 1, 4, tr("streams"));
   } else {
     stg.stream_count = 0;
   }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <set>
@@ -138,6 +139,12 @@ TEST(TranslationFiles, KeepTheFormOfTheEnglish) {
       EXPECT_EQ(edge_of(translation, false), edge_of(key, false)) << label;
       EXPECT_EQ(edge_of(translation, true), edge_of(key, true)) << label;
       EXPECT_EQ(label_marks(translation), label_marks(key)) << label;
+      const bool is_list = key.find(' ') == std::string::npos && key.find('-') != std::string::npos;
+      if (is_list) {
+        EXPECT_EQ(std::count(translation.begin(), translation.end(), '-'),
+                  std::count(key.begin(), key.end(), '-'))
+            << label;
+      }
       EXPECT_EQ(unshowable_in(translation), 0) << label;
     }
   }
@@ -158,7 +165,7 @@ TEST(TranslationFiles, AreReadWithoutComplaint) {
 }
 
 // Labels that stand in a place of a fixed size: a button's face less its rims, a row of the step
-// list.
+// list, the space that the Options dialog leaves.
 TEST(TranslationFiles, FitTheirPlaces) {
   struct place {
     int width;
@@ -184,7 +191,12 @@ TEST(TranslationFiles, FitTheirPlaces) {
         "Search for Updates", "Check Disk Space", "Install Updates", "Select Scenery",
         "Select Skyvane", "Scan Existing Scenery", "Install Scenery", "Confirm Repairs",
         "Select New Scenery", "Scan For Problems"}},
-      {85, {"-proxy host", "-proxy port"}},
+      // The Options dialog: the field's label, the slider's, and the two lines of the box beside
+      // it.
+      {60, {"-proxy host", "-proxy port", "number of download streams"}},
+      {2 * 280,
+       {"|manually set the number of download streams... typically leave this OFF, and the "
+        "installer will find the best number of streams for you."}},
   };
   for (const char* language : languages) {
     std::map<std::string, std::string> shown;
