@@ -193,7 +193,7 @@ TEST(TranslationFiles, FitTheirPlaces) {
         "Select New Scenery", "Scan For Problems"}},
       // The Options dialog: the field's label, the slider's, and the two lines of the box beside
       // it.
-      {60, {"-proxy host", "-proxy port", "number of download streams"}},
+      {60, {"-proxy host", "-proxy port", "streams"}},
       {2 * 280,
        {"|manually set the number of download streams... typically leave this OFF, and the "
         "installer will find the best number of streams for you."}},
