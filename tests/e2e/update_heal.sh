@@ -102,11 +102,13 @@ for phase in "${!killed_in[@]}"; do echo "killed in $phase: ${killed_in[$phase]}
 [ "$killed" = "$kills" ] || fail "only $killed runs could be killed in time"
 
 # --- damage of other kinds -----------------------------------------------------------------------
-# The copy is now current but for the two files that are the user's. What is missing comes back by
+# A copy that is current but for the two files that are the user's. What is missing comes back by
 # itself; a file that is there with other bytes may be the user's work, and comes back when told to.
 # Tiles are left out: a sector without any tile is one that the user has chosen not to have.
 
 PORT=$fast
+fresh_old_copy
+update
 label="half of the copy deleted, and a folder"
 (cd "$COPY" && find . -type f -print | sed 's#^\./##' | sort | awk 'NR % 2' |
   grep -v -e flights -e notes.txt -e Pilot -e Clark -e '\.dsf$' | tr '\n' '\0' | xargs -0 rm && rm -r Resources/sounds)
