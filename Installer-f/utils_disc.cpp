@@ -14,9 +14,8 @@
 #include "Installer-f/main_stg.h"
 #include "Installer-f/utils_decide.h"
 #include "Installer-f/utils_manifest.h"
-#include "corekit/Files/io_7z.h"
+#include "Installer-f/utils_unpack.h"
 #include "corekit/Files/io_utils.h"
-#include "corekit/Files/io_zip.h"
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/UTL/UTL_translate.h"
@@ -134,7 +133,7 @@ int install_files_get_error(std::string& message) {
 // --- one file ------------------------------------------------------------------------------------
 
 dvd_unpack_task::dvd_unpack_task(int32_t index)
-    : file_index(index), record_(&sim_info[index].current()) {
+    : file_index(index), base_(dest_dir_path.size()), record_(&sim_info[index].current()) {
   suffix = suffix_for_file(index);
   source.append(dvd_path).append(install_name).append("/").append(record_->path).append(suffix);
   // The suffix keeps its dot behind that of the format, as the name always had it.
@@ -167,16 +166,16 @@ void dvd_unpack_task::copy_archive() {
 void dvd_unpack_task::unpack_archive() {
   // What failed before passes through here only to be reported.
   if (outcome_ != went_well) return;
-  const std::string folder(path_folder(dest_file));
-  error_code = temp_file.ends_with(".7z") ? p7z_to_file(temp_file, folder, nullptr, 0)
-                                          : zip_to_file(temp_file, folder, nullptr, 0);
+  // Several threads may be at work in one folder.
+  const std::string part = std::string(part_name) + "_" + std::to_string(file_index);
+  int chmod_code = 0;
+  error_code = unpack_into_place(temp_file, dest_file, base_, part, chmod_code);
   // Also after a failure: what is on the hard drive is bounded by the queues.
   delete_file(temp_file);
   if (error_code != 0) {
     outcome_ = unpack_failed;
     return;
   }
-  if (str_holds(dest_file, "Contents/MacOS/")) make_file_executable(dest_file.c_str());
   // Nothing is hashed again: a repair does that.
   record_->sig_have = record_->sig_want;
   record_->sig_match = 1;

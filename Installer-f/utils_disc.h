@@ -67,6 +67,7 @@ class dvd_unpack_task : public UTL_work_task {
   void copy_archive();
   void unpack_archive();
 
+  size_t base_;                  // length of the destination's path
   file_version_struct* record_;  // the worker writes its sig_have and sig_match
   enum { went_well, copy_failed, unpack_failed, not_begun } outcome_ = went_well;
 };

@@ -1,12 +1,7 @@
-// Unpacking of one fetched archive: unpack beside the place, make a program runnable, move it into
-// the place, delete the archive.
+// Steps: unpack beside the place; make a program runnable; move it into the place. For a fetched
+// archive also: tell the user of a failure, delete the archive.
 //
-// A file under its own name is always whole. If the updater wrote there and was stopped half-way,
-// the next run would meet a file that no release ever shipped, take it for the user's work, and
-// keep it. What a stopped run leaves beside it has the same name for every file of a folder: its
-// file is still wanted, so the next run unpacks over it.
-//
-// Main thread. Writes stg.extract_failed and grab_totals.
+// Written on the main thread, in the second form only: stg.extract_failed and grab_totals.
 
 #include "Installer-f/utils_unpack.h"
 
@@ -24,8 +19,6 @@
 
 namespace {
 
-constexpr std::string_view part_name = ".skyvane_part";
-
 int unpack_as(const std::string& archive, const std::string& folder, std::string_view name) {
   std::string as(name);
   return archive.ends_with(".7z") ? p7z_to_file(archive, folder, &as, 1)
@@ -34,8 +27,8 @@ int unpack_as(const std::string& archive, const std::string& folder, std::string
 
 // Replaces what is at `location` in one step. An empty folder there holds nothing to lose and makes
 // room; any other stays, and the file is the one that gives way.
-int move_into_place(const std::string& folder, const std::string& location) {
-  const std::string part(part_name);
+int move_into_place(const std::string& folder, const std::string& part,
+                    const std::string& location) {
   const std::string leaf(path_leaf(location));
   int code = rename_file(folder, part, leaf);
   if (code == EISDIR && delete_file(location + "/") == 0) code = rename_file(folder, part, leaf);
@@ -45,8 +38,8 @@ int move_into_place(const std::string& folder, const std::string& location) {
 
 // The folder was there when the transfer began; it is missing where it had to wait for a dropped
 // file of the same name to go, or where somebody has removed it since.
-void make_folders_above(const std::string& location) {
-  for (size_t slash = location.find('/', dest_dir_path.size()); slash != std::string::npos;
+void make_folders_above(const std::string& location, size_t base) {
+  for (size_t slash = location.find('/', base); slash != std::string::npos;
        slash = location.find('/', slash + 1))
     make_folder(location.substr(0, slash));
 }
@@ -56,20 +49,23 @@ bool is_program(const std::string& location) {
   return str_holds(location, "Contents/MacOS/");
 }
 
-int unpack_into_place(const std::string& archive, const std::string& location, int& chmod_code) {
+}  // namespace
+
+int unpack_into_place(const std::string& archive, const std::string& location, size_t base,
+                      std::string_view part_leaf, int& chmod_code) {
   const std::string folder(path_folder(location));
-  const std::string part = folder + std::string(part_name);
+  const std::string part = folder + std::string(part_leaf);
   int code = EACCES;
   if (part.size() <= path_limit) {
-    code = unpack_as(archive, folder, part_name);
+    code = unpack_as(archive, folder, part_leaf);
     if (code == ENOENT) {
-      make_folders_above(location);
-      code = unpack_as(archive, folder, part_name);
+      make_folders_above(location, base);
+      code = unpack_as(archive, folder, part_leaf);
     }
     // Runnable before it has its name: a stop in between would leave a program that does not start
     // and whose signature is right.
     if (code == 0 && is_program(location)) chmod_code = make_file_executable(part.c_str());
-    if (code == 0) code = move_into_place(folder, location);
+    if (code == 0) code = move_into_place(folder, std::string(part_leaf), location);
     if (code != 0) delete_file(part);
   }
   // A folder that takes no new file may still let the old one be written.
@@ -79,11 +75,10 @@ int unpack_into_place(const std::string& archive, const std::string& location, i
   return code;
 }
 
-}  // namespace
-
 void extract_and_delete_file(const std::string& archive, const std::string& location) {
   int chmod_code = 0;
-  const int code = unpack_into_place(archive, location, chmod_code);
+  const int code =
+      unpack_into_place(archive, location, dest_dir_path.size(), part_name, chmod_code);
   if (code == 0) {
     ++grab_totals.fetched;
   } else {

@@ -35,7 +35,7 @@ TEST(RuntimeLog, RecordInTheLogReadsFatalForAllButNotes) {
 }
 
 TEST(RuntimeLog, OpensAnewWithFixedNumbers) {
-  const scratch_folder folder;
+  const runtime_folder folder;
   write_file(folder.path + "log.txt", "of the last run");
   ASSERT_TRUE(xer_open(folder.path + "log.txt"));
   xer << 0.0000001f << ' ' << 2.5e9f << ' ' << 3 << '\n';

@@ -10,15 +10,15 @@
 #include "corekit/OOPS_cpp/exce.h"
 
 // A new folder, removed with its content.
-class scratch_folder {
+class runtime_folder {
  public:
-  scratch_folder() {
+  runtime_folder() {
     std::string name = (std::filesystem::temp_directory_path() / "runtime_XXXXXX").string();
     path = std::string(mkdtemp(name.data())) + "/";
   }
-  ~scratch_folder() { std::filesystem::remove_all(path); }
-  scratch_folder(const scratch_folder&) = delete;
-  scratch_folder& operator=(const scratch_folder&) = delete;
+  ~runtime_folder() { std::filesystem::remove_all(path); }
+  runtime_folder(const runtime_folder&) = delete;
+  runtime_folder& operator=(const runtime_folder&) = delete;
 
   std::string path;  // ends in "/"
 };
@@ -43,5 +43,5 @@ class log_capture {
     return read_file(folder.path + "log.txt");
   }
 
-  scratch_folder folder;
+  runtime_folder folder;
 };

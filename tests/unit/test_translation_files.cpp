@@ -267,7 +267,7 @@ TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
       {"a text once", "tr(\"One\"); tr(\"One\");", {"One"}},
   };
   for (const row& r : rows) {
-    scratch_folder folder;
+    runtime_folder folder;
     write_file(folder.path + "a.h", header);
     write_file(folder.path + "a.cpp", r.source);
     // Names of one file mean nothing in another.
@@ -298,7 +298,7 @@ TEST(TranslationFiles, TheListOfTextsComplainsOfWhatItCannotFind) {
       {"std::string tr(const char* text) { return UTL_translate_string(text); }", 0},
   };
   for (const row& r : rows) {
-    scratch_folder folder;
+    runtime_folder folder;
     write_file(folder.path + "a.cpp", r.source);
     EXPECT_EQ(run_texts("'" + folder.path + "' 2>/dev/null").status, r.status) << r.source;
   }
