@@ -28,6 +28,8 @@ std::string install_err_msg;
 
 namespace {
 
+constexpr int code_bad_archive = 20002;  // "We were unable to read from a zip file..."
+
 // Set while the pipeline is being given up, so that its tasks begin no further copy.
 std::atomic<bool> abandoned = false;
 
@@ -169,7 +171,8 @@ void dvd_unpack_task::unpack_archive() {
   // Several threads may be at work in one folder.
   const std::string part = std::string(part_name) + "_" + std::to_string(file_index);
   int chmod_code = 0;
-  error_code = unpack_into_place(temp_file, dest_file, base_, part, chmod_code);
+  error_code = unpack_into_place(temp_file, dest_file, base_, part, record_->sig_want, chmod_code);
+  if (error_code == unpack_wrong_file) error_code = code_bad_archive;
   // Also after a failure: what is on the hard drive is bounded by the queues.
   delete_file(temp_file);
   if (error_code != 0) {

@@ -110,9 +110,12 @@ bool fetch_step(int s, file_version_struct& file) {
     default:
       return false;
   }
-  stg.server_down = 0;
   if (!(file.sig_have == sig_none)) use_spelling_on_disk();
-  extract_and_delete_file(archive, location);
+  if (!extract_and_delete_file(archive, location, file.sig_want)) {
+    change_server(s);
+    return false;
+  }
+  stg.server_down = 0;
   file.sig_match = 1;  // also if that failed: the next verification sees what is really there
   next.done_zip_kb += file.zip_kb;
   next.done_raw_kb += file.raw_kb;

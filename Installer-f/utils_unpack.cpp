@@ -9,6 +9,7 @@
 
 #include "Installer-f/main_stg.h"
 #include "Installer-f/utils_grab.h"
+#include "Installer-f/utils_verify.h"
 #include "corekit/Files/io_7z.h"
 #include "corekit/Files/io_utils.h"
 #include "corekit/Files/io_zip.h"
@@ -49,10 +50,19 @@ bool is_program(const std::string& location) {
   return str_holds(location, "Contents/MacOS/");
 }
 
+// A mirror may lie, or be behind. A manifest without a signature has nothing to compare.
+int check_signature(const std::string& path, std::string_view sig_want) {
+  constexpr size_t signature_length = 32;
+  if (sig_want.size() != signature_length) return 0;
+  std::string sig;
+  if (const int code = calc_file_md5(path, sig)) return code;
+  return sig == sig_want ? 0 : unpack_wrong_file;
+}
+
 }  // namespace
 
 int unpack_into_place(const std::string& archive, const std::string& location, size_t base,
-                      std::string_view part_leaf, int& chmod_code) {
+                      std::string_view part_leaf, std::string_view sig_want, int& chmod_code) {
   const std::string folder(path_folder(location));
   const std::string part = folder + std::string(part_leaf);
   int code = EACCES;
@@ -62,6 +72,7 @@ int unpack_into_place(const std::string& archive, const std::string& location, s
       make_folders_above(location, base);
       code = unpack_as(archive, folder, part_leaf);
     }
+    if (code == 0) code = check_signature(part, sig_want);
     // Runnable before it has its name: a stop in between would leave a program that does not start
     // and whose signature is right.
     if (code == 0 && is_program(location)) chmod_code = make_file_executable(part.c_str());
@@ -75,12 +86,15 @@ int unpack_into_place(const std::string& archive, const std::string& location, s
   return code;
 }
 
-void extract_and_delete_file(const std::string& archive, const std::string& location) {
+bool extract_and_delete_file(const std::string& archive, const std::string& location,
+                             std::string_view sig_want) {
   int chmod_code = 0;
   const int code =
-      unpack_into_place(archive, location, dest_dir_path.size(), part_name, chmod_code);
+      unpack_into_place(archive, location, dest_dir_path.size(), part_name, sig_want, chmod_code);
   if (code == 0) {
     ++grab_totals.fetched;
+  } else if (code == unpack_wrong_file) {
+    xer << "WARNING: the server sent another file in place of " << location << '\n';
   } else {
     stg.extract_failed = 1;
     __MACIBM_alert(0, UTL_translate_string("The installer cannot extract a file."),
@@ -94,4 +108,5 @@ void extract_and_delete_file(const std::string& archive, const std::string& loca
     xer << "CHMODING  file " << location << ", with result=" << chmod_code << ".\n";
   }
   delete_file(archive);
+  return code != unpack_wrong_file;
 }

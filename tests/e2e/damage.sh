@@ -35,6 +35,18 @@ want_text "Finshed Web Demo Install: There were problem installing the Skyvane 9
 cp "$SCRATCH/good.zip" "$victim"
 rm -rf "$SCRATCH/Copy"
 
+# A sound archive that holds another file: it never gets to its place.
+mkdir "$SCRATCH/other"
+echo "not what the manifest says" >"$SCRATCH/other/Heron 172.acf"
+rm "$victim"
+(cd "$SCRATCH/other" && zip -q "$victim" "Heron 172.acf")
+install_copy --dest="$SCRATCH"
+want_status 3
+want_text "Heron 172.acf.zip."
+[ ! -e "$SCRATCH/Copy/Aircraft/General Aviation/Heron 172/Heron 172.acf" ] || fail "a wrong file was installed"
+cp "$SCRATCH/good.zip" "$victim"
+rm -rf "$SCRATCH/Copy"
+
 # A manifest of a later format.
 put_manifest sed '2s/900/901/'
 install_copy --dest="$SCRATCH"

@@ -40,7 +40,7 @@ TEST_F(UpdateUnpack, KilledAtAnyPointLeavesAWholeFile) {
   const std::string location = write("copy/a/sheet.png", "old");
 
   const auto begin = std::chrono::steady_clock::now();
-  extract_and_delete_file(archive(), location);
+  extract_and_delete_file(archive(), location, "");
   const auto whole = std::chrono::steady_clock::now() - begin;
   ASSERT_TRUE(read("copy/a/sheet.png") == content);
 
@@ -50,7 +50,7 @@ TEST_F(UpdateUnpack, KilledAtAnyPointLeavesAWholeFile) {
     const std::string zip = archive();
     const pid_t child = fork();
     if (child == 0) {
-      extract_and_delete_file(zip, location);
+      extract_and_delete_file(zip, location, "");
       _exit(0);
     }
     ASSERT_GT(child, 0);
@@ -69,7 +69,7 @@ TEST_F(UpdateUnpack, KilledAtAnyPointLeavesAWholeFile) {
   RecordProperty("parts", parts);
   RecordProperty("new", new_ones);
 
-  extract_and_delete_file(archive(), location);
+  extract_and_delete_file(archive(), location, "");
   EXPECT_TRUE(read("copy/a/sheet.png") == content);
   EXPECT_FALSE(there("copy/a/.skyvane_part"));
   EXPECT_EQ(stg.extract_failed, 0);
@@ -105,7 +105,7 @@ TEST_F(UpdateUnpack, WhatStandsInThePlace) {
         "cd '" + root + "' && rm -rf copy mine && mkdir -p copy/a && { " + row.command + "; }";
     ASSERT_EQ(std::system(setup.c_str()), 0);
     const std::string zip = archive();
-    extract_and_delete_file(zip, location);
+    extract_and_delete_file(zip, location, "");
     EXPECT_EQ(stg.extract_failed, row.succeeds ? 0 : 1);
     EXPECT_EQ(grab_totals.fetched, row.succeeds ? 1 : 0);
     EXPECT_EQ(read("copy/a/sheet.png") == "new", row.succeeds);
