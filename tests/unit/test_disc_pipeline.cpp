@@ -126,6 +126,7 @@ TEST_F(DiscPipeline, NamesOfATask) {
 // Which step ends the first call of a job on disc 0, and at which index.
 TEST_F(DiscPipeline, AsksOnlyForDiscsThatAreNeeded) {
   ship("All/a.txt", "a");
+  const std::string sig(sim_info[0].current().sig_want);
   const struct {
     const char* label;
     std::vector<std::pair<int, int>> files;  // disk, need_fetch
@@ -144,7 +145,7 @@ TEST_F(DiscPipeline, AsksOnlyForDiscsThatAreNeeded) {
   for (const auto& row : rows) {
     sim_info.clear();
     for (const auto& [disk, fetch] : row.files) {
-      file_version_struct& file = add("All/a.txt", {some_sig});
+      file_version_struct& file = add("All/a.txt", {sig});
       file.disk = disk;
       file.need_fetch = fetch;
     }
