@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <exception>
 
 #include "Installer-f/main_dvd_util.h"
 #include "Installer-f/main_launch.h"
@@ -14,6 +15,7 @@
 #include "Installer-f/make_installer.h"
 #include "Installer-f/utils_registry.h"
 #include "corekit/Files/io_utils.h"
+#include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/OOPS_cpp/exce.h"
@@ -62,9 +64,7 @@ int run_wizard() {
   return unattended_on ? unattended_end() : 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   MACIBM_init(argc, argv);
   get_OS_abs_path(os_dir_temp, temp_path);
   UTIL_scan_volumes(disc_label_file);
@@ -82,4 +82,21 @@ int main(int argc, char** argv) {
           : run_wizard();
   MACIBM_finishup(1);
   return status;
+}
+
+}  // namespace
+
+// Nothing here throws to report a failure; what arrives all the same, such as memory that has run
+// out, is shown like any other.
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& e) {
+    __MACIBM_alert(win_main, "Caught an unhandled C++ exception", e.what(), "", "", t_exit,
+                   "Installer-f/main", 1214);
+  } catch (...) {
+    __MACIBM_alert(win_main, "Caught an unhandled unknown exception", "", "", "", t_exit,
+                   "Installer-f/main", 1217);
+  }
+  return 1;
 }

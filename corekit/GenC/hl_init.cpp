@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstdlib>
 
 #include "corekit/Files/io_utils.h"
 #include "corekit/GenC/hl_init_window.h"
@@ -63,6 +64,9 @@ std::string from_start_folder(const std::string& path) {
 
 void MACIBM_init(int argc, const char* const* argv) {
   UTL_debug_init();
+  // Without TZ the C library looks the zone up again for the date of every file that is unpacked,
+  // on all threads at once.
+  setenv("TZ", ":/etc/localtime", 0);
   remember_start_folder();
   // The working folder, not a stored prefix, locates the program's files: app_path ends up empty
   // on purpose, and so the log names an empty folder below.
