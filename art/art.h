@@ -37,9 +37,9 @@ void art_draw_words(const art_cell& cell, const art_words& style, float x, float
                     const std::string& text, const art_colour& colour);
 
 // The glyph grid: 21 columns and 5 rows of cells, 14 by 15, from the atlas origin; a glyph's
-// baseline is 4 rows above the foot of its cell, its pen position the cell's left edge.
+// baseline is 5 rows above the foot of its cell, its pen position the cell's left edge.
 inline constexpr int glyph_columns = 21, glyph_rows = 5;
-inline constexpr int glyph_dx = 14, glyph_dy = 15, glyph_baseline = 4;
+inline constexpr int glyph_dx = 14, glyph_dy = 15, glyph_baseline = 5;
 // The byte in a cell of the grid, row 0 the lowest; 0 for the blank.
 unsigned char art_glyph(int column, int row);
 int art_glyph_advance(unsigned char byte);

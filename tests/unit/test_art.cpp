@@ -210,13 +210,13 @@ TEST(Art, GlyphsFitTheirAdvances) {
       // Balanced: what is free on the left and on the right differs by little. (A stop leans
       // right.)
       EXPECT_LE(std::abs(ink.left - (advance - ink.right)), 2);
-      // Lines are 10 apart and the baseline is row 4: rows 2 to 11 for all but accents and
-      // brackets.
+      // Lines are 10 apart and the baseline is row 5: rows 3 to 12 for all but accents and
+      // brackets. A text field shows the rows from 3 to 13 of its line.
       const bool tall = byte >= 0x80 || strchr("()[]|@$&/\\", byte);
-      EXPECT_GE(ink.low, tall ? 0 : 2);
-      EXPECT_LE(ink.high, tall ? 15 : 12);
+      EXPECT_GE(ink.low, tall ? 0 : 3);
+      EXPECT_LE(ink.high, tall ? 15 : 13);
       if (strchr("ABDEFHIKLMNPRTXZ0123456789abcdehiklmnorstuvwxz", byte)) {
-        EXPECT_EQ(ink.low, 4) << "stands on the baseline";
+        EXPECT_EQ(ink.low, 5) << "stands on the baseline";
       }
     }
   EXPECT_EQ(glyphs, 104);
@@ -233,8 +233,8 @@ TEST(Art, GlyphsStandUpright) {
     ASSERT_EQ(glyph_rows[r.row][r.column], r.letter);
     int low = 0, high = 0;
     for (int u = 0; u < 14; ++u) {
-      low += interface_image.at(r.column * 14 + u, r.row * 15 + (r.letter == '_' ? 2 : 4)).a;
-      high += interface_image.at(r.column * 14 + u, r.row * 15 + 10).a;
+      low += interface_image.at(r.column * 14 + u, r.row * 15 + (r.letter == '_' ? 3 : 5)).a;
+      high += interface_image.at(r.column * 14 + u, r.row * 15 + 11).a;
     }
     EXPECT_EQ(low > high, r.heavy_foot) << r.letter;
   }

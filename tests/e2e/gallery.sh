@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# The gallery: the whole page as a picture without a display, and in a window the wheel, the bar and
+# a widget far down the page.
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/lib_window.sh"
+mkdir -p "$SCRATCH/bin"
+cp "$BIN/gallery/skyvane-gallery" "$SCRATCH/bin/"
+page=$SCRATCH/page.png
+
+echo "The page as a picture"
+run skyvane-gallery --png="$page"
+want_status 0
+[ "$(convert "$page" -format '%w' info:)" = 800 ] || fail "the picture is not as wide as the window"
+height=$(convert "$page" -format '%h' info:)
+[ "$height" -gt 3000 ] || fail "the picture is only $height high"
+# One more time gives the same bytes: nothing in it depends on the clock or the pointer.
+run skyvane-gallery --png="$SCRATCH/again.png"
+want_status 0
+cmp "$page" "$SCRATCH/again.png" || fail "two runs draw different pages"
+
+# Swatches of fixed colours, by their numbers in the table.
+while read -r index colour; do
+  x=$((40 + index % 12 * 59 + 15)) y=$((532 + 26 - 11 + index / 12 * 31))
+  seen=$(picture_pixel "$page" "$x" "$y")
+  [ "$seen" = "$colour" ] || fail "colour $index is $seen, wanted $colour"
+done <<'COLOURS'
+0 ffffff
+1 ff3333
+8 ffcc33
+34 334356
+47 7fdcaf
+56 00ff00
+65 3333cc
+107 000000
+COLOURS
+
+run skyvane-gallery --png="$SCRATCH/no such folder/page.png"
+want_status 1
+want_text "cannot be written"
+
+echo "The page in a window: it is the same, wherever it is scrolled to"
+# shows_page DOWN: whether the window shows the picture from this row on. A line may end a pixel
+# sooner or later, as the driver rounds.
+shows_page() {
+  local differing
+  screenshot "$SCRATCH/now.png"
+  convert "$page" -crop "800x600+0+$1" +repage "$SCRATCH/want.png"
+  # compare's own status says whether there is any difference.
+  differing=$(compare -metric AE -extract 700x600+40+0 "$SCRATCH/now.png" "$SCRATCH/want.png" \
+    null: 2>&1) || true
+  [ "$differing" -lt 100 ]
+}
+turn=60  # rows that a notch of the wheel moves the page
+start_display
+open_window skyvane-gallery
+wait_for "the page's top" shows_page 0
+move_to 8 300
+wheel down 24
+wait_for "the page 24 notches down" shows_page $((24 * turn))
+echo "A box far down the page answers"
+box=(91 276 18 18)
+before=$(picture_of "${box[@]}")
+click 100 285
+wait_for "the box" picture_differs "$before" "${box[@]}"
+move_to 8 300
+wheel up 30
+wait_for "the page's top again" shows_page 0
+echo "The scroll bar: its lower arrow goes on step by step"
+click 784 22
+wait_for "the page a step down" shows_page 20
+kill -TERM "$WINDOW_PID"
+window_ended 0

@@ -1,0 +1,194 @@
+# Shared by the tests with a window; sourced after lib.sh.
+#
+# A display of their own (Xvfb with a window manager), a real pointer and real keys (xdotool), and
+# eyes: Xvfb keeps what it shows in a file, so a pixel is read without asking anybody. Places are
+# the wizard's own: pixels of the window, origin at its lower left. Whatever is waited for is
+# looked at every 50th of a second, for WAIT_SECONDS at most.
+
+ART=$(dirname "${BASH_SOURCE[0]}")/../../art
+WAIT_SECONDS=${WAIT_SECONDS:-30}
+SCREEN_DX=1024 SCREEN_DY=768
+WINDOW_DY=600
+WINDOW=       # the X window of the program
+WINDOW_PID=   # its process
+FRAME_FILE=   # what the display shows, in the form of xwd
+FRAME_START=0 # where its pixels begin, 4 bytes each: blue, green, red, nothing
+
+# wait_for WHAT COMMAND...: until the command succeeds.
+wait_for() {
+  local what=$1 end=$((SECONDS + WAIT_SECONDS))
+  shift
+  until "$@"; do
+    [ "$SECONDS" -lt "$end" ] || fail "waited in vain for $what"
+    if [ -n "$WINDOW_PID" ] && ! kill -0 "$WINDOW_PID" 2>/dev/null; then
+      # A last look: the end of the program may be what makes it true.
+      "$@" && return 0
+      fail "the program ended before $what"
+    fi
+    sleep 0.02
+  done
+}
+
+# start_display: on a display number that is free; returns once the window manager is there.
+start_display() {
+  local dir=$SCRATCH/display header
+  mkdir -p "$dir"
+  mkfifo "$dir/number"
+  Xvfb -displayfd 9 -screen 0 "${SCREEN_DX}x${SCREEN_DY}x24" -fbdir "$dir" -nolisten tcp -noreset \
+    9>"$dir/number" 2>"$dir/xvfb.log" &
+  CHILDREN+=($!)
+  # Xvfb writes its number once it takes clients.
+  read -r -t "$WAIT_SECONDS" DISPLAY <"$dir/number" || fail "no display: $(cat "$dir/xvfb.log")"
+  export DISPLAY=:$DISPLAY
+  unset SDL_VIDEODRIVER WAYLAND_DISPLAY
+  FRAME_FILE=$dir/Xvfb_screen0
+  # The header's own size, then as many colours of 12 bytes as its word 19 says.
+  mapfile -t header < <(od -An -v -w4 -tu4 --endian=big -N 80 "$FRAME_FILE" | tr -d ' ')
+  FRAME_START=$((header[0] + 12 * header[19]))
+  [ "${header[4]}x${header[5]}" = "${SCREEN_DX}x${SCREEN_DY}" ] || fail "an odd frame file"
+  openbox >"$dir/openbox.log" 2>&1 &
+  CHILDREN+=($!)
+  wait_for "the window manager" has_window_manager
+}
+
+has_window_manager() {
+  xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'
+}
+
+# open_window PROGRAM ARGS...: starts it and returns when its window is there, with the pointer out
+# of the way. Leaves WINDOW, WINDOW_PID, and its place.
+open_window() {
+  local path
+  path=$(program "$1")
+  shift
+  "$path" "$@" >"$OUT" 2>&1 </dev/null &
+  WINDOW_PID=$!
+  CHILDREN+=("$WINDOW_PID")
+  wait_for "the window" find_window
+  # The window manager may still move it: its place is asked for with every use, not kept.
+  xdotool mousemove $((SCREEN_DX - 1)) $((SCREEN_DY - 1))
+}
+
+find_window() {
+  WINDOW=$(xdotool search --onlyvisible --pid "$WINDOW_PID" 2>/dev/null | head -n 1)
+  [ -n "$WINDOW" ]
+}
+
+# window_ended STATUS: waits for the program's end and its exit status.
+window_ended() {
+  local pid=$WINDOW_PID
+  wait_for "the program's end" has_ended "$pid"
+  WINDOW_PID=
+  STATUS=0
+  wait "$pid" || STATUS=$?
+  want_status "$1"
+}
+
+has_ended() { ! kill -0 "$1" 2>/dev/null; }
+
+# Its left and top edge on the screen: LEFT, TOP.
+locate_window() {
+  local info
+  info=$(xwininfo -id "$WINDOW") || fail "the window is gone"
+  LEFT=$(sed -n 's/.*Absolute upper-left X: *//p' <<<"$info")
+  TOP=$(sed -n 's/.*Absolute upper-left Y: *//p' <<<"$info")
+}
+
+# --- hand ------------------------------------------------------------------------------------------
+
+move_to() { xdotool mousemove --window "$WINDOW" "$1" $((WINDOW_DY - 1 - $2)); }
+
+click() {
+  move_to "$1" "$2"
+  xdotool click 1
+}
+
+# click_away X Y: clicks, and takes the pointer off, so that nothing stays lit under it.
+click_away() {
+  click "$1" "$2"
+  xdotool mousemove $((SCREEN_DX - 1)) $((SCREEN_DY - 1))
+}
+
+# wheel up|down N: at the pointer.
+wheel() { xdotool click --repeat "$2" --delay 10 "$([ "$1" = up ] && echo 4 || echo 5)"; }
+
+type_text() { xdotool type --delay 20 "$1"; }
+press_key() { xdotool key --delay 20 "$@"; }
+
+# --- eye -------------------------------------------------------------------------------------------
+
+# area X Y DX DY: the colours of a rectangle by its lower left, rrggbb, a line each, from the top.
+area() {
+  local LEFT TOP row first
+  locate_window
+  for ((row = $2 + $4 - 1; row >= $2; --row)); do
+    first=$(((TOP + WINDOW_DY - 1 - row) * SCREEN_DX + LEFT + $1))
+    od -An -v -w4 -tx1 -j $((FRAME_START + first * 4)) -N $(($3 * 4)) "$FRAME_FILE"
+  done | awk '{ print $3 $2 $1 }'
+}
+
+colour_at() { area "$1" "$2" 1 1; }
+picture_of() { area "$@" | md5sum; }
+
+shows() { [ "$(colour_at "$1" "$2")" = "$3" ]; }
+shows_other() { [ "$(colour_at "$1" "$2")" != "$3" ]; }
+picture_differs() {
+  local before=$1
+  shift
+  [ "$(picture_of "$@")" != "$before" ]
+}
+
+wait_colour() { wait_for "colour $3 at $1, $2 (there is $(colour_at "$1" "$2"))" shows "$@"; }
+wait_other_colour() { wait_for "another colour than $3 at $1, $2" shows_other "$@"; }
+
+# picture_pixel FILE X Y: of a picture, counted from its upper left, as rrggbb.
+picture_pixel() {
+  convert "$1" -crop "1x1+$2+$3" +repage -alpha off -depth 8 rgb:- | od -An -tx1 | tr -d ' \n'
+}
+
+# wait_step N: until step N of the list at the left is lit: its letters are blue.
+wait_step() { wait_for "step $1" step_is_lit "$1"; }
+step_is_lit() {
+  area 30 $((480 - 20 * $1 - 2)) 100 10 | awk '
+    function level(at) { return index("0123456789abcdef", substr($0, at, 1)) }
+    { if (level(5) - level(1) > 6) ++blue }
+    END { exit blue < 20 }'
+}
+
+# wait_log TEXT, wait_file_text FILE TEXT.
+wait_log() { wait_file_text "$SCRATCH/bin/Skyvane Installer Log.txt" "$1"; }
+wait_file_text() { wait_for "\"$2\" in $1" grep -qsF -- "$2" "$1"; }
+
+# screenshot FILE: of the window, as PNG.
+screenshot() {
+  local LEFT TOP
+  locate_window
+  convert "xwd:$FRAME_FILE" -crop "800x$WINDOW_DY+$LEFT+$TOP" +repage "png24:$1"
+}
+
+# shot NAME: the same into the folder SHOTS, for those who want to see the pages; else nothing.
+shot() { [ -z "${SHOTS:-}" ] || screenshot "$SHOTS/$1.png"; }
+
+# --- the wizard's bottom row -----------------------------------------------------------------------
+press_quit() { click_away 55 23; }
+press_options() { click_away 145 23; }
+press_back() { click_away 604 23; }
+press_next() { click_away 720 23; }
+press_last_quit() { click_away 695 23; }
+# Next's face at a place off its letters, as the pictures have it: bright, or, when it leads nowhere,
+# half mixed with the sky behind it. (A reading may come between two frames, when the sky alone is
+# there, and so neither is taken for the other's absence.)
+NEXT_X=675 NEXT_Y=20
+FACE_OPEN=$(picture_pixel "$ART/elements.png" $((NEXT_X - 670 + 150)) $((69 - (NEXT_Y - 12 + 46))))
+SKY_BEHIND=$(picture_pixel "$ART/background.png" "$NEXT_X" $((WINDOW_DY - 1 - NEXT_Y)))
+next_is_open() { shows "$NEXT_X" "$NEXT_Y" "$FACE_OPEN"; }
+next_is_grey() {
+  local seen at mixed
+  seen=$(colour_at "$NEXT_X" "$NEXT_Y")
+  for at in 0 2 4; do
+    mixed=$(((0x${FACE_OPEN:at:2} + 0x${SKY_BEHIND:at:2}) / 2 - 0x${seen:at:2}))
+    [ "${mixed#-}" -le 3 ] || return 1
+  done
+}
+wait_open() { wait_for "Next to open" next_is_open; }
+wait_grey() { wait_for "Next to be grey" next_is_grey; }

@@ -1,0 +1,135 @@
+#!/usr/bin/env bash
+# The demo by hand: a real window, a real pointer and keys, from the first page to the last, with
+# what a user may do on the way.
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/lib_window.sh"
+
+export HOME=$SCRATCH/home
+mkdir -p "$HOME/Desktop"
+parent="$HOME/Desktop"
+taken="$parent/Skyvane new Demo"  # the name that the page proposes
+mine="$parent/Skyvane new Demo 2"
+mkdir "$taken"
+echo "the user's own" >"$taken/note.txt"
+
+root=$(web_root "Skyvane new" "$FIXTURE/master-new")
+server_list "Skyvane new" alpha.example beta.example >"$root/serverlist9.txt"
+# While a file "slow" lies beside it, each stream trickles.
+serve "$root" "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
+requests=$SCRATCH/nginx-$PORT/access.log
+touch "$SCRATCH/slow"
+
+fetched() { grep -c '/updates/.*\.zip HTTP' "$requests"; }
+has_fetched() { [ "$(fetched)" -ge "$1" ]; }
+mirror_now() { grep '/updates/.*\.zip HTTP' "$requests" | tail -n 1 | sed 's#.*http://\([a-z]*\)\..*#\1#'; }
+mirror_is() { [ "$(mirror_now)" = "$1" ]; }
+is_gone() { [ ! -e "$1" ]; }
+# Every dialog covers this place of the left panel.
+dialog_is_up() { shows_other 150 300 "$panel"; }
+dialog_is_gone() { shows 150 300 "$panel"; }
+
+start_display
+open_window skyvane-demo-installer $(through_proxy "$PORT")
+
+echo "Welcome: Next is open, Back does nothing"
+wait_step 0
+shot demo_1_welcome
+wait_open
+panel=$(colour_at 150 300)
+press_back
+step_is_lit 0 || fail "Back moved off the first page"
+
+echo "Options: a box is ticked, and the close box closes"
+press_options
+wait_for "the options" dialog_is_up
+unticked=$(picture_of 121 372 18 18)
+click_away 130 378
+wait_for "the tick" picture_differs "$unticked" 121 372 18 18
+shot demo_2_options
+click_away 116 480
+wait_for "the page behind the options" dialog_is_gone
+
+echo "Licence: Next is grey until the box is ticked, and again when it is not"
+press_next
+wait_step 1
+wait_grey
+press_next
+click_away 230 103
+wait_open
+step_is_lit 1 || fail "a grey Next moved on"
+click_away 230 103
+wait_grey
+click_away 230 103
+wait_open
+
+echo "Back to the welcome, which takes the licence back"
+press_back
+wait_step 0
+press_next
+wait_step 1
+wait_grey
+click_away 230 103
+wait_open
+shot demo_3_licence
+press_next
+
+echo "Destination: the folder is there already, so Next is grey; another name opens it"
+wait_step 3
+wait_grey
+shot demo_4_folder_taken
+click_away 500 204
+press_key End
+type_text " 2"
+wait_open
+shot demo_5_destination
+
+echo "Transfer: the mirror is changed under way"
+press_next
+wait_step 4
+wait_for "files" has_fetched 5
+case $(mirror_now) in
+  alpha) other=beta radio_y=81 ;;
+  beta) other=alpha radio_y=121 ;;
+  *) fail "fetched from neither mirror" ;;
+esac
+click_away 30 "$radio_y"
+wait_for "files from mirror $other" mirror_is "$other"
+shot demo_6_transfer
+
+echo "Back asks; Continue goes on where it was"
+press_back
+wait_for "the question" dialog_is_up
+shot demo_7_question
+before=$(fetched)
+click_away 146 228
+wait_for "the page behind the question" dialog_is_gone
+wait_step 4
+# Up to four were under way when the question came.
+wait_for "more files" has_fetched $((before + 6))
+
+echo "Back asks again; Cancel deletes what was made"
+press_back
+wait_for "the question" dialog_is_up
+[ -n "$(find "$mine" -type f ! -name '*.zip')" ] || fail "nothing was installed before the cancel"
+twice=$(grep -o 'GET [^"]*\.zip HTTP' "$requests" | sort | uniq -d)
+[ -z "$twice" ] || fail "fetched twice: $twice"
+click_away 146 253
+wait_for "the partial copy's end" is_gone "$mine"
+wait_step 3
+wait_for "the page behind the question" dialog_is_gone
+wait_open
+
+echo "The whole install"
+rm "$SCRATCH/slow"
+press_next
+wait_step 5
+shot demo_8_finish
+same_tree "$FIXTURE/sample/new" Macintosh "$mine"
+[ "$(cat "$taken/note.txt")" = "the user's own" ] || fail "the folder that was there was touched"
+[ "$(ls "$taken")" = note.txt ] || fail "something was put into the folder that was there"
+
+echo "Quit, at the right"
+press_last_quit
+window_ended 0
+grep -qx '_log_actions 1' "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" ||
+  fail "the option was not kept"

@@ -1,0 +1,68 @@
+#!/usr/bin/env bash
+# Without a display: the wizard says so and ends, and an unattended run never wakes a driver.
+. "$(dirname "$0")/lib.sh"
+unset SDL_VIDEODRIVER WAYLAND_DISPLAY DISPLAY
+
+drivers='libgallium|swrast_dri|_dri\.so|libGLX_mesa|libEGL|libnvidia|libLLVM'
+
+# mapped PID: what the process has in its memory.
+mapped() { cat "/proc/$1/maps"; }
+
+# watch PROGRAM ARGS...: starts it; leaves PID.
+watch() {
+  local path
+  path=$(program "$1")
+  shift
+  "$path" "$@" >"$OUT" 2>&1 </dev/null &
+  PID=$!
+  CHILDREN+=("$PID")
+}
+
+# wait_until WHAT COMMAND...
+wait_until() {
+  local what=$1 end=$((SECONDS + 60))
+  shift
+  until "$@"; do
+    [ "$SECONDS" -lt "$end" ] || fail "waited in vain for $what"
+    kill -0 "$PID" 2>/dev/null || fail "the program ended before $what"
+    sleep 0.02
+  done
+}
+
+echo "The wizard: the alert in its plain form, exit status 1"
+for edition in demo-installer web-updater disc-installer; do
+  run "skyvane-$edition"
+  want_status 1
+  want_text "I could not set up the graphics for Skyvane! I hope your monitor is at 1024x768 or higher!"
+  want_text "You need at least 256 meg of RAM"
+  for text in "No window: no display is named" "(corekit/GenC/hl_init line 1574)"; do
+    grep -qF "$text" "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "$edition's log lacks: $text"
+  done
+done
+echo "A display that does not answer is none"
+STATUS=0
+DISPLAY=:4711 timeout 60 "$(program skyvane-demo-installer)" >"$OUT" 2>&1 </dev/null || STATUS=$?
+want_status 1
+want_text "I could not set up the graphics for Skyvane!"
+
+echo "An unattended run in mid-transfer has no driver in its memory"
+root=$(web_root "Skyvane new" "$FIXTURE/master-new")
+touch "$SCRATCH/slow"
+serve "$root" "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
+fetches() { grep -q '/updates/.*\.zip HTTP' "$SCRATCH/nginx-$PORT/access.log"; }
+DISPLAY=:4711 watch skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
+  $(through_proxy "$PORT")
+wait_until "the first file" fetches
+mapped "$PID" >"$SCRATCH/maps.txt"
+[ -s "$SCRATCH/maps.txt" ] || fail "nothing is mapped"
+if grep -E "$drivers" "$SCRATCH/maps.txt"; then fail "an unattended run has woken a driver"; fi
+rm "$SCRATCH/slow"
+STATUS=0
+wait "$PID" || STATUS=$?
+want_status 0
+same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy"
+
+echo "The same look at a run with a window does find one"
+SDL_VIDEODRIVER=offscreen watch skyvane-demo-installer
+has_driver() { mapped "$PID" | grep -qE "$drivers"; }
+wait_until "a driver" has_driver

@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# The update by hand: one of two copies is chosen, and the file that its owner has changed is kept.
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/lib_window.sh"
+
+export HOME=$SCRATCH/home
+mkdir -p "$HOME"
+one="$HOME/Skyvane 9"
+two="$HOME/Skyvane 9 at work"
+own="Aircraft/General Aviation/Heron 172/Heron 172.acf"  # which the new release changes
+
+echo "Two copies of the old release"
+serve "$(web_root "Skyvane old" "$FIXTURE/master-old")"
+run skyvane-demo-installer --unattended --accept_eula --dest="$HOME" --name="Skyvane 9" \
+  $(through_proxy "$PORT")
+want_status 0
+cp -a "$one" "$two"
+echo "a line of the owner's" >>"$two/$own"
+cp "$two/$own" "$SCRATCH/own.txt"
+printf '%s/\n' "$one" "$two" >"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
+
+serve "$(web_root "Skyvane new" "$FIXTURE/master-new")" \
+  "if (-f $SCRATCH/slow) { set \$limit_rate 300k; }"
+requests=$SCRATCH/nginx-$PORT/access.log
+touch "$SCRATCH/slow"
+has_fetched() { [ "$(grep -c '/updates/.*\.zip HTTP' "$requests")" -ge "$1" ]; }
+
+start_display
+open_window skyvane-web-updater $(through_proxy "$PORT")
+
+echo "Welcome, and the choice of a copy"
+wait_step 0
+wait_open
+panel=$(colour_at 150 300)
+shot web_1_welcome
+press_next
+wait_step 1
+wait_grey
+click_away 250 378
+wait_open
+shot web_2_copy
+press_next
+
+echo "What is to be fetched"
+wait_step 3
+shot web_3_sizes
+press_next
+
+echo "The changed file is asked for, and kept"
+wait_for "the question" shows_other 150 300 "$panel"
+shot web_4_changed_file
+click_away 146 255
+wait_for "the page behind the question" shows 150 300 "$panel"
+wait_step 4
+wait_for "files" has_fetched 3
+shot web_5_transfer
+rm "$SCRATCH/slow"
+wait_step 5
+shot web_6_finish
+press_last_quit
+window_ended 0
+
+cmp "$SCRATCH/own.txt" "$two/$own" || fail "the changed file was not kept"
+cp -p "$FIXTURE/sample/new/All/$own" "$two/$own"
+same_tree "$FIXTURE/sample/new" Macintosh "$two"
+same_tree "$FIXTURE/sample/old" Macintosh "$one"
