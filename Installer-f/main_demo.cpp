@@ -20,10 +20,6 @@ namespace {
 
 float totl_inst_rat = 0;  // demo_run_patch: smoothed fraction of the whole job done
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // The page was left with a transfer suspended: go on with it, or delete what it made? True to go
 // on.
 bool resume_suspended_transfer() {

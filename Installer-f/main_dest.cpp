@@ -17,10 +17,6 @@ namespace {
 
 constexpr int name_limit = 256;
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // The folder does not exist, so nothing is hashed: the pass only marks every file as absent.
 void work_out_sizes() {
   int index = 0;

@@ -48,10 +48,6 @@ constexpr dvd_job install_job = {
     .check_title = "Installing Skyvane - Checking DVD...",
 };
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 void set_steps() {
   wizard_set_steps({{"Welcome", dvd_start},
                     {"Pick Destination", dvd_pick_install},

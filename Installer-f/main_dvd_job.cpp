@@ -22,10 +22,6 @@ int num_install_errors = 0;
 
 namespace {
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // Null when the job has begun, else the page that the refusal leads to.
 page_function begin_job(const dvd_job& job) {
   *job.cursor = 0;

@@ -49,10 +49,6 @@ constexpr dvd_job repair_job = {
     .check_title = "Repairing Skyvane - Checking DVD",
 };
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // A little too high where the release has dropped files: hence the word "approximately".
 int count_files_to_install() {
   int count = 0;

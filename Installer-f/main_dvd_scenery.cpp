@@ -47,10 +47,6 @@ constexpr dvd_job scenery_job = {
     .check_title = "Installing Scenery - Verifying DVD",
 };
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // What the job does, as far as it is one thing: the counts are those of the page that chose it.
 enum change_kind { change_any, change_both, change_more, change_less };
 

@@ -96,7 +96,6 @@ void take_found_folder(const std::string& picked) {
     dest_dir_path = shorter;
   }
   dest_dir_path = chosen;
-  const auto tr = [](const char* text) { return UTL_translate_string(text); };
   __MACIBM_alert(win_main, tr("You selected the folder path:"), chosen,
                  tr("But it does not appear to be an installed copy of Skyvane 9."),
                  tr("Please be sure to select the folder that contains the Skyvane application."),
@@ -123,7 +122,6 @@ void UTIL_scan_dvd() {
   const std::string zip = dvd_path + install_name + "/directory.txt.zip";
   const std::string plain = temp_path + "directory.txt";
   if (const int code = zip_to_file(zip, temp_path, nullptr, 0)) {
-    const auto tr = [](const char* text) { return UTL_translate_string(text); };
     __MACIBM_alert(win_main, tr("DVD scan: The installer cannot extract a file."),
                    tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
                    tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
@@ -177,7 +175,6 @@ void UTIL_notice_lost_disk(int index) {
 }
 
 void UTIL_pick_install() {
-  const auto tr = [](const char* text) { return UTL_translate_string(text); };
   float y = 400;
   for (const std::string& copy : all_skyroots) {
     wizard_note(280, y, copy, 500);

@@ -22,10 +22,6 @@ struct net_page_state {
   float totl_inst_rat = 0;  // net_run_patch: smoothed fraction of the whole job done
 } state;
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 void forget_transfer() {
   grab_discard_partial();
   grab_reset();

@@ -22,10 +22,6 @@ constexpr int slot_manifest = 1;
 constexpr uint64_t frame_budget_us = 20000;
 constexpr float ratio_worth_telling = 0.01f;  // below this the time left is a guess of a guess
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 std::string whole(float value) {
   return std::to_string(static_cast<long long>(value));
 }

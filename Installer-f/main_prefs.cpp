@@ -17,10 +17,6 @@ namespace {
 
 constexpr int proxy_limit = 65;
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // There is no cancel: every edit takes effect at once. What is being fetched is not started anew.
 void edit_general() {
   int system = stg.target_os - 1;

@@ -33,10 +33,6 @@ constexpr int code_bad_archive = 20002;  // "We were unable to read from a zip f
 // Set while the pipeline is being given up, so that its tasks begin no further copy.
 std::atomic<bool> abandoned = false;
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 int file_count() {
   return static_cast<int>(sim_info.size());
 }

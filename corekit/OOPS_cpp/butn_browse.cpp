@@ -25,10 +25,6 @@
 
 namespace {
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // --- preview -------------------------------------------------------------------------------------
 
 constexpr int preview_ref = 408, light_colour = 47, dark_plate = 15;

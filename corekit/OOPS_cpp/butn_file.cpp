@@ -22,10 +22,6 @@
 
 namespace {
 
-std::string tr(const char* text) {
-  return UTL_translate_string(text);
-}
-
 // --- path rows -----------------------------------------------------------------------------------
 
 constexpr int folder_mode = 2;  // of GetFilePathFromUser: choose a folder

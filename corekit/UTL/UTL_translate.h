@@ -11,7 +11,7 @@
 
 // An English text that is held as data (a row's field, a named constant, a parameter) and goes
 // through the table when it is shown. script/texts finds texts by this name and in the calls of
-// UTL_translate_string and of a file's own `tr`: whatever is translated is written as one of these.
+// UTL_translate_string and of tr: whatever is translated is written as one of these.
 using UTL_text = const char*;
 
 // Replaces the table by the file at `path`. A missing or unsuitable file leaves an empty table;
@@ -21,6 +21,10 @@ void UTL_translate_load(const std::string& path);
 // The translation of `text`, or `text` itself. With "--missing_strings" and a table loaded, a text
 // without translation is logged once, as a line ready for a language file.
 std::string UTL_translate_string(const std::string& text);
+// The same, in the length that a line of many pieces wants.
+inline std::string tr(UTL_text text) {
+  return UTL_translate_string(text);
+}
 
 // Back to English.
 void UTL_translate_clear();
