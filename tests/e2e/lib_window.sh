@@ -138,9 +138,6 @@ picture_differs() {
   [ "$(picture_of "$@")" != "$before" ]
 }
 
-wait_colour() { wait_for "colour $3 at $1, $2 (there is $(colour_at "$1" "$2"))" shows "$@"; }
-wait_other_colour() { wait_for "another colour than $3 at $1, $2" shows_other "$@"; }
-
 # picture_pixel FILE X Y: of a picture, counted from its upper left, as rrggbb.
 picture_pixel() {
   convert "$1" -crop "1x1+$2+$3" +repage -alpha off -depth 8 rgb:- | od -An -tx1 | tr -d ' \n'
@@ -154,10 +151,6 @@ step_is_lit() {
     { if (level(5) - level(1) > 6) ++blue }
     END { exit blue < 20 }'
 }
-
-# wait_log TEXT, wait_file_text FILE TEXT.
-wait_log() { wait_file_text "$SCRATCH/bin/Skyvane Installer Log.txt" "$1"; }
-wait_file_text() { wait_for "\"$2\" in $1" grep -qsF -- "$2" "$1"; }
 
 # screenshot FILE: of the window, as PNG.
 screenshot() {

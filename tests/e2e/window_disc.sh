@@ -13,20 +13,21 @@ disc_is_asked() {
   next_is_open || return 1
   for step in 0 1 2 3 4 5; do ! step_is_lit "$step" || return 1; done
 }
-disc_is_taken() { ! disc_is_asked; }
 lit_or_asked() { step_is_lit "$1" || disc_is_asked; }
 
 # wait_step_with_discs N: until step N is lit; puts in the next disc whenever one is asked for.
 wait_step_with_discs() {
-  local number
+  local number question=(230 432 300 16) text
   for number in 2 3 none; do
     wait_for "step $1 or the question for a disc" lit_or_asked "$1"
     step_is_lit "$1" && return
     [ "$number" != none ] || fail "a disc too many is asked for"
     shot "disc_5_change_to_$number"
+    # The question for the one after may follow at once: it has another number.
+    text=$(picture_of "${question[@]}")
     only_disc "$number"
     press_next
-    wait_for "disc $number to be taken" disc_is_taken
+    wait_for "disc $number to be taken" picture_differs "$text" "${question[@]}"
   done
 }
 

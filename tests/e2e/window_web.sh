@@ -26,6 +26,12 @@ touch "$SCRATCH/slow"
 has_fetched() { [ "$(grep -c '/updates/.*\.zip HTTP' "$requests")" -ge "$1" ]; }
 
 start_display
+echo "Quit, at the left, ends the program"
+open_window skyvane-web-updater
+wait_step 0
+press_quit
+window_ended 0
+
 open_window skyvane-web-updater $(through_proxy "$PORT")
 
 echo "Welcome, and the choice of a copy"
