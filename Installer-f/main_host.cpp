@@ -2,5 +2,10 @@
 // the end-to-end tests can link another.
 
 #include "Installer-f/main_stg.h"
+#include "corekit/GenH/hl_app.h"
 
 const char* const product_web_host = SKYVANE_WEB_HOST;
+
+const char* APP_web_host() {
+  return product_web_host;
+}

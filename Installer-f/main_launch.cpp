@@ -17,6 +17,7 @@
 #include "Installer-f/main_stg.h"
 #include "corekit/Files/io_utils.h"
 #include "corekit/GenC/hl_init.h"
+#include "corekit/GenH/hl_app.h"
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/Platform/PLT_system.h"
@@ -164,6 +165,10 @@ int launch_app(const std::string& app, const std::string& path) {
   start_order order = {program, {}, ""};
   if (!path.empty()) order.arguments = {"-path", path};
   return hand_over(order, 1);
+}
+
+int APP_launch(const std::string& app, const std::string& path) {
+  return launch_app(app, path);
 }
 
 void leave_disc(int argc, char** argv) {

@@ -6,15 +6,11 @@
 
 #include "Installer-f/main_unattended.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <set>
 
-#include "Installer-f/main_ask.h"
 #include "Installer-f/main_demo.h"
 #include "Installer-f/main_dvd.h"
 #include "Installer-f/main_dvd_repair.h"
@@ -23,93 +19,23 @@
 #include "Installer-f/main_net.h"
 #include "Installer-f/main_patch.h"
 #include "Installer-f/main_stg.h"
-#include "Installer-f/main_unattended_disc.h"
+#include "Installer-f/main_unattended_answers.h"
+#include "Installer-f/main_unattended_say.h"
 #include "Installer-f/utils_grab.h"
 #include "Installer-f/utils_manifest.h"
 #include "Installer-f/utils_servers.h"
 #include "Installer-f/utils_sizes.h"
-#include "corekit/Files/io_utils.h"
 #include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
 #include "corekit/GenH/hl_string.h"
-#include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/http.h"
 #include "corekit/OOPS_cpp/xtim.h"
-#include "corekit/UTL/UTL_cmdline.h"
 
 int unattended_on = 0;
 
 namespace {
 
-// --- the answers --------------------------------------------------------------------------------
-
-void complain(const std::string& line);
-
-struct answer_set {
-  bool accept_eula = false;
-  std::string dest;  // parent folder of a new copy, trailing "/"; empty for the default
-  std::string name;  // of a new copy; empty for the default
-  std::string copy;  // the copy to work on, trailing "/"
-  int on_modified = answer_keep;
-  float give_up_after = 300;              // seconds without any progress
-  page_function flow = dvd_pick_install;  // what to do with the discs
-  bool sectors_given = false;
-  int sectors[sector_count] = {};
-} answers;
-
-// Each puts the answers into its page's choices; false when they are refused, after saying why.
-
-bool answer_eula() {
-  if (answers.accept_eula) accept_eula_demo = accept_eula = 1;
-  return true;
-}
-
-void answer_dest(new_copy_choice& choice) {
-  if (!answers.dest.empty()) choice.parent_dir = answers.dest;
-  if (!answers.name.empty()) choice.install_folder = answers.name;
-  choice.changed = 1;
-}
-
-bool answer_demo_dest() {
-  answer_dest(demo_dest);
-  return true;
-}
-
-bool answer_dvd_dest() {
-  answer_dest(dvd_dest);
-  return true;
-}
-
-bool answer_copy() {
-  if (!answers.copy.empty()) dest_dir_path = answers.copy;
-  return true;
-}
-
-bool accept(const std::string& complaint) {
-  if (!complaint.empty()) complain(complaint);
-  return complaint.empty();
-}
-
-bool answer_dvd_start() {
-  if (answers.copy.empty() || answers.flow == dvd_pick_install) return true;
-  return accept(unattended_take_copy(answers.copy));
-}
-
-bool answer_sectors() {
-  if (!answers.sectors_given) return true;
-  // "all" means all that there are.
-  const bool all = std::count(std::begin(answers.sectors), std::end(answers.sectors), 0) == 0;
-  const std::string missing =
-      all ? "" : unattended_missing_sector(answers.sectors, stg.sector_available);
-  if (!missing.empty()) return accept("These discs have no scenery for " + missing + ".");
-  std::copy(std::begin(answers.sectors), std::end(answers.sectors), stg.sector_selected);
-  recalc_disk_sizes();
-  return true;
-}
-
-page_function wanted_flow() {
-  return answers.flow;
-}
+// --- the pages ----------------------------------------------------------------------------------
 
 // page_disc waits for a disc first, and is then a choice.
 enum page_kind { page_choice, page_disc, page_job, page_install, page_transfer };
@@ -162,43 +88,6 @@ page_row row_of(page_function page) {
 
 // --- what is printed ----------------------------------------------------------------------------
 
-struct console_state {
-  bool terminal = false;
-  bool line_open = false;  // a live line stands unfinished on the terminal
-  int last_step = -1;      // last 5 % step printed
-  std::string last_live;
-} console;
-
-void end_live_line() {
-  if (console.line_open) std::fputc('\n', stdout);
-  console.line_open = false;
-}
-
-void say(const std::string& line) {
-  end_live_line();
-  std::fprintf(stdout, "%s\n", line.c_str());
-  std::fflush(stdout);
-}
-
-void complain(const std::string& line) {
-  end_live_line();
-  std::fflush(stdout);
-  std::fprintf(stderr, "%s\n", line.c_str());
-  xer << line << '\n';
-}
-
-// Page texts hold blank lines for the window's sake; a terminal wants them close.
-std::string on_one_page(const std::string& text) {
-  std::string out;
-  for (const char c : text) {
-    if (c == '\n' && (out.empty() || out.back() == '\n')) continue;
-    out += c;
-  }
-  while (!out.empty() && out.back() == '\n')
-    out.pop_back();
-  return out;
-}
-
 std::string megabytes(float kb) {
   char text[32];
   std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(kb) / 1000);
@@ -232,6 +121,8 @@ std::string progress_line(const page_row& row, float fraction) {
          megabytes(stg.todo_raw_kb);
 }
 
+int last_step = -1;  // last 5 % step printed of the present page
+
 // One line that is kept up to date on a terminal; elsewhere a line every 5 %.
 void show_progress(const page_row& row, const wizard_screen& screen) {
   float fraction = screen.progress;
@@ -240,18 +131,13 @@ void show_progress(const page_row& row, const wizard_screen& screen) {
     fraction = stg.todo_raw_kb > 0 ? std::min(next.done_raw_kb / stg.todo_raw_kb, 1.0f) : 0.0f;
   }
   if (fraction < 0) return;
-  if (console.terminal) {
-    const std::string line = progress_line(row, fraction);
-    if (line == console.last_live) return;
-    console.last_live = line;
-    std::fprintf(stdout, "\r%s\033[K", line.c_str());
-    std::fflush(stdout);
-    console.line_open = true;
+  if (say_has_terminal()) {
+    say_live(progress_line(row, fraction));
     return;
   }
   const int step = static_cast<int>(fraction * 20);
-  if (step == console.last_step) return;
-  console.last_step = step;
+  if (step == last_step) return;
+  last_step = step;
   if (row.kind == page_transfer || row.kind == page_install) say(progress_line(row, fraction));
 }
 
@@ -444,103 +330,15 @@ wizard_press finish_on_last_page(page_function page, const wizard_screen& screen
 void show_page(page_function page, const wizard_screen& screen) {
   if (run.shown == page) return;
   run.shown = page;
-  console.last_step = -1;
+  last_step = -1;
   say(screen.title);
-}
-
-bool read_number(const char* option, float& value) {
-  if (!cmdline.has_option(option)) return true;
-  const std::string text = cmdline.get_option(option);
-  char* end = nullptr;
-  value = std::strtof(text.c_str(), &end);
-  if (!text.empty() && *end == '\0' && value > 0) return true;
-  complain(std::string(option) + " wants a number above 0, not '" + text + "'.");
-  return false;
-}
-
-bool read_folder(const char* option, std::string& folder) {
-  if (!cmdline.has_option(option)) return true;
-  folder = cmdline.get_option(option);
-  if (folder.empty()) {
-    complain(std::string(option) + " wants a folder.");
-    return false;
-  }
-  folder = from_start_folder(folder);
-  if (folder.back() != '/') folder += '/';
-  return true;
-}
-
-// An update of any other folder would fill it with a whole copy. One of the marks is enough: a copy
-// that has lost the others is what an update is there to heal.
-bool is_a_copy(const std::string& folder) {
-  for (const char* const mark : {"Airfoils", "Instructions", "Output", "Resources"})
-    if (dir_exists(folder + mark)) return true;
-  return false;
-}
-
-// The copy to update, by the flag or by a program that handed its folder over.
-bool read_copy() {
-  if (!read_folder("--copy", answers.copy)) return false;
-  if (!answers.copy.empty()) cmd_line_path = answers.copy;
-  if (cmd_line_path.empty() || g_wizard != net_start) return true;
-  cmd_line_path = from_start_folder(cmd_line_path);
-  if (cmd_line_path.back() != '/') cmd_line_path += '/';
-  if (is_a_copy(cmd_line_path)) return true;
-  complain(cmd_line_path + " does not appear to be an installed copy of Skyvane 9.");
-  return false;
-}
-
-bool read_modified() {
-  if (!cmdline.has_option("--on_modified")) return true;
-  const std::string text = cmdline.get_option("--on_modified");
-  if (text == "keep") {
-    answers.on_modified = answer_keep;
-  } else if (text == "overwrite") {
-    answers.on_modified = answer_overwrite;
-  } else if (text == "cancel") {
-    answers.on_modified = answer_cancel_install;
-  } else {
-    complain("--on_modified wants keep, overwrite or cancel, not '" + text + "'.");
-    return false;
-  }
-  return true;
-}
-
-bool read_disc_answers() {
-  if (cmdline.has_option("--do")) {
-    const std::string word = cmdline.get_option("--do");
-    answers.flow = unattended_flow(word);
-    if (!answers.flow) {
-      complain("--do wants install, scenery or repair, not '" + word + "'.");
-      return false;
-    }
-  }
-  answers.sectors_given = cmdline.has_option("--sectors");
-  return !answers.sectors_given ||
-         accept(unattended_read_sectors(cmdline.get_option("--sectors"), answers.sectors));
-}
-
-bool read_name() {
-  if (!cmdline.has_option("--name")) return true;
-  answers.name = cmdline.get_option("--name");
-  // The name is one folder's name: anything that walks elsewhere is a mistake in a script.
-  if (!answers.name.empty() && answers.name.find('/') == std::string::npos && answers.name != "." &&
-      answers.name != "..") {
-    return true;
-  }
-  complain("--name wants the name of a folder, not '" + answers.name + "'.");
-  return false;
 }
 
 }  // namespace
 
 int unattended_begin() {
-  console.terminal = isatty(STDOUT_FILENO) != 0;
-  answers.accept_eula = cmdline.has_option("--accept_eula");
-  if (!read_folder("--dest", answers.dest) || !read_copy() || !read_name() || !read_modified() ||
-      !read_disc_answers() || !read_number("--give_up_after", answers.give_up_after)) {
-    return unattended_refused;
-  }
+  say_begin();
+  if (const int refused = unattended_read_answers()) return refused;
   for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
     std::signal(signal_number, on_signal);
   return 0;
@@ -569,7 +367,7 @@ wizard_press unattended_press(page_function page, int first_time, const wizard_s
 }
 
 int unattended_end() {
-  end_live_line();
+  say_end_live();
   return run.status;
 }
 

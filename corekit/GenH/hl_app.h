@@ -28,3 +28,10 @@ bool APP_without_window();
 // Answers a request to quit that comes from outside the pages (the window's close button, a
 // signal).
 void APP_quit_request();
+
+// Host name of the maker's web server, which serves "serverlist9.txt" on port 80.
+const char* APP_web_host();
+
+// Starts another program in this one's place, with "-path" and `path` unless that is empty. Saves
+// the preferences first. Returns only on failure, with its errno.
+int APP_launch(const std::string& app, const std::string& path);

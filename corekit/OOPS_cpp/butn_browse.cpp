@@ -260,7 +260,10 @@ void plot_name_row(float dx) {
   constexpr float y = 48;
   constexpr int name_limit = 128;
   if (browser.is_naming) {
-    BTN_enterstring(90, y, &browser.new_name, name_limit, "-" + tr("New folder"), dx - 240, 1);
+    // As far right as the label asks, which ends 12 in front of it.
+    const std::string label = tr("New folder");
+    const float x = std::max(90.0f, 2 * rim + static_cast<float>(OGL_string_width(label)));
+    BTN_enterstring(x, y, &browser.new_name, name_limit, "-" + label, dx - 150 - x, 1);
     if (BTN_action(dx - 105, y + 3, 70, 0, 0, tr("Create"), "") || return_hit) {
       make_new_folder();
     } else if (BTN_action(dx - 25, y + 3, 70, 0, 0, tr("Discard"), "")) {
@@ -334,9 +337,9 @@ void stand_io_dialog(int open_save, int file_type, const std::string& path) {
   if (!ogl_inited) return;
   OGL_plot_back_col();
   BTN_fillwin(1, 21);
-  const char* title = file_type == file_type_folder ? "Folder"
-                      : open_save == win_file_save  ? "Save"
-                                                    : "Open";
+  const UTL_text title = file_type == file_type_folder ? "Folder"
+                         : open_save == win_file_save  ? "Save"
+                                                       : "Open";
   BTN_frame2(dark_plate, rim, head_y, width_of_browser(open_save, file_type), head_dy, tr(title));
   if (has_preview(open_save, file_type)) plot_preview(path);
 }

@@ -21,10 +21,10 @@ demo() {
   same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy $1"
 }
 
-# words_of KEY: its translation in the language at hand.
+# words_of KEY: its translation in the language at hand, as a terminal shows it.
 words_of() {
   awk -v start="STRING $1====" 'index($0, start) == 1 { print substr($0, length(start) + 1) }' \
-    "$SCRATCH/bin/Resources/text/${folders[$language]}/Installer2.txt"
+    "$SCRATCH/bin/Resources/text/${folders[$language]}/Installer2.txt" | iconv -f latin1 -t utf-8
 }
 
 # want_lines KEY...: the output has the translations of these texts, each as a line of its own.

@@ -152,6 +152,9 @@ step_is_lit() {
     END { exit blue < 20 }'
 }
 
+# wait_file_text FILE TEXT.
+wait_file_text() { wait_for "\"$2\" in $1" grep -qsF -- "$2" "$1"; }
+
 # screenshot FILE: of the window, as PNG.
 screenshot() {
   local LEFT TOP

@@ -1,0 +1,91 @@
+// The console of a run without a display.
+//
+// Main thread.
+
+#include "Installer-f/main_unattended_say.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/Platform/PLT_text.h"
+
+namespace {
+
+struct console_state {
+  bool terminal = false;
+  bool line_open = false;  // a live line stands unfinished on the terminal
+  std::string last_live;
+} console;
+
+// Bytes of the UTF-8 sequence that `text` begins with; 0 if it begins with none.
+size_t utf8_sequence(std::string_view text) {
+  constexpr size_t longest = 4;
+  for (size_t length = 1; length <= longest && length <= text.size(); ++length) {
+    if (PLT_is_utf8(text.substr(0, length))) return length;
+  }
+  return 0;
+}
+
+}  // namespace
+
+std::string terminal_text(std::string_view text) {
+  std::string out;
+  while (!text.empty()) {
+    const size_t length = utf8_sequence(text);
+    const std::string_view piece = text.substr(0, length ? length : 1);
+    if (length) {
+      out += piece;
+    } else {
+      out += PLT_utf8_from_latin1(piece);
+    }
+    text.remove_prefix(piece.size());
+  }
+  return out;
+}
+
+void say_begin() {
+  console.terminal = isatty(STDOUT_FILENO) != 0;
+}
+
+bool say_has_terminal() {
+  return console.terminal;
+}
+
+void say_end_live() {
+  if (console.line_open) std::fputc('\n', stdout);
+  console.line_open = false;
+}
+
+void say(const std::string& line) {
+  say_end_live();
+  std::fprintf(stdout, "%s\n", terminal_text(line).c_str());
+  std::fflush(stdout);
+}
+
+void complain(const std::string& line) {
+  say_end_live();
+  std::fflush(stdout);
+  std::fprintf(stderr, "%s\n", terminal_text(line).c_str());
+  xer << line << '\n';
+}
+
+void say_live(const std::string& line) {
+  if (line == console.last_live) return;
+  console.last_live = line;
+  std::fprintf(stdout, "\r%s\033[K", terminal_text(line).c_str());
+  std::fflush(stdout);
+  console.line_open = true;
+}
+
+std::string on_one_page(const std::string& text) {
+  std::string out;
+  for (const char c : text) {
+    if (c == '\n' && (out.empty() || out.back() == '\n')) continue;
+    out += c;
+  }
+  while (!out.empty() && out.back() == '\n')
+    out.pop_back();
+  return out;
+}

@@ -1,0 +1,120 @@
+#!/usr/bin/env bash
+# The settings file and the real program: options of the command line over it, files that are
+# damaged or of other makers, and places where nothing can be written. Whatever the file is, the
+# program runs; and when it cannot write, the old file is still there, whole.
+. "$(dirname "$0")/lib.sh"
+
+settings="$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf"
+mkdir -p "$(dirname "$settings")"
+log="$SCRATCH/bin/Skyvane Installer Log.txt"
+head=$'I\n9002 version\n'
+
+# run_once [OPTION...]: a run reads the settings at its start, is refused at the licence, and writes
+# them at its end.
+run_once() {
+  run skyvane-demo-installer --unattended "$@"
+  want_status 2
+  want_text "--accept_eula"
+}
+
+setting() { sed -n "s/^$1 //p" "$settings"; }
+
+# want_settings LABEL TAG=VALUE...: what the file says now.
+want_settings() {
+  local label=$1 pair
+  shift
+  [ "$(head -n 2 "$settings")" = "${head%$'\n'}" ] || fail "$label: the header is $(head -n 2 "$settings")"
+  for pair in "$@"; do
+    [ "$(setting "${pair%%=*}")" = "${pair#*=}" ] ||
+      fail "$label: ${pair%%=*} is '$(setting "${pair%%=*}")', not '${pair#*=}'"
+  done
+  [ "$(ls "$(dirname "$settings")")" = "Skyvane Installer.prf" ] || fail "$label: something is left beside it"
+}
+
+defaults="_stream_count=0 _log_actions=0 _proxy_host= _proxy_port= _proxy_port_int=0 _get_beta=0 _lang=0"
+
+echo "No file: the run makes one"
+run_once
+want_settings "made" $defaults
+
+echo "What a file says"
+rows() { # LABEL|CONTENT|TAG=VALUE...
+  cat <<'ROWS'
+whole|I\n9002 version\n_stream_count 3\n_log_actions 1\n_proxy_host a b.example\n_proxy_port 81\n_proxy_port_int 82\n_lang 4\n|_stream_count=3 _log_actions=1 _proxy_port=81 _proxy_port_int=82 _lang=4
+CRLF|I\r\n9002 version\r\n_stream_count 3\r\n_proxy_host p.example\r\n_lang 2\r\n|_stream_count=3 _proxy_host=p.example _lang=2
+old line ends|A\r9002 version\r_stream_count 3\r_lang 2\r|_stream_count=3 _lang=2
+no last line end|I\n9002 version\n_lang 2\n_stream_count 3|_stream_count=3 _lang=2
+an older version|I\n9001 version\n_stream_count 3\n_lang 4\n|_stream_count=0 _lang=0
+a newer version|I\n9003 version\n_stream_count 3\n_lang 4\n|_stream_count=0 _lang=0
+junk|\377\376\000\001junk\n_stream_count 3\n|_stream_count=0
+junk among good lines|I\n9002 version\n\377\376\001 \002\n_none 5\n\n\t_stream_count\t3\n_lang x\n|_stream_count=3 _lang=0
+empty||_stream_count=0 _lang=0
+languages that there are not|I\n9002 version\n_lang 99\n_stream_count 3\n|_stream_count=3
+a negative one|I\n9002 version\n_lang -1\n_stream_count 3\n|_stream_count=3
+ROWS
+}
+while IFS='|' read -r label content wanted; do
+  printf "$content" >"$settings"
+  run_once
+  want_settings "$label" $wanted
+done < <(rows)
+
+echo "A line without an end, and a file of a hundred megabytes"
+{
+  printf '%s_stream_count 3\n_proxy_host ' "$head"
+  head -c 1000000 /dev/zero | tr '\0' x
+} >"$settings"
+run_once
+want_settings "a long line" _stream_count=3
+{
+  printf '%s_stream_count 3\n' "$head"
+  (yes '_other 1' || true) | head -c 100000000
+} >"$settings"
+run_once
+want_settings "a large file" _stream_count=3
+[ "$(stat -c %s "$settings")" -lt 2000 ] || fail "lines of others were kept"
+
+echo "The command line wins for one run, and leaves the file"
+printf '%s_stream_count 3\n_proxy_host old.example\n_lang 0\n' "$head" >"$settings"
+program skyvane-demo-installer >/dev/null
+cp -r "$BIN/Resources" "$SCRATCH/bin/"
+run_once --pref:_lang=4 --pref:_stream_count=1 --pref:_proxy_host=new.example
+want_text "Bienvenida"
+want_settings "overridden" _stream_count=3 _proxy_host=old.example _lang=0
+run_once
+want_text "Welcome"
+printf '%s_lang 4\n' "$head" >"$settings"
+run_once
+want_text "Bienvenida"
+
+echo "A folder in the file's place"
+rm "$settings"
+mkdir "$settings"
+run_once
+[ -d "$settings" ] || fail "the folder is gone"
+grep -qF "WARNING: the file $settings" "$log" || fail "the log says nothing of it"
+rmdir "$settings"
+
+need_root "a small and a read-only file system"
+folder=$(dirname "$settings")
+want_kept() { # LABEL WORDS-OF-THE-LOG
+  printf '%s_stream_count 3\n_log_actions 1\n' "$head" | cmp -s - "$settings" || fail "$1: the old file is hurt"
+  grep -qF "$2" "$log" || fail "$1: the log says nothing of it"
+}
+
+echo "A full disk"
+mount -t tmpfs -o size=64k tmpfs "$folder"
+MOUNTS+=("$folder")
+printf '%s_stream_count 3\n_log_actions 1\n' "$head" >"$settings"
+cat /dev/zero >"$folder/filler" 2>/dev/null || true
+run_once --pref:_lang=0
+want_kept "full" "WARNING: the file $settings stays as it was"
+rm "$folder/filler"
+
+echo "A read-only one"
+mount -o remount,ro "$folder"
+run_once
+want_kept "read-only" "I could not save the file!"
+mount -o remount,rw "$folder"
+run_once
+want_settings "room again" _stream_count=3 _log_actions=1

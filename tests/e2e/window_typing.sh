@@ -1,0 +1,218 @@
+#!/usr/bin/env bash
+# Text by hand: real keys in the fields of the Options dialog, on several keyboards; and folders by
+# a desktop's picker and by the program's own browser. What was typed is read from the settings file
+# and from the folders that come of it.
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/lib_window.sh"
+
+export HOME=$SCRATCH/home
+mkdir -p "$HOME/Desktop"
+settings="$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf"
+# No program of this machine may answer for the pickers that the test lacks or fakes.
+unset DBUS_SESSION_BUS_ADDRESS
+
+dialog_is_up() { shows_other 150 300 "$panel"; }
+dialog_is_gone() { shows 150 300 "$panel"; }
+
+# read_panel: the colour of the left panel, as it is once the page's picture has come whole.
+read_panel() {
+  local before
+  panel=$(colour_at 150 300)
+  until
+    before=$panel
+    sleep 0.3
+    panel=$(colour_at 150 300)
+    [ "$panel" = "$before" ]
+  do :; done
+}
+
+# start_options: the program on its first page, with the Options dialog open and its first field,
+# the proxy's host, in focus.
+start_options() {
+  open_window skyvane-demo-installer "$@"
+  wait_step 0
+  read_panel
+  press_options
+  wait_for "the options" dialog_is_up
+}
+
+# close_or_gone: presses the close box; two presses in one slow frame count as one, so it is pressed
+# until it has closed.
+close_or_gone() {
+  dialog_is_gone && return
+  click_away 116 480
+  sleep 0.1
+  dialog_is_gone
+}
+
+# tick X Y: turns the box there.
+tick() {
+  local before
+  before=$(picture_of $(($1 - 9)) $(($2 - 6)) 18 18)
+  click_away "$1" "$2"
+  wait_for "a tick at $1, $2" picture_differs "$before" $(($1 - 9)) $(($2 - 6)) 18 18
+}
+
+# end_options: closes the dialog and the program, which writes the settings.
+end_options() {
+  wait_for "the page behind the options" close_or_gone
+  press_quit
+  window_ended 0
+}
+
+# setting KEY: its value in the file.
+setting() { sed -n "s/^$1 //p" "$settings"; }
+want_setting() {
+  [ "$(setting "$1")" = "$2" ] || fail "$3: $1 is '$(setting "$1")', not '$2'"
+}
+
+start_display
+setxkbmap us
+
+echo "Selection, caret keys and the clipboard"
+start_options
+type_text "abcdef"
+press_key Home shift+Right shift+Right ctrl+x  # cdef, the clipboard has ab
+press_key End ctrl+v                           # cdefab
+press_key Left Left BackSpace                  # cdeab
+press_key shift+Home ctrl+c                    # the clipboard has cde
+press_key Tab ctrl+v                           # the port's field
+type_text "8"
+press_key shift+Tab Home Delete End            # the host again: deab
+type_text ".x"
+end_options
+want_setting _proxy_host "deab.x" "edited"
+want_setting _proxy_port "cde8" "pasted and typed"
+
+echo "What was set is there again at the next start, and a whole text is typed over"
+start_options
+end_options
+want_setting _proxy_host "deab.x" "kept"
+want_setting _proxy_port "cde8" "kept"
+start_options
+type_text "new"
+# A click on a letter, here the first one, sets the caret behind it.
+click_away 188 133
+type_text "1"
+end_options
+want_setting _proxy_host "new" "typed over"
+want_setting _proxy_port "c1de8" "typed at a click"
+
+echo "Settings of the dialog"
+start_options
+tick 130 378
+tick 130 303
+end_options
+for key in _log_actions _get_beta; do want_setting $key 1 "ticked"; done
+start_options
+tick 130 378
+end_options
+want_setting _log_actions 0 "unticked"
+want_setting _get_beta 1 "left ticked"
+
+# Places of keys by their codes: q w e r t y, then 2 without and with Shift.
+echo "Keyboards"
+keyboard() { # LAYOUT WANTED [OPTIONS OF setxkbmap]
+  local layout=$1 wanted=$2
+  shift 2
+  setxkbmap "$layout" "$@"
+  start_options
+  press_key ctrl+a BackSpace
+  press_key 24 25 26 27 28 29 11 shift+11
+  end_options
+  setxkbmap us
+  [ "$(setting _proxy_host | iconv -f latin1 -t utf-8)" = "$wanted" ] ||
+    fail "$layout $*: typed '$(setting _proxy_host | iconv -f latin1 -t utf-8)', not '$wanted'"
+}
+keyboard us 'qwerty2@'
+keyboard de 'qwertz2"'
+keyboard fr 'azertyé2'
+keyboard us "',.pyf2@" -variant dvorak
+
+echo "A folder by the desktop's picker: the fake one answers with what its file says"
+rm "$settings"  # with test releases wanted, the list has nothing to offer
+root=$(web_root "Skyvane new" "$FIXTURE/master-new")
+serve "$root" "limit_rate 20k;"
+mkdir -p "$SCRATCH/fake" "$HOME/picked" "$HOME/Desktop/inner"
+cat >"$SCRATCH/fake/zenity" <<'ZENITY'
+#!/bin/sh
+echo "$@" >>"$HOME/zenity.arguments"
+cat "$HOME/zenity.answer" || exit 1
+ZENITY
+chmod +x "$SCRATCH/fake/zenity"
+has_copy() { [ -n "$(find "$1" -type f ! -name '*.zip' 2>/dev/null)" ]; }
+is_gone() { [ ! -e "$1" ]; }
+
+# start_destination [PATH]: the program on the page that asks for the destination.
+start_destination() {
+  PATH=$1 open_window skyvane-demo-installer $(through_proxy "$PORT")
+  wait_step 0
+  read_panel
+  wait_open
+  press_next
+  wait_step 1
+  click_away 230 103
+  wait_open
+  press_next
+  wait_step 3
+  wait_open
+}
+
+# install_named NAME FOLDER: gives the copy a name, begins, sees it come, and cancels.
+install_named() {
+  click_away 500 204
+  press_key ctrl+a
+  type_text "$1"
+  wait_open
+  press_next
+  wait_step 4
+  wait_for "a copy in $2/$1" has_copy "$2/$1"
+  press_back
+  wait_for "the question" dialog_is_up
+  click_away 146 253
+  wait_for "the partial copy's end" is_gone "$2/$1"
+  wait_step 3
+  wait_for "the page behind the question" dialog_is_gone
+}
+
+start_destination "$SCRATCH/fake:$PATH"
+echo "$HOME/picked" >"$HOME/zenity.answer"
+click_away 300 206
+wait_file_text "$HOME/zenity.arguments" "--directory"
+wait_open
+install_named "By zenity" "$HOME/picked"
+
+echo "Cancelled there, the folder stays"
+rm "$HOME/zenity.answer" "$HOME/zenity.arguments"
+click_away 300 206
+wait_file_text "$HOME/zenity.arguments" "--directory"
+wait_open
+install_named "Still there" "$HOME/picked"
+press_quit
+window_ended 0
+
+echo "Without one, by the program's own browser: home, a new folder there, and it is selected"
+start_destination "$PATH"
+# Its buttons, from the top: the places, the row of a new folder, Select and Cancel.
+click_away 300 206
+wait_for "the browser" dialog_is_up
+before=$(picture_of 140 420 400 16)
+click_away 247 377
+wait_for "the home folder" picture_differs "$before" 140 420 400 16
+click_away 190 113
+type_text "made here"
+press_key Return
+wait_for "the new folder" test -d "$HOME/made here"
+click_away 541 87
+wait_for "the page behind the browser" dialog_is_gone
+install_named "By hand" "$HOME/made here"
+
+echo "Cancelled, it changes nothing"
+click_away 300 206
+wait_for "the browser" dialog_is_up
+click_away 394 377
+click_away 631 87
+wait_for "the page behind the browser" dialog_is_gone
+install_named "Once more" "$HOME/made here"
+press_quit
+window_ended 0

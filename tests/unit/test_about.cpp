@@ -1,0 +1,290 @@
+// The about box: how releases compare, and the way from the list to the new installer's start,
+// against a real server, operated by clicks on its own buttons.
+
+#include <unistd.h>
+
+#include <climits>
+#include <cstdlib>
+#include <fstream>
+
+#include "corekit/Files/io_utils.h"
+#include "corekit/GenC/hl_about.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenH/hl_app.h"
+#include "corekit/OOPS_cpp/http.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_window.h"
+#include "net_scripted_server.h"
+#include "tests/unit/window_fixture.h"
+
+namespace {
+
+constexpr char list_head[] = "I\n820 version\nSERVERS\n";
+
+void put(const std::string& path, const std::string& content) {
+  std::ofstream(path, std::ios::binary) << content;
+}
+
+std::string reply_with(const std::string& body, const char* status = "200 OK") {
+  return "HTTP/1.1 " + std::string(status) + "\r\nContent-Length: " + std::to_string(body.size()) +
+         "\r\n\r\n" + body;
+}
+
+TEST(AboutList, ReadsWhatItKnowsAndPassesOverTheRest) {
+  const struct {
+    const char* label;
+    std::string list;
+    int found, version_final, version_beta;
+    const char* name;
+    const char* server;
+    const char* path;
+  } rows[] = {
+      {"all keys among those of the mirrors",
+       std::string(list_head) +
+           "FINAL_VERSION 91005\nBETA_VERSION 91002\nFINAL Sky 9.11\nBETA Sky beta\n"
+           "SERVER one.example\n/updates/\nOne\nFINAL_INSTALLER_MAC get.example\n/new.zip\n",
+       1, 91005, 91002, "Sky 9.11", "get.example", "/new.zip"},
+      {"CRLF, blanks, a slash too many and one too few",
+       "I\r\n820 version\r\nSERVERS\r\n\r\n \tFINAL  Sky 9.11\r\nFINAL_INSTALLER_MAC g.example/\r\n"
+       "new.zip\r\nFINAL_VERSION 91001",
+       1, 91001, -1, "Sky 9.11", "g.example", "/new.zip"},
+      {"a word that only begins like a key",
+       std::string(list_head) + "FINALE x\nFINAL_VERSIONS 1\n", 0, -1, -1, "", "", ""},
+      {"cut short in the midst of an installer",
+       std::string(list_head) + "FINAL Sky\nFINAL_INSTALLER_MAC g.example", 1, -1, -1, "Sky",
+       "g.example", ""},
+      {"another format", "I\n821 version\nSERVERS\nFINAL Sky\n", 0, -1, -1, "", "", ""},
+      {"a page of a hotel's network", "<html>FINAL Sky</html>", 0, -1, -1, "", "", ""},
+      {"empty", "", 0, -1, -1, "", "", ""},
+  };
+  const std::string path = scratch_folder() + "list.txt";
+  for (const auto& row : rows) {
+    about = about_record();
+    put(path, row.list);
+    EXPECT_EQ(about_read_list(path), row.found) << row.label;
+    EXPECT_EQ(about.version_final, row.version_final) << row.label;
+    EXPECT_EQ(about.version_beta, row.version_beta) << row.label;
+    EXPECT_EQ(about.version_str_net, row.name) << row.label;
+    EXPECT_EQ(about.final_installer.server, row.server) << row.label;
+    EXPECT_EQ(about.final_installer.path, row.path) << row.label;
+  }
+  about = about_record();
+  EXPECT_EQ(about_read_list(path + ".not there"), 0);
+}
+
+TEST(AboutList, ComparesReleases) {
+  const struct {
+    const char* label;
+    int version_final, version_beta;
+    bool with_installers;
+    int state, is_beta;
+    const char* message;  // part of it
+  } rows[] = {
+      {"unknown", -1, 95000, true, about_settled, 0, "Can't connect to the net"},
+      {"the same", 91001, 95000, true, about_settled, 0, "is up to date"},
+      {"newer by one", 91002, -1, true, about_offer, 0, ""},
+      {"a test release, none known", 91000, -1, true, about_settled, 0, "latest Skyvane beta"},
+      {"a test release, this one", 91000, 91001, true, about_settled, 0, "latest Skyvane beta"},
+      {"a test release, the next one", 91000, 91002, true, about_offer, 1, ""},
+      {"newer, nowhere to get", 91002, -1, false, about_settled, 0, "newer beta"},
+      {"a newer test release, nowhere to get", 91000, 91002, false, about_settled, 1,
+       "new version"},
+  };
+  for (const auto& row : rows) {
+    about = about_record();
+    about.version_final = row.version_final;
+    about.version_beta = row.version_beta;
+    if (row.with_installers) {
+      about.final_installer = {"final.example", "/f.zip"};
+      about.beta_installer = {"beta.example", "/b.zip"};
+    }
+    about_compare(91001);
+    EXPECT_EQ(about.ins_state, row.state) << row.label;
+    EXPECT_EQ(about.is_beta, row.is_beta) << row.label;
+    EXPECT_NE(about.err_msg.find(row.message), std::string::npos) << row.label << about.err_msg;
+    EXPECT_EQ(about.err_msg.empty(), *row.message == '\0') << row.label;
+    if (row.state != about_offer) continue;
+    EXPECT_EQ(about.installer.server, row.is_beta ? "beta.example" : "final.example") << row.label;
+  }
+}
+
+// --- the box itself -----------------------------------------------------------------------------
+
+std::function<void()> at_swap;
+void (*true_swap)() = nullptr;
+
+class AboutBox : public window_fixture {
+ protected:
+  void SetUp() override {
+    window_fixture::SetUp();
+    about = about_record();
+    char here[PATH_MAX];
+    home_ = getcwd(here, sizeof here);
+    folder_ = scratch_folder();
+    ASSERT_EQ(chdir(folder_.c_str()), 0);
+    setenv("XDG_CONFIG_HOME", (folder_ + "config").c_str(), 1);
+  }
+  void TearDown() override {
+    unsetenv("XDG_CONFIG_HOME");
+    http._proxy_host.clear();
+    http._proxy_port_int = 0;
+    ASSERT_EQ(chdir(home_.c_str()), 0);
+    window_fixture::TearDown();
+  }
+
+  static void click(int x, int y) { push_button(100 + x, 600 - (150 + y), true); }
+  static void close() { click(12, 292); }
+  static void press_update() { click(492, 17); }
+
+  // The box, with `each_frame` done behind every picture of it that is shown.
+  static void show(const std::function<void()>& each_frame) {
+    true_swap = PLT_swap_hook;
+    at_swap = each_frame;
+    PLT_swap_hook = [] {
+      true_swap();
+      at_swap();
+    };
+    MACIBM_about();
+    PLT_swap_hook = true_swap;
+    settle();
+  }
+
+  // Presses the offered button once, and closes the box when there is no more to do.
+  static void show_to_its_end() {
+    show([pressed = false]() mutable {
+      if (about.ins_state == about_settled) close();
+      if (about.ins_state != about_offer || pressed) return;
+      pressed = true;
+      press_update();
+    });
+  }
+
+  // An installer's archive, made by another program.
+  std::string installer_zip() {
+    put("New Installer", "#!/bin/sh\necho \"started with $# in $PWD\" >\"$ABOUT_MARK\"\n");
+    EXPECT_EQ(std::system("chmod 755 'New Installer' && zip -q made.zip 'New Installer' && "
+                          "rm 'New Installer'"),
+              0);
+    return bytes_of("made.zip");
+  }
+
+  std::string folder_, home_;
+};
+
+using AboutBoxDeathTest = AboutBox;
+
+// Answers the list, with this version as the public release, and the installer.
+scripted_server::answer_function answers(int version_final, const std::string& installer_reply,
+                                         int version_beta = -1) {
+  const std::string list = std::string(list_head) + "FINAL Skyvane 9.11\nBETA Skyvane 9.12b\n" +
+                           "FINAL_VERSION " + std::to_string(version_final) + "\nBETA_VERSION " +
+                           std::to_string(version_beta) +
+                           "\nFINAL_INSTALLER_MAC get.example\n/final.zip\n"
+                           "BETA_INSTALLER_MAC get.example\n/beta.zip\n";
+  return [=](const std::string& request) -> scripted_reply {
+    if (request.find("/serverlist9.txt ") != std::string::npos) return {{reply_with(list)}};
+    return {{installer_reply}};
+  };
+}
+
+TEST_F(AboutBox, EveryOutcomeIsSaid) {
+  std::string broken = installer_zip();
+  broken.resize(broken.size() / 2);
+  const struct {
+    const char* label;
+    int version_final, version_beta;
+    std::string installer;
+    const char* asked;  // for the installer; null when it is not to be asked for
+    const char* message;
+  } rows[] = {
+      {"up to date", 91001, -1, "", nullptr, "up to date"},
+      {"newer, and no such file", 91002, -1, reply_with("gone", "404 Not Found"), "/final.zip ",
+       "unable to download"},
+      {"a damaged archive", 91002, -1, reply_with(broken), "/final.zip ",
+       "There was an error unzipping the installer: "},
+      {"no archive at all", 91002, -1, reply_with("<html>"), "/final.zip ",
+       "There was an error unzipping the installer: "},
+      {"a newer test release", 91000, 91002, reply_with("gone", "404 Not Found"), "/beta.zip ",
+       "unable to download"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    about = about_record();
+    scripted_server server(answers(row.version_final, row.installer, row.version_beta));
+    use_proxy_port(server.port());
+    show_to_its_end();
+    EXPECT_NE(about.err_msg.find(row.message), std::string::npos) << about.err_msg;
+    EXPECT_EQ(mnw.win_id, win_main);
+    const std::vector<std::string> requests = server.requests();
+    ASSERT_EQ(requests.size(), row.asked ? 2u : 1u);
+    EXPECT_NE(requests[0].find(APP_web_host()), std::string::npos);
+    if (row.asked) {
+      EXPECT_NE(requests[1].find(row.asked), std::string::npos) << requests[1];
+    }
+    EXPECT_FALSE(file_exists("New Installer"));
+    EXPECT_FALSE(file_exists("Resources/preferences/installer.zip"));
+
+    // Opened again, it knows already.
+    show([] { close(); });
+    EXPECT_EQ(server.requests().size(), requests.size());
+  }
+}
+
+TEST_F(AboutBox, WithoutANetworkItTriesOnUntilItIsClosed) {
+  use_proxy_port(closed_port());
+  int frames = 0;
+  show([&frames] {
+    if (++frames >= 6) close();
+  });
+  EXPECT_GE(frames, 6);
+  EXPECT_EQ(about.version_str_found, 0);
+  EXPECT_EQ(about.ins_state, about_closed);
+  // And finds the server that has come in the meantime.
+  scripted_server server(answers(91001, ""));
+  use_proxy_port(server.port());
+  show_to_its_end();
+  EXPECT_EQ(about.version_str_found, 1);
+}
+
+TEST_F(AboutBox, ClosingItGivesTheDownloadUp) {
+  const std::string part =
+      "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + std::string(400, 'x');
+  const auto answer = answers(91002, part);
+  scripted_server server([answer](const std::string& request) {
+    scripted_reply reply = answer(request);
+    reply.keep_open = true;
+    return reply;
+  });
+  use_proxy_port(server.port());
+  bool pressed = false, came = false;
+  show([&] {
+    came = came || http.slot_received(1) == 400;
+    if (came) return close();
+    if (about.ins_state != about_offer || pressed) return;
+    pressed = true;
+    press_update();
+  });
+  EXPECT_TRUE(came);
+  for (const int slot : {0, 1})
+    EXPECT_FALSE(http.slot_active(slot)) << slot;
+  EXPECT_FALSE(file_exists("New Installer"));
+}
+
+// The new installer is a script that leaves a mark where the test's own process looks for it.
+TEST_F(AboutBoxDeathTest, TheNewInstallerTakesOver) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  setenv("ABOUT_MARK", (folder_ + "mark").c_str(), 0);
+  const std::string mark = getenv("ABOUT_MARK");
+  const auto update = [this] {
+    scripted_server server(answers(91002, reply_with(installer_zip())));
+    use_proxy_port(server.port());
+    show_to_its_end();
+  };
+  EXPECT_EXIT(update(), testing::ExitedWithCode(1), "");
+  for (int tries = 0; tries < 500 && bytes_of(mark).empty(); ++tries)
+    usleep(10000);
+  EXPECT_EQ(bytes_of(mark).rfind("started with 0 in /", 0), 0u) << bytes_of(mark);
+  unsetenv("ABOUT_MARK");
+}
+
+}  // namespace
