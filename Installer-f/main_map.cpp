@@ -89,7 +89,8 @@ int map_paint(const map_mouse& mouse, map_drag& of, int (&selected)[sector_count
     }
   }
   // The button may be down from the press that led to this page, which is no drag over the map.
-  of.on = mouse.held && (of.on || mouse.clicked);
+  // A short click on a busy machine is over within its first frame, and counts all the same.
+  of.on = mouse.clicked || (mouse.held && of.on);
   if (!of.on) return 0;
 
   int painted = 0;

@@ -6,6 +6,7 @@
 //                                              the cell takes it at once
 //   drag             held                      every cell that the rubber band between the press
 //                                              and the mouse overlaps takes the value
+//   press, release   clicked                   as a press; the drag ends with the frame
 //   release          neither                   the rubber band goes; the table stays
 //
 // A press on an edge between cells belongs to the upper or the eastern one, and paints none until

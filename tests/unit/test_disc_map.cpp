@@ -29,7 +29,8 @@ constexpr float y_of(float row) {
   return map_y + map_cell * row;
 }
 
-enum press { up, down, held };  // down: the press arrives in this frame
+// down: the press arrives in this frame; tap: and the release as well
+enum press { up, down, held, tap };
 
 struct frame {
   float column, row;  // mouse, in cells
@@ -47,6 +48,8 @@ TEST(DiscMap, Drags) {
       {"hovering", {}, {{3.5f, 4.5f, up}}, {}, 0},
       {"a click selects", {}, {{3.5f, 4.5f, down}, {3.5f, 4.5f, up}}, {{3, 4}}, 0},
       {"a click deselects", {{3, 4}, {5, 5}}, {{3.5f, 4.5f, down}}, {{5, 5}}, 1},
+      {"a click within one frame", {}, {{3.5f, 4.5f, tap}}, {{3, 4}}, 1},
+      {"and it drags nothing", {}, {{3.5f, 4.5f, tap}, {5.5f, 5.5f, up}}, {{3, 4}}, 0},
       {"holding still does not toggle", {}, {{3.5f, 4.5f, down}, {3.5f, 4.5f, held}}, {{3, 4}}, 1},
       {"a drag paints one value",
        {{4, 4}},
@@ -108,7 +111,8 @@ TEST(DiscMap, Drags) {
     map_drag drag;
     int painted = 0;
     for (const frame& f : row.frames) {
-      const map_mouse mouse = {x_of(f.column), y_of(f.row), f.button == down, f.button != up};
+      const map_mouse mouse = {x_of(f.column), y_of(f.row), f.button == down || f.button == tap,
+                               f.button == down || f.button == held};
       painted = map_paint(mouse, drag, table);
     }
     EXPECT_EQ(selected_of(table), row.after) << row.label;
