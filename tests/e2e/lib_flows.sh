@@ -1,0 +1,83 @@
+# Shared by the tests that go through the flows by hand; sourced after lib_window.sh.
+
+# The middle of the left panel. No step and no mirror is there, and every dialog covers it.
+DIALOG_SPOT=(150 300)
+PANEL=      # its colour while no dialog is up
+OPEN_FACE=  # Next, when it leads on
+GREY_FACE=  # and when it does not; set by the test
+
+wait_colour() { wait_for "colour $3 at $1, $2 (there is $(colour_at "$1" "$2"))" shows "$@"; }
+wait_other_colour() { wait_for "another colour than $3 at $1, $2" shows_other "$@"; }
+wait_log() { wait_file_text "$SCRATCH/bin/Skyvane Installer Log.txt" "$1"; }
+# Next's face, off its letters.
+next_face() { colour_at 675 20; }
+wait_next() { wait_colour 675 20 "$1"; }
+
+# wait_still: until two looks running see the same; a frame may be half drawn when one falls.
+wait_still() { wait_for "a picture that stands still" is_still; }
+is_still() {
+  local before
+  before=$(md5sum "$FRAME_FILE")
+  sleep 0.05
+  [ "$(md5sum "$FRAME_FILE")" = "$before" ]
+}
+
+# learn_faces: on a page with no dialog up and with Next open.
+learn_faces() {
+  wait_still
+  PANEL=$(colour_at "${DIALOG_SPOT[@]}")
+  OPEN_FACE=$(next_face)
+}
+
+dialog_is_up() { shows_other "${DIALOG_SPOT[@]}" "$PANEL"; }
+dialog_is_gone() { shows "${DIALOG_SPOT[@]}" "$PANEL"; }
+wait_dialog() { wait_for "a dialog" dialog_is_up; }
+wait_no_dialog() { wait_for "the page behind the dialog" dialog_is_gone; }
+
+no_step_is_lit() {
+  local step
+  for step in 0 1 2 3 4 5; do
+    if step_is_lit "$step"; then return 1; fi
+  done
+}
+
+# The question with two answers: the one that gives up stands above the one that goes on.
+press_give_up() { click_away 146 253; }
+press_go_on() { click_away 146 228; }
+
+# The page's extra button N, from 0, and the radio button of the list's copy N.
+press_extra() { click_away 500 $((350 - 25 * $1)); }
+pick_copy() { click_away 250 $((403 - 25 * $1)); }
+
+# start_skyvane REVISION: by the last page's button; the copy's program takes the wizard's place.
+start_skyvane() {
+  press_extra 0
+  # The process that the wizard was ends with 1 when it has handed over.
+  window_ended 1
+  wait_file_text "$OUT" "Started: Macintosh/Skyvane.app/Contents/MacOS/Skyvane (revision $1)"
+}
+
+# --- the question about a modified file ------------------------------------------------------------
+
+declare -A ANSWER_AT=(
+  [overwrite]="146 280" [keep]="146 255"
+  [overwrite-folder]="358 280" [keep-folder]="358 255" [cancel]="634 255"
+)
+# Where it names the file.
+QUESTION_PATH=(70 313 600 14)
+QUESTION=  # what stood there last
+
+# wait_question: until one is put that is about another file than the last.
+wait_question() {
+  wait_dialog
+  wait_for "the question about another file" picture_differs "$QUESTION" "${QUESTION_PATH[@]}"
+  QUESTION=$(picture_of "${QUESTION_PATH[@]}")
+}
+
+# answer ANSWER: a key of ANSWER_AT.
+answer() { click_away ${ANSWER_AT[$1]}; }
+
+# asked_about: the files of all questions of the program's last run, in order, once it has ended.
+asked_about() {
+  sed -n 's/^File: \(.*\)  sig_want=.*/\1/p' "$SCRATCH/bin/Skyvane Installer Log.txt"
+}
