@@ -40,6 +40,11 @@ bool send_all(int caller, const std::string& bytes) {
 
 }  // namespace
 
+scripted_reply whole_answer(const std::string& body, const std::string& status) {
+  return {{"HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\n\r\n" + body}};
+}
+
 scripted_server::scripted_server(answer_function answer, bool stepped)
     : answer_(std::move(answer)), stepped_(stepped) {
   listener_ = bound_socket(&port_);

@@ -15,6 +15,9 @@ struct scripted_reply {
   bool keep_open = false;           // else the connection is closed after the last piece
 };
 
+// A body of the announced length behind a status line.
+scripted_reply whole_answer(const std::string& body, const std::string& status = "200 OK");
+
 class scripted_server {
  public:
   // Called on the server's thread with a request's head, the empty line included.

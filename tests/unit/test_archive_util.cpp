@@ -42,13 +42,10 @@ static void add_tree(const std::string& folder, const std::string& below,
     const std::string path = folder + below + name;
     const struct stat st = file_stat(path);
     std::string what = std::to_string(st.st_mode) + " ";
-    if (S_ISLNK(st.st_mode)) {
-      char target[500] = {};
-      EXPECT_GT(readlink(path.c_str(), target, sizeof target - 1), 0);
+    char target[500] = {};
+    if (S_ISLNK(st.st_mode) && readlink(path.c_str(), target, sizeof target - 1) > 0)
       what += target;
-    } else if (S_ISREG(st.st_mode)) {
-      what += file_text(path);
-    }
+    if (S_ISREG(st.st_mode)) what += file_text(path);
     found[below + name] = what;
     if (S_ISDIR(st.st_mode)) add_tree(folder, below + name + "/", found);
   }
@@ -80,7 +77,7 @@ std::string noise(size_t size, unsigned seed) {
   return bytes;
 }
 
-std::string deflated(const std::string& text) {
+static std::string deflated(const std::string& text) {
   std::string packed(compressBound(text.size()) + 64, '\0');
   z_stream z = {};
   deflateInit2(&z, 9, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY);

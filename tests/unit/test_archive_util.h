@@ -23,8 +23,6 @@ std::string run(const std::string& command);
 // `size` bytes that do not compress, the same for the same seed.
 std::string noise(size_t size, unsigned seed);
 
-std::string deflated(const std::string& text);
-
 // One entry, honest by default; each field may be set to a lie.
 struct raw_entry {
   raw_entry(std::string name_, std::string text, unsigned attributes_ = 0x81A40000u);

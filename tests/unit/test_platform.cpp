@@ -1,53 +1,32 @@
 // The operating system's half of the platform layer.
 
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cerrno>
+#include <optional>
 
 #include "corekit/Files/io_utils.h"
 #include "corekit/Platform/PLT_system.h"
 #include "tests/unit/test_files_scratch.h"
 
+using namespace std::string_literals;
+
 namespace {
-uint32_t code_of(const char (&text)[5]) {
+uint32_t code_of(const std::string& text) {
   uint32_t code = 0;
-  for (int i = 0; i < 4; ++i)
-    code = code << 8 | static_cast<unsigned char>(text[i]);
+  for (const char letter : text)
+    code = code << 8 | static_cast<unsigned char>(letter);
   return code;
 }
 
-// One variable of the environment, put back at the end.
-class environment {
- public:
-  environment(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) {
-      old_ = old;
-      had_ = true;
-    }
-    if (value)
-      setenv(name, value, 1);
-    else
-      unsetenv(name);
-  }
-  ~environment() {
-    if (had_)
-      setenv(name_, old_.c_str(), 1);
-    else
-      unsetenv(name_);
-  }
-  environment(const environment&) = delete;
-  environment& operator=(const environment&) = delete;
-
- private:
-  const char* name_;
-  std::string old_;
-  bool had_ = false;
-};
-
-bool runs(const char* program) {
-  return std::system((std::string("command -v ") + program + " >/dev/null 2>&1").c_str()) == 0;
+// Each case has a process of its own, and so its environment.
+void set_environment(const char* name, const std::optional<std::string>& value) {
+  if (value)
+    setenv(name, value->c_str(), 1);
+  else
+    unsetenv(name);
 }
 }  // namespace
 
@@ -63,20 +42,12 @@ TEST(Platform, MountTable) {
       "garbage\n\n"
       "40 22 0:47 / relative rw - ext4 /dev/sdb rw\n"
       "41 22 0:48 / /last rw - udf /dev/sr1");
-  const struct {
-    const char* point;
-    const char* fstype;
-  } rows[] = {{"/", "ext4"},
-              {"/media/cd rom\\x", "iso9660"},
-              {"/srv/image 2", "fuse.fuseiso"},
-              {"/a\\04x\\400\\0", "tmpfs"},
-              {"/last", "udf"}};
-  ASSERT_EQ(std::size(rows), mounts.size());
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    EXPECT_EQ(rows[i].point, mounts[i].point);
-    EXPECT_EQ(rows[i].fstype, mounts[i].fstype) << rows[i].point;
-  }
-  EXPECT_TRUE(PLT_parse_mounts("").empty());
+  std::string text;
+  for (const PLT_mount& mount : mounts)
+    text += mount.point + ": " + mount.fstype + "\n";
+  EXPECT_EQ(text,
+            "/: ext4\n/media/cd rom\\x: iso9660\n/srv/image 2: fuse.fuseiso\n"
+            "/a\\04x\\400\\0: tmpfs\n/last: udf\n");
 }
 
 TEST(Platform, DiscsAmongMounts) {
@@ -85,7 +56,6 @@ TEST(Platform, DiscsAmongMounts) {
     bool disc;
   } rows[] = {
       {{"/", "ext4"}, false},
-      {{"/home", "ext4"}, false},
       {{"/cdrom", "iso9660"}, true},
       {{"/srv/a b", "udf"}, true},
       {{"/home/me/image", "fuse.fuseiso"}, true},
@@ -94,12 +64,9 @@ TEST(Platform, DiscsAmongMounts) {
       {{"/run/media", "tmpfs"}, false},
       {{"/run/mediax/me", "ext4"}, false},
       {{"/mnt", "ext4"}, true},
-      {{"/mnt/disc", "overlay"}, true},
       {{"/mnt2", "ext4"}, false},
       {{"/mnt/server", "nfs4"}, false},
-      {{"/media/share", "cifs"}, false},
       {{"/media/me/A:B", "iso9660"}, false},
-      {{"/media/me/A\\B", "iso9660"}, false},
       {{"/data/media/x", "ext4"}, false},
   };
   for (const auto& row : rows) {
@@ -113,25 +80,20 @@ TEST(Platform, DiscsAmongMounts) {
 
 TEST(Platform, UserDirs) {
   const struct {
-    const char* label;
-    const char* text;
-    const char* expected;
+    const char *label, *text, *expected;
   } rows[] = {
       {"usual", "# a comment\nXDG_DESKTOP_DIR=\"$HOME/Desktop\"\nXDG_X_DIR=\"$HOME/x\"\n",
        "/home/me/Desktop"},
       {"absolute", "XDG_DESKTOP_DIR=\"/data/my desk\"", "/data/my desk"},
       {"home itself", "XDG_DESKTOP_DIR=\"$HOME/\"", "/home/me"},
-      {"home without a slash", "XDG_DESKTOP_DIR=\"$HOME\"", "/home/me"},
       {"escapes", "  XDG_DESKTOP_DIR=\"$HOME/a\\\"b\\$c\"", "/home/me/a\"b$c"},
       {"the last one counts", "XDG_DESKTOP_DIR=\"/a\"\nXDG_DESKTOP_DIR=\"/b\"", "/b"},
       {"commented out", "#XDG_DESKTOP_DIR=\"/a\"", ""},
       {"longer key", "XDG_DESKTOP_DIRS=\"/a\"", ""},
       {"relative", "XDG_DESKTOP_DIR=\"Desktop\"", ""},
       {"another variable", "XDG_DESKTOP_DIR=\"$HOMEX/Desktop\"", ""},
-      {"no quotes", "XDG_DESKTOP_DIR=/a", ""},
       {"quote not closed", "XDG_DESKTOP_DIR=\"/a\nb\"", ""},
       {"ends in an escape", "XDG_DESKTOP_DIR=\"/a\\", ""},
-      {"empty", "", ""},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(row.expected, PLT_parse_user_dir(row.text, "XDG_DESKTOP_DIR", "/home/me/"))
@@ -140,69 +102,40 @@ TEST(Platform, UserDirs) {
 }
 
 TEST(Platform, MachineTexts) {
-  const struct {
-    const char* release;
-    const char* version[3];
-  } releases[] = {{"6.1.0-18-amd64", {"6", "1", "0"}}, {"5.15", {"5", "15", "?"}},
-                  {"6.8-rc3", {"6", "8", "?"}},        {"6.", {"6", "?", "?"}},
-                  {"rolling", {"?", "?", "?"}},        {"", {"?", "?", "?"}}};
-  for (const auto& row : releases) {
+  for (const auto& [release, expected] : std::vector<std::pair<std::string, std::string>>{
+           {"6.1.0-18-amd64", "6 1 0"}, {"6.8-rc3", "6 8 ?"}, {"6.", "6 ? ?"}, {"", "? ? ?"}}) {
     std::string version[3];
-    PLT_parse_release(row.release, version);
-    for (int i = 0; i < 3; ++i)
-      EXPECT_EQ(row.version[i], version[i]) << row.release << " " << i;
+    PLT_parse_release(release, version);
+    EXPECT_EQ(expected, version[0] + " " + version[1] + " " + version[2]) << release;
   }
-
-  const struct {
-    const char* cpuinfo;
-    int mhz;
-  } speeds[] = {
-      {"processor\t: 0\ncpu MHz\t\t: 2799.998\ncache size\t: 1 KB\ncpu MHz\t\t: 1000.0\n", 2800},
-      {"cpu MHz : 800", 800},
-      {"my cpu MHz\t: 12\n", 0},
-      {"cpu MHz\t\t: unknown\n", 0},
-      {"cpu MHz\t\t: -5\n", 0},
-      {"cpu MHz\t\t: 1e30\n", 1},
-      {"cpu MHz", 0},
-      {"", 0}};
-  for (const auto& row : speeds)
-    EXPECT_EQ(row.mhz, PLT_parse_cpu_mhz(row.cpuinfo)) << row.cpuinfo;
-
-  const struct {
-    const char* machine;
-    uint32_t type;
-  } types[] = {{"x86_64", code_of("ixxx")},
-               {"i686", code_of("ixxx")},
-               {"i386", code_of("ixxx")},
-               {"aarch64", code_of("aarc")},
-               {"ppc", code_of("ppc ")},
-               {"ia64", code_of("ia64")},
-               {"", 0}};
-  for (const auto& row : types)
-    EXPECT_EQ(row.type, PLT_parse_cpu_type(row.machine)) << row.machine;
-}
-
-TEST(Platform, MachineFiguresOfThisMachine) {
-  const PLT_machine figures = PLT_machine_figures();
-  EXPECT_FALSE(figures.system.empty());
-  EXPECT_NE("?", figures.version[0]);
-  EXPECT_NE(0u, figures.cpu_type);
-  EXPECT_GT(figures.ram_mb, 64);
-  EXPECT_GE(PLT_processor_count(), 1);
-  const uint64_t before = PLT_microseconds();
-  usleep(2000);
-  EXPECT_GE(PLT_microseconds() - before, 2000u);
+  for (const auto& [cpuinfo, mhz] : std::vector<std::pair<std::string, int>>{
+           {"processor\t: 0\ncpu MHz\t\t: 2799.998\ncpu MHz\t\t: 1000.0\n", 2800},
+           {"cpu MHz : 800", 800},
+           {"my cpu MHz\t: 12\n", 0},
+           {"cpu MHz\t\t: unknown\n", 0},
+           {"cpu MHz\t\t: -5\n", 0},
+           {"cpu MHz", 0}}) {
+    EXPECT_EQ(mhz, PLT_parse_cpu_mhz(cpuinfo)) << cpuinfo;
+  }
+  for (const auto& [machine, type] :
+       std::vector<std::pair<std::string, std::string>>{{"x86_64", "ixxx"},
+                                                        {"i686", "ixxx"},
+                                                        {"aarch64", "aarc"},
+                                                        {"ppc", "ppc "},
+                                                        {"ia64", "ia64"},
+                                                        {"", ""}}) {
+    EXPECT_EQ(code_of(type), PLT_parse_cpu_type(machine)) << machine;
+  }
 }
 
 TEST(Platform, DesktopFolder) {
   const scratch_folder home;
-  const environment h("HOME", home.path().c_str());
-  const environment c("XDG_CONFIG_HOME", nullptr);
+  set_environment("HOME", home.path());
+  set_environment("XDG_CONFIG_HOME", std::nullopt);
   EXPECT_EQ(home.path(), PLT_desktop_folder());
   EXPECT_FALSE(is_there(home / "Desktop")) << "none is made";
   home.folder("Desktop");
   EXPECT_EQ(home / "Desktop/", PLT_desktop_folder());
-  home.folder(".config");
   home.file(".config/user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/Bureau\"\n");
   EXPECT_EQ(home / "Desktop/", PLT_desktop_folder()) << "named but missing";
   home.folder("Bureau");
@@ -212,48 +145,41 @@ TEST(Platform, DesktopFolder) {
 TEST(Platform, PrefsFolder) {
   const scratch_folder home;
   umask(022);
-  const environment h("HOME", (home / "me").c_str());
-  {
-    const environment c("XDG_CONFIG_HOME", nullptr);
-    EXPECT_EQ(home / "me/.config/skyvane/", PLT_prefs_folder());
-    EXPECT_EQ(0700u, mode_of(home / "me/.config"));
-    EXPECT_EQ(0700u, mode_of(home / "me/.config/skyvane"));
-    EXPECT_EQ(home / "me/.config/skyvane/", PLT_prefs_folder()) << "a second time";
-  }
-  {
-    const environment c("XDG_CONFIG_HOME", (home / "a/b c").c_str());
-    EXPECT_EQ(home / "a/b c/skyvane/", PLT_prefs_folder());
-    EXPECT_TRUE(is_there(home / "a/b c/skyvane"));
-  }
-  {
-    const environment c("XDG_CONFIG_HOME", "relative");
-    EXPECT_EQ(home / "me/.config/skyvane/", PLT_prefs_folder()) << "relative is ignored";
-  }
-  {
-    const environment c("XDG_CONFIG_HOME", home.file("not a folder").c_str());
-    EXPECT_EQ("", PLT_prefs_folder());
+  set_environment("HOME", home / "me");
+  home.file("not a folder");
+  const struct {
+    std::optional<std::string> config;
+    std::string expected;  // none if empty
+  } rows[] = {
+      {std::nullopt, home / "me/.config/skyvane/"},
+      {"relative", home / "me/.config/skyvane/"},  // is ignored; and the folder is there already
+      {home / "a/b c", home / "a/b c/skyvane/"},
+      {home / "not a folder", ""},
+  };
+  for (const auto& row : rows) {
+    set_environment("XDG_CONFIG_HOME", row.config);
+    EXPECT_EQ(row.expected, PLT_prefs_folder());
     std::string path = "old";
-    EXPECT_EQ(-120, get_OS_abs_path(os_dir_prefs, path));
-    EXPECT_EQ("", path);
+    EXPECT_EQ(row.expected.empty() ? -120 : 0, get_OS_abs_path(os_dir_prefs, path));
+    EXPECT_EQ(row.expected, path);
+    if (!path.empty()) {
+      EXPECT_EQ(0700u, mode_of(path)) << path;
+    }
   }
-  const environment none("HOME", nullptr);
-  const std::string by_table = PLT_home_folder();
-  EXPECT_TRUE(by_table.empty() || (by_table.front() == '/' && by_table.back() == '/')) << by_table;
+  EXPECT_EQ(0700u, mode_of(home / "me/.config"));
 }
 
 TEST(Platform, TempFolder) {
   const scratch_folder here;
-  const environment t("TMPDIR", here.path().c_str());
+  set_environment("TMPDIR", here.path());
   const std::string temp = PLT_temp_folder();
   EXPECT_EQ(0u, temp.rfind(here / "skyvane-", 0)) << temp;
   EXPECT_EQ('/', temp.back());
-  EXPECT_EQ(temp, PLT_temp_folder());
   EXPECT_EQ(0700u, mode_of(temp));
   std::string path;
   EXPECT_EQ(0, get_OS_abs_path(os_dir_temp, path));
   EXPECT_EQ(temp, path);
 
-  here.folder("outside");
   here.file("outside/precious");
   ASSERT_EQ(0, symlink((here / "outside").c_str(), (temp + "link").c_str()));
   mkdir((temp + "sub").c_str(), 0700);
@@ -272,24 +198,14 @@ TEST(Platform, TempFolder) {
   EXPECT_TRUE(is_there(here / "outside/precious"));
   PLT_drop_temp_folder();
 
-  const std::string second = PLT_temp_folder();
-  EXPECT_TRUE(is_there(second)) << "made again when asked for again";
-  PLT_drop_temp_folder();
-
-  for (const char* unusable : {"/nothing/here", "relative"}) {
-    const environment bad("TMPDIR", unusable);
-    EXPECT_EQ(0u, PLT_temp_folder().rfind("/tmp/skyvane-", 0)) << unusable;
+  for (const std::string& unusable : {"/nothing/here"s, "relative"s, here.folder("a:b")}) {
+    set_environment("TMPDIR", unusable);
+    const std::string again = PLT_temp_folder();
+    EXPECT_EQ(0u, again.rfind("/tmp/skyvane-", 0)) << unusable;
+    EXPECT_TRUE(is_there(again)) << "made again when asked for again";
     PLT_drop_temp_folder();
   }
-  const environment colon("TMPDIR", here.folder("a:b").c_str());
-  EXPECT_EQ(0u, PLT_temp_folder().rfind("/tmp/skyvane-", 0)) << "no path can name it";
-  PLT_drop_temp_folder();
-}
 
-TEST(Platform, RemoveTree) {
-  const scratch_folder here;
-  here.folder("outside");
-  here.file("outside/precious");
   here.link("link", "outside");
   EXPECT_EQ(0, PLT_remove_tree(here / "link/"));
   EXPECT_TRUE(is_there(here / "outside/precious"));
@@ -309,13 +225,12 @@ TEST(Platform, FoldersOfTheProgram) {
   EXPECT_EQ("", folder);
 
   const scratch_folder home;
-  const environment h("HOME", home.folder("a:b\\c").c_str());
-  const environment c("XDG_CONFIG_HOME", nullptr);
-  std::string desktop, apps;
-  EXPECT_EQ(0, get_OS_abs_path(os_dir_desktop, desktop));
-  EXPECT_EQ(0, get_OS_abs_path(os_dir_default_apps, apps));
-  EXPECT_EQ(home / "a/b/c/", desktop) << "one separator only";
-  EXPECT_EQ(desktop, apps);
+  set_environment("HOME", home.folder("a:b\\c"));
+  set_environment("XDG_CONFIG_HOME", std::nullopt);
+  for (const auto kind : {os_dir_desktop, os_dir_default_apps}) {
+    EXPECT_EQ(0, get_OS_abs_path(kind, folder));
+    EXPECT_EQ(home / "a/b/c/", folder) << "one separator only";
+  }
 }
 
 TEST(Platform, FreeSpace) {
@@ -329,18 +244,9 @@ TEST(Platform, FreeSpace) {
     EXPECT_EQ(0, get_free_space(here / name, &total_later, &free_later)) << name;
     EXPECT_EQ(total, total_later) << name;
   }
-  EXPECT_EQ(0, get_free_space(here.path(), nullptr, nullptr));
-  EXPECT_EQ(0, get_free_space("/nothing/here/", &total, &free));
-  EXPECT_EQ(0, get_free_space("nothing", &total, &free));
+  EXPECT_EQ(0, get_free_space("nothing", nullptr, nullptr));
   EXPECT_EQ(ENOENT, get_free_space("", &total, &free));
   EXPECT_EQ(ENOENT, PLT_volume_space(here / "missing", nullptr, nullptr));
-
-  small_volume volume(here.folder("volume"), "size=1m");
-  if (volume.mounted()) {
-    EXPECT_EQ(0, get_free_space(here / "volume/not/yet/", &total, &free));
-    EXPECT_EQ(1048576u, total);
-    EXPECT_EQ(1048576u, free);
-  }
 }
 
 TEST(Platform, RunsProgramsWithinTheirTime) {
@@ -349,14 +255,13 @@ TEST(Platform, RunsProgramsWithinTheirTime) {
   const char* const touch[] = {"touch", mark.c_str(), nullptr};
   EXPECT_EQ(0, PLT_run_program(touch, 5));
   EXPECT_TRUE(is_there(mark)) << "the argument passes no shell";
-  const char* const fails[] = {"sh", "-c", "exit 7", nullptr};
-  EXPECT_EQ(7, PLT_run_program(fails, 5));
-  const char* const killed[] = {"sh", "-c", "kill -TERM $$", nullptr};
-  EXPECT_EQ(-1, PLT_run_program(killed, 5));
+  for (const auto& [script, status] : std::vector<std::pair<const char*, int>>{
+           {"exit 7", 7}, {"kill -TERM $$", -1}, {"cat", 0}}) {  // the last one reads its input
+    const char* const shell[] = {"sh", "-c", script, nullptr};
+    EXPECT_EQ(status, PLT_run_program(shell, 5)) << script;
+  }
   const char* const missing[] = {"no-such-program-here", nullptr};
   EXPECT_EQ(-1, PLT_run_program(missing, 5));
-  const char* const reads[] = {"cat", nullptr};  // would wait for input
-  EXPECT_EQ(0, PLT_run_program(reads, 5));
 
   const std::string late = here / "late";
   const std::string script = "sleep 2 && touch '" + late + "' & wait";
@@ -371,14 +276,14 @@ TEST(Platform, RunsProgramsWithinTheirTime) {
 
 TEST(Platform, EjectsWhatIsMounted) {
   const scratch_folder here;
-  EXPECT_EQ(EINVAL, eject_dvd(here.folder("plain")));
-  EXPECT_EQ(EINVAL, eject_dvd(here / "missing/"));
-  EXPECT_EQ(EINVAL, eject_dvd("/"));
-  EXPECT_EQ(EINVAL, eject_dvd(""));
+  for (const std::string& no_volume : {here.folder("plain"), here / "missing/", "/"s, ""s})
+    EXPECT_EQ(EINVAL, eject_dvd(no_volume)) << no_volume;
 
   const std::string point = here.folder("a volume");
-  small_volume volume(point, "size=64k");
-  if (!volume.mounted()) return;
+  if (mount("none", point.c_str(), "tmpfs", 0, "size=64k") != 0) {
+    std::printf("rows left out: volumes cannot be mounted by this user\n");
+    return;
+  }
   here.file("a volume/file");
   {
     const int busy = open((point + "file").c_str(), O_RDONLY);
@@ -388,30 +293,4 @@ TEST(Platform, EjectsWhatIsMounted) {
   EXPECT_EQ(0, eject_dvd(point));
   EXPECT_FALSE(is_there(point + "file"));
   EXPECT_EQ(EINVAL, eject_dvd(point)) << "a second time";
-}
-
-// A real disc image, served by a program: the way in which a disc is tried without a drive.
-TEST(Platform, FindsAndEjectsADiscImage) {
-  if (!runs("xorriso") || !runs("fuseiso") || access("/dev/fuse", R_OK | W_OK) != 0) {
-    left_out("no disc image can be made and mounted");
-    return;
-  }
-  const scratch_folder here;
-  here.folder("content");
-  here.file("content/dvd_version.txt", "label");
-  const std::string point = here.folder("the disc");
-  const std::string make = "xorriso -as mkisofs -quiet -R -J -V LABEL -o '" + here / "disc.iso" +
-                           "' '" + here / "content" + "' >/dev/null 2>&1 && fuseiso '" +
-                           here / "disc.iso" + "' '" + point + "' 2>/dev/null";
-  if (std::system(make.c_str()) != 0) {  // a container that has the programs may still refuse
-    left_out("no disc image can be made and mounted");
-    return;
-  }
-  const auto discs = PLT_disc_volumes();
-  EXPECT_NE(discs.end(), std::find(discs.begin(), discs.end(), point));
-  EXPECT_EQ(1, file_exists(point + "dvd_version.txt"));
-  EXPECT_EQ(0, eject_dvd(point));
-  EXPECT_EQ(0, file_exists(point + "dvd_version.txt"));
-  const auto after = PLT_disc_volumes();
-  EXPECT_EQ(after.end(), std::find(after.begin(), after.end(), point));
 }

@@ -43,21 +43,18 @@ TEST(RuntimeQueue, GivesWordsInTheOrderOfWriting) {
 }
 
 TEST(RuntimeQueue, DeadlineCarriesIntoTheSeconds) {
-  struct row {
+  const struct {
     const char* label;
     timespec now;
     int timeout;
     timespec expected;
-  };
-  const row rows[] = {
-      {"nothing to add", {5, 250}, 0, {5, 250}},
+  } rows[] = {
       {"whole seconds", {5, 999999999}, 2000, {7, 999999999}},
       {"one below the carry", {5, 998999999}, 1, {5, 999999999}},
       {"just the carry", {5, 999000000}, 1, {6, 0}},
-      {"seconds and a carry", {100, 900000000}, 1500, {102, 400000000}},
       {"the longest wait", {0, 999999999}, 2147483647, {2147484, 646999999}},
   };
-  for (const row& r : rows) {
+  for (const auto& r : rows) {
     const timespec deadline = UTL_message_deadline(r.now, r.timeout);
     EXPECT_EQ(deadline.tv_sec, r.expected.tv_sec) << r.label;
     EXPECT_EQ(deadline.tv_nsec, r.expected.tv_nsec) << r.label;
@@ -66,16 +63,13 @@ TEST(RuntimeQueue, DeadlineCarriesIntoTheSeconds) {
 
 TEST(RuntimeQueue, WaitsAsLongAsAskedAndNoLonger) {
   const test_queue queue;
-  // Long enough that one of them crosses a second on the clock.
-  for (const int timeout : {1, 40, 600, 600}) {
+  // Long enough that one of them crosses a second on the clock; -2 is no time-out and polls.
+  for (const int timeout : {-2, 1, 40, 600, 600}) {
     const auto start = clock_type::now();
     EXPECT_EQ(UTL_message_queue_read(queue, timeout), 0);
     EXPECT_GE(elapsed_ms(start), timeout - 1);
     EXPECT_LT(elapsed_ms(start), timeout + 5000);
   }
-  const auto start = clock_type::now();
-  EXPECT_EQ(UTL_message_queue_read(queue, -2), 0) << "not a time-out: polls";
-  EXPECT_LT(elapsed_ms(start), 5000);
 }
 
 TEST(RuntimeQueue, WakesAReaderThatWaits) {
@@ -142,35 +136,8 @@ TEST(RuntimeQueue, GivesEachWordToOneOfManyReaders) {
       ASSERT_EQ(seen[w * 100000 + i], 1) << "writer " << w << " word " << i;
 }
 
-TEST(RuntimeQueue, IsDestroyedWithWordsInIt) {
-  int owned = 5;
-  {
-    const test_queue queue;
-    for (int i = 0; i < 1000; ++i)
-      UTL_message_queue_write(queue, reinterpret_cast<UTL_message>(&owned));
-  }
-  EXPECT_EQ(owned, 5) << "what a word points to is not looked at";
-}
-
-TEST(RuntimeThread, RunsJoinsAndReturnsItsResult) {
-  UTL_thread_handle thread;
-  UTL_thread_joiner join;
-  UTL_thread_identity identity, inside{};
-  UTL_thread_create(
-      [](void* argument) -> void* {
-        *static_cast<UTL_thread_identity*>(argument) = UTL_get_current_thread();
-        return argument;
-      },
-      &inside, &thread, &join, &identity);
-  EXPECT_EQ(UTL_thread_join(thread, join), &inside);
-  EXPECT_TRUE(UTL_same_thread(identity, inside));
-  EXPECT_FALSE(UTL_same_thread(identity, UTL_get_current_thread()));
-  EXPECT_GE(UTL_count_processors(), 1);
-}
-
 TEST(RuntimeThread, ExitUnwindsTheStackAndGivesTheResult) {
   static std::atomic<int> destroyed, came_back;
-  destroyed = came_back = 0;
   struct witness {
     ~witness() { ++destroyed; }
   };
@@ -186,17 +153,9 @@ TEST(RuntimeThread, ExitUnwindsTheStackAndGivesTheResult) {
       },
       &thread, &thread, &join, &identity);
   EXPECT_EQ(UTL_thread_join(thread, join), &thread);
+  EXPECT_FALSE(UTL_same_thread(identity, UTL_get_current_thread()));
   EXPECT_EQ(destroyed, 1);
   EXPECT_EQ(came_back, 0);
-}
-
-TEST(RuntimeThread, SleepsAtLeastAsLongAsAsked) {
-  for (const int time : {0, -1, -100000, 1, 30}) {
-    const auto start = clock_type::now();
-    UTL_sleep(time);
-    EXPECT_GE(elapsed_ms(start), time);
-    EXPECT_LT(elapsed_ms(start), 5000) << time;
-  }
 }
 
 TEST(RuntimeThread, FailedJoinIsOnlyLogged) {
@@ -224,21 +183,6 @@ TEST(RuntimeThread, CriticalSectionIsRecursiveAndExcludes) {
   EXPECT_FALSE(other_gets_it()) << "one unlock for two locks";
   UTL_critical_section_unlock(&section);
   EXPECT_TRUE(other_gets_it());
-
-  int counter = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 5000; ++i) {
-        UTL_critical_section_lock(&section);
-        ++counter;
-        UTL_critical_section_unlock(&section);
-      }
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
-  EXPECT_EQ(counter, 20000);
   UTL_critical_section_destroy(&section);
 }
 

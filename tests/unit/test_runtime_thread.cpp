@@ -60,6 +60,13 @@ void* raise_fatal(void*) {
   return nullptr;
 }
 
+void* fail_a_call(void*) {
+  const witness local;
+  UTL_thread_check(22, "\"pthread_cond_timedwait\" OS error", "UTL/UTL_queue", 51);
+  ++survived;
+  return nullptr;
+}
+
 void* throw_standard(void*) {
   const witness local;
   throw std::runtime_error("the reason");
@@ -73,6 +80,12 @@ void* throw_number(void*) {
 void* throw_record(void*) {
   const witness local;
   throw exce_class("a mere warning", "", "", "", "Test/source", 78, t_alert);
+}
+
+// Hands on the record that it is given.
+void* send(void* record) {
+  THREAD_send_exception(*static_cast<exce_class*>(record));
+  return nullptr;
 }
 
 struct failing_task : UTL_work_task {
@@ -133,31 +146,13 @@ TEST_F(RuntimeAsync, CookieIsNeverZero) {
   }
 }
 
-TEST_F(RuntimeAsync, KnowsTheMainThread) {
+TEST_F(RuntimeAsync, KnowsTheMainThreadAndShutsDownOnce) {
   EXPECT_TRUE(THREAD_is_inited());
   EXPECT_TRUE(THREAD_is_main_thread());
   const auto ask = [](void* argument) -> void* {
     return THREAD_is_inited() && !THREAD_is_main_thread() ? argument : nullptr;
   };
   EXPECT_EQ(on_thread(ask, this), this);
-}
-
-TEST_F(RuntimeAsync, QueuedCallsRunBeforeTheShutdown) {
-  static std::atomic<int> ran;
-  ran = 0;
-  for (int i = 0; i < 100; ++i)
-    THREAD_cleanup([] {
-      THREAD_call* const call = THREAD_run_async(
-          [](void*) -> void* {
-            ++ran;
-            return nullptr;
-          },
-          nullptr);
-      while (!THREAD_is_done(call, 5)) {
-      }
-      return call;
-    }());
-  EXPECT_EQ(ran, 100);
   THREAD_shutdown();
   EXPECT_FALSE(THREAD_is_inited());
   const std::string text = log.text();
@@ -186,104 +181,77 @@ TEST_F(RuntimeAsync, FailuresWaitForTheirReaderBySeverity) {
   for (const int severity : {0, 1, 3, -1}) {
     exce_class record("severity " + std::to_string(severity), "", "", "", "Test/source", 5,
                       severity);
-    on_thread(
-        [](void* argument) -> void* {
-          THREAD_send_exception(*static_cast<exce_class*>(argument));
-          return nullptr;
-        },
-        &record);
+    on_thread(send, &record);
   }
-  THREAD_call* const call = THREAD_run_async(add_one, nullptr);
-  ASSERT_EQ(THREAD_is_done(call, 60000), 1);
-  THREAD_cleanup(call);
   THREAD_check_exception(0);
   EXPECT_EQ(log.text(), before) << "a warning is not shown where fatal ones are looked for";
-  THREAD_check_exception(1);
-  EXPECT_EQ(log.text(), before + "\nseverity 1\n\n\n\n(Test/source line 5)\n");
-  THREAD_check_exception(1);
-  EXPECT_EQ(log.text(), before + "\nseverity 1\n\n\n\n(Test/source line 5)\n") << "shown once";
-}
-
-TEST_F(RuntimeAsync, AFailureTooLateToBeShownIsLogged) {
+  const std::string shown = before + "\nseverity 1\n\n\n\n(Test/source line 5)\n";
+  for (const char* label : {"shown", "once"}) {
+    THREAD_check_exception(1);
+    EXPECT_EQ(log.text(), shown) << label;
+  }
+  // One that comes too late to be shown is logged.
   THREAD_send_exception(exce_class("late", "", "", "", "Test/source", 6, t_alert));
   THREAD_shutdown();
-  const std::string text = log.text();
-  EXPECT_NE(text.find("Logging fatal Exception thrown from file: Test/source, line 6.\nlate\n"),
-            std::string::npos);
-  EXPECT_TRUE(text.ends_with("Clean exit from threads.\n"));
+  EXPECT_EQ(
+      log.text().find("Logging fatal Exception thrown from file: Test/source, line 6.\nlate\n"),
+      shown.size());
+  EXPECT_TRUE(log.text().ends_with("Clean exit from threads.\n"));
 }
 
 // Every way to fail, on every kind of thread: the main thread tells the user, and the program ends
 // with status 1. The rows run in a child process.
 TEST(RuntimeFailureDeathTest, EndsTheProgramFromEveryKindOfThread) {
-  struct row {
+  const struct {
     UTL_thread_function fail;
     const char* text;
-  };
-  const row rows[] = {
+  } rows[] = {
       {raise_fatal, "fatal one fatal two"},
+      {fail_a_call, "\"pthread_cond_timedwait\" OS error err=22\\.000000"},
       {throw_standard, "Caught an unhandled C\\+\\+ exception the reason"},
       {throw_number, "Caught an unhandled unknown exception"},
       {throw_record, "a mere warning"},
   };
-  for (const row& r : rows) {
-    EXPECT_EXIT(
-        {
-          THREAD_init();
-          on_thread(r.fail, nullptr);
-          if (survived != 0 || destroyed != 1) std::_Exit(3);
-          frames_until_the_end();
-        },
-        testing::ExitedWithCode(1), r.text)
-        << "own thread";
-    EXPECT_EXIT(
-        {
-          THREAD_init();
-          THREAD_make_workers();
-          THREAD_is_done(THREAD_run_async(r.fail, nullptr), queue_wait_forever);
-        },
-        testing::ExitedWithCode(1), r.text)
-        << "asynchronous call that is waited for without end";
-    EXPECT_EXIT(
-        {
-          THREAD_init();
-          failing_task task(r.fail);
-          UTL_worker_threads pool(2, 4);
-          pool.enqueue_task(&task);
-          pool.wait_retired_tasks();
-        },
-        testing::ExitedWithCode(1), r.text)
-        << "pool thread, while the owner drains";
-    EXPECT_EXIT(
-        {
-          THREAD_init();
-          failing_task task(r.fail);
+  const struct {
+    const char* thread;
+    void (*fail_on_it)(UTL_thread_function);
+  } threads[] = {{"of its own",
+                  [](UTL_thread_function fail) {
+                    on_thread(fail, nullptr);
+                    if (survived != 0 || destroyed != 1) std::_Exit(3);
+                    frames_until_the_end();
+                  }},
+                 {"of an asynchronous call that is waited for without end",
+                  [](UTL_thread_function fail) {
+                    THREAD_make_workers();
+                    THREAD_is_done(THREAD_run_async(fail, nullptr), queue_wait_forever);
+                  }},
+                 {"of a pool whose owner drains it",
+                  [](UTL_thread_function fail) {
+                    failing_task task(fail);
+                    UTL_worker_threads pool(2, 4);
+                    pool.enqueue_task(&task);
+                    pool.wait_retired_tasks();
+                  }},
+                 {"of a pool that is destroyed", [](UTL_thread_function fail) {
+                    failing_task task(fail);
+                    {
+                      UTL_worker_threads pool(2, 4);
+                      pool.enqueue_task(&task);
+                    }
+                    frames_until_the_end();
+                  }}};
+  for (const auto& r : rows) {
+    for (const auto& t : threads) {
+      EXPECT_EXIT(
           {
-            UTL_worker_threads pool(2, 4);
-            pool.enqueue_task(&task);
-          }
-          frames_until_the_end();
-        },
-        testing::ExitedWithCode(1), r.text)
-        << "pool thread, pool destroyed";
+            THREAD_init();
+            t.fail_on_it(r.fail);
+          },
+          testing::ExitedWithCode(1), r.text)
+          << "thread " << t.thread;
+    }
   }
-}
-
-TEST(RuntimeFailureDeathTest, FailedSystemCallOnAThreadIsShownByTheMainThread) {
-  EXPECT_EXIT(
-      {
-        THREAD_init();
-        on_thread(
-            [](void*) -> void* {
-              UTL_thread_check(22, "\"pthread_cond_timedwait\" OS error", "UTL/UTL_queue", 51);
-              ++survived;
-              return nullptr;
-            },
-            nullptr);
-        if (survived != 0) std::_Exit(3);
-        frames_until_the_end();
-      },
-      testing::ExitedWithCode(1), "\"pthread_cond_timedwait\" OS error err=22\\.000000");
 }
 
 TEST(RuntimeFailureDeathTest, TheFirstFatalGoesAheadOfEverything) {
@@ -293,28 +261,11 @@ TEST(RuntimeFailureDeathTest, TheFirstFatalGoesAheadOfEverything) {
         for (const int number : {1, 2, 3}) {
           exce_class record("record " + std::to_string(number), "", "", "", "Test/source", number,
                             number == 1 ? t_alert : t_exit);
-          on_thread(
-              [](void* argument) -> void* {
-                THREAD_send_exception(*static_cast<exce_class*>(argument));
-                return nullptr;
-              },
-              &record);
+          on_thread(send, &record);
         }
         THREAD_check_exception(1);
       },
       testing::ExitedWithCode(1), "^[^r]*record 2[^r]*$");
-}
-
-TEST(RuntimeFailureDeathTest, CleanupOfACallNotFoundDone) {
-  EXPECT_EXIT(
-      {
-        THREAD_init();
-        THREAD_make_workers();
-        THREAD_call* const call = THREAD_run_async(add_one, nullptr);
-        UTL_sleep(100);  // it has finished by now, but nobody has asked
-        THREAD_cleanup(call);
-      },
-      testing::ExitedWithCode(1), "Thread cleanup called on not-done call\\.");
 }
 
 TEST(RuntimeFailureDeathTest, LastResortOfAThreadIsTheLog) {

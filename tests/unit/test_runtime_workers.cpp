@@ -59,15 +59,6 @@ TEST(RuntimeWorkers, RunsEveryTaskOnceAndGivesItBack) {
   EXPECT_EQ(pool.check_retired_tasks(), nullptr);
 }
 
-TEST(RuntimeWorkers, OneThreadKeepsTheOrder) {
-  counting_task tasks[50];
-  UTL_worker_threads pool(1, 50);
-  for (counting_task& task : tasks)
-    pool.enqueue_task(&task);
-  for (counting_task& task : tasks)
-    EXPECT_EQ(pool.wait_retired_tasks(), &task);
-}
-
 TEST(RuntimeWorkers, CountsATaskUntilItIsTakenBack) {
   gated_task tasks[3];
   UTL_worker_threads pool(1, 2);
@@ -91,60 +82,24 @@ TEST(RuntimeWorkers, CountsATaskUntilItIsTakenBack) {
   EXPECT_EQ(pool.wait_retired_tasks(), nullptr);
 }
 
-TEST(RuntimeWorkers, WithoutThreadsTakesTasksAndNeverRunsThem) {
-  for (const int threads : {0, -1}) {
-    counting_task task;
+TEST(RuntimeWorkers, DestructionRunsWhatIsQueuedUnlessTheOwnerDrains) {
+  for (const bool drains : {false, true}) {
+    counting_task tasks[200];
+    gated_task first[2];
     {
-      UTL_worker_threads pool(threads, 1);
-      pool.enqueue_task(&task);
-      EXPECT_EQ(pool.count_total_tasks(), 1);
-      EXPECT_EQ(pool.check_retired_tasks(), nullptr);
+      UTL_worker_threads pool(2, 1);
+      for (gated_task& task : first)
+        pool.enqueue_task(&task);
+      for (counting_task& task : tasks)
+        pool.enqueue_task(&task);
+      for (gated_task& task : first)
+        task.let_go();
+      int drained = 0;
+      while (drains && pool.wait_retired_tasks() != nullptr)
+        ++drained;
+      EXPECT_EQ(drained, drains ? 202 : 0);
     }
-    EXPECT_EQ(task.runs, 0);
+    for (const counting_task& task : tasks)
+      EXPECT_EQ(task.runs, 1);
   }
-}
-
-TEST(RuntimeWorkers, DestructionRunsWhatIsQueued) {
-  counting_task tasks[200];
-  gated_task first[2];
-  {
-    UTL_worker_threads pool(2, 1);
-    for (gated_task& task : first)
-      pool.enqueue_task(&task);
-    for (counting_task& task : tasks)
-      pool.enqueue_task(&task);
-    for (gated_task& task : first)
-      task.let_go();
-  }
-  for (const counting_task& task : tasks)
-    EXPECT_EQ(task.runs, 1);
-}
-
-TEST(RuntimeWorkers, ATaskGoesOnToASecondPool) {
-  constexpr int total = 300;
-  std::vector<counting_task> tasks(total);
-  UTL_worker_threads read_pool(1, 30), write_pool(3, 30);
-  int given = 0;
-  std::set<UTL_work_task*> done;
-  while (done.size() < total) {
-    while (given < total && read_pool.has_free_slot())
-      read_pool.enqueue_task(&tasks[static_cast<size_t>(given++)]);
-    if (write_pool.has_free_slot())
-      if (UTL_work_task* half = read_pool.check_retired_tasks()) write_pool.enqueue_task(half);
-    if (UTL_work_task* whole = write_pool.check_retired_tasks()) done.insert(whole);
-  }
-  for (const counting_task& task : tasks)
-    EXPECT_EQ(task.runs, 2);
-}
-
-TEST(RuntimeWorkers, AnOwnerThatGivesUpDrains) {
-  UTL_worker_threads pool(2, 30);
-  for (int i = 0; i < 30; ++i)
-    pool.enqueue_task(new counting_task);
-  int drained = 0;
-  while (UTL_work_task* task = pool.wait_retired_tasks()) {
-    delete task;
-    ++drained;
-  }
-  EXPECT_EQ(drained, 30);
 }
