@@ -1,7 +1,5 @@
-// What the two archive targets share: an input as a file in memory, a scratch folder that lies
-// within a watched one, and what an edition supplies to the system.
-
-#include "fuzz/fuzz_archive.h"
+// Fuzz target of a reader of archives, the one that the build names as FUZZ_UNPACK: an input
+// becomes a file in memory and is unpacked into a scratch folder, which lies within a watched one.
 
 #include <dirent.h>
 #include <ftw.h>
@@ -11,15 +9,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
-#include "Installer-f/main_wizard.h"
-#include "corekit/GenH/hl_app.h"
-
-page_function g_wizard = nullptr;
-
-const char* APP_title() {
-  return "Skyvane Fuzzing";
-}
+#include "corekit/Files/io_7z.h"
+#include "corekit/Files/io_zip.h"
 
 namespace {
 
@@ -43,10 +36,10 @@ struct scratch {
 
 }  // namespace
 
-void fuzz_unpack(unpacker* unpack, const uint8_t* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static scratch s;
   if (ftruncate(s.input, 0) != 0 || pwrite(s.input, data, size, 0) != ssize_t(size)) abort();
-  unpack(s.path, s.out, nullptr, 0);
+  FUZZ_UNPACK(s.path, s.out, nullptr, 0);
   nftw(s.out.c_str(), scratch::drop, 16, FTW_DEPTH | FTW_PHYS);
 
   // The folder itself goes with its content; nothing else may be beside it.
@@ -57,4 +50,5 @@ void fuzz_unpack(unpacker* unpack, const uint8_t* data, size_t size) {
   closedir(dir);
   if (items != 2) abort();
   mkdir(s.out.c_str(), 0755);
+  return 0;
 }

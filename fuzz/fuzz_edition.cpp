@@ -1,5 +1,4 @@
-// What the system needs of an edition, for the targets that read pictures: no start page, and a
-// title.
+// What the system needs of an edition, for all targets: no start page, and a title.
 
 #include "Installer-f/main_wizard.h"
 #include "corekit/GenH/hl_app.h"

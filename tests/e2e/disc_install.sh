@@ -21,13 +21,6 @@ run_with_discs --accept_eula --dest="$SCRATCH" --name="My copy"
 want_status 2
 want_text "The folder 'My copy' already exists in the dir '$SCRATCH/'."
 
-# Without the licence nothing is installed.
-only_disc 1
-run_with_discs --dest="$SCRATCH" --name=Other
-want_status 2
-want_text "I accept this agreement."
-[ ! -e "$SCRATCH/Other" ] || fail "a copy without the licence"
-
 # Part of the scenery, and none: no more than that is there, and no disc is asked for in vain.
 only_disc 1
 run_with_discs --accept_eula --dest="$SCRATCH" --name=Some --sectors=+30-120,-90-180
@@ -45,7 +38,7 @@ SECTORS=nothing same_tree "$SOURCE" Macintosh "$SCRATCH/None"
 is_in 1 && is_in 2 && is_in 3 || fail "a disc was ejected without need"
 
 # Answers that make no sense touch nothing.
-for wrong in --do=update --sectors=+31-120 --sectors= --sectors=+00+000; do
+for wrong in --do=update --sectors=+31-120 --sectors=+00+000; do
   run_with_discs --accept_eula --dest="$SCRATCH" --name=Wrong "$wrong"
   want_status 2
   [ ! -e "$SCRATCH/Wrong" ] || fail "$wrong made a copy"

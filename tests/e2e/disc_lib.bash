@@ -22,7 +22,6 @@ IMAGES=$FIXTURE/discs             # disc_1.iso and on
 MASTER=$FIXTURE/master-discs      # disk_0 and on
 DISCS=$SCRATCH/discs              # where this test mounts them
 export TMPDIR=$SCRATCH/tmp
-export LC_ALL=C  # names in the sample are bytes of several character sets
 mkdir -p "$DISCS" "$TMPDIR"
 
 # Made by the first test that comes here: a release with ready scenery archives, on three discs.
@@ -79,6 +78,21 @@ only_disc() {
   insert_disc "$1"
 }
 
+all_discs_of() {  # IMAGES
+  for disc in 1 2 3; do take_out "$disc"; insert_disc "$disc" "$1"; done
+}
+
+# repair_all: two runs from good discs make $copy whole, whatever was wrong with it.
+repair_all() {
+  all_discs_of "$IMAGES"
+  run_with_discs --do=repair --on_modified=overwrite
+  want_status 0
+  run_with_discs --do=scenery --sectors=all --on_modified=overwrite
+  want_status 0
+  same_tree "$SOURCE" Macintosh "$copy"
+  want_no_leftovers
+}
+
 # The hand that changes discs: puts in each disc that the program asks for.
 attend() {
   local served=0
@@ -110,18 +124,9 @@ want_no_leftovers() {
   [ -z "$(ls "$TMPDIR")" ] || fail "working files were left: $(ls "$TMPDIR")"
 }
 
-# shipped SOURCE PLATFORM: as in lib.sh, for discs: with the scenery of the sectors in SECTORS, a
-# regular expression. Installers leave out the two old data sets, though they are on the discs.
+# What is shipped on discs: the scenery of the sectors in SECTORS, a regular expression, too.
 SECTORS='.*'
 shipped() {
-  (
-    cd "$1"
-    find All "$2" \( -type l -o -type f -size +0c \) -print0
-  ) | grep -azvE '\.7z$|Thumbs\.db|work\.|\._|\.DS_Store|\.sandboxinfo|\.xSYM' |
-    grep -azvE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|Skyvane Pilot\.txt|\.dsf\.txt' |
-    grep -azvE 'All/install_pfc Aircraft/|/DSF 900 (Mars|Moon) World-Wide' |
-    grep -azvE '/900 red terrain/|/Earth Orbit Textures/' |
-    grep -azvE "$(foreign_plugins "$2")" | tr '\0' '\n' |
-    awk -v want="/($SECTORS)/" '!/(Global Scenery|default scenery\/DSF 820).*dsf$/ || $0 ~ want' |
-    sed 's#^\([^/]*\)/\(.*\)$#\2\t\1/\2#' | sort
+  candidates "$1" "$2" '\.7z$' '/900 red terrain/|/Earth Orbit Textures/' |
+    awk -F'\t' -v want="/($SECTORS)/" '!/(Global Scenery|default scenery\/DSF 820).*dsf$/ || $0 ~ want'
 }

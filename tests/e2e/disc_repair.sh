@@ -13,7 +13,6 @@ repair() {
   only_disc 1
   run_with_discs --do=repair "$@"
 }
-files_to_install() { grep -oP 'install approximately \K\d+' "$OUT" || true; }
 
 # A copy that is whole needs nothing, and no disc but the first.
 repair

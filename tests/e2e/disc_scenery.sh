@@ -26,7 +26,6 @@ rows=(
   "+30-120,+50+000|installed more|\\\\+30-120|\\\\+50\\\\+000"
   "-40+150|added and removed|-40\\\\+150"
   "none|removed|nothing"
-  "none|updated|nothing"
   "all|installed more|.*"
 )
 for row in "${rows[@]}"; do

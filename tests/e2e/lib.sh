@@ -95,23 +95,24 @@ want_text() {
 # requests for every host, and the absolute form that a client sends to a proxy. CONFIG is put into
 # the server block. nginx returns once it listens, so nothing has to wait for it.
 serve() {
-  local root=$1 extra=${2:-} dir
+  local root=$1 extra=${2:-}
   for PORT in $(shuf -i 20000-32000 -n 30); do
-    dir=$SCRATCH/nginx-$PORT
-    mkdir -p "$dir"
-    nginx_conf "$dir" "127.0.0.1:$PORT" "$root" "$extra" >"$dir/nginx.conf"
-    nginx -p "$dir" -c "$dir/nginx.conf" 2>"$dir/start.log" && return 0
-    rm -r "$dir"
+    start_nginx "$PORT" "127.0.0.1:$PORT" "$root" "$extra" && return 0
+    rm -r "$SCRATCH/nginx-$PORT"
   done
   fail "nginx found no free port"
 }
 
 # serve_at ADDRESS ROOT [CONFIG]: the same on port 80 of a loopback address.
 serve_at() {
+  start_nginx "$1" "$1:80" "$2" "${3:-}" || fail "nginx on $1: $(cat "$SCRATCH/nginx-$1/start.log")"
+}
+
+start_nginx() {  # NAME ADDRESS ROOT CONFIG
   local dir=$SCRATCH/nginx-$1
   mkdir -p "$dir"
-  nginx_conf "$dir" "$1:80" "$2" "${3:-}" >"$dir/nginx.conf"
-  nginx -p "$dir" -c "$dir/nginx.conf" 2>"$dir/start.log" || fail "nginx on $1: $(cat "$dir/start.log")"
+  nginx_conf "$dir" "${@:2}" >"$dir/nginx.conf"
+  nginx -p "$dir" -c "$dir/nginx.conf" 2>"$dir/start.log"
 }
 
 nginx_conf() {
@@ -165,15 +166,20 @@ server_list() {
 # (Macintosh, Windows or Linux), as "relative-location TAB source", sorted; the makers' rules said in
 # other words than the builder's.
 shipped() {
+  candidates "$1" "$2" '\.7z|/-global (overlays|terrain)-' \
+    'All/Resources/default scenery/900 red terrain/|bitmaps/Earth Orbit Textures/'
+}
+
+# candidates SOURCE PLATFORM PATTERN PATTERN: what every kind of master ships, less the patterns.
+candidates() {
   local src=$1 platform=$2
   (
     cd "$src"
     find All "$platform" \( -type l -o -type f -size +0c \) -print0
-  ) | grep -zavE '\.7z|Thumbs\.db|work\.|\._|\.DS_Store|\.sandboxinfo|\.xSYM' |
+  ) | grep -zavE "$3" | grep -zavE "$4" |
+    grep -zavE 'Thumbs\.db|work\.|\._|\.DS_Store|\.sandboxinfo|\.xSYM|All/install_pfc Aircraft/' |
     grep -zavE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|Skyvane Pilot\.txt|\.dsf\.txt' |
-    grep -zavE 'All/install_pfc Aircraft/|/-global (overlays|terrain)-|/DSF 900 (Mars|Moon) World-Wide' |
-    grep -zavE 'All/Resources/default scenery/900 red terrain/|bitmaps/Earth Orbit Textures/' |
-    grep -zavE "$(foreign_plugins "$platform")" | tr '\0' '\n' |
+    grep -zavE "/DSF 900 (Mars|Moon) World-Wide|$(foreign_plugins "$platform")" | tr '\0' '\n' |
     sed 's#^\([^/]*\)/\(.*\)$#\2\t\1/\2#' | sort
 }
 
@@ -206,13 +212,17 @@ same_tree() {
   same_folders "$copy"
 }
 
-same_file() {
+same_bytes() {
   if [ -L "$1" ]; then
-    [ -L "$2" ] && [ "$(readlink "$1")" = "$(readlink "$2")" ] || fail "link differs: $2"
+    [ -L "$2" ] && [ "$(readlink "$1")" = "$(readlink "$2")" ]
   else
-    [ ! -L "$2" ] && cmp -s "$1" "$2" || fail "bytes differ: $2"
-    [ "$(stat -c %a "$1")" = "$(stat -c %a "$2")" ] || fail "mode differs: $2"
+    [ ! -L "$2" ] && cmp -s "$1" "$2"
   fi
+}
+
+same_file() {
+  same_bytes "$1" "$2" || fail "bytes differ, or a link: $2"
+  [ "$(stat -c %a "$1")" = "$(stat -c %a "$2")" ] || fail "mode differs: $2"
 }
 
 same_folders() {

@@ -19,8 +19,6 @@ phase() {
   printf '%-22s %4d.%d s\n' "$label" $((us / 1000000)) $((us / 100000 % 10))
 }
 
-# --- the tree ------------------------------------------------------------------------------------
-
 # Evenly spread over all that is there, but for what the builder refuses or leaves out: some words,
 # names that begin with a dot, empty files; and giants, which would only test the disk.
 find /usr/share /usr/include -type f -readable -size +0 -size -1000k -printf '%p\n' |
@@ -47,8 +45,6 @@ mkdir "$SCRATCH/master"
 give "$SCRATCH/master"
 phase "build the master" build_master
 
-# --- install, verify -----------------------------------------------------------------------------
-
 serve "$(web_root "$name" "$SCRATCH/master")"
 phase "install" run_as_user skyvane-demo-installer --accept_eula --dest="$SCRATCH" --name=sim
 want_status 0
@@ -69,31 +65,19 @@ same_real "after the install"
 phase "verify" update
 want_status 0
 want_text "is already up to date."
-checked=$(sed -n 's/ files checked$//p' "$OUT")
-[ "$checked" -gt "$files" ] || fail "only $checked files checked"
 
-# --- damage one of twenty, and bring it back -----------------------------------------------------
-
-damaged=0 modified=0
+# Damage one of twenty, and bring it back.
+damaged=0
 while read -r path; do
   file=$COPY/Resources/real$path
-  case $((damaged % 4)) in
-    0) rm "$file" ;;
-    1) echo "and more" >>"$file" ;;
-    2) truncate -s "$(($(stat -c %s "$file") / 2))" "$file" ;;
-    3) mv "$file" "$file.mine" ;;
-  esac
-  case $((damaged % 4)) in 1 | 2) modified=$((modified + 1)) ;; esac
+  if [ $((damaged % 2)) = 0 ]; then mv "$file" "$file.mine"; else truncate -s -1 "$file"; fi
   damaged=$((damaged + 1))
 done < <(awk 'NR % 20 == 7' "$SCRATCH/list.txt")
 
 phase "bring back $damaged" update --on_modified=overwrite
 want_status 0
 want_count "$damaged" "files fetched"
-want_count "$modified" "files replaced or deleted, though you had modified them"
-[ "$(find "$COPY/Resources/real" -name '*.mine' -print -delete | wc -l)" = $((damaged / 4)) ] ||
+want_count $((damaged / 2)) "files replaced or deleted, though you had modified them"
+[ "$(find "$COPY/Resources/real" -name '*.mine' -print -delete | wc -l)" = $(((damaged + 1) / 2)) ] ||
   fail "the user's own files are not all there"
 same_real "after the repair"
-phase "verify again" update
-want_status 0
-want_count 0 "files fetched"

@@ -48,12 +48,7 @@ shipped "$FIXTURE/sample/old" Macintosh >"$SCRATCH/old.tsv"
 shipped "$FIXTURE/sample/new" Macintosh >"$SCRATCH/new.tsv"
 fetched=0
 while IFS=$'\t' read -r rel from; do
-  old=$SCRATCH/old/$rel new=$FIXTURE/sample/new/$from
-  if [ -L "$new" ]; then
-    [ -L "$old" ] && [ "$(readlink "$old")" = "$(readlink "$new")" ] || fetched=$((fetched + 1))
-  else
-    [ ! -L "$old" ] && cmp -s "$old" "$new" || fetched=$((fetched + 1))
-  fi
+  same_bytes "$SCRATCH/old/$rel" "$FIXTURE/sample/new/$from" || fetched=$((fetched + 1))
 done <"$SCRATCH/new.tsv"
 dropped=$(comm -23 <(cut -f1 "$SCRATCH/old.tsv") <(cut -f1 "$SCRATCH/new.tsv") | wc -l)
 total=$(($(wc -l <"$SCRATCH/new.tsv") + dropped))
@@ -94,43 +89,23 @@ want_release new
 # --- on to the next release, in which dropped files return; and from old to it, one release left
 # out ---------------------------------------------------------------------------------------------
 
-newer=$(web_root "Skyvane newer" "$FIXTURE/master-newer")
 new_port=$PORT
-serve "$newer"
-make_copy
-PORT_NEWER=$PORT
-PORT=$new_port
-update
-want_status 0
-PORT=$PORT_NEWER
-update
-want_status 0
-want_release newer
-make_copy
-update
-want_status 0
-want_release newer
-
-# --- a changed file is kept, or not --------------------------------------------------------------
-
-PORT=$new_port
-make_copy
-echo "changed by me" >"$COPY/Instructions/Pilot's Guide.txt"
-echo "changed by me" >"$COPY/Airfoils/Clark Y.afl"
-update --on_modified=keep
-want_status 0
-want_count 2 "files kept, because you have modified them"
-for file in "Instructions/Pilot's Guide.txt" "Airfoils/Clark Y.afl"; do
-  [ "$(cat "$COPY/$file")" = "changed by me" ] || fail "not kept: $file"
+serve "$(web_root "Skyvane newer" "$FIXTURE/master-newer")"
+newer_port=$PORT
+for way in "$new_port $newer_port" "$newer_port"; do
+  make_copy
+  for PORT in $way; do
+    update
+    want_status 0
+  done
+  want_release newer
 done
-update --on_modified=overwrite
-want_status 0
-want_count 2 "files replaced or deleted, though you had modified them"
-want_release new
+
+PORT=$new_port
 
 # --- settings: the number of streams, the test release, the actions in the log -------------------
 
-for streams in 1 2 3 4; do
+for streams in 1 4; do
   make_copy
   update --pref:_stream_count=$streams --pref:_log_actions=1
   want_status 0
@@ -187,12 +162,9 @@ want_status 0
 want_release new
 prints "$SCRATCH/other" | cmp -s - "$SCRATCH/before.txt" || fail "another copy was touched"
 
-# Handed over by another program, with and without the slash at its end.
-for folder in "$SCRATCH/other" "$SCRATCH/other/"; do
-  plain -path "$folder"
-  want_status 0
-done
-want_text "This copy of Skyvane ($SCRATCH/other/) is already up to date."
+# Handed over by another program.
+plain -path "$SCRATCH/other"
+want_status 0
 want_release new "$SCRATCH/other"
 
 # A folder that is no copy is not filled with one.
@@ -239,10 +211,8 @@ rm "$SCRATCH/volume/ballast"
 update
 want_status 0
 want_count 0 "files kept, because you have modified them"
-prints "$COPY" >"$SCRATCH/have.txt"
 cut -f1 "$SCRATCH/new.tsv" | while read -r rel; do
   [ -e "$COPY/$rel" ] || [ -L "$COPY/$rel" ] || fail "missing after the disk was full: $rel"
 done
 update
-want_status 0
 want_text "is already up to date."

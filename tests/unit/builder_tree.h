@@ -30,8 +30,7 @@ class builder_test : public testing::Test {
     std::string pattern = testing::TempDir() + "builder-XXXXXX";
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     base = pattern + "/";
-    mkdir((base + "src").c_str(), 0755);
-    mkdir((base + "out").c_str(), 0755);
+    clear_output();
     for (const char* const folder :
          {"Macintosh", "Windows", "Linux", "All/Instructions", "All/Weapons", "All/Airfoils",
           "All/Aircraft", "All/Output", "All/Custom Scenery", "All/Global Scenery",
@@ -62,6 +61,10 @@ class builder_test : public testing::Test {
   static void put_at(const std::string& path, const std::string& bytes) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary) << bytes;
+  }
+  void clear_output() const {
+    std::filesystem::remove_all(base + "out");
+    mkdir((base + "out").c_str(), 0755);
   }
   void drop(const std::string& path) const { std::filesystem::remove_all(base + "src/" + path); }
   void link(const std::string& path, const std::string& target) const {

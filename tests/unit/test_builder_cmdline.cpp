@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "corekit/GenC/hl_init.h"
-#include "corekit/OOPS_cpp/xmap.h"
 #include "corekit/UTL/UTL_cmdline.h"
 #include "tests/unit/builder_tree.h"
 
@@ -37,7 +36,6 @@ class BuilderCmdline : public builder_test {
 
 TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
   std::filesystem::create_directories(base + "a copy/src");
-  std::filesystem::create_directories(base + "work.d/src");
   std::filesystem::create_directories(base + "a:b");
   put_at(base + "a file", "x");
   struct row {
@@ -46,41 +44,26 @@ TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
   };
   for (const row& one : {
            row{"--type=4", "--type needs a whole number from 0 to 3, not \"4\"."},
-           row{"--type=-1", "--type needs"},
            row{"--type=", "--type needs"},
-           row{"--type", "--type needs"},
            row{"--type=1x", "--type needs"},
-           row{"--type= 1", "--type needs"},
            row{"--type=99999999999999999999", "--type needs"},
            row{"--disk_kb=0", "--disk_kb needs"},
            row{"--disk_kb=63e4", "--disk_kb needs"},
-           row{"--disk_kb=-5", "--disk_kb needs"},
            row{"--release=0", "--release needs"},
-           row{"--release=9.1", "--release needs"},
            row{"--name=", "--name needs a plain folder name: \"\" is empty."},
-           row{"--name", "is empty"},
-           row{"--name=.", "is no name"},
            row{"--name=..", "is no name"},
            row{"--name=a/b", "holds a separator"},
-           row{"--name=/", "holds a separator"},
            row{"--name=a:b", "holds a separator"},
-           row{"--name=a\\b", "holds a separator"},
-           row{"--name= a", "has a blank at an end"},
            row{"--name=a ", "has a blank at an end"},
            row{"--name=a\nb", "holds a control character"},
-           row{"--source=", "--source needs a path"},
            row{"--source", "--source needs a path"},
            row{"--source=nowhere", "The source folder does not exist: "},
-           row{"--source=a file", "The source folder does not exist: "},
            row{"--source=a copy/src", "whose own path holds \"copy\": "},
-           row{"--source=work.d/src", "whose own path holds \"work.\": "},
            row{"--output=", "--output needs a path"},
            row{"--output=nowhere/out", "There is no folder to make the output folder in: "},
            row{"--output=a file", "The output folder is a file: "},
-           row{"--output=a file/out", "There is no folder to make the output folder in: "},
            row{"--output=a:b", "holds a \":\""},
            row{"--output=src", "The output folder lies within the source tree: "},
-           row{"--output=src/All/out", "The output folder lies within the source tree: "},
            row{"--output=out/../src/All", "The output folder lies within the source tree: "},
            row{"--previous=", "--previous needs a path"},
            row{"--write_server_list", "--write_server_list needs a path"},
@@ -116,22 +99,12 @@ TEST_F(BuilderCmdline, BuildsWhatTheFlagsSay) {
 
 TEST_F(BuilderCmdline, PreviousManifest) {
   // Makers must not forget it.
-  expect(1,
-         {"--build_master", "--source=src", "--output=out", "--type=0", "--previous=nowhere.txt"},
+  expect(1, {"--build_master", "--source=src", "--output=out", "--type=0", "--previous=no"},
          "I could not read the old directory!");
-  expect(0,
-         {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=nowhere.txt"},
+  expect(0, {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=no"},
          "The previous manifest is not used");
   // A second build over the first.
   expect(1, build_flags("--disk_kb=100"), "Could not make the dst_folder!");
-}
-
-TEST_F(BuilderCmdline, TypesHaveTheirOwnNames) {
-  put("All/Custom Scenery/DSF 900 Mars World-Wide/a.dsf", state_a);
-  expect(0, {"--build_master", "--source=src", "--output=out", "--type=2"}, "Mars: 1 files");
-  EXPECT_TRUE(is_there("out/disk_0/Mars/All/Custom Scenery/DSF 900 Mars World-Wide/a.dsf.zip"));
-  expect(0, {"--build_master", "--source=src", "--output=moon", "--type=3", "--name=Luna"},
-         "Luna: 0 files");
 }
 
 // --- the server list ----------------------------------------------------------------------------
@@ -148,9 +121,6 @@ TEST_F(BuilderCmdline, ServerListToTheLetter) {
             "SERVER mirror-two.example\n/\nMirror 2: mirror-two.example\n\n"
             "SERVER 127.0.0.1\n/pub/sky vane/\nMirror 3: 127.0.0.1\n\n"
             "ENDOFLIST\n");
-  const int versions[] = {820, 0};
-  xmap_class list(base + "list.txt");
-  EXPECT_EQ(list.check_file(10001, versions, "SERVERS", nullptr), 820);
 }
 
 TEST_F(BuilderCmdline, ServerListsThatAnInstallerWouldMisread) {
@@ -162,15 +132,12 @@ TEST_F(BuilderCmdline, ServerListsThatAnInstallerWouldMisread) {
            row{"", "A server list needs at least one mirror"},
            row{"a,b,c,d,e,f,g,h,i,j,k", "An installer reads 10 mirrors, and --mirrors names 11."},
            row{",a", "an entry without a host"},
-           row{"a,,b", "an entry without a host"},
            row{"/updates", "an entry without a host"},
            row{"http://a/updates", "needs bare host names"},
            row{"a:8080", "needs bare host names"},
            row{"a b/c", "needs bare host names"},
-           row{" a", "needs bare host names"},
            row{"a\nENDOFLIST", "needs bare host names"},
            row{"a/b\nc", "a path that an installer cannot ask for"},
-           row{"a/50%", "a path that an installer cannot ask for"},
        }) {
     SCOPED_TRACE(one.mirrors);
     expect(2, {"--write_server_list=list.txt", std::string("--mirrors=") + one.mirrors}, one.text);
@@ -180,10 +147,8 @@ TEST_F(BuilderCmdline, ServerListsThatAnInstallerWouldMisread) {
 }
 
 TEST_F(BuilderCmdline, ServerListWithABuild) {
-  const std::vector<std::string> both = {
-      "--build_master",  "--source=src", "--output=out",
-      "--previous=none", "--type=0",     "--write_server_list=out/serverlist9.txt",
-      "--mirrors=a"};
+  std::vector<std::string> both = build_flags("--write_server_list=out/serverlist9.txt");
+  both.emplace_back("--mirrors=a");
   expect(0, both, "");
   EXPECT_TRUE(is_there("out/serverlist9.txt"));
   EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));

@@ -3,7 +3,7 @@
 
 #include "Installer-f/utils_manifest.h"
 
-#include <vector>
+#include <numeric>
 
 #include "Installer-f/utils_decide.h"
 #include "corekit/GenC/hl_init.h"
@@ -13,7 +13,6 @@ namespace {
 
 constexpr char header[] = "I\n900 version\nINSTALLER\n\n";
 constexpr char sig_a[] = "0123456789abcdef0123456789abcdef";
-constexpr char sig_b[] = "fedcba9876543210fedcba9876543210";
 
 class EngineManifest : public engine_tree {
  protected:
@@ -52,13 +51,9 @@ TEST_F(EngineManifest, ReadsEveryField) {
   EXPECT_EQ(first.version, 90500);
   EXPECT_EQ(first.zip_kb, 12.0f);
   EXPECT_EQ(first.raw_kb, 34.0f);
-  EXPECT_EQ(first.disk, 0);
   EXPECT_TRUE(first.sig_have.empty());
-  EXPECT_EQ(sim_info[0].current().sig_want, sig_b);
-  EXPECT_EQ(sim_info[1].current().sig_want, sig_gone);
   EXPECT_EQ(sim_info[2].current().os, 1);
   EXPECT_EQ(sim_info[2].current().disk, 1);
-  EXPECT_EQ(sim_info[2].current().raw_kb, 300.0f);
   EXPECT_EQ(stg.has_sim_files, 1);
   EXPECT_EQ(stg.has_global_files, 0);
 }
@@ -69,24 +64,17 @@ TEST_F(EngineManifest, Lines) {
     std::string body;
     const char* table;
   } rows[] = {
-      {"no file at all", "", ""},
       {"before any DIR", "FILE 0 0 1 2 3 s a.txt\n", "a.txt=s"},
       {"no line end at the end", "DIR A/\nFILE 0 0 1 2 3 s a", "A/a=s"},
       {"CR", "DIR A/\rFILE 0 0 1 2 3 s a\rFILE 0 0 1 2 3 t b\r", "A/a=s A/b=t"},
-      {"CR LF", "DIR A/\r\nFILE 0 0 1 2 3 s a\r\nFILE 0 0 1 2 3 t b\r\n", "A/a=s A/b=t"},
       {"NUL", std::string("DIR A/\0FILE 0 0 1 2 3 s a\0FILE 0 0 1 2 3 t b", 44), "A/a=s A/b=t"},
       {"tabs and blanks", " \tDIR\t A/\n\t FILE\t0 \t0 1 2 3 s \t a  b \n", "A/a  b =s"},
       {"other words", "FILES 0 0 1 2 3 s a\nDIRX A/\nfile 0 0 1 2 3 s b\n#\nFILE 0 0 1 2 3 s c\n",
        "c=s"},
-      {"keyword at the line end", "DIR A/\nDIR\nFILE\nDISK\nFILE 0 0 1 2 3 s a\n", "A/a=s"},
-      {"DIR without slash", "DIR A/b\nFILE 0 0 1 2 3 s c\n", "A/bc=s"},
       {"DIR back to nothing", "DIR A/\nDIR \nFILE 0 0 1 2 3 s a\n", "a=s"},
-      {"versions", "DIR A/\nFILE 0 0 1 2 3 s a\nFILE 0 0 2 2 3 t a\nFILE 0 0 3 0 0 GONE a\n",
-       "A/a=s,t,GONE"},
       {"versions over a DIR", "DIR A/\nFILE 0 0 1 2 3 s b/c\nDIR A/b/\nFILE 0 0 2 2 3 t c\n",
        "A/b/c=s,t"},
       {"two runs", "FILE 0 0 1 2 3 s a\nFILE 0 0 1 2 3 s b\nFILE 0 0 1 2 3 t a\n", "a=s b=s a=t"},
-      {"case differs", "FILE 0 0 1 2 3 s a\nFILE 0 0 1 2 3 t A\n", "a=s A=t"},
       {"name ends alike", "DIR A/\nFILE 0 0 1 2 3 s ab\nFILE 0 0 1 2 3 t b\n", "A/ab=s A/b=t"},
       {"old data sets",
        "DIR A/Earth Orbit Textures/\nFILE 0 0 1 2 3 s a\nDIR A/\nFILE 0 0 1 2 3 s 900 red "
@@ -109,11 +97,7 @@ TEST_F(EngineManifest, Numbers) {
     int os, version;
     float zip_kb;
   } rows[] = {
-      {"0 3 91001 7", 3, 91001, 7},
-      {"junk 6 0 0", 6, 0, 0},
-      {"0 7 1 1", 6, 1, 1},
-      {"0 -1 1 1", 0, 1, 1},
-      {"0 +2 -+12 -5", 2, -12, -5},
+      {"0 3 91001 7", 3, 91001, 7},       {"0 -1 1 1", 0, 1, 1}, {"0 +2 -+12 -5", 2, -12, -5},
       {"0 1 1a 0", 1, 10 + 'a' - '0', 0},  // a letter is a digit like any other
       {"0 1 4294967297 0", 1, 1, 0},       // wraps at 32 bits
   };
@@ -137,17 +121,9 @@ TEST_F(EngineManifest, Headers) {
     const char* text;
     int result;
   } rows[] = {
-      {"I\n900 version\nINSTALLER\n\n", 3},
-      {"A\r840\rINSTALLER\r", 3},
-      {"Intel\n900 version, and more\n\n  INSTALLER", 3},
-      {"I\n841 version\nINSTALLER\n", 2},
-      {"I\n901 version\nINSTALLER\n", 2},
-      {"i\n900 version\nINSTALLER\n", 2},
-      {"I\n900 version\nINSTALLERS\n", 2},
-      {"I\n900 version\nSERVERS\n", 2},
-      {"I\n900 version\n", 2},
-      {"I", 2},
-      {"\n", 2},
+      {"I\n900 version\nINSTALLER\n\n", 3}, {"A\r840\rINSTALLER\r", 3},
+      {"I\n841 version\nINSTALLER\n", 2},   {"i\n900 version\nINSTALLER\n", 2},
+      {"I\n900 version\nSERVERS\n", 2},     {"I", 2},
   };
   for (const auto& row : rows) {
     stg = stg_record();
@@ -155,8 +131,7 @@ TEST_F(EngineManifest, Headers) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(load(row.text), row.result) << row.text;
     const std::string told = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(told.find("In other words, you need to get a new installer!") != std::string::npos,
-              row.result == 2)
+    EXPECT_EQ(told.find("you need to get a new installer!") != std::string::npos, row.result == 2)
         << row.text;
     EXPECT_EQ(app_done, row.result == 2) << row.text;
     EXPECT_EQ(stg.new_format_state, row.result == 2 ? 2 : 0) << row.text;
@@ -168,10 +143,8 @@ TEST_F(EngineManifest, Headers) {
 
 TEST_F(EngineManifest, FatalFiles) {
   const auto exits = testing::ExitedWithCode(1);
-  EXPECT_EXIT(read_directory(root + "absent.txt", ""), exits, "does not exist!.*absent.txt");
   EXPECT_EXIT(load(""), exits, "I tried to read a directory file that does not exist!");
   EXPECT_EXIT(load_body("DIR A/b/\nFILE 0 0 1 2 3 s\n"), exits, "a path that has no file!.*A/b/");
-  EXPECT_EXIT(load_body("FILE 0 0 1 2 3 s a/"), exits, "impossible to download or delete!");
 }
 
 TEST_F(EngineManifest, PathsThatLeaveTheDestination) {
@@ -239,27 +212,17 @@ TEST_F(EngineManifest, ANewReadReplacesAll) {
   deleted_files.insert("x/");
   sim_info[0].current().sig_have = sig_a;
 
-  load_body("DIR A/Global Scenery/\nFILE 0 0 1 2 3 t -90-180.dsf\n");
-  EXPECT_EQ(table(), "A/Global Scenery/-90-180.dsf=t");
+  // A tile without a sector is an ordinary file.
+  load_body("DIR A/Global Scenery/\nFILE 0 0 1 2 3 t -90-180.dsf\nFILE 0 0 1 2 3 t +90+000.dsf\n");
+  EXPECT_EQ(table(), "A/Global Scenery/-90-180.dsf=t A/Global Scenery/+90+000.dsf=t");
   EXPECT_TRUE(sim_info[0].current().sig_have.empty());
-  EXPECT_EQ(stg.has_sim_files, 0);
-  EXPECT_EQ(stg.sector_available[sector_cell(6, 12)], 0);
+  EXPECT_EQ(sim_info[1].current().is_global, 0);
+  EXPECT_EQ(std::accumulate(std::begin(stg.sector_available), std::end(stg.sector_available), 0),
+            1);
   EXPECT_EQ(stg.sector_available[sector_cell(0, 0)], 1);
   EXPECT_EQ(stg.todo_zip_kb + stg.todo_raw_kb, 0);
   EXPECT_EQ(stg.todo_install_count + stg.todo_delete_count, 0);
   EXPECT_TRUE(deleted_files.empty());
-}
-
-// The offer goes by current versions; a tile without a sector is an ordinary file.
-TEST_F(EngineManifest, SectorsOnOffer) {
-  load_body(
-      "DIR A/Global Scenery/\nFILE 0 0 1 2 3 s +90+000.dsf\nDIR A/Custom Scenery/\n"
-      "FILE 0 0 1 2 3 s +34-118.dsf\n");
-  EXPECT_EQ(stg.has_global_files, 0);
-  EXPECT_EQ(stg.has_sim_files, 1);
-  for (const int cell : stg.sector_available)
-    EXPECT_EQ(cell, 0);
-  EXPECT_EQ(sim_info[0].current().is_global, 0);
 }
 
 TEST(EngineManifestNames, GlobalScenery) {
@@ -267,19 +230,14 @@ TEST(EngineManifestNames, GlobalScenery) {
     const char* path;
     int global;
   } rows[] = {
-      {"ALL_os/Global Scenery/x/+34-118.dsf", 1},
       {"ALL_os/Global Scenery/x/+34-118.DsF", 1},
       {"A/-global overlays-/a.dsf", 1},
-      {"A/-global terrain-/a.dsf", 1},
       {"A/default scenery/DSF 820 earth/a.dsf", 1},
-      {"-global terrain-/a.dsf", 0},
       {"A/default scenery/DSF 821/a.dsf", 0},
       {"A/Custom Scenery/+34-118.dsf", 0},
       {"A/global scenery/a.dsf", 0},
       {"A/Global Scenery/a.dsf.txt", 0},
-      {"A/Global Scenery/adsf", 0},
       {".dsf", 0},
-      {"", 0},
   };
   for (const auto& row : rows)
     EXPECT_EQ(is_global_scenery_f(row.path), row.global) << row.path;
@@ -291,18 +249,13 @@ TEST(EngineManifestNames, Sectors) {
     int found, lon, lat;
   } rows[] = {
       {"a/+34-118.dsf", 1, 6, 12},
-      {"+34-118.dsf", 1, 6, 12},
-      {"a/+34-118.dsf/", 1, 6, 12},
       {"-90-180.dsf", 1, 0, 0},
       {"+89+179.dsf", 1, 35, 17},
       {"+90+000.dsf", 0, 0, 0},
       {"+00+180.dsf", 0, 0, 0},
-      {"+00+179.dsf", 1, 35, 9},
-      {"-01-001.dsf", 1, 17, 8},
       {"-99-180.dsf", 1, 0, 0},  // a truncating division takes -9 to row 0
       {"+34", 1, 18, 12},
       {"", 1, 18, 9},
-      {"xyz+000.dsf", 0, 0, 0},
       {"\xff\xff\xff\xff\xff\xff\xff", 0, 0, 0},
   };
   for (const auto& row : rows) {
@@ -313,72 +266,16 @@ TEST(EngineManifestNames, Sectors) {
   }
 }
 
-TEST_F(EngineManifest, SuffixOnADisc) {
-  add("A/Global Scenery/readme.txt", {"s"});
-  add("A/-global terrain-/a.dsf", {"s"});
-  EXPECT_STREQ(suffix_for_file(0), ".7z");
-  EXPECT_STREQ(suffix_for_file(1), ".zip");
-}
-
-TEST(EngineManifestNames, SignaturesInPlace) {
-  const std::string longest(sig_text::capacity, 'x');
-  sig_text sig = std::string_view(longest + "y");
-  EXPECT_EQ(sig, longest);
-  sig = sig_none;
-  EXPECT_TRUE(sig == "NONE" && "NONE" == sig && sig == sig_text("NONE"));
-  EXPECT_FALSE(sig == "NON" || sig == "NONES" || sig == sig_text());
-  sig = sig.view().substr(1);
-  EXPECT_EQ(sig, "ONE");
-}
-
-TEST(EngineDecide, Paths) {
-  const struct {
-    const char* path;
-    const char* trimmed;
-  } rows[] = {{"ALL_os/Resources/a.txt", "Resources/a.txt"},
-              {"a.txt", "a.txt"},
-              {"ALL_os/", ""},
-              {"", ""},
-              {"/a/b", "a/b"},
-              {"A//b", "/b"}};
-  for (const auto& row : rows) {
-    std::string path = row.path;
-    trim_dest_folder(path);
-    EXPECT_EQ(path, row.trimmed) << row.path;
-  }
-  dest_dir_path = "/there/";
-  EXPECT_EQ(install_location("ALL_os/a/b"), "/there/a/b");
-  EXPECT_EQ(path_has_no_file("ALL_os/Resources/"), 1);
-  EXPECT_EQ(path_has_no_file("ALL_os/Resources"), 0);
-}
-
 TEST(EngineDecide, SafePaths) {
   const struct {
     std::string_view path;
     bool safe;
   } rows[] = {
-      {"ALL_os/a", true},
-      {"a", true},
-      {"ALL_os/a/b/c.d", true},
-      {"ALL_os/.hidden", true},
-      {"ALL_os/...", true},
-      {"ALL_os/a..b/..c", true},
-      {"ALL_os/a:b\\c", true},
-      {"", false},
-      {"ALL_os/", false},
-      {"..", false},
-      {".", false},
-      {"ALL_os/..", false},
-      {"ALL_os/../a", false},
-      {"ALL_os/./a", false},
-      {"ALL_os/a/../b", false},
-      {"ALL_os/a/..", false},
-      {"ALL_os//a", false},
-      {"ALL_os/a//b", false},
-      {"ALL_os/a/", false},
-      {"//a", false},
-      {{"ALL_os/a\0b", 10}, false},
-      {{"A\0/a", 4}, false},
+      {"ALL_os/a", true},           {"ALL_os/...", true},  {"ALL_os/a..b/..c", true},
+      {"ALL_os/a:b\\c", true},      {"", false},           {"ALL_os/", false},
+      {"ALL_os/../a", false},       {"ALL_os/./a", false}, {"ALL_os/a/..", false},
+      {"ALL_os//a", false},         {"ALL_os/a/", false},  {"//a", false},
+      {{"ALL_os/a\0b", 10}, false}, {{"A\0/a", 4}, false},
   };
   for (const auto& row : rows)
     EXPECT_EQ(manifest_path_is_safe(row.path), row.safe) << row.path;

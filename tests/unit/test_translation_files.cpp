@@ -96,11 +96,8 @@ std::string edge_of(const std::string& text, bool right) {
 
 // The signs of a widget's label: "-" at its front keeps it in one line, "|" parts left from right.
 std::string label_marks(const std::string& text) {
-  std::string marks = text.rfind('-', 0) == 0 ? "-" : "";
-  for (const char c : text) {
-    if (c == '|') marks += c;
-  }
-  return marks + (text.rfind('|', 0) == 0 ? " in front" : "");
+  const std::string front = text.find_first_of("-|") == 0 ? text.substr(0, 1) : "";
+  return front + std::to_string(std::count(text.begin(), text.end(), '|'));
 }
 
 // The first byte that the font has no cell for; 0 if there is none.
@@ -213,7 +210,6 @@ TEST(TranslationFiles, FitTheirPlaces) {
 
 TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
   struct row {
-    const char* label;
     const char* source;              // of a file a.cpp beside the header below
     std::vector<const char*> texts;  // found beyond those of the header
   };
@@ -223,48 +219,33 @@ TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
       "void say(int level, UTL_text text, const char* file);\n"
       "void set_rows(const std::vector<page_row>& rows);\n";
   const row rows[] = {
-      {"a call", "x = tr(\"One\"); y = UTL_translate_string ( \"Two\" );", {"One", "Two"}},
-      {"adjacent literals over lines and comments",
-       "tr(\"One \"\n  // \"not\" this\n  \"and \" /* \"nor\" this */ \"two\")",
+      {"x = tr(\"One\"); y = UTL_translate_string ( gone ? \"Two\" : \"Three\" );",
+       {"One", "Two", "Three"}},
+      {"tr(\"One \"\n  // \"not\" this\n  \"and \" /* \"nor\" this */ \"two\"); tr(\"\" \"\");",
        {"One and two"}},
-      {"escapes", R"x(tr("a\tb\\c \"d\" \x41\101\n\r"))x", {"a\tb\\c \"d\" AA\\n\\r"}},
-      {"raw literals", R"x(tr(R"(a "b" \n)") + tr(u8R"--(c)")--"))x", {R"(a "b" \n)", "c)\""}},
-      {"both sides of a choice", "tr(gone ? \"Yes\" : \"No\")", {"Yes", "No"}},
-      {"not in comments and other calls",
-       "// tr(\"a\")\n/* tr(\"b\") */ str(\"c\"); tr_2(\"d\"); log(\"e\"); \"f\";",
-       {}},
-      {"quotes and apostrophes in characters",
-       "f('\"', '\\'', 1'000'000, tr(\"Yes\"), '\\\\')",
-       {"Yes"}},
-      {"not in preprocessor lines",
-       "#define A tr(\"a\") \\\n  \"b\"\n#include \"c\"\ntr(\"Yes\");",
-       {"Yes"}},
-      {"rows",
-       "constexpr page_row rows[] = {{\"One\", 1}, {.title = \"Two\", .next = 2}}; g(\"no\");",
+      {R"x(tr("a\tb\\c \"d\" \x41\101\n\r"))x", {"a\tb\\c \"d\" AA\\n\\r"}},
+      {R"x(tr(R"(a "b" \n)") + tr(u8R"--(c)")--"))x", {R"(a "b" \n)", "c)\""}},
+      {"// tr(\"a\")\n/* tr(\"b\") */ str(\"c\"); tr_2(\"d\"); log(\"e\"); \"f\";", {}},
+      {"f('\"', '\\'', 1'000'000, tr(\"Yes\"), '\\\\'); tr(\"Yes\")", {"Yes"}},
+      {"#define A tr(\"a\") \\\n  \"b\"\n#include \"c\"\ntr(\"Yes\");", {"Yes"}},
+      // Rows of a structure that holds texts: named, made on the spot, in a call, put in later.
+      {"constexpr page_row rows[] = {{\"One\", 1}, {.title = \"Two\", .next = 2}}; g(\"no\");",
        {"One", "Two"}},
-      {"a row made on the spot", "show(page_row{\"One\", 1}, \"no\");", {"One"}},
-      {"rows in a call",
-       "set_rows({{\"One\", 1}, {\"Two\", 2}}); reset_rows({{\"no\", 1}});",
-       {"One", "Two"}},
-      {"rows put in later",
-       "std::vector<page_row> list = {{\"One\", 1}}; list.push_back({\"Two\", 2}); "
+      {"show(page_row{\"One\", 1}, \"no\");", {"One"}},
+      {"set_rows({{\"One\", 1}, {\"Two\", 2}}); reset_rows({{\"no\", 1}});", {"One", "Two"}},
+      {"std::vector<page_row> list = {{\"One\", 1}}; list.push_back({\"Two\", 2}); "
        "other.push_back({\"no\"});",
        {"One", "Two"}},
-      {"rows without a name",
-       "const struct { UTL_text a; int b; } list[] = {{\"One\", 1}, {\"Two\", 2}}; f(\"no\");",
+      {"const struct { UTL_text a; int b; } list[] = {{\"One\", 1}, {\"Two\", 2}}; f(\"no\");",
        {"One", "Two"}},
-      {"another type's rows", "struct plain { const char* a; }; plain p[] = {{\"no\"}};", {}},
-      {"constants and variables",
-       "constexpr UTL_text a = \"One\", b[] = {\"Two\", \"Three\"};\n"
+      {"struct plain { const char* a; }; plain p[] = {{\"no\"}};", {}},
+      // Constants, variables and parameters of the type.
+      {"constexpr UTL_text a = \"One\", b[] = {\"Two\", \"Three\"};\n"
        "UTL_text c = nullptr; if (d == \"no\") c = \"Four\"; d = \"no\";",
        {"One", "Two", "Three", "Four"}},
-      {"only the parameter that is a text", "say(1, \"One\", \"no\");", {"One"}},
-      {"a lambda's parameter",
-       "const auto put = [&](UTL_text label, const std::string& s) { tr(label); };\n"
-       "put(\"One\", \"no\");",
-       {"One"}},
-      {"an empty text is none", "tr(\"\"); tr(\"\" \"\");", {}},
-      {"a text once", "tr(\"One\"); tr(\"One\");", {"One"}},
+      {"const auto put = [&](UTL_text label, const std::string& s) { tr(label); };\n"
+       "put(\"One\", \"no\"); say(1, \"Two\", \"no\");",
+       {"One", "Two"}},
   };
   for (const row& r : rows) {
     runtime_folder folder;
@@ -277,27 +258,24 @@ TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
     const std::set<std::string> have(found.lines.begin(), found.lines.end());
     std::set<std::string> want = {"Fine"};
     want.insert(r.texts.begin(), r.texts.end());
-    EXPECT_EQ(have, want) << r.label;
-    EXPECT_EQ(found.lines.size(), want.size()) << r.label;
-    EXPECT_EQ(found.status, 0) << r.label;
+    EXPECT_EQ(have, want) << r.source;
+    EXPECT_EQ(found.lines.size(), want.size()) << r.source;
+    EXPECT_EQ(found.status, 0) << r.source;
   }
 }
 
 TEST(TranslationFiles, TheListOfTextsComplainsOfWhatItCannotFind) {
-  struct row {
+  const struct {
     const char* source;
     int status;
-  };
-  const row rows[] = {
+  } rows[] = {
       {"const char* a = \"One\"; tr(a);", 1},
       {"UTL_text a = \"One\"; tr(a);", 0},
-      {"tr(row.title);", 1},
       {"struct r { UTL_text title; }; tr(row.title);", 0},
       {"struct r { UTL_text label; }; tr(row.title);", 1},
-      {"tr(error_str(code));", 0},  // its table holds texts
       {"std::string tr(const char* text) { return UTL_translate_string(text); }", 0},
   };
-  for (const row& r : rows) {
+  for (const auto& r : rows) {
     runtime_folder folder;
     write_file(folder.path + "a.cpp", r.source);
     EXPECT_EQ(run_texts("'" + folder.path + "' 2>/dev/null").status, r.status) << r.source;
