@@ -32,14 +32,14 @@ want_status 2
 want_text "I accept this agreement."
 want_no_leftovers
 
-# Where nothing can be copied to, it works from the disc.
+# Where nothing that is copied can run, it works from the disc.
 only_disc 1
 insert_disc 2
 insert_disc 3
 DISC=${DISC%/*}/1
 mkdir "$SCRATCH/tight"
 if [ "$(id -u)" = 0 ]; then
-  mount -t tmpfs -o size=4m,noexec tmpfs "$SCRATCH/tight"
+  mount -t tmpfs -o size=200m,noexec tmpfs "$SCRATCH/tight"
   MOUNTS+=("$SCRATCH/tight")
   TMPDIR=$SCRATCH/tight start_from_disc --accept_eula --dest=. --name=Third --sectors=none
   want_status 0
