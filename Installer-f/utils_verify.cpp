@@ -47,7 +47,8 @@ constexpr size_t buffer_size = 256 * 1024;
 // before it gives the pass up.
 std::string pass_destination;
 
-// Set while a pass is being given up, so that its tasks stop after the file in hand.
+// Set while a pass is being given up, so that its tasks stop within the file in hand: the user
+// waits.
 std::atomic<bool> pass_abandoned = false;
 
 // --- one file -----------------------------------------------------------------------------------
@@ -79,6 +80,7 @@ bool digest_file(int handle, MD5_state& state) {
   thread_local std::unique_ptr<uint8_t[]> buffer;  // one for all files of a thread
   if (!buffer) buffer = std::make_unique_for_overwrite<uint8_t[]>(buffer_size);
   for (off_t left = info.st_size; left > 0;) {
+    if (pass_abandoned) return false;
     const size_t wanted = static_cast<size_t>(std::min<off_t>(left, buffer_size));
     const ssize_t got = read(handle, buffer.get(), wanted);
     if (got < 0 && errno == EINTR) continue;

@@ -19,20 +19,8 @@ phase() {
   printf '%-22s %4d.%d s\n' "$label" $((us / 1000000)) $((us / 100000 % 10))
 }
 
-# Evenly spread over all that is there, but for what the builder refuses or leaves out: some words,
-# names that begin with a dot, empty files; and giants, which would only test the disk.
-find /usr/share /usr/include -type f -readable -size +0 -size -1000k -printf '%p\n' |
-  grep -avE 'copy|\.cpp|\.CPP|[:\\]|[^ -~]| /| $|/\.|\.7z|Thumbs\.db|work\.|\._|DS_Store|sandboxinfo|xSYM' |
-  grep -avE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|\.dsf|^.{240}' | sort >"$SCRATCH/all.txt"
-found=$(wc -l <"$SCRATCH/all.txt")
-[ "$found" -ge 1000 ] || { echo "only $found usable files below /usr/share and /usr/include"; exit 77; }
-awk -v n="$files" -v all="$found" 'n >= all || int(NR * n / all) > int((NR - 1) * n / all)' \
-  "$SCRATCH/all.txt" >"$SCRATCH/list.txt"
-
 cp -a "$FIXTURE/sample/new" "$source"
-mkdir -p "$source/$here"
-tr '\n' '\0' <"$SCRATCH/list.txt" | xargs -0 cp --parents -t "$source/$here"
-chmod -R u+rwX,go+rX "$source/$here"
+real_tree "$files" "$source/$here"
 give "$source"
 files=$(wc -l <"$SCRATCH/list.txt")
 echo "$files files, $(du -sh --apparent-size "$source/$here" | cut -f1)"
