@@ -165,6 +165,8 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
   screen.show_servers = 1;
   // The first pass always runs, however late the frame is.
   const uint64_t start = PLT_microseconds();
+  const int failed_before = grab_totals.failed;
+  bool has_failed;
   do {
     if (grab_files()) {
       grab_discard_partial();
@@ -175,10 +177,15 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
       return 1;
     }
     smooth_ratio(*flow.done_ratio);
+    // What failed is tried again in the next frame: a mirror that refuses at once would else be
+    // asked some thousand times a second.
+    has_failed = grab_totals.failed != failed_before;
     const uint64_t used = PLT_microseconds() - start;
-    if (used < frame_budget_us) grab_wait(static_cast<int>((frame_budget_us - used) / 1000));
-  } while (PLT_microseconds() - start < frame_budget_us);
+    if (used < frame_budget_us && !has_failed) {
+      grab_wait(static_cast<int>((frame_budget_us - used) / 1000));
+    }
+  } while (!has_failed && PLT_microseconds() - start < frame_budget_us);
   show_transfer(flow, screen);
-  frame_soon = frame_at_once;
+  frame_soon = has_failed ? frame_in_a_tick : frame_at_once;
   return 0;
 }

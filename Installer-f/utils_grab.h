@@ -26,11 +26,12 @@ struct transfer_record {
 };
 extern transfer_record next;
 
-// What all transfers of this run have done; only grows. Written by the stream step and the
+// What all transfers of this run have done and met; only grows. Written by the stream step and the
 // unpacking.
 struct transfer_totals {
   int fetched = 0;  // files unpacked into their place
   int deleted = 0;  // files that the release has dropped
+  int failed = 0;   // fetches that failed, each of which is tried again
 };
 extern transfer_totals grab_totals;
 

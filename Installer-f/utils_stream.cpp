@@ -81,6 +81,7 @@ void note_progress(int slot, float zip_kb) {
 // harm.
 void change_server(int s) {
   stg.server_down = 1;
+  ++grab_totals.failed;
   next.next_file = std::min(next.next_file, next.stream_file[s]);
   next.stream_take_next[s] = 0;
   draw_server();
