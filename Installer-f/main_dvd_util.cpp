@@ -2,6 +2,9 @@
 
 #include "Installer-f/main_dvd_util.h"
 
+#include <memory>
+#include <vector>
+
 #include "Installer-f/main_launch.h"
 #include "Installer-f/main_stg.h"
 #include "Installer-f/main_wizard.h"
@@ -15,9 +18,11 @@
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/xmap.h"
 #include "corekit/OOPS_cpp/xtim.h"
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/Thread/hl_thread.h"
 #include "corekit/UTL/UTL_translate.h"
 
 int current_disk = 0;
@@ -47,6 +52,50 @@ std::string volume_with(const std::vector<std::string>& volumes, const std::stri
 std::string path_on_disc(int index) {
   return install_name + "/" + std::string(sim_info[index].current().path) + suffix_for_file(index);
 }
+
+// --- ejection ------------------------------------------------------------------------------------
+
+// It takes seconds, so a general worker does it, while frames go on.
+struct ejection {
+  std::string volume;
+  int failed = 0;  // what eject_dvd gave; the worker's until the call has finished
+  THREAD_call* call = nullptr;
+};
+// Those under way. Not freed: when the program ends, a worker may still be at one.
+auto& ejections = *new std::vector<std::unique_ptr<ejection>>;
+
+void* run_ejection(void* argument) {
+  auto* const job = static_cast<ejection*>(argument);
+  job->failed = eject_dvd(job->volume);
+  return nullptr;
+}
+
+void start_ejection(const std::string& volume) {
+  ejections.push_back(std::make_unique<ejection>());
+  ejection* const job = ejections.back().get();
+  job->volume = volume;
+  job->call = THREAD_run_async(run_ejection, job);
+}
+
+bool has_ended(const std::unique_ptr<ejection>& job) {
+  if (!THREAD_is_done(job->call, queue_poll)) return false;
+  THREAD_cleanup(job->call);
+  if (job->failed) {
+    xer << "WARNING: " << job->volume << " was not ejected: " << error_str(job->failed) << '\n';
+  }
+  return true;
+}
+
+// The volumes that may be discs, but for those on their way out.
+std::vector<std::string> disc_volumes() {
+  std::erase_if(ejections, has_ended);
+  std::vector<std::string> volumes = PLT_disc_volumes();
+  for (const auto& job : ejections)
+    std::erase(volumes, job->volume);
+  return volumes;
+}
+
+// --- what is on a disc ---------------------------------------------------------------------------
 
 // While no disc is in, the volumes are asked again when one comes or goes, and else now and then:
 // each look goes to every drive.
@@ -105,12 +154,12 @@ void take_found_folder(const std::string& picked) {
 }  // namespace
 
 void UTIL_scan_volumes(const std::string& marker) {
-  dvd_path = volume_with(PLT_disc_volumes(), marker);
+  dvd_path = volume_with(disc_volumes(), marker);
 }
 
 void UTIL_scan_dvd() {
   if (dvd_path.empty()) {
-    const std::vector<std::string> volumes = PLT_disc_volumes();
+    const std::vector<std::string> volumes = disc_volumes();
     if (worth_a_look(volumes)) dvd_path = volume_with(volumes, disc_label_file);
   }
   if (!dvd_path.empty() && install_name == no_install_name) {
@@ -132,7 +181,7 @@ void UTIL_scan_dvd() {
 }
 
 int UTIL_verify_disk() {
-  const std::vector<std::string> volumes = PLT_disc_volumes();
+  const std::vector<std::string> volumes = disc_volumes();
   const std::string last = dvd_path;
   dvd_path = volume_with(volumes, path_on_disc(want_file_disk));
   if (!dvd_path.empty()) {
@@ -150,7 +199,7 @@ int UTIL_verify_disk() {
 
 int UTIL_switch_disk(int first_time) {
   if (first_time && !dvd_path.empty()) {
-    eject_dvd(dvd_path);
+    start_ejection(dvd_path);
     dvd_path.clear();
   }
   // Whatever is put in now is looked at before anything is copied from it.
@@ -159,7 +208,7 @@ int UTIL_switch_disk(int first_time) {
 }
 
 bool UTIL_wanted_disk_is_in() {
-  return !volume_with(PLT_disc_volumes(), path_on_disc(want_file_disk)).empty();
+  return !volume_with(disc_volumes(), path_on_disc(want_file_disk)).empty();
 }
 
 void UTIL_notice_lost_disk(int index) {

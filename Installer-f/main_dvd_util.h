@@ -26,7 +26,8 @@ extern int want_file_disk;  // index in sim_info of the file whose disc is wante
 // ejected, or empty.
 int UTIL_verify_disk();
 
-// The number of the wanted disc, from 0. With `first_time`, ejects the present one.
+// The number of the wanted disc, from 0. With `first_time`, begins to eject the present one and
+// does not wait for that.
 int UTIL_switch_disk(int first_time);
 
 // Whether a volume with the wanted file is mounted now. Changes nothing.

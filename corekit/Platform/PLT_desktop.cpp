@@ -1,7 +1,10 @@
-// What the desktop does for the program: a message box, and the user's browser.
+// What the desktop does for the program: a message box, the user's browser, and the window's name
+// for those who show something above it.
 //
 // Main thread. Neither is tried unless a display is open that somebody sees: a box that nobody can
 // answer would hold the program up for ever.
+
+#include <SDL_syswm.h>
 
 #include <cstdio>
 
@@ -38,4 +41,14 @@ void PLT_plain_alert(const std::string& message, const std::string& explanation)
 
 bool PLT_open_url(const std::string& url) {
   return plt_display_is_seen() && SDL_OpenURL(url.c_str()) == 0;
+}
+
+std::string PLT_window_handle() {
+  SDL_SysWMinfo info;
+  SDL_VERSION(&info.version);
+  if (!plt_window || !SDL_GetWindowWMInfo(plt_window, &info)) return "";
+  if (info.subsystem != SDL_SYSWM_X11) return "";
+  char name[32];
+  std::snprintf(name, sizeof name, "x11:%lx", info.info.x11.window);
+  return name;
 }

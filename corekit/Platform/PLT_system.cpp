@@ -2,15 +2,12 @@
 
 #include "corekit/Platform/PLT_system.h"
 
-#include <fcntl.h>
 #include <sched.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <ctime>
+
+#include "corekit/Platform/PLT_child.h"
 
 uint64_t PLT_microseconds() {
   timespec now;
@@ -28,58 +25,18 @@ int PLT_processor_count() {
   return online > 0 ? static_cast<int>(online) : 1;
 }
 
-namespace {
-constexpr uint64_t poll_microseconds = 5'000;
-
-// Starts a program in a process group of its own, without input or output. 0 on failure.
-pid_t start(const char* const* argv) {
-  posix_spawn_file_actions_t files;
-  posix_spawnattr_t how;
-  if (posix_spawn_file_actions_init(&files) != 0) return 0;
-  if (posix_spawnattr_init(&how) != 0) {
-    posix_spawn_file_actions_destroy(&files);
-    return 0;
-  }
-  posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  // Signals that this process ignores or blocks would stay so in the program, which knows nothing
-  // of it.
-  sigset_t none, all;
-  sigemptyset(&none);
-  sigfillset(&all);
-  posix_spawnattr_setsigmask(&how, &none);
-  posix_spawnattr_setsigdefault(&how, &all);
-  posix_spawnattr_setpgroup(&how, 0);
-  posix_spawnattr_setflags(&how,
-                           POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
-
-  pid_t child = 0;
-  // The prototype lacks a const for reasons of history; the strings are not written to.
-  const int failed =
-      posix_spawnp(&child, argv[0], &files, &how, const_cast<char* const*>(argv), environ);
-  posix_spawnattr_destroy(&how);
-  posix_spawn_file_actions_destroy(&files);
-  return failed ? 0 : child;
-}
-}  // namespace
-
 int PLT_run_program(const char* const* argv, int seconds) {
-  const pid_t child = start(argv);
-  if (child == 0) return -1;
+  constexpr useconds_t look_again_us = 5'000;
+  PLT_child child;
+  if (!PLT_child_start(&child, argv, false)) return -1;
   const uint64_t deadline = PLT_microseconds() + static_cast<uint64_t>(seconds) * 1'000'000;
-  int status = 0;
-  for (;;) {
-    const pid_t ended = waitpid(child, &status, WNOHANG);
-    if (ended == child) break;
-    if (ended < 0 && errno != EINTR) return -1;
+  int status = -1;
+  while (!PLT_child_has_ended(&child, &status)) {
     if (PLT_microseconds() >= deadline) {
-      kill(-child, SIGKILL);
-      while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-      }
+      PLT_child_end(&child, 0);
       return -1;
     }
-    usleep(poll_microseconds);
+    usleep(look_again_us);
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return status;
 }

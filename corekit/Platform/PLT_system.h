@@ -38,14 +38,24 @@ int PLT_remove_tree(const std::string& path);
 
 // --- volumes -------------------------------------------------------------------------------------
 
+struct PLT_mount {
+  std::string point;    // no trailing "/", but for "/" itself
+  std::string fstype;   // such as "iso9660" or "fuse.fuseiso"
+  uint64_t device = 0;  // number of the device that is mounted, as stat gives it
+};
+// The volume that is mounted at `point`, the last if several lie on one another; with an empty
+// fstype when there is none.
+PLT_mount PLT_mount_at(const std::string& point);
 // Mount points of removable media and disc images that are mounted now, each with a trailing "/".
 // One whose name holds ":" or "\" is left out, since no path of the program can name it.
 std::vector<std::string> PLT_disc_volumes();
-// Bytes of the volume that holds `path`: total, and available to this user; either may be null.
+// The volume that is mounted at `point` (no trailing "/"), the last if several lie on one another;
+// // Bytes of the volume that holds `path`: total, and available to this user; either may be null.
 // 0 or errno.
 int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* available);
-// Ejects or unmounts the volume mounted at `path`. Returns when the volume is gone, 0, or after at
-// most some 20 seconds with errno: 22 nothing is mounted there, 16 it would not go.
+// Ejects or unmounts the volume mounted at `path`, without a question to the user. Returns when the
+// volume is gone, 0, or after at most some 20 seconds with errno: 22 nothing is mounted there, 16
+// it would not go.
 int PLT_eject(const std::string& path);
 
 // --- other programs ------------------------------------------------------------------------------
@@ -71,11 +81,7 @@ PLT_machine PLT_machine_figures();
 
 // What the services above find in the system's files, apart from the reading of them.
 
-// One line of a mount table (/proc/self/mountinfo), escapes decoded.
-struct PLT_mount {
-  std::string point;   // no trailing "/", but for "/" itself
-  std::string fstype;  // such as "iso9660" or "fuse.fuseiso"
-};
+// The lines of a mount table (/proc/self/mountinfo), escapes decoded.
 std::vector<PLT_mount> PLT_parse_mounts(std::string_view mountinfo);
 // The mounts among them that PLT_disc_volumes gives, in its form.
 std::vector<std::string> PLT_pick_discs(const std::vector<PLT_mount>& mounts);

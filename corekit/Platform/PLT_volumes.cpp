@@ -1,4 +1,4 @@
-// Mounted volumes: which of them may be discs, how much room there is, and how to be rid of one.
+// Mounted volumes: which of them may be discs, and how much room there is.
 //
 // A disc is asked for once a frame while the program waits for it. So the candidates are kept: the
 // mount table is read again only when the system says that it has changed, and at the latest after
@@ -9,18 +9,18 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <initializer_list>
 #include <mutex>
 
 #include "corekit/Platform/PLT_system.h"
 
 namespace {
-constexpr int program_seconds = 6;  // for each program that is asked to eject
-
 constexpr uint64_t keep_us = 1000000;  // how long the candidates are believed unasked
 
 int open_mount_table() {
@@ -80,6 +80,16 @@ std::string decoded(std::string_view field) {
   return out;
 }
 
+// Of "11:0"; 0 for anything else.
+uint64_t device_number(std::string_view text) {
+  unsigned parts[2] = {};
+  const char* const end = text.data() + text.size();
+  const auto first = std::from_chars(text.data(), end, parts[0]);
+  if (first.ptr == end || *first.ptr != ':') return 0;
+  const auto second = std::from_chars(first.ptr + 1, end, parts[1]);
+  return second.ec == std::errc() && second.ptr == end ? makedev(parts[0], parts[1]) : 0;
+}
+
 // Takes the next piece up to `separator` off the front of `text`.
 std::string_view take(std::string_view& text, char separator) {
   const size_t end = std::min(text.find(separator), text.size());
@@ -102,16 +112,6 @@ bool may_be_disc(const PLT_mount& mount) {
   return point.starts_with("/media/") || point.starts_with("/mnt/") ||
          (point.starts_with("/run/media/") && point.size() > sizeof "/run/media/");
 }
-
-// The type of the volume that is mounted at `point`, the last if several lie on one another; empty
-// when there is none.
-std::string type_at(const std::string& point) {
-  std::string type;
-  for (const PLT_mount& mount : PLT_parse_mounts(read_mount_table())) {
-    if (mount.point == point) type = mount.fstype;
-  }
-  return type;
-}
 }  // namespace
 
 std::vector<PLT_mount> PLT_parse_mounts(std::string_view text) {
@@ -119,17 +119,27 @@ std::vector<PLT_mount> PLT_parse_mounts(std::string_view text) {
   while (!text.empty()) {
     // id, parent, device, root, mount point, options, any number of tags, "-", type, source, ...
     std::string_view line = take(text, '\n');
-    for (int skipped = 0; skipped < 4; ++skipped)
-      take(line, ' ');
+    take(line, ' ');
+    take(line, ' ');
+    const std::string_view device = take(line, ' ');
+    take(line, ' ');
     const std::string_view point = take(line, ' ');
     std::string_view word;
     while (!line.empty() && word != "-")
       word = take(line, ' ');
     const std::string_view type = take(line, ' ');
     if (!point.starts_with('/') || type.empty()) continue;
-    mounts.push_back({decoded(point), decoded(type)});
+    mounts.push_back({decoded(point), decoded(type), device_number(device)});
   }
   return mounts;
+}
+
+PLT_mount PLT_mount_at(const std::string& point) {
+  PLT_mount found;
+  for (PLT_mount& mount : PLT_parse_mounts(read_mount_table())) {
+    if (mount.point == point) found = std::move(mount);
+  }
+  return found;
 }
 
 std::vector<std::string> PLT_pick_discs(const std::vector<PLT_mount>& mounts) {
@@ -166,29 +176,4 @@ int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* availab
   if (total) *total = unit * info.f_blocks;
   if (available) *available = unit * info.f_bavail;
   return 0;
-}
-
-int PLT_eject(const std::string& path) {
-  std::string point = path;
-  while (point.size() > 1 && point.back() == '/')
-    point.pop_back();
-  const std::string type = type_at(point);
-  if (type.empty() || point == "/") return EINVAL;
-
-  const char* const at = point.c_str();
-  const char* const eject[] = {"eject", at, nullptr};
-  const char* const release[] = {"fusermount", "-u", at, nullptr};
-  const char* const release_3[] = {"fusermount3", "-u", at, nullptr};
-  const char* const unmount[] = {"umount", at, nullptr};
-  // eject looks for a drive behind the mount, and an image that a program serves has none.
-  const bool is_fuse = type.starts_with("fuse.");
-  const std::initializer_list<const char* const*> for_fuse = {release, release_3, unmount};
-  const std::initializer_list<const char* const*> for_drive = {eject, unmount};
-  for (const char* const* const argv : is_fuse ? for_fuse : for_drive) {
-    // The mount table has the last word: eject may report failure for a drive whose tray cannot
-    // move, though the disc is unmounted.
-    PLT_run_program(argv, program_seconds);
-    if (type_at(point).empty()) return 0;
-  }
-  return EBUSY;
 }

@@ -112,6 +112,10 @@ void PLT_wake();
 // box where this run has a display that somebody sees. Returns when the user has read it.
 void PLT_plain_alert(const std::string& message, const std::string& explanation);
 
+// What another program calls the window, to show its own above it, such as "x11:2a00007"; empty
+// where there is no such name.
+std::string PLT_window_handle();
+
 // Opens `url` in the user's browser. False if nothing could be started; true promises no more than
 // that something was.
 bool PLT_open_url(const std::string& url);

@@ -1,7 +1,6 @@
 // The operating system's half of the platform layer.
 
-#include <fcntl.h>
-#include <sys/mount.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 
 #include <cerrno>
@@ -45,6 +44,7 @@ TEST(Platform, MountTable) {
   std::string text;
   for (const PLT_mount& mount : mounts)
     text += mount.point + ": " + mount.fstype + "\n";
+  EXPECT_EQ(mounts[1].device, makedev(11, 0));
   EXPECT_EQ(text,
             "/: ext4\n/media/cd rom\\x: iso9660\n/srv/image 2: fuse.fuseiso\n"
             "/a\\04x\\400\\0: tmpfs\n/last: udf\n");
@@ -274,23 +274,8 @@ TEST(Platform, RunsProgramsWithinTheirTime) {
   EXPECT_FALSE(is_there(late)) << "its children are killed too";
 }
 
-TEST(Platform, EjectsWhatIsMounted) {
+TEST(Platform, EjectsNothingButVolumes) {
   const scratch_folder here;
   for (const std::string& no_volume : {here.folder("plain"), here / "missing/", "/"s, ""s})
     EXPECT_EQ(EINVAL, eject_dvd(no_volume)) << no_volume;
-
-  const std::string point = here.folder("a volume");
-  if (mount("none", point.c_str(), "tmpfs", 0, "size=64k") != 0) {
-    std::printf("rows left out: volumes cannot be mounted by this user\n");
-    return;
-  }
-  here.file("a volume/file");
-  {
-    const int busy = open((point + "file").c_str(), O_RDONLY);
-    EXPECT_EQ(EBUSY, eject_dvd(point));
-    close(busy);
-  }
-  EXPECT_EQ(0, eject_dvd(point));
-  EXPECT_FALSE(is_there(point + "file"));
-  EXPECT_EQ(EINVAL, eject_dvd(point)) << "a second time";
 }

@@ -1,0 +1,209 @@
+// The desktop's services, played by bus-service on a real message bus: the folder window of the
+// portal, and the ejection of a disc.
+
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "Installer-f/main_dvd_util.h"
+#include "Installer-f/main_stg.h"
+#include "Installer-f/utils_manifest.h"
+#include "corekit/Files/io_utils.h"
+#include "corekit/Platform/PLT_child.h"
+#include "corekit/Platform/PLT_picker_kinds.h"
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/Thread/hl_thread.h"
+#include "tests/unit/test_files_scratch.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+// A bus of the test's own, with a zenity on PATH that the folder window falls back to.
+class Bus : public testing::Test {
+ protected:
+  void SetUp() override {
+    here.file("zenity", "#!/bin/sh\necho /by/zenity\n");
+    chmod((here / "zenity").c_str(), 0755);
+    old_path = getenv("PATH");
+    setenv("PATH", (here.path() + ":" + old_path).c_str(), 1);
+    const std::string address = "unix:path=" + (here / "bus");
+    const std::string config = here.file(
+        "bus.conf", "<busconfig><type>session</type><listen>" + address +
+                        "</listen><policy context='default'><allow send_destination='*'/>"
+                        "<allow receive_sender='*'/><allow own='*'/></policy></busconfig>");
+    start(&daemon, {"dbus-daemon", "--config-file=" + config, "--nofork", "--print-address"},
+          "unix:");
+    setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+  }
+  void TearDown() override {
+    PLT_picker_cancel();
+    PLT_child_end(&service, 0);
+    PLT_child_end(&daemon, 0);
+  }
+
+  // Starts a program and waits until it says so.
+  void start(PLT_child* child, const std::vector<std::string>& words, const std::string& sign) {
+    std::vector<const char*> argv;
+    for (const std::string& word : words)
+      argv.push_back(word.c_str());
+    argv.push_back(nullptr);
+    PLT_child_end(child, 0);
+    said.clear();
+    ASSERT_TRUE(PLT_child_start(child, argv.data(), true));
+    ASSERT_TRUE(says(*child, sign)) << words[0];
+    said.clear();
+  }
+  void serve(std::vector<std::string> words) {
+    std::string program = PLT_executable_path();
+    program.replace(program.rfind('/') + 1, std::string::npos, "bus-service");
+    words.insert(words.begin(), program);
+    start(&service, words, "ready\n");
+  }
+  // Whether it says so within some seconds.
+  bool says(PLT_child& child, const std::string& text) {
+    for (int i = 0; i < 600 && said.find(text) == std::string::npos; ++i) {
+      PLT_child_read(&child, &said, 65536);
+      usleep(5'000);
+    }
+    return said.find(text) != std::string::npos;
+  }
+  // Polls the folder window for so long: what the user has chosen, or in words how it stands.
+  std::string poll(uint64_t microseconds) {
+    std::string path;
+    int state = plt_picker_running;
+    const uint64_t start_us = PLT_microseconds();
+    do {
+      usleep(5'000);
+      const uint64_t before = PLT_microseconds();
+      state = PLT_picker_poll(&path);
+      EXPECT_LT(PLT_microseconds() - before, 1'000'000u) << "a frame has waited";
+    } while (state == plt_picker_running && PLT_microseconds() - start_us < microseconds);
+    const std::string states[] = {"none", "up", path, "cancelled"};
+    return states[state];
+  }
+  std::string pick(uint64_t microseconds = 8'000'000) {
+    EXPECT_EQ(PLT_picker_start("Pick \xC3\xA9", "/tmp/"), plt_picker_running);
+    return poll(microseconds);
+  }
+
+  scratch_folder here;
+  std::string old_path, said;
+  PLT_child daemon, service;
+};
+
+}  // namespace
+
+TEST(BusUri, OnlyFilesOfThisMachine) {
+  EXPECT_EQ("/", plt_path_of_uri("file:///"));
+  EXPECT_EQ("/a b/c%\xC3\xA9", plt_path_of_uri("file:///a%20b%2Fc%25%c3%A9"));
+  EXPECT_EQ("/a", plt_path_of_uri("FILE://LocalHost/a"));
+  EXPECT_EQ("/a+b c", plt_path_of_uri("file:/a+b c"));
+  for (const char* const refused :
+       {"file://server/a", "file://localhosts/a", "file:a", "files:///a", "file:///a%00b",
+        "file:///a%2", "file:///a%", "file:///a%g0", "file:///a%0g", "file:///a?b", "file:///a#b",
+        "/a", "file:", ""}) {
+    EXPECT_EQ("", plt_path_of_uri(refused)) << refused;
+  }
+}
+
+TEST_F(Bus, PortalIsTheFirstFolderWindow) {
+  const struct {
+    const char *portal, *picked, *said;
+  } rows[] = {
+      {"file:///tmp/a%20b%23%C3%A9/", "/tmp/a b#\xC3\xA9",
+       "Pick \xC3\xA9 handle_token skyvane_folder directory yes current_folder/tmp/"},
+      {"cancelled", "cancelled", "OpenFile"},
+      {"early", "/early", "OpenFile"},
+      {"http://server/a", "/by/zenity", "OpenFile"},
+      {"nothing", "/by/zenity", "OpenFile"},
+      {"ended", "/by/zenity", "OpenFile"},
+      {"fails", "/by/zenity", "OpenFile"},
+      {"dies", "/by/zenity", "OpenFile"},
+      {"elsewhere", "/by/zenity", "/other\n"},  // the request that was not asked for is closed
+      {"none", "/by/zenity", "Get"},
+      {"old", "/by/zenity", "Get"},
+      {"mute", "/by/zenity", "Get"},
+      {"silent", "/by/zenity", "Close /org/freedesktop/portal/desktop/request/1_"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.portal);
+    serve({row.portal});
+    EXPECT_EQ(pick(), row.picked);
+    EXPECT_TRUE(says(service, row.said)) << said;
+    EXPECT_TRUE(row.said != "Get"s || said.find("OpenFile") == std::string::npos) << said;
+  }
+}
+
+TEST_F(Bus, UserMayTakeHisTime) {
+  serve({"busy"});  // answers to another request
+  EXPECT_EQ(pick(5'000'000), "up");
+  PLT_picker_cancel();
+  EXPECT_TRUE(says(service, "Close /org/freedesktop/portal/desktop/request/1_")) << said;
+  EXPECT_EQ(poll(0), "none");
+  EXPECT_EQ(pick(500'000), "up");
+  PLT_child_end(&daemon, 0);
+  EXPECT_EQ(poll(3'000'000), "/by/zenity") << "the bus has gone";
+}
+
+TEST_F(Bus, NobodyAnswers) {
+  EXPECT_EQ(pick(3'000'000), "/by/zenity") << "there is no portal";
+  kill(daemon.pid, SIGSTOP);
+  EXPECT_EQ(pick(), "/by/zenity") << "the bus says nothing";
+}
+
+TEST_F(Bus, DiskServiceEjects) {
+  const std::string point = here.folder("a disc");
+  const std::string asked = "GetManagedObjects /org/freedesktop/UDisks2\n";
+  const std::string unmount = asked + "Unmount /block/2 auth.no_user_interaction yes\n";
+  const std::string eject = unmount + "Eject /drives/2 auth.no_user_interaction yes\n";
+  const struct {
+    const char *disk, *path;  // the second is what PATH is
+    int result;
+    std::string said;
+  } rows[] = {
+      {"good", "", 0, eject},
+      {"forgets", "", 0, eject},  // to answer
+      {"refuses", "", EBUSY, unmount},
+      {"refuses", old_path.c_str(), 0, unmount},
+      {"strange", old_path.c_str(), 0, asked},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.disk) + ", PATH=" + row.path);
+    umount(point.c_str());  // of the row before
+    if (mount("none", point.c_str(), "tmpfs", 0, "size=64k") != 0) {
+      std::printf("rows left out: volumes cannot be mounted by this user\n");
+      return;
+    }
+    struct stat info;
+    stat(point.c_str(), &info);
+    serve({"none", row.disk, std::to_string(info.st_dev), point});
+    setenv("PATH", row.path, 1);
+    EXPECT_EQ(row.result, PLT_eject(point));
+    EXPECT_TRUE(says(service, row.said)) << said;
+    EXPECT_EQ(said, row.said);
+  }
+  EXPECT_EQ(EINVAL, PLT_eject(point)) << "a second time";
+}
+
+TEST_F(Bus, FramesGoOnDuringAnEjection) {
+  THREAD_init();
+  THREAD_make_workers();
+  const std::string point = here.folder("a disc");
+  here.file("eject", "#!/bin/sh\nsleep 1; umount \"$1\"\n");
+  chmod((here / "eject").c_str(), 0755);
+  if (mount("none", point.c_str(), "tmpfs", 0, "size=64k") == 0) {
+    dvd_path = point;
+    sim_info.resize(1);
+    sim_info[0].versions.resize(1);
+    const uint64_t start = PLT_microseconds();
+    UTIL_switch_disk(1);
+    EXPECT_LT(PLT_microseconds() - start, 900'000u);
+    EXPECT_EQ(dvd_path, "");
+  }
+  THREAD_shutdown();
+  EXPECT_EQ(PLT_mount_at(point.substr(0, point.size() - 1)).fstype, "") << "the end waits for it";
+}
