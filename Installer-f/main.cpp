@@ -51,7 +51,9 @@ void set_defaults() {
 
 // "-path FOLDER", in this order and first, is how a program of the family hands over its folder.
 void take_handed_over_path(int argc, char** argv) {
-  if (argc > 2 && std::strcmp(argv[1], "-path") == 0) cmd_line_path = argv[2];
+  if (argc > 2 && std::strcmp(argv[1], "-path") == 0 && *argv[2]) {
+    cmd_line_path = folder_from_start(argv[2]);
+  }
 }
 
 int run_wizard() {
@@ -92,11 +94,9 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv);
   } catch (const std::exception& e) {
-    __MACIBM_alert(win_main, "Caught an unhandled C++ exception", e.what(), "", "", t_exit,
-                   "Installer-f/main", 1214);
+    MACIBM_fault("Installer-f/main", 1214, "Caught an unhandled C++ exception", e.what());
   } catch (...) {
-    __MACIBM_alert(win_main, "Caught an unhandled unknown exception", "", "", "", t_exit,
-                   "Installer-f/main", 1217);
+    MACIBM_fault("Installer-f/main", 1217, "Caught an unhandled unknown exception");
   }
   return 1;
 }

@@ -145,9 +145,9 @@ void take_found_folder(const std::string& picked) {
     dest_dir_path = shorter;
   }
   dest_dir_path = chosen;
-  __MACIBM_alert(win_main, tr("You selected the folder path:"), chosen,
-                 tr("But it does not appear to be an installed copy of Skyvane 9."),
-                 tr("Please be sure to select the folder that contains the Skyvane application."),
+  __MACIBM_alert(win_main, "You selected the folder path:", chosen,
+                 "But it does not appear to be an installed copy of Skyvane 9.",
+                 "Please be sure to select the folder that contains the Skyvane application.",
                  t_alert, "Installer-f/main", 342);
 }
 
@@ -171,7 +171,7 @@ void UTIL_scan_dvd() {
   const std::string zip = dvd_path + install_name + "/directory.txt.zip";
   const std::string plain = temp_path + "directory.txt";
   if (const int code = zip_to_file(zip, temp_path, nullptr, 0)) {
-    __MACIBM_alert(win_main, tr("DVD scan: The installer cannot extract a file."),
+    __MACIBM_alert(win_main, "DVD scan: The installer cannot extract a file.",
                    tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
                    tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
   }

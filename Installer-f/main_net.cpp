@@ -33,7 +33,6 @@ void forget_transfer() {
 void choose_copy() {
   if (!cmd_line_path.empty()) {
     dest_dir_path = cmd_line_path;
-    if (dest_dir_path.back() != '/') dest_dir_path += '/';  // other programs leave it out
   } else if (!dest_dir_path.empty()) {
     dest_dir_path.clear();
   } else if (all_skyroots.size() == 1) {

@@ -60,7 +60,7 @@ extern stg_record stg;
 extern std::string dest_dir_path;  // the copy worked on, absolute, trailing "/"; empty until chosen
 extern std::string temp_path;      // working folder of this run, trailing "/"
 extern std::string dvd_path;       // mount path of the product's disc, trailing "/"; empty without
-extern std::string cmd_line_path;  // the copy handed over with "-path"; empty otherwise
+extern std::string cmd_line_path;  // the copy of "-path", absolute, trailing "/"; else empty
 extern std::string install_name;   // the release's folder on a server or a disc
 inline constexpr char no_install_name[] = "Not Yet Scanned";
 

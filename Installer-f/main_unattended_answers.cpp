@@ -52,8 +52,7 @@ bool read_folder(const char* option, std::string& folder) {
     complain(std::string(option) + " wants a folder.");
     return false;
   }
-  folder = from_start_folder(folder);
-  if (folder.back() != '/') folder += '/';
+  folder = folder_from_start(folder);
   return true;
 }
 
@@ -70,8 +69,6 @@ bool read_copy() {
   if (!read_folder("--copy", answers.copy)) return false;
   if (!answers.copy.empty()) cmd_line_path = answers.copy;
   if (cmd_line_path.empty() || g_wizard != net_start) return true;
-  cmd_line_path = from_start_folder(cmd_line_path);
-  if (cmd_line_path.back() != '/') cmd_line_path += '/';
   if (is_a_copy(cmd_line_path)) return true;
   complain(cmd_line_path + " does not appear to be an installed copy of Skyvane 9.");
   return false;

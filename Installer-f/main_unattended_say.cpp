@@ -19,31 +19,7 @@ struct console_state {
   std::string last_live;
 } console;
 
-// Bytes of the UTF-8 sequence that `text` begins with; 0 if it begins with none.
-size_t utf8_sequence(std::string_view text) {
-  constexpr size_t longest = 4;
-  for (size_t length = 1; length <= longest && length <= text.size(); ++length) {
-    if (PLT_is_utf8(text.substr(0, length))) return length;
-  }
-  return 0;
-}
-
 }  // namespace
-
-std::string terminal_text(std::string_view text) {
-  std::string out;
-  while (!text.empty()) {
-    const size_t length = utf8_sequence(text);
-    const std::string_view piece = text.substr(0, length ? length : 1);
-    if (length) {
-      out += piece;
-    } else {
-      out += PLT_utf8_from_latin1(piece);
-    }
-    text.remove_prefix(piece.size());
-  }
-  return out;
-}
 
 void say_begin() {
   console.terminal = isatty(STDOUT_FILENO) != 0;
@@ -60,21 +36,21 @@ void say_end_live() {
 
 void say(const std::string& line) {
   say_end_live();
-  std::fprintf(stdout, "%s\n", terminal_text(line).c_str());
+  std::fprintf(stdout, "%s\n", PLT_terminal_text(line).c_str());
   std::fflush(stdout);
 }
 
 void complain(const std::string& line) {
   say_end_live();
   std::fflush(stdout);
-  std::fprintf(stderr, "%s\n", terminal_text(line).c_str());
-  xer << line << '\n';
+  std::fprintf(stderr, "%s\n", PLT_terminal_text(line).c_str());
+  xer << PLT_terminal_text(line) << '\n';
 }
 
 void say_live(const std::string& line) {
   if (line == console.last_live) return;
   console.last_live = line;
-  std::fprintf(stdout, "\r%s\033[K", terminal_text(line).c_str());
+  std::fprintf(stdout, "\r%s\033[K", PLT_terminal_text(line).c_str());
   std::fflush(stdout);
   console.line_open = true;
 }

@@ -134,10 +134,10 @@ void build_install() {
     default:
       builder_fatal("I can not tell what type of install this is!", "", "", "", 307);
   }
-  __MACIBM_alert(mnw.win_id, "OK compression is done. Checklist if doing net:",
-                 "Get the version string and version number from hl_types into the serverlist.txt "
-                 "file in the internet folder, and bring that to the web server.",
-                 "Upload the -NET uploads- folder stuff.",
-                 "Extract directory.txt.zip to the next previous directory file for use next time.",
-                 t_alert, "Installer-f/make_installer", 308);
+  builder_alert("OK compression is done. Checklist if doing net:",
+                "Get the version string and version number from hl_types into the serverlist.txt "
+                "file in the internet folder, and bring that to the web server.",
+                "Upload the -NET uploads- folder stuff.",
+                "Extract directory.txt.zip to the next previous directory file for use next time.",
+                308);
 }

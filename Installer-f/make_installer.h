@@ -70,7 +70,10 @@ extern int (*builder_quit_key)();  // non-zero while it is down; null: no key ca
 void builder_notice(const std::string& line);
 void builder_warning(const std::string& line);
 
-// The fatal alert. `source_line` is a fixed number that identifies the complaint.
+// An alert, and the fatal one, in the makers' English. `source_line` is a fixed number that
+// identifies the complaint.
+void builder_alert(const std::string& line_1, const std::string& line_2, const std::string& line_3,
+                   const std::string& line_4, int source_line);
 [[noreturn]] void builder_fatal(const std::string& line_1, const std::string& line_2,
                                 const std::string& line_3, const std::string& line_4,
                                 int source_line);

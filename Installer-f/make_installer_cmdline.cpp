@@ -50,8 +50,7 @@ complaint read_path(const char* flag, bool folder, std::string* path) {
   if (!cmdline.has_option(flag)) return {};
   const std::string text = cmdline.get_option(flag);
   if (text.empty()) return str_format("%s needs a path behind its \"=\".", flag);
-  *path = from_start_folder(text);
-  if (folder && !path->ends_with('/')) *path += '/';
+  *path = folder ? folder_from_start(text) : from_start_folder(text);
   return {};
 }
 

@@ -227,10 +227,7 @@ void comp_file(const std::string& path) {
 
   // A word in place of what cannot be computed keeps the line's fields in their places.
   std::string sig(sig_none);
-  if (calc_file_md5(path, sig) != 0) {
-    __MACIBM_alert(mnw.win_id, "Could not MD5 file!", path, "", "", t_alert,
-                   "Installer-f/make_installer", 211);
-  }
+  if (calc_file_md5(path, sig) != 0) builder_alert("Could not MD5 file!", path, "", "", 211);
 
   write_dir_line(path_folder(relative));
   const int os = platform_of(relative);

@@ -1,4 +1,4 @@
-// How the builder speaks: progress, notices, and the fatal alert.
+// How the builder speaks: progress, notices, and alerts.
 //
 // With a window, progress is drawn at its foot, and the frame that follows reads the keys. Without
 // one, progress goes to standard error: on a terminal one line that is rewritten, elsewhere a line
@@ -18,6 +18,7 @@
 #include "corekit/GenH/hl_types.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/Platform/PLT_text.h"
 
 int (*builder_quit_key)() = nullptr;
 
@@ -31,13 +32,6 @@ size_t terminal_columns() {
   winsize size{};
   if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 80;
   return size.ws_col;
-}
-
-// A file's name may hold bytes that would steer the terminal.
-std::string printable(std::string text) {
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < ' ' || c == 0x7F) c = '?';
-  return text;
 }
 
 // A frame of the builder's own: what the pages would draw stays out of it.
@@ -54,8 +48,8 @@ void draw_progress(const std::string& line, const std::string& path) {
 
 void say(const std::string& line) {
   builder_progress_end();
-  std::fprintf(stderr, "%s\n", printable(line).c_str());
-  xer << line << '\n';
+  std::fprintf(stderr, "%s\n", PLT_terminal_text(line).c_str());
+  xer << PLT_terminal_text(line) << '\n';
 }
 
 }  // namespace
@@ -66,7 +60,7 @@ void builder_progress(int done, const std::string& line, const std::string& path
     return;
   }
   static const bool on_terminal = isatty(STDERR_FILENO) != 0;
-  std::string text = printable(line + " " + path);
+  std::string text = PLT_terminal_text(line + " " + path);
   if (on_terminal) {
     text.resize(std::min(text.size(), terminal_columns() - 1));
     std::fprintf(stderr, "\r%s\x1b[K", text.c_str());
@@ -91,6 +85,13 @@ void builder_notice(const std::string& line) {
 
 void builder_warning(const std::string& line) {
   say("WARNING: " + line);
+}
+
+void builder_alert(const std::string& line_1, const std::string& line_2, const std::string& line_3,
+                   const std::string& line_4, int source_line) {
+  builder_progress_end();
+  __MACIBM_alert(mnw.win_id, line_1, line_2, line_3, line_4, t_alert, "Installer-f/make_installer",
+                 source_line);
 }
 
 void builder_fatal(const std::string& line_1, const std::string& line_2, const std::string& line_3,

@@ -121,14 +121,13 @@ void delete_files() {
 }
 
 void make_dir_error(const std::string& path, int code) {
-  __MACIBM_alert(
-      mnw.win_id,
-      UTL_translate_string("I am unable to install or update Skyvane. An error occurred while "
-                           "creating new folders. Make sure you are installing to a directory "
-                           "that you have access to!"),
-      UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
-      UTL_translate_string("Install Location: ") + dest_dir_path,
-      UTL_translate_string("Install Path:") + path, t_alert, source_name, 96);
+  __MACIBM_alert(mnw.win_id,
+                 "I am unable to install or update Skyvane. An error occurred while "
+                 "creating new folders. Make sure you are installing to a directory "
+                 "that you have access to!",
+                 UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
+                 UTL_translate_string("Install Location: ") + dest_dir_path,
+                 UTL_translate_string("Install Path:") + path, t_alert, source_name, 96);
 }
 
 void note_emptied_folders(std::string_view location, std::set<std::string>& folders) {

@@ -333,12 +333,9 @@ const char* suffix_for_file(int index) {
 void new_format(const std::string& path) {
   xer << "WARNING: the directory file is of a format that I do not know: " << path << '\n';
   __MACIBM_alert(
-      mnw.win_id,
-      UTL_translate_string(
-          "The servers now hold files in a newer format than this installer understands."),
-      UTL_translate_string("In other words, you need to get a new installer!"),
-      UTL_translate_string("You can get one from the download section of our web site."), "",
-      t_alert, source_name, 355);
+      mnw.win_id, "The servers now hold files in a newer format than this installer understands.",
+      "In other words, you need to get a new installer!",
+      "You can get one from the download section of our web site.", "", t_alert, source_name, 355);
   go_to_URL("http://" + std::string(product_web_host) + "/demo.html");
   stg.directory_state = manifest_refused;
   stg.new_format_state = 2;

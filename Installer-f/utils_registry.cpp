@@ -60,7 +60,8 @@ void locate_all_skyvanes() {
   while (next_line(file, line, open_ended)) {
     // Longer than any path that the file services take, which they would end the program over.
     if (app_path.size() + std::strlen(line) > path_limit) continue;
-    if (dir_exists(line)) all_skyroots.emplace_back(line);
+    // The rest of a line that was too long is no folder below the working one.
+    if (line[0] == '/' && dir_exists(line)) all_skyroots.emplace_back(line);
   }
   std::fclose(file);
 }

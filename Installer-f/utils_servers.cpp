@@ -21,6 +21,7 @@
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/http.h"
 #include "corekit/OOPS_cpp/xmap.h"
+#include "corekit/OOPS_cpp/xtim.h"
 #include "corekit/UTL/UTL_translate.h"
 
 std::string server_name[server_limit + 1];
@@ -30,6 +31,7 @@ std::string server_desc[server_limit + 1];
 namespace {
 
 constexpr int list_slot = 0;
+constexpr float list_pause = 2.0f;  // frame clock: from a list that leads nowhere to the next try
 constexpr int manifest_slot = 1;
 constexpr int list_version = 820;
 constexpr int code_bad_zip = 20002;  // "We were unable to read from a zip file..."
@@ -76,16 +78,42 @@ void read_mirror(xmap_class& map) {
   stg.server_count = std::min(stg.server_count + 1, server_limit);
 }
 
+float list_not_before = 0;  // frame clock
+
+// Who wants the test release while there is none has to say so: nothing is fetched in its place
+// that was not asked for. Told once a run.
+void tell_no_beta() {
+  static bool told = false;
+  if (told) return;
+  told = true;
+  __MACIBM_alert(0, "There is no beta of Skyvane 9 at the moment.",
+                 "Go back to the first page, choose options and uncheck the beta option.", "", "",
+                 t_alert, "Installer-f/utils", 1188);
+}
+
+// As if the list had not come: it leads nowhere, and is fetched again, though not at once.
+void drop_list() {
+  stg.server_count = -1;
+  list_not_before = xtim.now_sec + list_pause;
+}
+
 void fetch_list() {
+  if (xtim.now_sec < list_not_before) return;
   const std::string list = temp_path + "serverlist9.txt";
   if (http.net_check(list_slot, product_web_host, "/serverlist9.txt", list) != http_done) return;
-  if (!read_server_list(list)) {
-    new_format(list);
-    return;
+  switch (read_server_list(list)) {
+    case list_refused:
+      new_format(list);
+      return;
+    case list_lacks_beta:
+      tell_no_beta();
+      drop_list();
+      return;
+    default:
+      break;
   }
-  if (stg.server_count == 0) {
-    // No mirror to go to: as if the list had not come, so that the next call fetches it again.
-    stg.server_count = -1;
+  if (stg.server_count == 0) {  // no mirror to go to
+    drop_list();
     return;
   }
   draw_server();
@@ -97,8 +125,8 @@ void fetch_list() {
 // A whole number from 0 to count - 1, each as likely.
 int uniform_server(int count) {
   if (count < 1) {
-    __MACIBM_alert(0, "int rand range negative!", str_format("lo=%1.0f hi=%1.0f", 0.0, count - 1.0),
-                   "", "", t_exit, "GenH/hl_math", 61);
+    MACIBM_fault("GenH/hl_math", 61, "int rand range negative!",
+                 str_format("lo=%1.0f hi=%1.0f", 0.0, count - 1.0));
     return 0;
   }
   return std::rand() % count;
@@ -125,7 +153,7 @@ void fetch_manifest() {
   if (code == 0) {
     stg.directory_state = manifest_unpacked;
   } else {
-    __MACIBM_alert(0, UTL_translate_string("The installer cannot extract a file."),
+    __MACIBM_alert(0, "The installer cannot extract a file.",
                    UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                    UTL_translate_string("Compressed File/") + zip,
                    UTL_translate_string("Destination Path/") + temp_path, t_alert,
@@ -140,17 +168,18 @@ int read_server_list(const std::string& path) {
   constexpr int versions[] = {list_version, 0};
   xmap_class map(path);
   if (map.file_start == nullptr || map.check_file(ouf_text, versions, "SERVERS", nullptr) == 0) {
-    return 0;
+    return list_refused;
   }
   stg.server_count = 0;
+  std::string beta, release;
   while (map.cursor < map.file_end) {
     skip_blanks(map);
     if (take_keyword(map, "BETA")) {
-      const std::string folder = rest_of_line(map);
-      if (stg.beta_flag != 0) install_name = folder;
+      beta = rest_of_line(map);
+      if (stg.beta_flag != 0) install_name = beta;
     } else if (take_keyword(map, "FINAL")) {
-      const std::string folder = rest_of_line(map);
-      if (stg.beta_flag == 0) install_name = folder;
+      release = rest_of_line(map);
+      if (stg.beta_flag == 0) install_name = release;
     } else if (take_keyword(map, "SERVER")) {
       read_mirror(map);
     } else if (take_keyword(map, "ENDOFLIST")) {
@@ -159,7 +188,7 @@ int read_server_list(const std::string& path) {
       map.TXT_str_scan_eoln(nullptr);
     }
   }
-  return 1;
+  return stg.beta_flag != 0 && beta.empty() && !release.empty() ? list_lacks_beta : list_read;
 }
 
 int biased_server(float fraction, int count) {

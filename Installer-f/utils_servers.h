@@ -24,8 +24,12 @@ extern std::string server_desc[server_limit + 1];  // for the user; may hold a h
 // without end; the page decides when to give up. Uses HTTP slots 0 and 1.
 void UTL_download_directory();
 
-// Reads a list file into the arrays, install_name and stg.server_count; 0 if its header is refused
-// or it cannot be mapped.
+// Reads a list file into the arrays, install_name and stg.server_count.
+enum server_list_result {
+  list_refused = 0,  // its header is of another kind, or it cannot be mapped
+  list_read = 1,
+  list_lacks_beta = 2  // read, but stg.beta_flag is set and only a public release is there
+};
 int read_server_list(const std::string& path);
 
 // The mirror for a draw `fraction` in [0, 1): the early entries get more users than the late ones

@@ -97,7 +97,7 @@ bool extract_and_delete_file(const std::string& archive, const std::string& loca
     xer << "WARNING: the server sent another file in place of " << location << '\n';
   } else {
     stg.extract_failed = 1;
-    __MACIBM_alert(0, UTL_translate_string("The installer cannot extract a file."),
+    __MACIBM_alert(0, "The installer cannot extract a file.",
                    UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                    UTL_translate_string("Compressed File: ") + archive,
                    UTL_translate_string("Destination: ") + location, t_alert, "Installer-f/utils",

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "art/canvas.h"
+#include "corekit/OOPS_cpp/oglp_glyphs.h"
 
 // --- palette ------------------------------------------------------------------------------------
 // Cool
@@ -36,13 +37,11 @@ float art_words_width(const art_words& style, const std::string& text);
 void art_draw_words(const art_cell& cell, const art_words& style, float x, float y,
                     const std::string& text, const art_colour& colour);
 
-// The glyph grid: 21 columns and 5 rows of cells, 14 by 15, from the atlas origin; a glyph's
-// baseline is 5 rows above the foot of its cell, its pen position the cell's left edge.
-inline constexpr int glyph_columns = 21, glyph_rows = 5;
-inline constexpr int glyph_dx = 14, glyph_dy = 15, glyph_baseline = 5;
+// The glyph grid stands at the atlas origin; a glyph's baseline is 5 rows above the foot of its
+// cell, its pen position the cell's left edge.
+inline constexpr int glyph_baseline = 5;
 // The byte in a cell of the grid, row 0 the lowest; 0 for the blank.
 unsigned char art_glyph(int column, int row);
-int art_glyph_advance(unsigned char byte);
 
 // --- pictures -----------------------------------------------------------------------------------
 void art_draw_glyphs(art_canvas& atlas);    // art_font.cpp

@@ -83,36 +83,8 @@ void art_draw_words(const art_cell& cell, const art_words& style, float x, float
 
 // --- the glyph grid -----------------------------------------------------------------------------
 unsigned char art_glyph(int column, int row) {
-  static const char* const rows[glyph_rows] = {
-      " 0123456789AaBbCcDdEe",
-      "FfGgHhIiJjKkLlMmNnOoP",
-      "pQqRrSsTtUuVvWwXxYyZz",
-      "!@#$%^&*()-_+=[]|\\':;",
-      "<.>,?/`\xFB\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF",
-  };
-  const unsigned char byte = static_cast<unsigned char>(rows[row][column]);
+  const unsigned char byte = static_cast<unsigned char>(glyph_grid[row][size_t(column)]);
   return byte == ' ' ? 0 : byte;
-}
-
-int art_glyph_advance(unsigned char byte) {
-  static const struct {
-    int advance;
-    const char* bytes;
-  } table[] = {
-      {2, ",."},
-      {3, " '/:;I\\`ijl|\xFB"},
-      {4, "!()-J[]frst"},
-      {5, "c"},
-      {6, "#$*0123456789?EFLPSTZ^_aekvxyz\xBF\xC1\xC9\xCD\xD1\xD3\xDA\xE1\xE9\xED\xF1\xF3\xFA"},
-      {7, "+<=>BCKRVXYbdghnopqu"},
-      {8, "&ADGHNU"},
-      {9, "@OQw"},
-      {10, "Mm"},
-      {11, "%W"},
-  };
-  for (const auto& row : table)
-    if (byte != 0 && strchr(row.bytes, byte)) return row.advance;
-  return 0;
 }
 
 // An accent that overhangs its letter must not push the letter out of the middle.
@@ -216,7 +188,7 @@ void art_draw_glyphs(art_canvas& atlas) {
       FT_Load_Char(face, base_letter(byte), load);
       FT_Outline_Get_CBox(&face->glyph->outline, &base);
       FT_Load_Char(face, byte, load);
-      fit_outline(face->glyph->outline, base, byte, art_glyph_advance(byte));
+      fit_outline(face->glyph->outline, base, byte, glyph_widths[byte]);
       FT_Render_Glyph(face->glyph, FT_RENDER_MODE_NORMAL);
       const FT_Bitmap& ink = face->glyph->bitmap;
       for (int y = 0; y < int(ink.rows); ++y)

@@ -55,7 +55,7 @@ void element(screen& to, float x, float y, float u, float v, float dx, float dy,
 float text_width(const std::string& text) {
   float width = 0;
   for (const char c : text)
-    width += float(art_glyph_advance(static_cast<unsigned char>(c)));
+    width += float(glyph_widths[static_cast<unsigned char>(c)]);
   return width;
 }
 
@@ -69,7 +69,7 @@ void text(screen& to, const art_colour& colour, float x, float y, const std::str
         if (byte && art_glyph(column, row) == byte)
           quad(to, to.art.interface, x, y - 6, glyph_dx, glyph_dy, float(column * glyph_dx),
                float(row * glyph_dy), glyph_dx, glyph_dy, colour);
-    x += float(art_glyph_advance(byte));
+    x += float(glyph_widths[byte]);
   }
 }
 

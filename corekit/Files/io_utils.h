@@ -84,8 +84,8 @@ int make_file_large_address_aware(const std::string& path);
 // Lists a folder (fatal alert if its path is longer than one character and does not end in "/"):
 // names in ascending order of their bytes and, beside each, 1 for a folder. A link is no folder.
 // Names that begin with "." are not listed. `filter` 0 keeps all, 1 to 18 the folders and the files
-// of one kind (see opensave_takeit), 19 the folders, 20 and 21 nothing. Returns the number of
-// items; 0 also when the folder cannot be read.
+// of one kind (see opensave_takeit), 19 the folders, 20 nothing, 21 the commands below the path
+// `folder` (main thread). Returns the number of items; 0 also when the folder cannot be read.
 int opensave_getitems(const std::string& folder, int filter, std::vector<std::string>& names,
                       std::vector<int>& is_folder);
 

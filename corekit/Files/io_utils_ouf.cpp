@@ -28,7 +28,7 @@ bool open_anew(const std::string& full, int type) {
 
 int ouf_open(const std::string& path, int type, int version, const std::string& note) {
   if (type != ouf_binary && type != ouf_text) {
-    __MACIBM_alert(0, "Bad ouf_open type!", "", "", "", t_exit, this_file, 32);
+    MACIBM_fault(this_file, 32, "Bad ouf_open type!");
     return 0;
   }
   const std::string full = app_path + path;

@@ -17,6 +17,7 @@
 #include "corekit/Files/io_utils_int.h"
 #include "corekit/GenC/hl_alert.h"
 #include "corekit/GenH/hl_types.h"
+#include "corekit/OOPS_cpp/cmnd.h"
 
 namespace {
 constexpr char this_file[] = "Files/io_utils_tree";
@@ -24,7 +25,8 @@ constexpr char this_file[] = "Files/io_utils_tree";
 // Filters of opensave_getitems beyond the kinds of files.
 constexpr int keep_all = 0;
 constexpr int folders_only = 19;
-constexpr int first_command_filter = 20;
+constexpr int no_items = 20;
+constexpr int commands = 21;
 
 // Files by their last four characters; kind 1 is the first.
 constexpr char kinds[][5] = {".AFL", ".WPN", ".ACF", ".OBJ", ".SIT", ".SMO",
@@ -100,8 +102,11 @@ int opensave_getitems(const std::string& folder, int filter, std::vector<std::st
                       std::vector<int>& is_folder) {
   names.clear();
   is_folder.clear();
-  // These two list the program's own commands, and there is no table of commands to list from.
-  if (filter >= first_command_filter) return 0;
+  if (filter == commands) {
+    cmnd.get_cmds_in_path(folder, names);
+    is_folder.assign(names.size(), 0);
+  }
+  if (filter >= no_items) return static_cast<int>(names.size());
 
   const std::string full = app_path + folder;
   if (full.size() > 1 && full.back() != '/') {

@@ -13,6 +13,7 @@
 #include "corekit/GenC/hl_init.h"
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/OOPS_cpp/exce.h"
+#include "corekit/Platform/PLT_text.h"
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/Thread/hl_thread.h"
 #include "corekit/UTL/UTL_cmdline.h"
@@ -26,16 +27,16 @@ int in_alert = 0;  // recursion guard: 1 while an alert is being shown
 
 constexpr size_t plain_limit = 499;  // characters that the platform's plain alert takes
 
-void log_lines(const std::string* lines, const std::string& where) {
+void log_lines(const alert_line* lines, const std::string& where) {
   for (int i = 0; i < 4; ++i)
-    xer << lines[i] << '\n';
+    xer << PLT_terminal_text(lines[i].logged()) << '\n';
   xer << where << '\n';
   xer.flush();
 }
 
 void print_lines(const std::string* lines) {
   for (int i = 0; i < 4; ++i) {
-    if (!lines[i].empty()) std::fprintf(stderr, "%s\n", lines[i].c_str());
+    if (!lines[i].empty()) std::fprintf(stderr, "%s\n", PLT_terminal_text(lines[i]).c_str());
   }
   std::fflush(stderr);
 }
@@ -65,15 +66,21 @@ void show_plain(const std::string* lines, bool nested) {
 
 }  // namespace
 
-void __MACIBM_alert(int window, const std::string& line_1, const std::string& line_2,
-                    const std::string& line_3, const std::string& line_4, int type,
-                    const char* file, int source_line) {
+void MACIBM_fault(const char* file, int source_line, const std::string& line_1,
+                  const std::string& line_2, const std::string& line_3, const std::string& line_4) {
+  __MACIBM_alert(win_main, line_1, line_2, line_3, line_4, t_exit, file, source_line);
+}
+
+void __MACIBM_alert(int window, const alert_line& line_1, const alert_line& line_2,
+                    const alert_line& line_3, const alert_line& line_4, int type, const char* file,
+                    int source_line) {
   if (THREAD_is_inited() && !THREAD_is_main_thread()) {
-    THREAD_send_exception(exce_class(line_1, line_2, line_3, line_4, file, source_line, type));
+    THREAD_send_exception(exce_class(line_1.logged(), line_2.logged(), line_3.logged(),
+                                     line_4.logged(), file, source_line, type));
     return;
   }
 
-  const std::string lines[4] = {line_1, line_2, line_3, line_4};
+  const alert_line lines[4] = {line_1, line_2, line_3, line_4};
   const std::string where = "(" + std::string(file) + " line " + std::to_string(source_line) + ")";
 
   if (type == t_exit) UTL_append_crawl();
@@ -89,13 +96,15 @@ void __MACIBM_alert(int window, const std::string& line_1, const std::string& li
   in_alert = 1;
   ++alerts_shown;
 
-  const bool empty = line_1.empty() && line_2.empty() && line_3.empty() && line_4.empty();
+  const std::string shown[4] = {line_1.shown(), line_2.shown(), line_3.shown(), line_4.shown()};
+  const bool empty =
+      line_1.is_empty() && line_2.is_empty() && line_3.is_empty() && line_4.is_empty();
   if (!ogl_inited || nested) {
-    if (!empty) show_plain(lines, nested);
+    if (!empty) show_plain(shown, nested);
   } else if (!empty) {
     // A test or a person at a terminal reads it there too.
-    if (type != 0) print_lines(lines);
-    draw_alert(window, lines, type, where);
+    if (type != 0) print_lines(shown);
+    draw_alert(window, shown, type, where);
   }
 
   if (type == t_alert || type == t_exit || nested) {

@@ -2,9 +2,27 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "corekit/GenH/hl_types.h"
 #include "corekit/UTL/UTL_translate.h"
+
+// One line of an alert. A literal is a text like any other that a user sees: it stays English on
+// its way from a thread to the main thread and in the log, and is translated when it is shown. What
+// the caller has put together, translated piece by piece, and a name or a path, is a std::string
+// and stays as it is.
+struct alert_line {
+  alert_line(const char* literal) : english(literal) {}
+  alert_line(std::string line) : made(std::move(line)) {}
+
+  UTL_text english = nullptr;  // null when the line was made
+  std::string made;
+
+  bool is_empty() const { return english ? !*english : made.empty(); }
+  // Main thread.
+  std::string shown() const { return english && *english ? UTL_translate_string(english) : made; }
+  std::string logged() const { return english ? english : made; }
+};
 
 // Shows four lines of text and where they came from.
 //
@@ -14,9 +32,15 @@
 // text. Callable from any thread: off the main thread the alert is posted and shown on the main
 // thread's next frame, and a t_exit ends the calling thread at once. An alert inside an alert ends
 // the program.
-void __MACIBM_alert(int window, const std::string& line_1, const std::string& line_2,
-                    const std::string& line_3, const std::string& line_4, int type,
-                    const char* file, int source_line);
+void __MACIBM_alert(int window, const alert_line& line_1, const alert_line& line_2,
+                    const alert_line& line_3, const alert_line& line_4, int type, const char* file,
+                    int source_line);
+
+// The alert of a fault of the program itself, which no user causes or can mend. Fatal; its lines
+// stay English, for those who can.
+void MACIBM_fault(const char* file, int source_line, const std::string& line_1,
+                  const std::string& line_2 = "", const std::string& line_3 = "",
+                  const std::string& line_4 = "");
 
 // Alerts shown since the program began. Main thread.
 extern int alerts_shown;

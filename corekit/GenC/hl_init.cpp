@@ -62,6 +62,11 @@ std::string from_start_folder(const std::string& path) {
   return !path.empty() && path[0] == '/' ? path : start_folder + path;
 }
 
+std::string folder_from_start(const std::string& folder) {
+  const std::string path = from_start_folder(folder);
+  return path.back() == '/' ? path : path + '/';
+}
+
 void MACIBM_init(int argc, const char* const* argv) {
   UTL_debug_init();
   // Without TZ the C library looks the zone up again for the date of every file that is unpacked,

@@ -117,7 +117,8 @@ void init_window() {
   ogl_inited = 1;
   if (mnw.language < 0) {
     mnw.language = 0;
-    __MACIBM_alert(win_none, "-", "-", "-", "-", 0, "corekit/GenC/hl_init", 1651);
+    const std::string none = "-";
+    __MACIBM_alert(win_none, none, none, none, none, 0, "corekit/GenC/hl_init", 1651);
   }
 }
 

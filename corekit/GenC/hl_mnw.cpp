@@ -122,8 +122,7 @@ void take_events() {
 void report_missing_textures() {
   constexpr UTL_text advice = "Please see the log.txt file for a detailed list of missing files.";
   const auto report = [&](UTL_text text, int source_line) {
-    __MACIBM_alert(win_main, UTL_translate_string(text), UTL_translate_string(advice), "", "",
-                   t_alert, "GenC/hl_mnw", source_line);
+    __MACIBM_alert(win_main, text, advice, "", "", t_alert, "GenC/hl_mnw", source_line);
   };
   if (tman.has_scene_load_fail()) {
     tman.mute_scene_load_fail();
@@ -184,10 +183,13 @@ void handle_key(const PLT_key_event& key) {
 }
 
 void handle_press(const PLT_event& event) {
-  // Of several presses in one frame the first one counts, with its place.
+  // Of several presses in one frame the first one counts, with its place; but a double click that
+  // fell into one slow frame is one all the same.
+  if (!pace.press_is_set || event.clicks > 1) mnw.mouse_clicks = event.clicks;
   if (pace.press_is_set) return;
   set_mouse(event.x, event.y);
   pace.press_is_set = true;
+  mnw.mouse_shift = (event.modifiers & plt_shift) != 0;
   mnw.mouse_clicked = 1;
   MACIBM_handleclick(0);
 }

@@ -54,6 +54,9 @@ struct mnw_record {
   float ui_scale = 1.0f;           // pixels per logical unit
   float mouse_x = 0, mouse_y = 0;  // units, origin at the lower left
   int mouse_clicked = 0;           // a press arrived this frame
+  int mouse_clicks = 0;            // of the last press: how many came in a row at one place, 2 is a
+                                   //   double click;
+  int mouse_shift = 0;             //   and whether Shift was held
   int mouse_released = 0;          // a release arrived this frame
   int mouse_held = 0;              // the button is down
   int wheel = 0;                   // sum of wheel movement

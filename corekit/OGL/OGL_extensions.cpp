@@ -324,35 +324,32 @@ void OGL_extensions::log_all() const {
 
 void OGL_extensions::check_minimum() const {
   if (multitexture_avail || version >= 110) return;
-  const std::string main_line = UTL_translate_string(
+  constexpr UTL_text main_line =
       "Your graphics hardware cannot support Skyvane. Skyvane requires a graphics card with 16 MB "
-      "of VRAM and multitexturing.");
+      "of VRAM and multitexturing.";
   if (cmdline.has_option("--force_run")) {
     __MACIBM_alert(0, main_line,
-                   UTL_translate_string("You have used the force-run command inline option to run "
-                                        "Skyvane anyway, but it may crash."),
+                   "You have used the force-run command inline option to run "
+                   "Skyvane anyway, but it may crash.",
                    "", "", t_alert, this_file, 318);
     return;
   }
-  __MACIBM_alert(
-      0, main_line,
-      UTL_translate_string("Your system does not meet Skyvane's hardware requirements."),
-      UTL_translate_string("First, try updating your graphics drivers."),
-      UTL_translate_string("If this does not help, check your graphics card specifications."),
-      t_exit, this_file, 327);
+  __MACIBM_alert(0, main_line, "Your system does not meet Skyvane's hardware requirements.",
+                 "First, try updating your graphics drivers.",
+                 "If this does not help, check your graphics card specifications.", t_exit,
+                 this_file, 327);
 }
 
 void OGL_extensions::check_software() const {
   if (!is_software(ren.renderer)) return;
-  __MACIBM_alert(
-      0,
-      UTL_translate_string("I can not find a 3-D accelerator card that can handle OpenGL that has "
-                           "correctly installed drivers."),
-      UTL_translate_string("I will still let you run the simulator, but the frame rate will NOT "
-                           "allow for a good simulation."),
-      UTL_translate_string("Please install the newest drivers from the maker of your graphics "
-                           "card, and then start this program again."),
-      "", t_alert, this_file, 341);
+  __MACIBM_alert(0,
+                 "I can not find a 3-D accelerator card that can handle OpenGL that has "
+                 "correctly installed drivers.",
+                 "I will still let you run the simulator, but the frame rate will NOT "
+                 "allow for a good simulation.",
+                 "Please install the newest drivers from the maker of your graphics "
+                 "card, and then start this program again.",
+                 "", t_alert, this_file, 341);
 }
 
 void OGL_extensions::threaded_ogl_failed() {

@@ -139,12 +139,17 @@ std::string BTN_name_from_vector(int i, const std::vector<std::string>* v);
 
 // --- text entry; non-zero in a frame with an edit ----------------------------------------------
 
-// A field that shows `text`. It is read-only: keys and clicks do nothing to it.
+// A field that shows and edits `text`, up to max_length bytes. It takes the keyboard by a click, by
+// Tab, or with `auto_focus` when nothing has it; see butn_text.cpp for what mouse and keys do
+// there.
 int BTN_enterstring(float x, float y, std::string* text, int max_length, const std::string& label,
                     float dx, int auto_focus);
 
 // --- the platform's folder picker; non-zero with a path in `out` -------------------------------
 
-// There is none where this stands alone: 0, and `out` as it was.
+// The folder picker: the desktop's where it has one, else the browser of butn_value.h, from
+// `start_in` on. Modal. 1 with the folder, which has no "/" at its end, in `out`; 0, and `out` as
+// it was, when nothing was chosen or the program cannot use it. `mode` 2 is the only one, and
+// `flags` says nothing.
 int GetFilePathFromUser(int mode, const std::string& prompt, const std::string& action, int flags,
                         const std::string& start_in, std::string& out);

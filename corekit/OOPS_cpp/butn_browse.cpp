@@ -15,7 +15,6 @@
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/butn_value.h"
-#include "corekit/OOPS_cpp/cmnd.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/tman.h"
 #include "corekit/OOPS_cpp/xmap.h"
@@ -121,15 +120,10 @@ void drop_files() {
 }
 
 void list_folder() {
-  if (browser.file_type == file_type_command) {
-    cmnd.get_cmds_in_path(browser.folder, browser.names);
-    browser.folders.assign(browser.names.size(), 0);
-    return;
-  }
   // Links are no folders to the lister, which would drop them: everything is asked for.
   opensave_getitems(browser.folder, chooses_folder() ? 0 : browser.file_type, browser.names,
                     browser.folders);
-  follow_links();
+  if (browser.file_type != file_type_command) follow_links();
   if (chooses_folder()) drop_files();
 }
 
@@ -239,7 +233,7 @@ bool good_name(const std::string& name) {
 
 void make_new_folder() {
   const auto complain = [](const std::string& why) {
-    __MACIBM_alert(browser.open_save, tr("This folder cannot be made."), browser.new_name, why, "",
+    __MACIBM_alert(browser.open_save, "This folder cannot be made.", browser.new_name, why, "",
                    t_alert, "OOPS_cpp/butn", 951);
   };
   if (!good_name(browser.new_name)) {

@@ -27,8 +27,8 @@ namespace {
 constexpr int folder_mode = 2;  // of GetFilePathFromUser: choose a folder
 
 void bad_argument(const char* what, const char* kind, int source_line) {
-  __MACIBM_alert(mnw.win_id, str_format("Bad %s arg to BTN_select_file_%s!", what, kind), "", "",
-                 "", t_exit, "OOPS_cpp/butn", source_line);
+  MACIBM_fault("OOPS_cpp/butn", source_line,
+               str_format("Bad %s arg to BTN_select_file_%s!", what, kind));
 }
 
 // False after the alert.
@@ -184,7 +184,7 @@ bool can_be_used(const std::string& folder) {
     trouble = "This folder does not exist.";
   }
   if (!trouble) return true;
-  __MACIBM_alert(mnw.win_id, tr(trouble), folder, "", "", t_alert, "OOPS_cpp/butn", 901);
+  __MACIBM_alert(mnw.win_id, trouble, folder, "", "", t_alert, "OOPS_cpp/butn", 901);
   return false;
 }
 

@@ -96,7 +96,7 @@ float even_length(float length) {
 }
 
 void bad_call(const char* text, int source_line) {
-  __MACIBM_alert(mnw.win_id, text, "", "", "", t_exit, "OOPS_cpp/butn", source_line);
+  MACIBM_fault("OOPS_cpp/butn", source_line, text);
 }
 
 // --- strips -------------------------------------------------------------------------------------

@@ -108,7 +108,6 @@ BTN_key_queue list_queue;
 
 struct last_click_record {
   int id = 0, row = -1;
-  float time = 0;
 };
 last_click_record last_click;
 float last_typed = 0;  // when a character was last typed on a list
@@ -179,13 +178,11 @@ void plot_bar(const list_view& list, int slider_index) {
 }
 
 int take_list_click(const list_view& list, int id) {
-  constexpr float double_click = 0.4f;  // seconds
   const int row = mnw.mouse_clicked ? list.row_at_mouse() : -1;
   if (row < 0) return list_nothing;
-  const bool twice = last_click.id == id && last_click.row == row &&
-                     xtim.now_sec - last_click.time <= double_click;
+  const bool twice = last_click.id == id && last_click.row == row && mnw.mouse_clicks > 1;
   // A third click begins anew.
-  last_click = {id, twice ? -1 : row, xtim.now_sec};
+  last_click = {id, twice ? -1 : row};
   const int before = *list.selected;
   list.select(row);
   return twice ? list_chosen : *list.selected != before ? list_moved : list_nothing;

@@ -4,6 +4,12 @@
 //   a click on the field    a caret at the click
 //   Tab, or by itself       all of the text
 //
+//   in the focused field    selection
+//   a click, a drag         a caret; to where the mouse is
+//   with Shift              its end moves to the click
+//   a double click, a drag  the word there, and all of the text where there is none; by words
+//   a third click           all of the text
+//
 // Keys beside those of the editor, as every desktop has them: Home, End; Control with left and
 // right by words, with Backspace and Delete a word; Delete; Control with A, C, X, V, or Insert and
 // Delete with Shift and Control, for selection and clipboard.
@@ -37,15 +43,24 @@ constexpr int accept_keys =
     accept_delete | accept_moves | accept_letters | accept_digits | accept_signs | accept_printable;
 
 BTN_key_queue queue;
-int drag_field = 0;                  // identity of the field that the mouse was pressed on; 0 none
 const void* focused_text = nullptr;  // the variable of the focused field; tells apart two fields
                                      //   that pages draw at one place
-
-// --- parts of the text ---------------------------------------------------------------------------
 
 struct text_range {
   int start, end;
 };
+
+// The press that the mouse is still held from.
+struct held_press {
+  int field = 0;               // identity of the field that it was on; 0 none
+  bool by_words = false;       // a drag extends by whole words
+  text_range anchor = {0, 0};  //   from what the press has selected,
+  bool at_rest = false;        //   once the mouse has left
+  float x = 0;                 //   its place
+};
+held_press press;
+
+// --- parts of the text ---------------------------------------------------------------------------
 
 text_range selection() {
   text_range range;
@@ -88,6 +103,14 @@ int word_behind(int position) {
   while (position < text_size() && in_word(position))
     ++position;
   return position;
+}
+
+// The word that holds the byte before `position`, as that is the one a click there has hit; empty
+// where that is no part of a word.
+text_range word_at(int position) {
+  const int byte = std::max(position - 1, 0);
+  if (byte >= text_size() || !in_word(byte)) return {position, position};
+  return {word_before(byte + 1), word_behind(byte)};
 }
 
 // --- actions -------------------------------------------------------------------------------------
@@ -251,27 +274,49 @@ void begin_field(int id, const void* owner, bool by_mouse) {
   if (!by_mouse) OGLE_SetSelection(BTN_enterstring_ogle, 0, text_size());
 }
 
-void take_mouse(int id, bool clicked) {
+void take_press(int id, bool extend) {
+  OGLE_Rec* rec = BTN_enterstring_ogle;
+  OGLE_Click(rec, mnw.mouse_x, mnw.mouse_y, extend);
+  const text_range word = word_at(active_end());
+  const bool whole = mnw.mouse_clicks > 2 || word.start == word.end;
+  press = {id, !extend && mnw.mouse_clicks > 1, whole ? text_range{0, text_size()} : word, true,
+           mnw.mouse_x};
+  if (press.by_words) OGLE_SetSelection(rec, press.anchor.start, press.anchor.end);
+}
+
+void drag() {
+  OGLE_Rec* rec = BTN_enterstring_ogle;
+  // A word at the field's edge must not scroll, and so draw in the next one, under a hand at rest.
+  press.at_rest = press.at_rest && mnw.mouse_x == press.x;
+  if (press.by_words && press.at_rest) return;
+  OGLE_Drag(rec, mnw.mouse_x, mnw.mouse_y);
+  if (!press.by_words) return;
+  const text_range word = word_at(active_end());
+  rec->end_is_active = word.start >= press.anchor.start;
+  OGLE_SetSelection(rec, std::min(word.start, press.anchor.start),
+                    std::max(word.end, press.anchor.end));
+}
+
+void take_mouse(int id, bool clicked, bool extend) {
   if (clicked) {
-    OGLE_Click(BTN_enterstring_ogle, mnw.mouse_x, mnw.mouse_y, 0);
-    drag_field = id;
-  } else if (drag_field == id && mnw.mouse_held && mnw.popup_code == -1) {
-    OGLE_Drag(BTN_enterstring_ogle, mnw.mouse_x, mnw.mouse_y);
+    take_press(id, extend);
+  } else if (press.field == id && mnw.mouse_held && mnw.popup_code == -1) {
+    drag();
   }
-  if (!mnw.mouse_held && !clicked) drag_field = 0;
+  if (!mnw.mouse_held && !clicked) press.field = 0;
 }
 
 // The focused field's frame; sets OGLE_edit.
 void edit_field(int id, const void* owner, std::string* text, int max_length, bool clicked) {
   OGLE_input = text;
-  if (BTN_enterstring_focused_field_id != id || focused_text != owner) {
-    begin_field(id, owner, clicked);
-  }
+  const bool anew = BTN_enterstring_focused_field_id != id || focused_text != owner;
+  if (anew) begin_field(id, owner, clicked);
   // The caller may have changed its text since the last frame.
   OGLE_Rec* rec = BTN_enterstring_ogle;
   OGLE_Repaginate(rec);
   OGLE_SetSelection(rec, rec->sel_start, rec->sel_end);
-  take_mouse(id, clicked);
+  // A field that had no selection has none to extend.
+  take_mouse(id, clicked, mnw.mouse_shift && !anew);
   BTN_key key;
   for (int at = 0; BTN_take_key(queue, id, &at, &key);)
     take_key(key, max_length);

@@ -10,6 +10,7 @@
 #include "corekit/GenC/hl_init.h"
 #include "corekit/GenH/hl_app.h"
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/Platform/PLT_text.h"
 #include "corekit/Thread/hl_thread.h"
 
 std::ofstream xer;
@@ -24,10 +25,10 @@ std::string figure(uint32_t value) {
 }
 
 void log_lines(const exce_class& failure) {
-  xer << failure.line_1 << '\n'
-      << failure.line_2 << '\n'
-      << failure.line_3 << '\n'
-      << failure.line_4 << '\n';
+  for (const std::string* line :
+       {&failure.line_1, &failure.line_2, &failure.line_3, &failure.line_4}) {
+    xer << PLT_terminal_text(*line) << '\n';
+  }
   xer.flush();
 }
 
@@ -51,7 +52,9 @@ void exce_class::Report() const {
     MACIBM_finishup(1);
     return;
   }
-  __MACIBM_alert(0, line_1, line_2, line_3, line_4, severity, file, line);
+  // As texts, to be translated: a thread has sent them in English.
+  __MACIBM_alert(0, line_1.c_str(), line_2.c_str(), line_3.c_str(), line_4.c_str(), severity, file,
+                 line);
 }
 
 void exce_class::LogAndContinue() const {

@@ -40,7 +40,7 @@ http_class::~http_class() = default;
 int http_class::net_check(int slot, const std::string& server, const std::string& file,
                           const std::string& local) {
   if (slot < 0 || slot >= slot_count) {
-    __MACIBM_alert(0, "Too many download objects requested!", "", "", "", t_exit, source_name, 398);
+    MACIBM_fault(source_name, 398, "Too many download objects requested!");
     return http_failed;
   }
   if (!slots_[slot]) start(slot, server, file, local);
@@ -55,20 +55,19 @@ void http_class::start(int slot, const std::string& server, const std::string& f
     PCSBSocket::StartupNetworking(true);
   }
   if (!server.empty() && server.back() == '/') {
-    __MACIBM_alert(0, "net_check error! You have a dirchar at the end of the server name!",
-                   "You should not!",
-                   "Our convention is that a server name is simply a server name... with no slash!",
-                   server, t_exit, source_name, 411);
+    MACIBM_fault(
+        source_name, 411, "net_check error! You have a dirchar at the end of the server name!",
+        "You should not!",
+        "Our convention is that a server name is simply a server name... with no slash!", server);
   }
   if (file.empty() || file.front() != '/') {
-    __MACIBM_alert(
-        0,
-        "net_check error! You do not have a dirchar at the beginning of the directory "
-        "name!",
-        "You should!",
-        "Our convention is that a directory name does start with a slash because it must "
-        "include the hard drive,which is a dir char on unix!",
-        file, t_exit, source_name, 419);
+    MACIBM_fault(source_name, 419,
+                 "net_check error! You do not have a dirchar at the beginning of the directory "
+                 "name!",
+                 "You should!",
+                 "Our convention is that a directory name does start with a slash because it must "
+                 "include the hard drive,which is a dir char on unix!",
+                 file);
   }
   const std::map<std::string, std::string> headers = {
       {"Connection", "close"}, {"Host", server}, {"User-agent", agent_name()}};

@@ -14,6 +14,7 @@
 #include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/OOPS_cpp/oglp_glyphs.h"
 #include "corekit/OOPS_cpp/tman.h"
 
 namespace {
@@ -34,8 +35,8 @@ struct font_info {
   float tex_dx, tex_dy;    // the texture's size, pixels
 };
 constexpr font_info fonts[] = {
-    {charset_text, t_interface, 21, 14, 15, 0, 512, 512},
-    {charset_fixed, t_interface, 21, 14, 15, fixed_pitch, 512, 512},
+    {charset_text, t_interface, glyph_columns, glyph_dx, glyph_dy, 0, 512, 512},
+    {charset_fixed, t_interface, glyph_columns, glyph_dx, glyph_dy, fixed_pitch, 512, 512},
     // 256 glyphs in byte order; its texture is the smallest that holds 40 by 7 cells.
     {charset_alternate, t_glyphs_2, 40, 13, 13, 15, 1024, 128},
 };
@@ -44,63 +45,20 @@ const font_info* find_font(int charset) {
   for (const font_info& font : fonts) {
     if (font.charset == charset) return &font;
   }
-  __MACIBM_alert(mnw.win_id, "String proc with bad charset!", "", "", "", t_exit, "OOPS_cpp/oglp",
-                 1377);
+  MACIBM_fault("OOPS_cpp/oglp", 1377, "String proc with bad charset!");
   return nullptr;
 }
-
-// The glyph grid, lowest row first. Bytes that are not here show the first cell, a blank.
-constexpr std::string_view glyph_rows[] = {
-    " 0123456789AaBbCcDdEe",
-    "FfGgHhIiJjKkLlMmNnOoP",
-    "pQqRrSsTtUuVvWwXxYyZz",
-    "!@#$%^&*()-_+=[]|\\':;",
-    "<.>,?/`\xFB\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF",
-};
-constexpr int glyph_columns = 21;
 
 constexpr std::array<unsigned char, 256> make_glyph_index() {
   std::array<unsigned char, 256> index{};
   int at = 0;
-  for (const std::string_view row : glyph_rows) {
+  for (const std::string_view row : glyph_grid) {
     for (const char c : row)
       index[static_cast<unsigned char>(c)] = static_cast<unsigned char>(at++);
   }
   return index;
 }
 constexpr std::array<unsigned char, 256> glyph_index = make_glyph_index();
-static_assert(glyph_rows[0].size() == glyph_columns && glyph_rows[1].size() == glyph_columns &&
-              glyph_rows[2].size() == glyph_columns && glyph_rows[3].size() == glyph_columns &&
-              glyph_rows[4].size() == glyph_columns);
-
-// Proportional widths by byte; what is not here has none.
-struct width_row {
-  int width;
-  std::string_view bytes;
-};
-constexpr width_row width_rows[] = {
-    {2, ",."},
-    {3, " '/:;I\\`ijl|\xFB"},
-    {4, "!()-J[]frst"},
-    {5, "c"},
-    {6, "#$*0123456789?EFLPSTZ^_aekvxyz\xBF\xC1\xC9\xCD\xD1\xD3\xDA\xE1\xE9\xED\xF1\xF3\xFA"},
-    {7, "+<=>BCKRVXYbdghnopqu"},
-    {8, "&ADGHNU"},
-    {9, "@OQw"},
-    {10, "Mm"},
-    {11, "%W"},
-};
-
-constexpr std::array<unsigned char, 256> make_widths() {
-  std::array<unsigned char, 256> widths{};
-  for (const width_row& row : width_rows) {
-    for (const char c : row.bytes)
-      widths[static_cast<unsigned char>(c)] = static_cast<unsigned char>(row.width);
-  }
-  return widths;
-}
-constexpr std::array<unsigned char, 256> widths = make_widths();
-
 bool is_break(char c) {
   return c == ' ' || c == '-' || c == '/';
 }
@@ -175,13 +133,13 @@ void plot_odometer(int col, float x, float y, float value, int digits, int decim
 }  // namespace
 
 int OGL_char_width(unsigned char ch) {
-  return widths[ch];
+  return glyph_widths[ch];
 }
 
 int OGL_string_width(std::string_view s) {
   int width = 0;
   for (const char c : s)
-    width += widths[static_cast<unsigned char>(c)];
+    width += glyph_widths[static_cast<unsigned char>(c)];
   return width;
 }
 
@@ -226,7 +184,7 @@ void str_one_line(int col, float x, float y, std::string_view s, int charset, in
     if (c == '\r' || c == '\n' || c == '\t') continue;
     const unsigned char byte = static_cast<unsigned char>(c);
     OGL_char(x, y, s0, t0, cell_dx, cell_dy, byte, charset);
-    x += advance > 0 ? advance : static_cast<float>(widths[byte]);
+    x += advance > 0 ? advance : static_cast<float>(glyph_widths[byte]);
   }
   glEnd();
   OGL_check("str_one_line");
@@ -252,7 +210,7 @@ float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx,
     const char c = text[i];
     const bool last = i + 1 == text.size();
     pen += font->advance > 0 ? font->advance
-                             : static_cast<float>(widths[static_cast<unsigned char>(c)]);
+                             : static_cast<float>(glyph_widths[static_cast<unsigned char>(c)]);
     bool full = c == '\n' || last;
     if (!full && is_break(c)) {
       // The line breaks behind this character if the word after it is reckoned not to fit. A word

@@ -33,8 +33,7 @@ int o_mod[bind_slots] = {-1, -1, -1, -1, -1, -1};
 }  // namespace
 
 void tman_alert(const char* text, const std::string& line_2, double value, int source_line) {
-  __MACIBM_alert(mnw.win_id, text, line_2, str_format("value: %.0f", value), "", t_exit,
-                 "OOPS_cpp/tman", source_line);
+  MACIBM_fault("OOPS_cpp/tman", source_line, text, line_2, str_format("value: %.0f", value));
 }
 
 // --- binding by OpenGL name ---------------------------------------------------------------------

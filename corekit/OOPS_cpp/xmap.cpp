@@ -96,15 +96,15 @@ void xmap_class::drop() {
 
 const unsigned char* xmap_class::retry(const std::string& path) {
   if (!app_path.empty() && str_holds(path, app_path)) {
-    __MACIBM_alert(0, "retry: We are getting a file string that is not Sky-Root relative!",
-                   "This is illegal! All paths must be Sky-Root relative!",
-                   "The path in question is:", path, t_exit, this_file, 99);
+    MACIBM_fault(
+        this_file, 99, "retry: We are getting a file string that is not Sky-Root relative!",
+        "This is illegal! All paths must be Sky-Root relative!", "The path in question is:", path);
   }
   // Refused even where the system allows them: a path that holds one was put together wrongly for
   // some other system, and would be found on the makers' machines only.
   if (path.find_first_of("\\:") != std::string::npos) {
-    __MACIBM_alert(0, "OOPS!", "I got a bad dirchar! I only want '/'!",
-                   "The path in question is:", path, t_exit, this_file, 105);
+    MACIBM_fault(this_file, 105, "OOPS!", "I got a bad dirchar! I only want '/'!",
+                 "The path in question is:", path);
   }
   std::string full = app_path + path;
   path_checked(full);
@@ -147,8 +147,8 @@ const unsigned char* xmap_class::retry(const std::string& path) {
     xer << "Mem file error.  Err=" << failed << ", file=" << full << "\n";
     drop();
     if (failed == ENOMEM) {
-      __MACIBM_alert(0, "Xmapped out of memory", "c_path=", full,
-                     str_format("errno=%f", static_cast<double>(failed)), t_exit, this_file, 143);
+      MACIBM_fault(this_file, 143, "Xmapped out of memory", "c_path=", full,
+                   str_format("errno=%f", static_cast<double>(failed)));
     }
     return nullptr;
   }
@@ -159,7 +159,7 @@ const unsigned char* xmap_class::retry(const std::string& path) {
 
 int xmap_class::check_file(int type, const int* versions, const char* keyword, std::string* note) {
   if (type != ouf_binary && type != ouf_text) {
-    __MACIBM_alert(0, "Bad check_file type!", "", "", "", t_exit, this_file, 156);
+    MACIBM_fault(this_file, 156, "Bad check_file type!");
     return 0;
   }
   if (!file_start || file_start == file_end || cursor == file_end) return 0;
@@ -215,7 +215,7 @@ int xmap_class::io_file_close() {
 
 void xmap_class::read_n_rev(void* target, long bytes) {
   if (bytes < 0 || bytes > file_end - cursor) {
-    __MACIBM_alert(0, "Invalid read_n_rev read!", "", "", "", t_exit, this_file, 210);
+    MACIBM_fault(this_file, 210, "Invalid read_n_rev read!");
     return;
   }
   if (bytes == 0) return;

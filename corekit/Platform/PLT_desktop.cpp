@@ -8,34 +8,16 @@
 
 #include <cstdio>
 
+#include "corekit/Platform/PLT_text.h"
 #include "corekit/Platform/PLT_window_sdl.h"
 
-namespace {
-
-// The program's texts are ISO Latin-1, the library's UTF-8.
-std::string utf8_of(const std::string& latin_1) {
-  std::string text;
-  text.reserve(latin_1.size());
-  for (const char c : latin_1) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x80) {
-      text += c;
-    } else {
-      text += static_cast<char>(0xC0 | byte >> 6);
-      text += static_cast<char>(0x80 | (byte & 0x3F));
-    }
-  }
-  return text;
-}
-
-}  // namespace
-
 void PLT_plain_alert(const std::string& message, const std::string& explanation) {
-  std::fprintf(stderr, "%s\n%s\n", message.c_str(), explanation.c_str());
+  const std::string shown[] = {PLT_terminal_text(message), PLT_terminal_text(explanation)};
+  std::fprintf(stderr, "%s\n%s\n", shown[0].c_str(), shown[1].c_str());
   std::fflush(stderr);
   if (!PLT_has_display() || !plt_display_is_seen()) return;
   // Shown beside the window and not in it: what is wrong may be the window.
-  const std::string text = utf8_of(message + "\n\n" + explanation);
+  const std::string text = shown[0] + "\n\n" + shown[1];
   SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_ERROR, "Skyvane", text.c_str(), nullptr);
 }
 

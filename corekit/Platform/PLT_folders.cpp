@@ -2,13 +2,11 @@
 //
 //   executable   /proc/self/exe
 //   desktop      XDG_DESKTOP_DIR of user-dirs.dirs, else Desktop in the home folder, else that
-//   itself settings     $XDG_CONFIG_HOME or ~/.config, then "skyvane/" temporary    a new folder
-//   under $TMPDIR or /tmp
+//   settings     $XDG_CONFIG_HOME or ~/.config, then "skyvane/"
 //
-// Globals written: the temporary folder of this process (main thread).
+// The temporary folder is in PLT_folders_temp.cpp. Keeps nothing.
 
 #include <fcntl.h>
-#include <ftw.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -146,48 +144,4 @@ std::string PLT_parse_user_dir(std::string_view text, std::string_view key, std:
     value = found;  // a later line overrules, as in the shell that the file is written for
   }
   return value;
-}
-
-// --- the temporary folder ------------------------------------------------------------------------
-
-namespace {
-std::string temp_folder;
-pid_t temp_owner = 0;
-
-std::string make_temp_in(const std::string& parent) {
-  // The program's own paths cannot hold these, so a folder below them would be of no use.
-  if (parent.empty() || parent.find_first_of("\\:") != std::string::npos) return {};
-  std::string path = parent + "skyvane-XXXXXX";
-  return mkdtemp(path.data()) ? path + "/" : std::string();  // made with mode 0700
-}
-
-thread_local int first_removal_failure;  // errno; nftw hands its callback no pointer of ours
-
-int remove_one(const char* path, const struct stat*, int, FTW*) {
-  if (std::remove(path) != 0 && first_removal_failure == 0) first_removal_failure = errno;
-  return 0;  // what can go goes
-}
-}  // namespace
-
-std::string PLT_temp_folder() {
-  if (temp_folder.empty()) {
-    temp_folder = make_temp_in(folder_of_environment("TMPDIR"));
-    if (temp_folder.empty()) temp_folder = make_temp_in("/tmp/");
-    temp_owner = getpid();
-  }
-  return temp_folder;
-}
-
-void PLT_drop_temp_folder() {
-  if (!temp_folder.empty() && temp_owner == getpid()) PLT_remove_tree(temp_folder);
-  temp_folder.clear();
-}
-
-int PLT_remove_tree(const std::string& path) {
-  std::string top = path;
-  while (top.size() > 1 && top.back() == '/')
-    top.pop_back();  // or a link would be followed
-  first_removal_failure = 0;
-  if (nftw(top.c_str(), remove_one, 32, FTW_DEPTH | FTW_PHYS | FTW_MOUNT) != 0) return errno;
-  return first_removal_failure;
 }

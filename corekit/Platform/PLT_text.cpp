@@ -63,6 +63,27 @@ std::string PLT_utf8_from_latin1(std::string_view latin1) {
   return utf8;
 }
 
+std::string PLT_terminal_text(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view rest = text;
+    int32_t character = take_character(text);
+    const bool is_utf8 = character >= 0;
+    if (!is_utf8) character = static_cast<unsigned char>(rest[0]);
+    const bool steers = (character < ' ' && character != '\n' && character != '\t') ||
+                        (character >= 0x7F && character < 0xA0);
+    if (steers) {
+      out += '?';
+    } else if (is_utf8) {
+      out += rest.substr(0, rest.size() - text.size());
+    } else {
+      out += PLT_utf8_from_latin1(rest.substr(0, 1));
+    }
+  }
+  return out;
+}
+
 bool PLT_is_utf8(std::string_view bytes) {
   while (!bytes.empty()) {
     if (take_character(bytes) < 0) return false;

@@ -12,5 +12,10 @@ std::string PLT_latin1_from_utf8(std::string_view utf8, char stand_in);
 // UTF-8 of a Latin-1 text: every byte is a character, so the way there and back loses nothing.
 std::string PLT_utf8_from_latin1(std::string_view latin1);
 
+// `text` for a terminal or a log. A translated text is Latin-1, and the names and paths in it are
+// bytes as the system has them: a valid UTF-8 sequence stays, any other byte above 127 is taken for
+// a Latin-1 character. What would steer the terminal, but for line feeds and tabs, becomes "?".
+std::string PLT_terminal_text(std::string_view text);
+
 // Whether the bytes are UTF-8 throughout.
 bool PLT_is_utf8(std::string_view bytes);

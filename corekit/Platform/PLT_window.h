@@ -51,7 +51,7 @@ void PLT_set_pointer(int pointer);  // a PLT_pointer; a change only is passed on
 
 enum PLT_event_kind : int {
   plt_motion,      // x, y
-  plt_press,       // x, y: the main button
+  plt_press,       // x, y, clicks, modifiers: the main button
   plt_release,     // x, y
   plt_wheel_turn,  // wheel: steps, up positive
   plt_key,         // key
@@ -93,6 +93,8 @@ struct PLT_event {
   PLT_event_kind kind = plt_woken;
   int x = 0, y = 0;  // pixels of the window, origin at the upper left
   int wheel = 0;
+  int clicks = 1;          // presses in a row at one place, this one included: 2 a double click
+  unsigned modifiers = 0;  // of PLT_key_modifier, held at a press
   PLT_key_event key;
 };
 

@@ -24,6 +24,7 @@ static_assert(int{plt_key_enter} == int{SDLK_KP_ENTER});
 namespace {
 
 int mouse_x = -1, mouse_y = -1;  // pixels, by the last event taken
+unsigned held_modifiers = 0;     // by the last key taken: the library's own state is ahead of it
 
 std::mutex wake_lock;             // guards through_events, and keeps the library open meanwhile
 bool through_events = false;      // wake-ups are events of the library
@@ -61,7 +62,7 @@ void take_key(const SDL_Event& from, PLT_event* event) {
   key.repeat = from.key.repeat != 0;
   key.symbol = from.key.keysym.sym;
   key.scancode = from.key.keysym.scancode;
-  key.modifiers = modifiers_of(from.key.keysym.mod);
+  key.modifiers = held_modifiers = modifiers_of(from.key.keysym.mod);
   SDL_Event next;
   if (key.down && SDL_PeepEvents(&next, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) == 1 &&
       next.type == SDL_TEXTINPUT) {
@@ -110,6 +111,8 @@ bool translate(const SDL_Event& from, PLT_event* event) {
       if (from.button.button != SDL_BUTTON_LEFT) return false;
       take_mouse(from.button.x, from.button.y,
                  from.type == SDL_MOUSEBUTTONDOWN ? plt_press : plt_release, event);
+      event->clicks = std::max<int>(from.button.clicks, 1);
+      event->modifiers = held_modifiers;
       return true;
     case SDL_MOUSEWHEEL:
       event->kind = plt_wheel_turn;
@@ -149,6 +152,7 @@ void plt_wake_through_events(bool on) {
   through_events = on && wake_event != 0;
   awake = false;
   mouse_x = mouse_y = -1;
+  held_modifiers = 0;
 }
 
 bool PLT_next_event(PLT_event* event) {

@@ -32,7 +32,7 @@ struct bmp_header {
 };
 constexpr uint32_t least_header_size = 40;
 
-constexpr char cut_short[] = "This bitmap file is cut short!";
+constexpr UTL_text cut_short = "This bitmap file is cut short!";
 
 template <class field>
 bool read_little(xmap_class& file, field& value) {
@@ -58,15 +58,23 @@ bool read_header(xmap_class& file, bmp_header& h) {
          read_little(file, h.colors_important);
 }
 
-// What stands against reading the file, its size apart; null for nothing.
-const char* header_fault(const bmp_header& h, int* source_line) {
-  *source_line = 96;
-  if (h.header_size < least_header_size) return "This kind of bitmap file cannot be read!";
-  *source_line = 98;
-  if (h.bit_count != 24) return "Wrong bitmap color depth for texture!";
-  *source_line = 100;
-  if (h.compression != 0) return "Compressed bitmaps cannot be used for a texture!";
-  return nullptr;
+// What stands against reading the file, its size apart.
+void check_header(const bmp_header& h, TEX_fault& fault) {
+  const struct {
+    bool broken;
+    UTL_text text;
+    int source_line;
+  } rows[] = {
+      {h.header_size < least_header_size, "This kind of bitmap file cannot be read!", 96},
+      {h.bit_count != 24, "Wrong bitmap color depth for texture!", 98},
+      {h.compression != 0, "Compressed bitmaps cannot be used for a texture!", 100},
+  };
+  for (const auto& row : rows) {
+    if (!row.broken) continue;
+    fault.text = row.text;
+    fault.source_line = row.source_line;
+    return;
+  }
 }
 
 void copy_row(const unsigned char* bgr, unsigned char* to, int width, int format) {
@@ -95,8 +103,8 @@ int TEX_read_bmp(xmap_class& file, unsigned char*& pixels, unsigned long format,
   };
   bmp_header header;
   if (!read_header(file, header)) return broken(cut_short, 134);
-  int line = 0;
-  if (const char* text = header_fault(header, &line)) return broken(text, line);
+  check_header(header, fault);
+  if (fault.text) return 0;
 
   const bool top_first = header.height < 0;
   const int64_t width = header.width;
@@ -125,7 +133,7 @@ int TEX_read_bmp(xmap_class& file, unsigned char*& pixels, unsigned long format,
   }
   fault.detail =
       str_format("%lld by %lld", static_cast<long long>(width), static_cast<long long>(height));
-  return broken("This picture has a size that cannot be used:", 163);
+  return broken(TEX_bad_size, 163);
 }
 
 int TEX_load_bmp(const std::string& path, xmap_class* file, unsigned char*& pixels,

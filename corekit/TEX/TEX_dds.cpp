@@ -78,8 +78,7 @@ int TEX_load_dds(const std::string&, xmap_class* file, unsigned char*& pixels,
 
 int TEX_save_dds(const std::string& path, const unsigned char* pixels, const TEX_image_desc& desc) {
   if (desc.format != TEX_rgba && desc.format != TEX_rgb) {
-    __MACIBM_alert(win_main, "in_desc.format == GL_RGBA || in_desc.format == GL_RGB", path, "", "",
-                   t_exit, "TEX/TEX_dds", 97);
+    MACIBM_fault("TEX/TEX_dds", 97, "in_desc.format == GL_RGBA || in_desc.format == GL_RGB", path);
     return 0;
   }
   if (!TEX_size_fits(desc.width, desc.height)) return 0;

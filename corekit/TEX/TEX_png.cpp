@@ -27,7 +27,11 @@
 namespace {
 
 constexpr char this_file[] = "TEX/TEX_png";
+constexpr UTL_text overrun = "PNG Read Error, overran end of buffer!";
+// Named by the call that failed, and never translated.
 constexpr char jumped[] = "setjmp(png_ptr->jmpbuf";  // an error of libpng's own
+constexpr char no_signature[] = "is_png=!png_sig_cmp(png_io_buf,0,8)";
+constexpr char no_struct[] = "png_create_read_struct_2";
 constexpr int side_limit = scratch_bytes / 4;
 
 xmap_class* png_mapped_file = nullptr;  // being read; its cursor is libpng's
@@ -76,7 +80,7 @@ void my_readbuf(png_structp png, png_bytep data, size_t bytes) {
   xmap_class& file = *png_mapped_file;
   if (static_cast<size_t>(file.file_end - file.cursor) < bytes) {
     png_job& job = *static_cast<png_job*>(png_get_error_ptr(png));
-    job.fault = "PNG Read Error, overran end of buffer!";
+    job.fault = overrun;
     job.source_line = 92;
     png_longjmp(png, 1);
   }
@@ -138,7 +142,7 @@ void read_rows(png_job& job) {
   png_read_image(job.png, job.rows);
 }
 
-int give_up(png_job& job, TEX_fault& fault, const char* text = nullptr, int line = 0) {
+int give_up(png_job& job, TEX_fault& fault, UTL_text text = nullptr, int line = 0) {
   fault.text = text ? text : job.fault;
   fault.source_line = text ? line : job.source_line;
   if (job.message[0]) fault.detail = std::string("PNG error! ") + job.message;
@@ -155,16 +159,16 @@ int TEX_read_png(xmap_class& file, unsigned char*& pixels, unsigned long format,
   png_job job;
   constexpr ptrdiff_t signature = 8;
   if (file.file_end - file.file_start < signature) {
-    return give_up(job, fault, "PNG Read Error, overran end of buffer!", 168);
+    return give_up(job, fault, overrun, 168);
   }
   if (png_sig_cmp(file.file_start, 0, signature) != 0) {
-    return give_up(job, fault, "is_png=!png_sig_cmp(png_io_buf,0,8)", 171);
+    return give_up(job, fault, no_signature, 171);
   }
 
   job.png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, &job, my_error, my_warning, nullptr,
                                      my_malloc, my_free);
   if (job.png) job.info = png_create_info_struct(job.png);
-  if (!job.info) return give_up(job, fault, "png_create_read_struct_2", 177);
+  if (!job.info) return give_up(job, fault, no_struct, 177);
   file.cursor = file.file_start;
   png_mapped_file = &file;
   const bool known = format == TEX_alpha || format == TEX_rgb || format == TEX_rgba;
@@ -173,7 +177,7 @@ int TEX_read_png(xmap_class& file, unsigned char*& pixels, unsigned long format,
   if (!guarded(job, read_size)) return give_up(job, fault);
   if (!TEX_size_fits(job.desc.width, job.desc.height)) {
     fault.detail = str_format("%d by %d", job.desc.width, job.desc.height);
-    return give_up(job, fault, "This picture has a size that cannot be used:", 186);
+    return give_up(job, fault, TEX_bad_size, 186);
   }
   if (!guarded(job, set_transformations)) return give_up(job, fault);
   const size_t row = static_cast<size_t>(job.desc.width) * TEX_pixel_bytes(job.desc.format);
@@ -182,7 +186,7 @@ int TEX_read_png(xmap_class& file, unsigned char*& pixels, unsigned long format,
   }
 
   unsigned char* const into = TEX_take_buffer(job.desc, pixels, width_limit, pow2);
-  if (!into) return give_up(job, fault, "This picture has a size that cannot be used:", 195);
+  if (!into) return give_up(job, fault, TEX_bad_size, 195);
   std::vector<png_bytep> rows(job.desc.height);
   for (int y = 0; y < job.desc.height; ++y)
     rows[flip ? y : job.desc.height - 1 - y] = into + TEX_row_bytes(job.desc) * y;
@@ -257,8 +261,7 @@ bool write_png(FILE* out, const TEX_image_desc& desc, const unsigned char* pixel
 
 int TEX_save_png(const std::string& path, const TEX_image_desc& desc, const unsigned char* pixels) {
   if (desc.format != TEX_rgb && desc.format != TEX_rgba && desc.format != TEX_alpha) {
-    __MACIBM_alert(win_main, "Illegal pixel format for png-write.", path, "", "", t_exit, this_file,
-                   288);
+    MACIBM_fault(this_file, 288, "Illegal pixel format for png-write.", path);
     return 0;
   }
   if (desc.width < 1 || desc.height < 1) return 0;

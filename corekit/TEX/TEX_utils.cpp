@@ -93,8 +93,8 @@ bool TEX_size_fits(long long dx, long long dy) {
 
 int check_dxy(const std::string& name, int dx, int dy) {
   if (TEX_size_fits(dx, dy)) return 1;
-  __MACIBM_alert(win_main, "This picture has a size that cannot be used:", name,
-                 str_format("%d by %d", dx, dy), "", t_exit, "TEX/TEX_utils", 61);
+  const std::string size = str_format("%d by %d", dx, dy);
+  __MACIBM_alert(win_main, TEX_bad_size, name, size, "", t_exit, "TEX/TEX_utils", 61);
   return 0;
 }
 

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <string>
 
+#include "corekit/UTL/UTL_translate.h"
+
 // --- description of a picture ------------------------------------------------------------------
 
 enum TEX_format : int {
@@ -33,6 +35,8 @@ struct TEX_image_desc {
   int pad = 0;          // bytes added at the end of every row
   int has_mipmaps = 0;  // non-zero: smaller levels, down to 1 by 1, follow in the same buffer
 };
+
+inline constexpr UTL_text TEX_bad_size = "This picture has a size that cannot be used:";
 
 // What a reader found wrong with a picture of its own type. `text` is static, null for nothing.
 struct TEX_fault {

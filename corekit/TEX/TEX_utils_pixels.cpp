@@ -122,8 +122,7 @@ void TEX_downscale(TEX_image_desc& desc, unsigned char* pixels, int step_x, int 
 
 void TEX_flip_y(const TEX_image_desc& desc, unsigned char* pixels) {
   if (!TEX_pixel_bytes(desc.format) && !TEX_block_bytes(desc.format)) {
-    __MACIBM_alert(win_main, "Illegal format!", str_format("%d", desc.format), "", "", t_exit,
-                   "TEX/TEX_utils", 245);
+    MACIBM_fault("TEX/TEX_utils", 245, "Illegal format!", str_format("%d", desc.format));
     return;
   }
   TEX_image_desc level = desc;

@@ -249,7 +249,7 @@ void* THREAD_cleanup(THREAD_call* call) {
   THREAD_check_exception(0);
   UTL_critical_section_lock(&call->lock);
   if (!call->done) {
-    __MACIBM_alert(0, "Thread cleanup called on not-done call.", "", "", "", t_exit, source, 249);
+    MACIBM_fault(source, 249, "Thread cleanup called on not-done call.");
   }
   void* const result = call->result;
   UTL_critical_section_unlock(&call->lock);

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "corekit/GenH/hl_app.h"
+#include "corekit/OOPS_cpp/cmnd.h"
 #include "corekit/OOPS_cpp/exce.h"
 
 UTL_cmdline cmdline;
@@ -166,8 +167,10 @@ void UTL_cmdline::init_win(const char* line) {
 }
 
 void UTL_cmdline::init_common() {
-  // This program has no commands of its own to list.
-  if (has_option("--cmnds")) std::exit(0);
+  if (has_option("--cmnds")) {
+    cmnd.print(get_option("--cmnds"));
+    std::exit(0);
+  }
   if (has_option("-h") || has_option("--help")) {
     std::puts(UTL_cmdline_usage().c_str());
     std::exit(0);

@@ -31,8 +31,7 @@ void UTL_thread_check(int error, const char* text, const char* file, int line) {
     std::_Exit(1);
   }
   reporting = true;
-  __MACIBM_alert(0, text, str_format("err=%f", static_cast<double>(error)), "", "", t_exit, file,
-                 line);
+  MACIBM_fault(file, line, text, str_format("err=%f", static_cast<double>(error)));
   reporting = false;
 }
 

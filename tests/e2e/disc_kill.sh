@@ -17,8 +17,7 @@ for round in 1 2 3 4 5 6 7 8; do
   wait "$pid" 2>/dev/null || true
   [ -d "$copy" ] || fail "no copy to mend"
 
-  rm -rf "$TMPDIR"/*  # a killed program cannot
-  repair_all
+  repair_all  # which leaves no working files, nor those of the killed run
 done
 [ "$killed_in_work" -ge 4 ] || fail "only $killed_in_work runs were killed before their end"
 

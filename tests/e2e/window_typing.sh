@@ -91,12 +91,22 @@ want_setting _proxy_host "deab.x" "kept"
 want_setting _proxy_port "cde8" "kept"
 start_options
 type_text "new"
-# A click on a letter, here the first one, sets the caret behind it.
+# A click on a letter, here the first one, sets the caret behind it; with Shift the next one selects.
 click_away 188 133
 type_text "1"
+press_key End
+xdotool keydown shift
+click_away 188 133
+xdotool keyup shift
+type_text "2"
+press_key shift+Tab End
+type_text " two"
+move_to 188 153
+xdotool click --repeat 2 --delay 60 1
+type_text "old"
 end_options
-want_setting _proxy_host "new" "typed over"
-want_setting _proxy_port "c1de8" "typed at a click"
+want_setting _proxy_host "old two" "a word typed over"
+want_setting _proxy_port "c2" "typed at a click, and over what Shift selected from there"
 
 echo "Settings of the dialog"
 start_options
@@ -130,7 +140,7 @@ keyboard fr 'azertyé2'
 keyboard us "',.pyf2@" -variant dvorak
 
 echo "A folder by the desktop's picker: the fake one answers with what its file says"
-rm "$settings"  # with test releases wanted, the list has nothing to offer
+rm "$settings"  # test releases are wanted there: with none to offer, an alert would come
 root=$(web_root "Skyvane new" "$FIXTURE/master-new")
 serve "$root" "limit_rate 20k;"
 mkdir -p "$SCRATCH/fake" "$HOME/picked" "$HOME/Desktop/inner"

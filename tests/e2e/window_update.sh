@@ -74,9 +74,9 @@ same_tree "$FIXTURE/sample/new" Macintosh "$two"
 prints "$one" | diff -q "$SCRATCH/one.txt" - || fail "the copy that was not chosen was touched"
 start_skyvane 1
 
-echo "A copy that is current goes to the last page, past the disk space"
+echo "A copy that is current, handed over by a relative path, goes to the last page at once"
 fetched_before=$(fetched)
-open_window skyvane-web-updater -path "$two" $(through_proxy "$PORT")
+open_window skyvane-web-updater -path "$(realpath --relative-to=. "$two")" $(through_proxy "$PORT")
 wait_step 0
 press_next
 wait_step 4

@@ -231,19 +231,18 @@ TEST_F(ButnList, ScrollingList) {
   EXPECT_EQ(top, 0);
 
   // The mouse: one press selects, two on one row choose; a slow second one does not.
-  const auto click_row = [&](int row, float later) {
-    xtim.now_sec += later;
-    press(50, 222 - 14 * (static_cast<float>(row) + 0.5f));
+  const auto click_row = [&](int row, int clicks) {
+    press(50, 222 - 14 * (static_cast<float>(row) + 0.5f), clicks);
     const int result = frame(draw);
     release();
     return result;
   };
-  EXPECT_EQ(click_row(3, 5), list_moved);
+  EXPECT_EQ(click_row(3, 1), list_moved);
   EXPECT_EQ(selected, 3);
-  EXPECT_EQ(click_row(3, 0.2f), list_chosen);
-  EXPECT_EQ(click_row(3, 0.2f), list_nothing) << "a third begins anew";
-  EXPECT_EQ(click_row(3, 0.6f), list_nothing);
-  EXPECT_EQ(click_row(4, 0.1f), list_moved) << "not on another row";
+  EXPECT_EQ(click_row(3, 2), list_chosen);
+  EXPECT_EQ(click_row(3, 3), list_nothing) << "a third begins anew";
+  EXPECT_EQ(click_row(3, 1), list_nothing);
+  EXPECT_EQ(click_row(4, 2), list_moved) << "not on another row";
   move(50, 100);
   mnw.wheel = -2;
   frame(draw);

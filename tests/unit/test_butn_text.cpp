@@ -1,5 +1,6 @@
 // The text field, frame by frame: focus, keys, clipboard, limits, what is drawn.
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -109,6 +110,65 @@ TEST_F(TextField, FocusAndSelection) {
   rec->sel_start = rec->sel_end = 1;
   frame([&] { return BTN_enterstring(300, 300, &third, 40, "", 200, 1); });
   EXPECT_EQ(selected(), "0-3");
+}
+
+TEST_F(TextField, TheMouseSelects) {
+  const struct {
+    const char* label;
+    const char *to, *dragged_to;  // the press and the drag's end are behind these; null is no drag
+    int clicks;
+    bool shift;
+    const char* selected;
+  } rows[] = {
+      // from a caret at 3
+      {"Shift extends on", "/one/two", nullptr, 1, true, "3-8"},
+      {"and back", "/", nullptr, 1, true, "1-3"},
+      {"with a drag", "/one/two", "/one/two thr", 1, true, "3-12"},
+      {"a word", "/one/t", nullptr, 2, false, "5-8"},
+      {"by its first letter", "/o", nullptr, 2, false, "1-4"},
+      {"by its last", "/one", nullptr, 2, false, "1-4"},
+      {"behind the text", "/one/two three", nullptr, 2, false, "9-14"},
+      {"between words", "/one/two ", nullptr, 2, false, "0-14"},
+      {"before them", "", nullptr, 2, false, "0-14"},
+      {"all", "/one/t", nullptr, 3, false, "0-14"},
+      {"all it stays", "/one/t", "/o", 3, false, "0-14"},
+      {"by words, on", "/one/t", "/one/two t", 2, false, "5-14"},
+      {"and back", "/one/t", "/o", 2, false, "1-8"},
+      {"on a gap", "/one/t", "/one/two ", 2, false, "5-9"},
+      {"and home again", "/one/t", "/one/tw", 2, false, "5-8"},
+      {"Shift goes first", "/one/two", nullptr, 2, true, "3-8"},
+  };
+  text = "/one/two three";
+  const auto behind = [](const char* part) { return 300 + (float)OGL_string_width(part) - 0.5f; };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    put_caret(3, 3);
+    draw();
+    press(std::max(behind(row.to), 300.0f), 304, row.clicks, row.shift);
+    draw();
+    draw();  // held at rest
+    if (row.dragged_to) {
+      move(behind(row.dragged_to), 304);
+      draw();
+      draw();
+    }
+    release();
+    draw();
+    EXPECT_EQ(selected(), row.selected);
+  }
+  press(300 + (float)OGL_string_width("seco"), 254, 1, true);
+  draw();
+  EXPECT_EQ(selected(), "4-4") << "into another field Shift has nothing to extend";
+  release();
+  // A word that reaches beyond the field does not scroll under a hand at rest.
+  dx = 60;
+  text = "first " + std::string(30, 'W') + " last";
+  put_caret(0, 0);
+  press(355, 304, 2);
+  for (int i = 0; i < 5; ++i)
+    draw();
+  EXPECT_EQ(selected(), "6-36");
+  EXPECT_LT(OGLE_dx, 20);
 }
 
 TEST_F(TextField, KeysOfADesktop) {

@@ -89,13 +89,15 @@ TEST(Diag, FatalAlertLeavesCrawlAndReport) {
   EXPECT_GT(distance, 0);
 #endif
 
-  // Both alerts have reported, the first into a new file.
+  // Both alerts have reported, the first into a new file unless this process had reported before.
   const std::vector<std::string> report = lines_of(folder / "MemoryLog.txt");
   const std::string label =
       "dump_mem_stats: This is the dump_mem_stats call from the following code: "
       "if(type==t_exit || type == t_alert || recursive_error)";
   ASSERT_GT(report.size(), 50u);
-  EXPECT_EQ(report[0], label);
+  if (alerts_shown == 0) {
+    EXPECT_EQ(report[0], label);
+  }
   EXPECT_EQ(std::count(report.begin(), report.end(), label), 2);
   const char* const headings[] = {
       "OS X Info:",

@@ -1,6 +1,7 @@
 // Repair of a path's case, and the listing that it keeps between calls.
 
 #include <ctime>
+#include <filesystem>
 
 #include "corekit/Files/io_utils.h"
 #include "tests/unit/test_files_scratch.h"
@@ -44,10 +45,11 @@ TEST(FilesCase, TakesTheSpellingOnDisk) {
   }
   EXPECT_EQ("", repaired(""));
   EXPECT_EQ("/", repaired("/"));
+  const auto before = std::filesystem::current_path();
   ASSERT_EQ(0, chdir(here.path().c_str()));
   EXPECT_EQ("Resources/Bitmaps", repaired("resources/BITMAPS"));
   EXPECT_EQ("./Resources", repaired("./RESOURCES"));
-  ASSERT_EQ(0, chdir("/"));
+  std::filesystem::current_path(before);
 }
 
 TEST(FilesCase, SwitchedByOneFlag) {

@@ -58,6 +58,7 @@ TEST(FilesTree, Filters) {
               {20, ""}};
   for (const auto& row : rows)
     EXPECT_EQ(row.shown, listing(here.path(), row.kind)) << row.kind;
+  EXPECT_EQ("-none- ", listing("sim/", 21)) << "commands";
   int kind = -1;
   EXPECT_EQ(0, opensave_takeit(".hidden.png", 0, 0, &kind));
   EXPECT_EQ(1, opensave_takeit("png", 0, 0, &kind));

@@ -11,8 +11,10 @@
 #include "Installer-f/utils_servers.h"
 #include "corekit/Files/io_utils.h"
 #include "corekit/Files/io_zip.h"
+#include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
 #include "corekit/OOPS_cpp/http.h"
+#include "corekit/OOPS_cpp/xtim.h"
 #include "net_scripted_server.h"
 
 namespace {
@@ -57,6 +59,25 @@ TEST_F(NetServers, ListIsReadWithTheReleaseOfTheUsersChoice) {
     EXPECT_EQ((std::vector{server_name[0], server_path[0], server_desc[0], server_name[1],
                            server_path[1], server_desc[1]}),
               expected);
+  }
+}
+
+TEST_F(NetServers, WantedTestReleaseMayBeMissing) {
+  const struct {
+    const char *label, *releases, *taken;
+    int result;
+  } rows[] = {
+      {"there is one", "FINAL f\nBETA b\n", "b", list_read},
+      {"and it comes first", "BETA b\nFINAL f\n", "b", list_read},
+      {"there is none", "FINAL f\n", no_install_name, list_lacks_beta},
+      {"nor is there another", "", no_install_name, list_read},
+  };
+  stg.beta_flag = 1;
+  for (const auto& row : rows) {
+    install_name = no_install_name;
+    EXPECT_EQ(read(header + std::string(row.releases) + "SERVER a\n/\nd\n"), row.result)
+        << row.label;
+    EXPECT_EQ(server_path[0], std::string("/") + row.taken + "/") << row.label;
   }
 }
 
@@ -157,6 +178,9 @@ TEST_F(NetServers, ListThenManifest) {
   list = std::string(header) + "FINAL rel\nENDOFLIST\n";
   one_fetch(0);
   EXPECT_EQ(stg.server_count, -1) << "a list without a mirror has not come";
+  UTL_download_directory();
+  EXPECT_FALSE(http.slot_active(0)) << "and is not asked for at once";
+  xtim.now_sec += 3;
 
   list = std::string(header) + "FINAL rel\nSERVER one/\np q/\nThe one\n";
   one_fetch(0);

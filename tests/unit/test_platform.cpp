@@ -1,5 +1,8 @@
 // The operating system's half of the platform layer.
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
 
@@ -20,13 +23,30 @@ uint32_t code_of(const std::string& text) {
   return code;
 }
 
-// Each case has a process of its own, and so its environment.
 void set_environment(const char* name, const std::optional<std::string>& value) {
   if (value)
     setenv(name, value->c_str(), 1);
   else
     unsetenv(name);
 }
+
+// Gives a case's environment back at its end.
+class environment_guard {
+ public:
+  environment_guard() {
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "TMPDIR"}) {
+      const char* const value = std::getenv(name);
+      before_.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
+    }
+  }
+  ~environment_guard() {
+    for (const auto& [name, value] : before_)
+      set_environment(name, value);
+  }
+
+ private:
+  std::vector<std::pair<const char*, std::optional<std::string>>> before_;
+};
 }  // namespace
 
 TEST(Platform, MountTable) {
@@ -129,6 +149,7 @@ TEST(Platform, MachineTexts) {
 }
 
 TEST(Platform, DesktopFolder) {
+  const environment_guard guard;
   const scratch_folder home;
   set_environment("HOME", home.path());
   set_environment("XDG_CONFIG_HOME", std::nullopt);
@@ -143,6 +164,7 @@ TEST(Platform, DesktopFolder) {
 }
 
 TEST(Platform, PrefsFolder) {
+  const environment_guard guard;
   const scratch_folder home;
   umask(022);
   set_environment("HOME", home / "me");
@@ -170,9 +192,33 @@ TEST(Platform, PrefsFolder) {
 }
 
 TEST(Platform, TempFolder) {
+  const environment_guard guard;
   const scratch_folder here;
   set_environment("TMPDIR", here.path());
+  here.file("outside/precious");
+  // What killed runs have left goes, and nothing that may be something else.
+  const auto put = [&here](const std::string& name, mode_t mode) {
+    here.file(name + "/sub/.file");
+    chmod((here / name).c_str(), mode);
+  };
+  put("skyvane-run-left01", 0700);
+  const std::vector<std::string> kept = {"skyvane-run-inuse1", "skyvane-run-open01",
+                                         "skyvane-run-longer1", "skyvane-other-left1", "left01"};
+  for (const std::string& name : kept)
+    put(name, name == "skyvane-run-open01" ? 0755 : 0700);
+  here.link("skyvane-run-link01", "outside");
+  const int in_use = open((here / kept[0]).c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(0, flock(in_use, LOCK_EX | LOCK_NB));
   const std::string temp = PLT_temp_folder();
+  EXPECT_FALSE(is_there(here / "skyvane-run-left01"));
+  for (const std::string& name : kept)
+    EXPECT_TRUE(is_there(here / (name + "/sub/.file"))) << name;
+  EXPECT_TRUE(is_there(here / "outside/precious"));
+  close(in_use);
+  const int own = open(temp.c_str(), O_RDONLY | O_CLOEXEC);
+  EXPECT_NE(0, flock(own, LOCK_EX | LOCK_NB)) << "this run's own is in use";
+  close(own);
+
   EXPECT_EQ(0u, temp.rfind(here / "skyvane-", 0)) << temp;
   EXPECT_EQ('/', temp.back());
   EXPECT_EQ(0700u, mode_of(temp));
@@ -180,7 +226,6 @@ TEST(Platform, TempFolder) {
   EXPECT_EQ(0, get_OS_abs_path(os_dir_temp, path));
   EXPECT_EQ(temp, path);
 
-  here.file("outside/precious");
   ASSERT_EQ(0, symlink((here / "outside").c_str(), (temp + "link").c_str()));
   mkdir((temp + "sub").c_str(), 0700);
   std::ofstream(temp + "sub/.hidden") << "x";
@@ -214,6 +259,7 @@ TEST(Platform, TempFolder) {
 }
 
 TEST(Platform, FoldersOfTheProgram) {
+  const environment_guard guard;
   std::string folder, program;
   EXPECT_EQ(0, get_OS_abs_path(os_dir_this_app, folder));
   EXPECT_EQ(0, get_OS_abs_path(os_dir_this_bundle, program));

@@ -76,8 +76,12 @@ TEST(RuntimeCmdlineDeathTest, HelpAndTheCommandListEndTheRun) {
   const struct {
     const char *first, *second, *output;
   } rows[] = {
-      {"--other", "-h", usage},        {"--other", "--help", usage}, {"--other", "--help=x", usage},
-      {"--cmnds=all", "--help", "^$"}, {"--cmnds", "--help", "^$"},
+      {"--other", "-h", usage},
+      {"--other", "--help", usage},
+      {"--other", "--help=x", usage},
+      {"--cmnds=all", "--help", "^sim/-none-/-none- +Do nothing at all!\n"},
+      {"--cmnds=sim", "--help", "^-none-\n$"},
+      {"--cmnds=no", "--help", "^$"},
   };
   for (const auto& r : rows) {
     EXPECT_EXIT(

@@ -30,7 +30,16 @@ struct settings {
 
 class RuntimePref : public testing::Test {
  protected:
-  void TearDown() override { cmdline = UTL_cmdline(); }
+  void SetUp() override { forget(); }
+  void TearDown() override { forget(); }
+  // What the installer's own file holds starts as at the program's start.
+  static void forget() {
+    cmdline = UTL_cmdline();
+    stg = stg_record();
+    http._proxy_host.clear();
+    http._proxy_port.clear();
+    http._proxy_port_int = 0;
+  }
 
   settings read(settings start = {}) const {
     scan_class scan(path, pref_read);

@@ -217,7 +217,9 @@ TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
       "struct page_row { UTL_text title; int next; const char* tag; };\n"
       "struct label_set { UTL_text ok = \"Fine\"; };\n"
       "void say(int level, UTL_text text, const char* file);\n"
-      "void set_rows(const std::vector<page_row>& rows);\n";
+      "void set_rows(const std::vector<page_row>& rows);\n"
+      "struct shown_line { shown_line(const char* t); UTL_text english; std::string made; };\n"
+      "void warn(int window, const shown_line& a, const shown_line& b, const char* file);\n";
   const row rows[] = {
       {"x = tr(\"One\"); y = UTL_translate_string ( gone ? \"Two\" : \"Three\" );",
        {"One", "Two", "Three"}},
@@ -245,6 +247,9 @@ TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
        {"One", "Two", "Three", "Four"}},
       {"const auto put = [&](UTL_text label, const std::string& s) { tr(label); };\n"
        "put(\"One\", \"no\"); say(1, \"Two\", \"no\");",
+       {"One", "Two"}},
+      // Lines that are translated when they are shown, as an alert's.
+      {"warn(1, \"One\", path, \"no\"); warn(1, path, late ? \"Two\" : \"\", here); fault(\"no\");",
        {"One", "Two"}},
   };
   for (const row& r : rows) {

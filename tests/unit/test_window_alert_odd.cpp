@@ -8,8 +8,11 @@
 #include "corekit/GenC/hl_init.h"
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenH/hl_types.h"
+#include "corekit/OOPS_cpp/exce.h"
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/Thread/hl_thread.h"
+#include "corekit/UTL/UTL_translate.h"
+#include "tests/unit/test_runtime_util.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -111,6 +114,25 @@ TEST(WindowNoneAlertDeathTest, BeforeTheWindowIsThere) {
   lines(497, 497);
   EXPECT_EXIT(lines(498, 1), testing::ExitedWithCode(1), "String too long!");
   EXPECT_EXIT(lines(1, 5000), testing::ExitedWithCode(1), "String too long!");
+}
+
+TEST(WindowNoneAlert, LiteralsAreTranslatedWhenTheyAreShown) {
+  const runtime_folder folder;
+  write_file(folder.path + "words.txt",
+             "I\n900 version\nTRANSLATION\nSTRING Bread====pa\xF1 \xE1\nSTRING made====no\n");
+  UTL_translate_load(folder.path + "words.txt");
+  testing::internal::CaptureStderr();
+  const std::string log = log_of([] {
+    __MACIBM_alert(0, "Bread", std::string("made"), "", "", t_alert, "tests/odd", 3);
+    // A thread's alert comes as a record, in English.
+    exce_class("", "", "Bread", "/Brot\xC3\xA9", "tests/odd", 4, t_alert).Report();
+  });
+  UTL_translate_clear();
+  const std::string shown = testing::internal::GetCapturedStderr();
+  EXPECT_NE(shown.find("pañ á made\n"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("pañ á /Broté\n"), std::string::npos) << shown;
+  EXPECT_NE(log.find("\nBread\nmade\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("\nBread\n/Broté\n"), std::string::npos) << log;
 }
 
 }  // namespace

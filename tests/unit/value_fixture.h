@@ -31,9 +31,12 @@ class value_fixture : public gl_fixture {
     mnw.mouse_clicked = mnw.mouse_released = 0;
     return result;
   }
-  // A press in the frame that comes; the button stays down until release().
-  void press(float x, float y) {
+  // A press in the frame that comes, the `clicks`th in a row; the button stays down until
+  // release().
+  void press(float x, float y, int clicks = 1, bool shift = false) {
     move(x, y);
+    mnw.mouse_clicks = clicks;
+    mnw.mouse_shift = shift;
     mnw.mouse_clicked = mnw.mouse_held = 1;
     xtim.mouse_down = xtim.now_sec;
   }
