@@ -13,7 +13,9 @@
 #include "Installer-f/main_stg.h"
 #include "Installer-f/main_unattended.h"
 #include "Installer-f/make_installer.h"
+#include "Installer-f/utils_disc.h"
 #include "Installer-f/utils_registry.h"
+#include "Installer-f/utils_verify.h"
 #include "corekit/Files/io_utils.h"
 #include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
@@ -63,6 +65,9 @@ int run_wizard() {
   }
   while (!app_done)
     MACIBM_event_proc();
+  // Not every way out leads over Quit: no thread may be at work while all is taken down.
+  install_files_kill();
+  checksum_directory_kill();
   return unattended_on ? unattended_end() : 0;
 }
 

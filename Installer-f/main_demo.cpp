@@ -10,6 +10,7 @@
 #include "Installer-f/utils_grab.h"
 #include "Installer-f/utils_registry.h"
 #include "corekit/Files/io_utils.h"
+#include "corekit/GenC/hl_init.h"
 #include "corekit/UTL/UTL_translate.h"
 
 int accept_eula_demo = 0;
@@ -28,7 +29,8 @@ bool resume_suspended_transfer() {
                      "partially installed copy of the Skyvane 9 demo."),
                   tr("Cancel"), tr("the demo installation and delete partial installation."),
                   tr("Continue"), tr("the demo installation process."));
-  if (answer == 0) return true;
+  // The program being ended from outside is no wish to give the job up.
+  if (answer == 0 || app_done) return true;
   recursive_delete_folder(dest_dir_path);
   demo_install_is_running = 0;
   return false;

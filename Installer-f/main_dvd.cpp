@@ -208,13 +208,19 @@ int dvd_done_install(int, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_pick_run_sim(int, wizard_screen& screen) {
+int dvd_pick_run_sim(int first_time, wizard_screen& screen) {
   static constexpr dvd_pick pick = {
       "Run Skyvane",
       dvd_do_run_sim,
       "Please pick which copy of Skyvane 9 you would like to run.",
   };
-  dvd_pick_page(pick, screen);
   screen.back = dvd_start;
-  return all_skyroots.size() == 1 ? 1 : 0;
+  if (all_skyroots.size() == 1) {  // nothing to pick, so not even a frame of the list
+    dest_dir_path = all_skyroots[0];
+    screen.title = tr(pick.title);
+    screen.next = pick.next;
+    return 1;
+  }
+  dvd_pick_page(pick, first_time, screen);
+  return 0;
 }

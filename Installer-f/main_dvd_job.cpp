@@ -3,6 +3,8 @@
 
 #include "Installer-f/main_dvd_job.h"
 
+#include <algorithm>
+
 #include "Installer-f/main_ask.h"
 #include "Installer-f/main_dvd_util.h"
 #include "Installer-f/main_stg.h"
@@ -13,6 +15,7 @@
 #include "Installer-f/utils_select.h"
 #include "Installer-f/utils_verify.h"
 #include "corekit/Files/io_utils.h"
+#include "corekit/GenC/hl_init.h"
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/Platform/PLT_system.h"
@@ -121,17 +124,22 @@ int dvd_change_page(const dvd_job& job, int first_time, wizard_screen& screen) {
 
 bool dvd_job_goes_on(const dvd_job& job, const dvd_leave_question& leave) {
   if (!*job.is_running) return false;
-  if (abort_alert(tr(leave.question), tr(leave.stop_label), tr(leave.stop_line), tr("Continue"),
-                  tr(leave.go_on_line)) == 0) {
-    return true;
-  }
+  const int answer = abort_alert(tr(leave.question), tr(leave.stop_label), tr(leave.stop_line),
+                                 tr("Continue"), tr(leave.go_on_line));
+  // The program being ended from outside is no wish to give the job up.
+  if (answer == 0 || app_done) return true;
   install_files_kill();
   if (leave.deletes_copy) recursive_delete_folder(dest_dir_path);
   *job.is_running = 0;
   return false;
 }
 
-void dvd_pick_page(const dvd_pick& pick, wizard_screen& screen) {
+void dvd_pick_page(const dvd_pick& pick, int first_time, wizard_screen& screen) {
+  // The place of a new copy that was never made is no choice among those that are there.
+  if (first_time &&
+      std::find(all_skyroots.begin(), all_skyroots.end(), dest_dir_path) == all_skyroots.end()) {
+    dest_dir_path.clear();
+  }
   screen.title = tr(pick.title);
   screen.next = pick.next;
   if (all_skyroots.size() == 1) dest_dir_path = all_skyroots[0];

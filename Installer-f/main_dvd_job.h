@@ -69,7 +69,7 @@ struct dvd_pick {
   UTL_text question;
 };
 // Shows the installed copies; a sole one is chosen without asking. Leaves dest_dir_path.
-void dvd_pick_page(const dvd_pick& pick, wizard_screen& screen);
+void dvd_pick_page(const dvd_pick& pick, int first_time, wizard_screen& screen);
 
 struct dvd_scan {
   UTL_text title;

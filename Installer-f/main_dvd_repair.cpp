@@ -76,7 +76,7 @@ int dvd_pick_repair(int first_time, wizard_screen& screen) {
       dvd_scan_repair,
       "Please pick which copy of Skyvane 9 you would like to repair.",
   };
-  dvd_pick_page(pick, screen);
+  dvd_pick_page(pick, first_time, screen);
   screen.back = dvd_start;
   return 0;
 }

@@ -74,7 +74,7 @@ int dvd_pick_scenery(int first_time, wizard_screen& screen) {
       dvd_scan_scenery,
       "Please pick which copy of Skyvane 9 you would like to add scenery to.",
   };
-  dvd_pick_page(pick, screen);
+  dvd_pick_page(pick, first_time, screen);
   screen.back = dvd_start;
   return 0;
 }

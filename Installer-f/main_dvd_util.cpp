@@ -163,7 +163,10 @@ void UTIL_scan_dvd() {
     if (worth_a_look(volumes)) dvd_path = volume_with(volumes, disc_label_file);
   }
   if (!dvd_path.empty() && install_name == no_install_name) {
-    read_disc_label(dvd_path + disc_label_file);
+    const std::string label = dvd_path + disc_label_file;
+    read_disc_label(label);
+    // A disc that is none of ours makes room for the next one when it is taken out.
+    if (install_name == no_install_name && !file_exists(label)) dvd_path.clear();
   }
   if (install_name == no_install_name || stg.directory_state != manifest_none) return;
   if (dvd_path.empty()) return;

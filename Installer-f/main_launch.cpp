@@ -164,6 +164,8 @@ int launch_app(const std::string& app, const std::string& path) {
   xer.flush();
   start_order order = {program, {}, ""};
   if (!path.empty()) order.arguments = {"-path", path};
+  // The folder of a copy from a disc goes before the other program begins.
+  if (!copy_folder.empty()) order.folder = path_folder(without_last_slash(app_path + app));
   return hand_over(order, 1);
 }
 

@@ -38,20 +38,28 @@ void piece(float x, float y, float dx, float dy, float first_row) {
   OGL_put_quad(x, y, x + dx, y + dy, s, t, s + dx / texels, t + dy / texels);
 }
 
+// The highlight of the sectors that are selected, or of those that are not.
+void put_sectors(bool selected) {
+  for (int column = 0; column < sector_columns; ++column) {
+    for (int row = 0; row < sector_rows; ++row) {
+      const int cell = sector_cell(column, row);
+      if (!stg.sector_available[cell] || (stg.sector_selected[cell] != 0) != selected) continue;
+      piece(left_of(column), bottom_of(row), map_cell, map_cell, overlay_row);
+    }
+  }
+}
+
 void draw_map() {
   OGL_setstate(1, 1, 3, 5, 9, 11);
   tman.bind_ref(ref_map, 0, 0);
   OGL_color(col_map, 1.0f);
   glBegin(GL_QUADS);
   piece(map_x, map_y, map_dx, map_dy, 0);
-  for (int column = 0; column < sector_columns; ++column) {
-    for (int row = 0; row < sector_rows; ++row) {
-      const int cell = sector_cell(column, row);
-      if (!stg.sector_available[cell]) continue;
-      OGL_color(col_map, stg.sector_selected[cell] ? 1.0f : 0.5f);
-      piece(left_of(column), bottom_of(row), map_cell, map_cell, overlay_row);
-    }
-  }
+  // All of one kind, then all of the other: within a batch, a driver in use (Mesa 22.3) may keep
+  // the alpha of a colour of four floats for one of three that follows it.
+  put_sectors(true);
+  OGL_color(col_map, 0.5f);
+  put_sectors(false);
   glEnd();
   OGL_check("UTIL_world_map");
 }

@@ -70,6 +70,7 @@ bool reap() {
     std::string message;
     if (const int code = task->check_error(message)) {
       xer << "WARNING: " << message << " (" << error_str(code) << ")\n";
+      xer.flush();  // a run that goes wrong may not end well either
       install_err_num = code;
       install_err_msg = message;
     }

@@ -1,6 +1,7 @@
 // The world map: the same plate carree map twice, 504 by 252 each, one pixel to 5/7 of a degree and
-// 14 to a sector of the scenery grid. The lower half is plain, the upper has its land highlighted;
-// sea, grid and frame are the same in both, so that an overlaid sector changes its land alone.
+// 14 to a sector of the scenery grid. The lower half is plain, the upper has its land highlighted,
+// and a breath of the same colour over its sea: a sector of islands too small for this map shows
+// whether it is taken. Grid and frame are the same in both.
 //
 // 1. read the land of a TopoJSON file: arcs of quantised steps, rings made of arcs;
 // 2. unwrap each ring's longitudes; close one that goes round the world at the south pole;
@@ -168,6 +169,7 @@ bool art_map(const std::string& land_path, art_canvas& map) {
       for (int u = 0; u < map_dx; ++u) {
         const size_t i = size_t(v) * map_dx + u;
         art_colour pixel = art_mix(deep, shallow, near[i] * 2.2f);
+        if (half == 1) pixel = art_mix(pixel, lands[1][1], 0.28f);
         // Land is a little lighter away from its coast, which reads as relief.
         const art_colour ground = art_mix(lands[half][0], lands[half][1], near[i] * near[i]);
         pixel = art_mix(pixel, ground, land[i]);

@@ -63,7 +63,8 @@ int copy_file(const std::string& source, const std::string& target) {
 
   int failed = 0;
   if (from_info.st_dev != to_info.st_dev || from_info.st_ino != to_info.st_ino) {
-    if (ftruncate(to, 0) != 0) failed = io_fail(errno, this_file, 68);
+    // Not of a new file: ext4 starts to write out, when it is closed, whatever was cut to nothing.
+    if (to_info.st_size > 0 && ftruncate(to, 0) != 0) failed = io_fail(errno, this_file, 68);
     if (!failed) failed = copy_content(from, to);
     if (!failed && fchmod(to, from_info.st_mode & 0777) != 0) {
       // A volume without permission bits refuses to set them; the content is all that it can hold.

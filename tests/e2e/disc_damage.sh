@@ -4,18 +4,7 @@
 . "$(dirname "$0")/disc_lib.bash"
 
 copy="$SCRATCH/Copy"
-bad=$SCRATCH/bad
 
-# damaged COMMAND...: images from the master as the command leaves it (run in its copy).
-damaged() {
-  rm -rf "$SCRATCH/master" "$bad"
-  cp -r "$MASTER" "$SCRATCH/master"
-  (cd "$SCRATCH/master" && "$@")
-  "$(dirname "$0")/../../script/make_discs" "$SCRATCH/master" "$bad" >/dev/null
-}
-
-cut_short() { truncate -s -40 "$1"; }
-flip() { printf '\xA5\x5A\xA5\x5A' | dd of="$1" bs=1 seek=$(($(stat -c %s "$1") / 2)) conv=notrunc status=none; }
 sh_each() {
   "$1" "$2"
   "$1" "$3"
@@ -40,7 +29,7 @@ tile=$(one_of '*/All/Global Scenery/*.7z')
 
 for way in flip rm; do
   damaged sh_each "$way" "$zip" "$tile"
-  install_from "$bad"
+  install_from "$BAD"
   want_errors
   if [ "$way" = rm ]; then
     want_text "I was unable to copy the file $DISCS/"
@@ -56,13 +45,13 @@ done
 
 # A manifest that cannot be unpacked ends the run at once.
 damaged cut_short "disk_0/$RELEASE/directory.txt.zip"
-install_from "$bad"
+install_from "$BAD"
 want_status 1
 want_text "DVD scan: The installer cannot extract a file."
 
 # A disc whose label leads elsewhere is none of ours.
 damaged sh -c "printf 'I\n900 version\nDVD\n\nVERSION ../Skyvane 9\n' >disk_0/dvd_version.txt"
-install_from "$bad"
+install_from "$BAD"
 want_status 2
 want_text "This DVD does not appear to be an Skyvane 9 DVD."
 
@@ -82,7 +71,8 @@ run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy
 want_errors
 want_text "I was unable to copy the file $DISCS/1/"
 want_asked_for "1 "
-[ "$(grep -c "An error occurred" "$OUT")" -le 10 ] || fail "a question for every file"
+# Those in the two queues fail, in as many questions as there are frames that see one.
+[ "$(grep -c "An error occurred" "$OUT")" -le 60 ] || fail "a question for every file"
 missing=$(comm -23 <(shipped "$SOURCE" Macintosh | cut -f1) <(cd "$copy" && find . ! -type d | sed 's#^\./##' | sort) | wc -l)
 [ "$missing" -ge 1 ] && [ "$missing" -le 61 ] || fail "$missing files are missing"
 repair_all

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Started from the disc, the installer leaves it: the disc can be ejected while it works, the caller
 # gets its exit status, and nothing but its log stays behind.
-. "$(dirname "$0")/disc_lib.bash"
+. "$(dirname "$0")/lib_window_disc.bash"
 
 start_from_disc() {
   : >"$OUT"
@@ -46,3 +46,36 @@ if [ "$(id -u)" = 0 ]; then
   SECTORS=nothing same_tree "$SOURCE" Macintosh "$SCRATCH/Third"
   [ -z "$(ls "$SCRATCH/tight")" ] || fail "working files were left: $(ls "$SCRATCH/tight")"
 fi
+
+# With a window, and in German: the one that was started ends when its copy takes over, with the
+# language files; the disc is free from then on.
+for disc in 1 2 3; do take_out "$disc"; done
+insert_disc 1
+export HOME=$SCRATCH/home XDG_CONFIG_HOME=$SCRATCH/other  # where no copy is known
+mkdir -p "$HOME/Desktop"
+copy_pid() { WINDOW_PID=$(pgrep -f "^$TMPDIR/skyvane-disc-"); }
+start_display
+STATUS=0
+"$DISC/skyvane-disc-installer" --pref:_lang=2 >"$OUT" 2>&1 </dev/null || STATUS=$?
+want_status 1
+wait_for "the copy" copy_pid
+wait_for "its window" find_window
+xdotool mousemove $((SCREEN_DX - 1)) $((SCREEN_DY - 1))
+diff -r "$DISC/Resources" "$TMPDIR"/skyvane-disc-*/Resources || fail "the language files were left behind"
+wait_open
+umount "$DISC" || fail "the disc is held"
+shot leave_disc
+insert_disc 1
+walk_to_map
+press_next
+change_disc 1 2
+change_disc 2 3
+wait_step 5
+same_tree "$SOURCE" Macintosh "$HOME/Desktop/$RELEASE"
+
+# The simulator that it starts stands on its own: the copy is gone, and its folder.
+press_extra 0
+wait_file_text "$OUT" "Started: Macintosh/Skyvane.app/Contents/MacOS/Skyvane (revision 1)"
+[ "$(grep -vc ^Started "$OUT")" = 0 ] || fail "more was said"
+want_no_leftovers
+! grep -a "ERROR: language" "$XDG_CONFIG_HOME"/*/*Log.txt || fail "a language file was not found"

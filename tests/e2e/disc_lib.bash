@@ -32,6 +32,7 @@ make_fixture() {
   "$(program skyvane-disc-installer)" --build_master --type=1 --name="$RELEASE" \
     --source="$SOURCE" --output="$MASTER" --disk_kb=4000
   "$(dirname "$0")/../../script/make_discs" --program="$BIN/skyvane-disc-installer" \
+    --resources="$BIN/Resources" \
     "$MASTER" "$IMAGES"
   touch "$IMAGES/made"
 }
@@ -81,6 +82,17 @@ only_disc() {
 all_discs_of() {  # IMAGES
   for disc in 1 2 3; do take_out "$disc"; insert_disc "$disc" "$1"; done
 }
+
+# damaged COMMAND...: images in BAD from the master as the command leaves it (run in its copy).
+BAD=$SCRATCH/bad
+damaged() {
+  rm -rf "$SCRATCH/master" "$BAD"
+  cp -r "$MASTER" "$SCRATCH/master"
+  (cd "$SCRATCH/master" && "$@")
+  "$(dirname "$0")/../../script/make_discs" "$SCRATCH/master" "$BAD" >/dev/null
+}
+cut_short() { truncate -s -40 "$1"; }
+flip() { printf '\xA5\x5A\xA5\x5A' | dd of="$1" bs=1 seek=$(($(stat -c %s "$1") / 2)) conv=notrunc status=none; }
 
 # repair_all: two runs from good discs make $copy whole, whatever was wrong with it.
 repair_all() {

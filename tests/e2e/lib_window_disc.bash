@@ -14,13 +14,56 @@ change_disc() {
   press_next
 }
 
+# walk_to_map: from the first page, on which Next is open, over the next two. Learns the faces.
+walk_to_map() {
+  wait_step 0
+  wait_open
+  learn_faces
+  press_next
+  wait_step 1
+  wait_open
+  press_next
+  wait_step 2
+  click_away 230 103
+  wait_open
+  press_next
+  wait_step 3
+}
+
+# --- a job that goes wrong -------------------------------------------------------------------------
+
+# wait_disc_asked: until the page that asks for a disc is there, with no question over it.
+wait_disc_asked() {
+  wait_no_dialog
+  wait_for "the page that asks for a disc" no_step_is_lit
+}
+
+# go_on_over_errors: Continue at each question about a failed file, until the last page.
+# The next one may stand in the place of the last within a frame, so each look answers what it sees.
+go_on_over_errors() { wait_for "the last page" last_or_answered; }
+last_or_answered() {
+  if dialog_is_up; then press_go_on; fi
+  step_is_lit 5
+}
+
+# has_ink X Y DX DY: letters stand there.
+has_ink() { [ "$(area "$@" | grep -c '^[0-5]')" -gt 20 ]; }
+
+# wait_errors_told: until the last page says, in two paragraphs and with no button, that all did not
+# go well.
+wait_errors_told() {
+  wait_step 5
+  wait_for "the last page's advice" has_ink 230 395 500 18
+  ! has_ink 440 345 120 22 || fail "a copy with errors is offered to be started"
+}
+
 # --- the map -----------------------------------------------------------------------------------
 
 # The sectors of the sample, by their place on the map: columns from the west, rows from the south.
-# But for +80+170, which is all sea: only land shows that a sector is selected.
+# +80+170 is all sea.
 declare -A SECTOR=(
   [+30-120]="6 12" [+40-080]="10 13" [+50+000]="18 14" [-40+150]="33 5"
-  [-90-180]="0 0" [+00+010]="19 9"
+  [-90-180]="0 0" [+00+010]="19 9" [+80+170]="35 17"
 )
 declare -A LIT=() DARK=() SEEN=()  # what each looks like when it is selected, and when not
 

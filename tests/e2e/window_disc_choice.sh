@@ -32,7 +32,7 @@ click_away 230 103
 wait_next "$OPEN_FACE"
 press_next
 
-echo "Map: all at first; all, none, and a click, which turns one sector and its figures"
+echo "Map: all at first; all, none, and clicks, which turn one sector each and its figures"
 wait_step 3
 look_at_sectors
 needed_first=$(needed)
@@ -47,8 +47,18 @@ wait_selected
 wait_for "the figures without scenery" needs "$NEEDED_NONE"
 click_sector +50+000
 wait_selected +50+000
+click_sector +80+170
+wait_selected +50+000 +80+170
+click_sector -40+150
+wait_selected +50+000 +80+170 -40+150
+wait_for "the figures with three sectors" needs_other "$NEEDED_NONE"
+click_sector -40+150
+wait_selected +50+000 +80+170
 click_sector +50+000
+wait_selected +80+170
+click_sector +80+170
 wait_selected
+wait_for "the figures without scenery again" needs "$NEEDED_NONE"
 
 echo "A drag paints what the band touches, and the figures follow under way"
 # Each drag begins and ends a cell beside the sectors that are looked at, where neither the band's

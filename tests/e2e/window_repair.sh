@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A repair by hand: from the menu of an owner, over the question about a changed file, to the start
-# of the copy that is whole again.
+# A repair by hand: from the menu of an owner, over the question about a changed file, a damaged disc
+# and a stop, to the start of the copy that is whole again.
 . "$(dirname "$0")/lib_window_disc.bash"
 
 copy="$SCRATCH/Copy"
@@ -9,27 +9,30 @@ run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
 want_status 0
 same() { SECTORS='\\+30-120' same_tree "$SOURCE" Macintosh "$copy"; }
 same
-rm "$copy/Instructions/Manual.txt"
+manual=Instructions/Manual.txt
+late="Skyvane.app/Contents/PkgInfo"  # on the last disc
+rm "$copy/$manual" "$copy/$late"
 echo mine >"$copy/Airfoils/NACA 0012.afl"
-# All discs in drives of their own: none has to be changed.
-only_disc 1
-insert_disc 2
-insert_disc 3
+# All discs in drives of their own: none has to be changed. The first has an archive that is damaged.
+damaged flip "disk_0/$RELEASE/All/$manual.zip"
+all_discs_of "$BAD"
+
+# to_confirmation: from the menu, over the one copy and the scan.
+to_confirmation() {
+  press_extra 2
+  wait_step 1
+  [ -n "$PANEL" ] || learn_faces
+  wait_open
+  press_next
+  wait_step 3
+  wait_open
+}
 
 start_display
 open_window skyvane-disc-installer
 wait_step 0
 wait_still
-PANEL=$(colour_at "${DIALOG_SPOT[@]}")
-
-echo "The menu, the one copy, the scan, the confirmation"
-press_extra 2
-wait_step 1
-wait_still
-OPEN_FACE=$(next_face)
-press_next
-wait_step 3
-wait_next "$OPEN_FACE"
+to_confirmation
 
 echo "Cancel leads back to the confirmation; the copy is as it was"
 press_next
@@ -38,14 +41,54 @@ answer cancel
 wait_no_dialog
 wait_step 3
 [ "$(cat "$copy/Airfoils/NACA 0012.afl")" = mine ] || fail "a cancelled repair has overwritten a file"
-[ ! -e "$copy/Instructions/Manual.txt" ] || fail "a cancelled repair has put a file back"
+[ ! -e "$copy/$manual" ] || fail "a cancelled repair has put a file back"
 
-echo "Overwrite: the copy is whole, and starts"
-wait_next "$OPEN_FACE"
+echo "Overwrite, and stop at the damaged archive: that is the end, with the errors told"
+wait_open
 press_next
 wait_dialog
 answer overwrite
+wait_log "I was unable to unzip"
+wait_dialog
+shot repair_error
+press_give_up
+wait_no_dialog
+wait_errors_told
+shot repair_errors
+wait_log "I was unable to unzip the file $TMPDIR/"
+[ ! -e "$copy/$manual" ] || fail "something was made of a damaged archive"
+
+echo "Good discs, but the last is out: a stop keeps what is repaired, and the next repair does the rest"
+all_discs_of "$IMAGES"
+rm -f "$copy/$late"
+take_out 3
+press_back
+wait_step 0
+to_confirmation
+press_next
+wait_disc_asked
+press_back
+wait_dialog
+shot repair_stop
+press_go_on
+wait_disc_asked
+press_back
+wait_dialog
+press_give_up
+wait_no_dialog
+wait_step 3
+cmp "$SOURCE/All/$manual" "$copy/$manual" || fail "a stopped repair was rolled back"
+[ ! -e "$copy/$late" ] || fail "a file came from nowhere"
+wait_open
+press_next
+wait_disc_asked
+insert_disc 3
+press_next
 wait_step 5
 same
+
+echo "From the menu the one copy is started without a choice"
+press_back
+wait_step 0
 start_skyvane 1
 want_no_leftovers

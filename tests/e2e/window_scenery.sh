@@ -1,29 +1,27 @@
 #!/usr/bin/env bash
 # Scenery added and removed by hand: the map shows what is installed, and the copy becomes what the
-# map shows.
+# map shows; a job is stopped, and meets a damaged disc.
 . "$(dirname "$0")/lib_window_disc.bash"
 
 copy="$SCRATCH/Copy"
 only_disc 1
 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
 want_status 0
-only_disc 1
-insert_disc 2
-insert_disc 3
+all_discs_of "$IMAGES"
 
-# to_map: from the menu; the first time with Next's face to be learnt.
+# to_map: from the menu; the first time with the faces to be learnt.
 to_map() {
   press_extra 1
   wait_step 1
-  if [ -z "$OPEN_FACE" ]; then
-    wait_still
-    OPEN_FACE=$(next_face)
-  fi
-  wait_next "$OPEN_FACE"
+  [ -n "$PANEL" ] || learn_faces
+  wait_open
   press_next
   wait_step 3
   look_at_sectors
 }
+
+# want_scenery PATTERN: the copy holds this, and nothing else of it has changed.
+want_scenery() { SECTORS=$1 same_tree "$SOURCE" Macintosh "$copy"; }
 
 start_display
 open_window skyvane-disc-installer
@@ -40,26 +38,82 @@ press_next
 wait_step 3
 wait_selected +30-120
 
-echo "One sector more, one less"
+echo "One sector more, one less: without the disc, what goes is gone, and the rest waits"
 click_sector +40-080
 wait_selected +30-120 +40-080
 click_sector +30-120
 wait_selected +40-080
+take_out 1
+press_next
+wait_disc_asked
+press_back
+wait_dialog
+shot scenery_stop
+press_go_on
+wait_disc_asked
+press_back
+wait_dialog
+press_give_up
+wait_no_dialog
+wait_step 3
+wait_selected
+find "$copy/Global Scenery" -type d -empty -delete  # made for what was to come
+want_scenery nothing
+
+echo "Again with the disc in the end: the stopped job left nothing in its way"
+click_sector +40-080
+wait_selected +40-080
+press_next
+wait_disc_asked
+press_back
+wait_dialog
+press_go_on
+wait_disc_asked
+insert_disc 1
 press_next
 wait_step 5
-SECTORS='\\+40-080' same_tree "$SOURCE" Macintosh "$copy"
+want_scenery '\\+40-080'
 
-echo "Back to the menu; the map shows the change; no scenery at all"
+echo "A disc with a damaged tile and a missing one: told, gone on, told again at the end"
+tiles="disk_0/$RELEASE/All/Global Scenery/-global terrain-/Earth nav data/+50+000"
+damage() {
+  flip "$tiles/+51+000.dsf.7z"
+  rm "$tiles/+59+000.dsf.7z"
+}
+damaged damage
+all_discs_of "$BAD"
 press_back
 wait_step 0
 to_map
 saw_selected +40-080 || fail "the map does not show the change"
+click_sector +50+000
+press_next
+wait_dialog
+shot scenery_error
+go_on_over_errors
+wait_errors_told
+shot scenery_errors
+wait_log "I was unable to unzip the file $TMPDIR/"
+wait_log "I was unable to copy the file $DISCS/1/$RELEASE/All/Global Scenery/-global terrain-/Earth nav data/+50+000/+59+000.dsf.7z from the DVD to the hard drive."
+
+echo "From a good disc the same choice brings what was missed"
+all_discs_of "$IMAGES"
+press_back
+wait_step 0
+to_map
+saw_selected +40-080 +50+000 || fail "the map does not show what was installed of a sector"
+press_next
+wait_step 5
+want_scenery '\\+40-080|\\+50\\+000'
+
+echo "No scenery at all; the copy is started"
+press_back
+wait_step 0
+to_map
 press_none
 wait_selected
 press_next
 wait_step 5
-SECTORS=nothing same_tree "$SOURCE" Macintosh "$copy"
-
-echo "The copy is started"
+want_scenery nothing
 start_skyvane 1
 want_no_leftovers

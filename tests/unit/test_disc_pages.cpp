@@ -79,6 +79,7 @@ TEST_F(DiscPages, StartPage) {
       {"Mars", manifest_loaded, 0, 1, 1, have_one, false, {"Run", "Add"}},
       {release, manifest_loaded, 1, 0, 2, have_one, false, {"Run", "Repair", "Install"}},
   };
+  write("disc/dvd_version.txt", "unreadable");
   for (const auto& row : rows) {
     install_name = row.name;
     stg.directory_state = row.state;
@@ -121,6 +122,28 @@ TEST_F(DiscPages, DiscLabel) {
     UTIL_scan_dvd();
     EXPECT_EQ(install_name, row.name) << row.text;
   }
+  // The last was none of ours: when it is taken out, the next disc is looked for.
+  EXPECT_NE(dvd_path, "");
+  std::filesystem::remove(root + "disc/dvd_version.txt");
+  UTIL_scan_dvd();
+  EXPECT_EQ(dvd_path, "");
+}
+
+// Only a copy that is listed is a choice; a destination that was given up is none.
+TEST_F(DiscPages, PickingACopy) {
+  all_skyroots = {root + "a/", root + "b/"};
+  for (const page_function page : {dvd_pick_scenery, dvd_pick_repair, dvd_pick_run_sim}) {
+    dest_dir_path = root + "never made/";
+    EXPECT_EQ(show(page, 1, 0).next, nullptr);
+    dest_dir_path = root + "b/";
+    EXPECT_NE(show(page, 1, 0).next, nullptr);
+    EXPECT_EQ(dest_dir_path, root + "b/");
+  }
+  all_skyroots.pop_back();
+  const wizard_screen screen = show(dvd_pick_run_sim, 1, 1);
+  EXPECT_EQ(screen.next, dvd_do_run_sim);
+  EXPECT_EQ(screen.text, "");
+  EXPECT_EQ(dest_dir_path, root + "a/");
 }
 
 // Giving up at an error: a first install asks once more on the page before, the others end there.

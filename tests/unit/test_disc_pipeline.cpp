@@ -1,5 +1,8 @@
 // The disc pipeline over a folder that stands for a disc, with archives made by zip and 7z.
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
@@ -107,6 +110,32 @@ TEST_F(DiscPipeline, InstallsBothKindsOfArchive) {
     EXPECT_EQ(history.current().sig_have, history.current().sig_want);
     EXPECT_EQ(history.current().sig_match, 1);
   }
+}
+
+// What the system sees of the disc: each archive is opened after the one before it is closed, in
+// the manifest's order.
+TEST_F(DiscPipeline, ReadsTheDiscSeriallyAndInOrder) {
+  std::string want, seen;
+  for (int i = 0; i < 50; ++i) {
+    const std::string leaf = std::to_string((i * 7) % 50) + ".txt";
+    ship("All/" + leaf, std::string(20000, 'x') + leaf);
+    want += "+" + leaf + ".zip -" + leaf + ".zip ";
+  }
+  const int watch = inotify_init1(IN_NONBLOCK);
+  ASSERT_GE(inotify_add_watch(watch, (root + "disc/Rel/All").c_str(), IN_OPEN | IN_CLOSE), 0);
+  int index = 0;
+  EXPECT_EQ(run(index), install_done);
+  alignas(inotify_event) char buffer[16384];
+  for (ssize_t got; (got = ::read(watch, buffer, sizeof buffer)) > 0;) {
+    for (const char* at = buffer; at < buffer + got;) {
+      const auto* const event = reinterpret_cast<const inotify_event*>(at);
+      if (event->len > 0)
+        seen.append(event->mask & IN_OPEN ? "+" : "-") += event->name + std::string(" ");
+      at += sizeof *event + event->len;
+    }
+  }
+  close(watch);
+  EXPECT_EQ(seen, want);
 }
 
 // Which step ends the first call of a job on disc 0, and at which index.
