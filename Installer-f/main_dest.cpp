@@ -11,6 +11,7 @@
 #include "Installer-f/utils_verify.h"
 #include "corekit/Files/io_utils.h"
 #include "corekit/OOPS_cpp/butn.h"
+#include "corekit/Platform/PLT_text.h"
 #include "corekit/UTL/UTL_translate.h"
 
 namespace {
@@ -80,7 +81,9 @@ int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_scr
   screen.next = flow.next;
   if (edit_choice(flow, choice)) choice.changed = 1;
 
-  const std::string& name = choice.install_folder;
+  // What was typed is Latin-1; a name that a server or a command line gave may be UTF-8 already.
+  const std::string& typed = choice.install_folder;
+  const std::string name = PLT_is_utf8(typed) ? typed : PLT_utf8_from_latin1(typed);
   const std::string& parent = choice.parent_dir;
   if (name.empty()) {
     dest_dir_path = parent;

@@ -2,6 +2,7 @@
 
 #include "Installer-f/main_dvd_util.h"
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -19,6 +20,7 @@
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/exce.h"
+#include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/xmap.h"
 #include "corekit/OOPS_cpp/xtim.h"
 #include "corekit/Platform/PLT_system.h"
@@ -234,9 +236,14 @@ void UTIL_pick_install() {
     if (BTN_bool(250, y, &selected, "", 1)) dest_dir_path = copy;
     y -= 25;
   }
-  wizard_note(230, y, tr("Is the copy of Skyvane 9 you're looking for missing from this list?"),
-              500);
-  if (BTN_action(605, y + 3, 100, 0, 1, tr("Find It"), "")) {
+  // The button stands at 605, or farther right where the words before it reach that far.
+  constexpr float text_x = 230, gap = 10, button_x = 605, button_dx = 100;
+  const std::string text =
+      tr("Is the copy of Skyvane 9 you're looking for missing from this list?");
+  wizard_note(text_x, y, text, 500);
+  const float text_end = text_x + static_cast<float>(OGL_string_width(text));
+  const float x = std::max(button_x, text_end + gap + button_dx / 2);
+  if (BTN_action(x, y + 3, button_dx, 0, 1, tr("Find It"), "")) {
     std::string picked;
     if (GetFilePathFromUser(2, tr("Please select your Skyvane 9 folder."), tr("Select"), 1,
                             dest_dir_path, picked)) {

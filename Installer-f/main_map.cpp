@@ -10,6 +10,7 @@
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/tman.h"
 
 namespace {
@@ -119,6 +120,7 @@ void UTIL_world_map() {
   const map_mouse mouse = {mnw.mouse_x, mnw.mouse_y, mnw.mouse_clicked, mnw.mouse_held};
   int changed = map_paint(mouse, drag, stg.sector_selected);
   if (ogl_inited) {
+    watch_frame({left_of(0), bottom_of(0), left_of(sector_columns), bottom_of(sector_rows)});
     draw_map();
     if (drag.on) draw_band(mouse);
   }

@@ -3,6 +3,8 @@
 #include "Installer-f/main_prefs.h"
 
 #include "Installer-f/main_stg.h"
+#include "Installer-f/main_wizard.h"
+#include "corekit/GenC/hl_init.h"
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenH/hl_app.h"
 #include "corekit/GenH/hl_string.h"
@@ -16,6 +18,22 @@
 namespace {
 
 constexpr int proxy_limit = 65;
+
+// In the order of mnw.language, each by its own name: whoever cannot read the present one finds the
+// way back. The font has no cedilla and no circumflex.
+constexpr char languages[] = "English-Francais-Deutsch-Italiano-Espa\xF1ol-Portugues";
+constexpr int language_count = 6;
+
+// The whole interface changes at once, this dialog included.
+void edit_language() {
+  const bool is_listed = mnw.language > 0 && mnw.language < language_count;
+  int language = is_listed ? mnw.language : 0;
+  if (!BTN_textlist(200, 228, &language, languages, tr("Language:"))) return;
+  mnw.language = language;
+  MACIBM_setupforlang();
+  wizard_name_steps();
+  MACIBM_startwind(win_prefs, 0);  // for its title
+}
 
 // There is no cancel: every edit takes effect at once. What is being fetched is not started anew.
 void edit_general() {
@@ -39,7 +57,8 @@ void edit_general() {
               "installer will find the best number of streams for you."),
            0);
   if (by_hand) {
-    BTN_int_range(400, 150, &stg.stream_count, 1, 1, 4, tr("streams"));
+    // The words of the box before it reach up to the number.
+    BTN_int_range(400, 150, &stg.stream_count, 1, 1, 4, "|" + tr("streams"));
   } else {
     stg.stream_count = 0;
   }
@@ -64,6 +83,7 @@ void handle_prefs() {
                &y);
     BTN_subwin(0, 13, -1, y, -1, -1, tr("General Preferences"), &x, &y);
     edit_general();
+    edit_language();
     edit_proxy();
     MACIBM_event_proc();
   }

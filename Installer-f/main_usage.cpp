@@ -72,6 +72,10 @@ SETTINGS FOR ONE RUN
 --missing_strings
   Logs every text that the chosen language does not translate.
 
+--check_layout
+  Logs every text that leaves its place: one over another text or a picture,
+  across the edge of a frame, or cut off.
+
 FOR THE MAKERS
 
 --build_master

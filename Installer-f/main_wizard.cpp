@@ -35,6 +35,8 @@ constexpr int col_step_now = 65;
 constexpr int col_beta = 69;
 constexpr int col_white = 103;
 
+std::vector<UTL_text> step_labels;  // step_names before their translation
+
 constexpr float step_x = 30, step_y = 480, step_pitch = 20;
 
 void draw_backdrop() {
@@ -164,12 +166,19 @@ int wizard_quit(int, wizard_screen&) {
 }
 
 void wizard_set_steps(const std::vector<wizard_step>& steps) {
-  step_names.clear();
+  step_labels.clear();
   step_funcs.clear();
   for (const wizard_step& step : steps) {
-    step_names.push_back(UTL_translate_string(step.label));
+    step_labels.push_back(step.label);
     step_funcs.push_back(step.page);
   }
+  wizard_name_steps();
+}
+
+void wizard_name_steps() {
+  step_names.clear();
+  for (const UTL_text label : step_labels)
+    step_names.push_back(tr(label));
 }
 
 void wizard_note(float x, float y, const std::string& text, float wrap_dx) {

@@ -41,6 +41,7 @@ struct wizard_step {
   page_function page;
 };
 void wizard_set_steps(const std::vector<wizard_step>& steps);
+void wizard_name_steps();  // anew, when the language has changed
 
 // Text that a page draws beside its record, in colour 45. Kept for the frame, so that a run without
 // a display can print it.

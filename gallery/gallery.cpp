@@ -3,7 +3,8 @@
 // A second application on the shared runtime, without any of the wizard: it has the APP_ functions
 // that the runtime asks for, and a loop. The page is taller than the window. Scrolling moves
 // mnw.y_off, so that the widgets keep their places in the page, and with them the keyboard focus.
-// --png=FILE draws the page from top to bottom instead, a window's height at a time, into one PNG.
+// --png=FILE draws the page from top to bottom instead, a window's height at a time, into one PNG;
+// --dialogs=FOLDER draws the dialogs that no page of the installer opens.
 //
 // Main thread. Writes mnw's offset and wheel.
 
@@ -26,6 +27,7 @@
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/TEX/TEX_png.h"
 #include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/UTL/UTL_translate.h"
 
 namespace {
 
@@ -119,17 +121,18 @@ bool write_page(const std::string& path) {
   return TEX_save_png(path, desc, picture.get()) != 0;
 }
 
-int write_page_and_say_so(const std::string& path) {
+int write_and_say_so(bool (*write)(const std::string&), const std::string& path) {
   MACIBM_startwind(win_main, 0);
   mnw.mouse_x = mnw.mouse_y = -1;
-  if (write_page(path)) return 0;
+  if (write(path)) return 0;
   std::fprintf(stderr, "skyvane-gallery: %s cannot be written\n", path.c_str());
   return 1;
 }
 
 bool wants_png(int argc, char** argv) {
-  return std::any_of(argv + 1, argv + argc,
-                     [](const char* word) { return std::strncmp(word, "--png=", 6) == 0; });
+  return std::any_of(argv + 1, argv + argc, [](const char* word) {
+    return std::strncmp(word, "--png=", 6) == 0 || std::strncmp(word, "--dialogs=", 10) == 0;
+  });
 }
 
 }  // namespace
@@ -150,7 +153,9 @@ const char* APP_title() {
 
 std::string APP_usage() {
   return "Shows all that the toolkit draws, on one page that the wheel and the bar scroll.\n\n"
-         "--png=FILE   writes the page into FILE and ends; needs no display\n";
+         "--png=FILE        writes the page into FILE and ends; needs no display\n"
+         "--dialogs=FOLDER  writes the dialogs that no page of the installer opens, likewise\n"
+         "--texts=FILE      in the language of this file\n";
 }
 
 void APP_prefs_io(scan_class&) {}
@@ -168,8 +173,13 @@ int main(int argc, char** argv) {
   if (wants_png(argc, argv)) setenv("SDL_VIDEODRIVER", "offscreen", 0);
   MACIBM_init(argc, argv);
   int status = 0;
+  if (cmdline.has_option("--texts")) {
+    UTL_translate_load(from_start_folder(cmdline.get_option("--texts")));
+  }
   if (cmdline.has_option("--png")) {
-    status = write_page_and_say_so(from_start_folder(cmdline.get_option("--png")));
+    status = write_and_say_so(write_page, from_start_folder(cmdline.get_option("--png")));
+  } else if (cmdline.has_option("--dialogs")) {
+    status = write_and_say_so(write_dialogs, from_start_folder(cmdline.get_option("--dialogs")));
   } else {
     while (!app_done)
       MACIBM_event_proc();

@@ -1,6 +1,8 @@
 // The gallery's page: sections one below the other, each on a panel with a heading.
 #pragma once
 
+#include <string>
+
 inline constexpr float section_left = 20, section_dx = 746;  // of the panels, units
 inline constexpr float section_rim = 20;                     // from a panel's edge to its contents
 inline constexpr int heading_colour = 43, text_colour = 43;
@@ -29,3 +31,7 @@ void draw_elements_picture(float top);
 void draw_interface_picture(float top);
 void draw_map_picture(float top);
 void draw_background_picture(float top);
+
+// Writes a picture of each dialog that no page of the installer opens into an existing folder;
+// false if one cannot be written.
+bool write_dialogs(const std::string& folder);

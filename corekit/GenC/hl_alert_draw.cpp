@@ -71,7 +71,6 @@ void plot_message(const std::string* lines, int type, const std::string& where) 
 
 void plot_languages() {
   constexpr const char* labels[] = {"|English", "|French", "|German"};
-  stls.window_title = UTL_translate_string("Language/");
   for (int i = 0; i < 3; ++i) {
     BTN_is_int(mnw.win_dx / 2 - 25, static_cast<float>(180 - 20 * i), &mnw.language, i, labels[i]);
   }
@@ -91,6 +90,7 @@ void draw_alert(int window, const std::string* lines, int type, const std::strin
   // A key or a click that belongs to what went before must not take the alert away unread.
   return_hit = 0;
   MACIBM_startwind(win_alert, 0);
+  if (type == 0) stls.window_title = UTL_translate_string("Language/");
   while (mnw.win_id == win_alert) {
     plot_backdrop();
     BTN_subwin(0, panel, -1, panel_y, -1, -1, "", nullptr, nullptr);

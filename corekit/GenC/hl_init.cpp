@@ -19,6 +19,7 @@
 #include "corekit/GenH/hl_types.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/keys.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/pref.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_window.h"
@@ -86,6 +87,7 @@ void MACIBM_init(int argc, const char* const* argv) {
   xer.flush();
 
   cmdline.init_unix(argc, argv);
+  layout_watched = cmdline.has_option("--check_layout");
   app_headless = APP_without_window() ? 1 : 0;
   // From here on an alert may open a message box, and not before it is known that one may be shown.
   if (!app_headless) PLT_use_display();

@@ -52,6 +52,7 @@ struct frame_pace {
   bool is_stale = false;      // what the window shows is older than the last frame
   bool had_motion = false;    // this frame has a movement of the mouse
   bool had_input = false;     // this frame has an event that a page may react to
+  bool is_mixed = false;      // the picture being drawn has parts of two windows
   bool press_is_set = false;  // the mouse stays where this frame's press was
 };
 frame_pace pace;
@@ -153,8 +154,18 @@ void run_page(bool in_dialog) {
     stls.hover_help.clear();
     return;
   }
-  if (!in_dialog && !mnw.modal_up) APP_update();
+  const bool calls_page = !in_dialog && !mnw.modal_up;
+  if (calls_page) {
+    pace.is_mixed = false;
+    APP_update();
+  }
   if (!ogl_inited) return;
+  if (calls_page && pace.is_mixed) {
+    // A dialog has come and gone within the page, which has gone on to draw over it.
+    stls.hover_help.clear();
+    frame_soon = frame_at_once;
+    return;
+  }
   mouse_help_per_wind(mnw.win_id);
   standard_gui();
   OGL_sbuff();
@@ -218,7 +229,7 @@ void handle_close() {
 
 void frame_hurry() {
   pace.last_input = PLT_microseconds();
-  pace.is_stale = true;
+  pace.is_stale = pace.is_mixed = true;
 }
 
 void paint_frames(bool on) {

@@ -16,6 +16,7 @@
 #include "corekit/GenH/hl_string.h"
 #include "corekit/GenH/hl_types.h"
 #include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/xmap.h"
 
 std::vector<menu_record> menu;
@@ -123,6 +124,7 @@ void plot_items(const item_list& list) {
   const menu_record& m = menu[mnw.popup_code];
   const int lit = item_under_mouse(list);
   const float dx = list.right - list.left;
+  watch_cover();
   OGL_fillrect(back_colour, 1, list.left, list.bottom, dx, list.top - list.bottom);
   for (int i = list.first; i < list.end; ++i) {
     const float y = list.top - static_cast<float>(i - list.first + 1) * item_dy;

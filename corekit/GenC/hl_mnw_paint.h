@@ -1,7 +1,8 @@
 // How the frame is asked to paint. For the files of the frame only.
 #pragma once
 
-// What the window shows has become wrong: the next frames come soon.
+// What the window shows has become wrong, and what is drawn of the next picture belongs to another
+// window: the next frames come soon.
 void frame_hurry();
 
 // Whether what is drawn reaches the back buffer. Off, the driver drops every polygon before it

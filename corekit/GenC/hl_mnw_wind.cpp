@@ -13,6 +13,7 @@
 #include "corekit/GenH/hl_types.h"
 #include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/xtim.h"
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/UTL/UTL_translate.h"
@@ -96,6 +97,7 @@ void plot_tooltip(const std::string& text) {
   if (x + panel_dx > right) x = mnw.mouse_x - away - panel_dx;
   x = std::max(left, std::min(x, right - panel_dx));
   const float y = std::max(bottom, std::min(mnw.mouse_y - panel_dy, top - panel_dy));
+  watch_cover();
   BTN_frame2(frame, x, y, panel_dx, panel_dy, "");
   OGL_string(text_colour, x + rim, y + panel_dy - 2 * rim, text, panel_dx - 2 * rim);
 }

@@ -249,14 +249,19 @@ void make_new_folder() {
   go_to(folder);
 }
 
+// Where a field begins: at `x`, or as far right as its label asks, which ends 12 in front of it.
+float behind(const std::string& label, float x) {
+  constexpr float label_gap = 12;
+  return std::max(x, rim + label_gap + static_cast<float>(OGL_string_width(label)));
+}
+
 // The row below the list: the name of a new folder, or of the file to save.
 void plot_name_row(float dx) {
   constexpr float y = 48;
   constexpr int name_limit = 128;
   if (browser.is_naming) {
-    // As far right as the label asks, which ends 12 in front of it.
     const std::string label = tr("New folder");
-    const float x = std::max(90.0f, 2 * rim + static_cast<float>(OGL_string_width(label)));
+    const float x = behind(label, 90);
     BTN_enterstring(x, y, &browser.new_name, name_limit, "-" + label, dx - 150 - x, 1);
     if (BTN_action(dx - 105, y + 3, 70, 0, 0, tr("Create"), "") || return_hit) {
       make_new_folder();
@@ -264,7 +269,9 @@ void plot_name_row(float dx) {
       browser.is_naming = false;
     }
   } else if (browser.open_save == win_file_save && !chooses_folder()) {
-    BTN_enterstring(60, y, &browser.name, name_limit, "-" + tr("Name"), dx - 60, 1);
+    const std::string label = tr("Name");
+    const float x = behind(label, 60);
+    BTN_enterstring(x, y, &browser.name, name_limit, "-" + label, dx - x, 1);
   } else if (BTN_action(2 * rim + 50, y + 3, 100, 0, 0, tr("New Folder"), "")) {
     browser.is_naming = true;
     browser.new_name.clear();

@@ -16,6 +16,7 @@
 #include "corekit/OOPS_cpp/butn_draw.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/tman.h"
 
 namespace {
@@ -110,6 +111,7 @@ struct frame1_row {
   float extra;  // added to the width
   float lower;  // taken off y
 };
+constexpr float half_seen = 10;  // of a strip's height; the rest is shadow
 constexpr frame1_row frame1_rows[] = {
     {0, 10, 100, 26, 1, 487, 90, 0, 3},
     {1, 20, 100, 26, 102, 487, 80, 0, 3},  // window bottom bar
@@ -219,6 +221,8 @@ void BTN_frame1(int type, float x, float y, float width, int col) {
   cut_axis({row->cap, row->tile, row->src, (row->tile - row->cap) / row->tile}, width, across);
   upward.assign(1, {0, row->h, 0, row->h});
   plot_pieces(interface_at(row->u, row->v), x - width / 2, y - row->lower - row->h / 2, col);
+  const float left = x - width / 2 + mnw.x_off, half = std::min(row->h / 2, half_seen);
+  watch_frame({left, y - half + mnw.y_off, left + width, y + half + mnw.y_off});
 }
 
 int BTN_frame2(int type, float x, float y, float dx, float dy, const std::string& title) {
@@ -233,6 +237,7 @@ int BTN_frame2(int type, float x, float y, float dx, float dy, const std::string
   frame_picture picture = interface_at(row->u, row->v);
   if (type == elements_frame) picture = {t_elements, 1024, 128, row->u, row->v};
   plot_pieces(picture, x - row->margin, y - row->below, 0);
+  watch_frame({x + mnw.x_off, y + mnw.y_off, x + mnw.x_off + dx, y + mnw.y_off + dy});
 
   if (!title.empty()) {
     const float title_y = y + dy - (type == dialog_frame ? 13 : 16);

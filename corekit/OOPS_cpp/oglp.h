@@ -83,6 +83,7 @@ void OGL_2dquad_d(int ref, int col, float alpha, float x, float y, float s, floa
 void OGL_spectrum_rgb(float v);  // sets the GL colour from a rainbow; v is held to 0 to 1
 
 // --- text, ISO Latin-1 -------------------------------------------------------------------------
+// OGL_string and OGL_string_width take UTF-8 as well, for the paths in a text.
 
 // Word-wrapped text (a `wrap_dx` of 0 or below, or 9999 and above, does not wrap, and then LF moves
 // nothing). Returns the y of the next line, without a window too.

@@ -12,6 +12,7 @@
 #include "corekit/GenH/hl_string.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/tman.h"
 #include "corekit/TEX/TEX_png.h"
 #include "corekit/TEX/TEX_utils.h"
@@ -33,6 +34,7 @@ int tile_start(int i, int length) {
 }  // namespace
 
 void OGL_plot_back_col() {
+  watch_cover();
   OGL_fillrect(back_colour, 1.0f, -mnw.x_off, -mnw.y_off, static_cast<float>(mnw.pix_dx),
                static_cast<float>(mnw.pix_dy));
 }
@@ -96,6 +98,7 @@ void OGL_sbuff() {
   const float other = ren.mono_green ? 0.0f : 1.0f;
   glColor4f(other, 1.0f, other, ren.plot_alpha);
   OGL_check("OGL_sbuff");
+  watch_shown();
   PLT_swap_buffers();
 }
 

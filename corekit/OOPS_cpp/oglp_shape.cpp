@@ -8,6 +8,7 @@
 #include "corekit/GenH/hl_math.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/tman.h"
 
 namespace {
@@ -110,6 +111,7 @@ void OGL_2dquad(int ref, int col, float alpha, float x1, float y1, float s1, flo
 
 void OGL_2dquad_d(int ref, int col, float alpha, float x, float y, float s, float t, float dx,
                   float dy, float ds, float dt, int blend) {
+  watch_frame({x + mnw.x_off, y + mnw.y_off, x + mnw.x_off + dx, y + mnw.y_off + dy});
   OGL_2dquad(ref, col, alpha, x, y, s, t, x, y + dy, s, t + dt, x + dx, y + dy, s + ds, t + dt,
              x + dx, y, s + ds, t, 1, blend);
 }

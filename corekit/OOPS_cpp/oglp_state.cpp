@@ -11,6 +11,7 @@
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/tman.h"
 
 namespace {
@@ -211,11 +212,15 @@ void OGL_scissors(float x, float y, float dx, float dy) {
   glEnable(GL_SCISSOR_TEST);
   glScissor(to_pixel(x + mnw.x_off), to_pixel(y + mnw.y_off), std::max(0, to_pixel(dx)),
             std::max(0, to_pixel(dy)));
+  const watch_rect clip = {x + mnw.x_off, y + mnw.y_off, x + mnw.x_off + dx, y + mnw.y_off + dy};
+  watch_clip(&clip);
   OGL_check("OGL_scissors");
 }
 
 void OGL_scissors_end() {
-  if (ogl_inited) glDisable(GL_SCISSOR_TEST);
+  if (!ogl_inited) return;
+  glDisable(GL_SCISSOR_TEST);
+  watch_clip(nullptr);
 }
 
 void OGL_glow_colors() {

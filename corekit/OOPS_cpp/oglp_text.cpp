@@ -15,7 +15,9 @@
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
 #include "corekit/OOPS_cpp/oglp_glyphs.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
 #include "corekit/OOPS_cpp/tman.h"
+#include "corekit/Platform/PLT_text.h"
 
 namespace {
 
@@ -137,6 +139,7 @@ int OGL_char_width(unsigned char ch) {
 }
 
 int OGL_string_width(std::string_view s) {
+  if (PLT_needs_font_text(s)) return OGL_string_width(PLT_font_text(s));
   int width = 0;
   for (const char c : s)
     width += glyph_widths[static_cast<unsigned char>(c)];
@@ -179,6 +182,7 @@ void str_one_line(int col, float x, float y, std::string_view s, int charset, in
   // Fixed charsets too are aligned by the proportional widths.
   if (just == just_centre) x -= static_cast<float>(OGL_string_width(s)) / 2;
   if (just == just_right) x -= static_cast<float>(OGL_string_width(s));
+  watch_text(x, y, s);
   glBegin(GL_QUADS);
   for (const char c : s) {
     if (c == '\r' || c == '\n' || c == '\t') continue;
@@ -192,6 +196,9 @@ void str_one_line(int col, float x, float y, std::string_view s, int charset, in
 
 float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx, int charset,
                  int just) {
+  if (PLT_needs_font_text(s)) {
+    return OGL_string(col, x, y, PLT_font_text(s), wrap_dx, charset, just);
+  }
   const font_info* font = find_font(charset);
   if (!font) return y;
   const float left = std::round(x + mnw.x_off);

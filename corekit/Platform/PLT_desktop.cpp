@@ -17,7 +17,7 @@ void PLT_plain_alert(const std::string& message, const std::string& explanation)
   std::fflush(stderr);
   if (!PLT_has_display() || !plt_display_is_seen()) return;
   // Shown beside the window and not in it: what is wrong may be the window.
-  const std::string text = shown[0] + "\n\n" + shown[1];
+  const std::string text = PLT_short_lines(shown[0] + "\n\n" + shown[1]);
   SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_ERROR, "Skyvane", text.c_str(), nullptr);
 }
 

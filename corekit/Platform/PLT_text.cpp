@@ -90,3 +90,39 @@ bool PLT_is_utf8(std::string_view bytes) {
   }
   return true;
 }
+
+std::string PLT_font_text(std::string_view text) {
+  std::string latin1;
+  latin1.reserve(text.size());
+  while (!text.empty()) {
+    const char first = text[0];
+    const int32_t character = take_character(text);
+    latin1 += character < 0 ? first : character <= 0xFF ? static_cast<char>(character) : '?';
+  }
+  return latin1;
+}
+
+bool PLT_needs_font_text(std::string_view text) {
+  while (!text.empty()) {
+    if (take_character(text) >= 0x80) return true;
+  }
+  return false;
+}
+
+std::string PLT_short_lines(std::string text) {
+  constexpr size_t longest = 72;
+  size_t start = 0, good = 0;  // of the line; behind its last place for a break
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (i - start >= longest && good > start) {
+      if (text[good - 1] == ' ') {
+        text[good - 1] = '\n';
+      } else {
+        text.insert(good++, 1, '\n');
+      }
+      i = start = good;
+    }
+    if (text[i] == ' ' || text[i] == '/') good = i + 1;
+    if (text[i] == '\n') start = good = i + 1;
+  }
+  return text;
+}

@@ -19,3 +19,15 @@ std::string PLT_terminal_text(std::string_view text);
 
 // Whether the bytes are UTF-8 throughout.
 bool PLT_is_utf8(std::string_view bytes);
+
+// `text` for the program's own font. A translated text is Latin-1, and names and paths in it are
+// bytes as the system has them: a valid UTF-8 sequence becomes its Latin-1 byte, or "?" where there
+// is none, any other byte stays.
+std::string PLT_font_text(std::string_view text);
+
+// Whether any byte of it would change.
+bool PLT_needs_font_text(std::string_view text);
+
+// With line breaks for those who leave lines as long as they are: at a blank or behind a "/", so
+// that a line has about 72 characters.
+std::string PLT_short_lines(std::string text);

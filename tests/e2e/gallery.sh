@@ -70,3 +70,16 @@ click 784 22
 wait_for "the page a step down" shows_page 20
 kill -TERM "$WINDOW_PID"
 window_ended 0
+
+echo "The dialogs that no page opens, in every language: each is written, and its texts fit"
+mkdir "$SCRATCH/dialogs"
+for language in ${SPEAK:-0 1 2 3 4 5}; do
+  rm -f "$SCRATCH/dialogs"/*
+  run skyvane-gallery --dialogs="$SCRATCH/dialogs" --check_layout \
+    --texts="$BIN/Resources/text/${LANGUAGE_FOLDERS[language]}/Installer2.txt"
+  want_status 0
+  [ "$(ls "$SCRATCH/dialogs" | wc -l)" -ge 9 ] || fail "only $(ls "$SCRATCH/dialogs")"
+  want_all_in_place
+done
+[ -z "${SHOTS:-}" ] || cp "$page" "$SHOTS/gallery.png"
+[ -z "${SHOTS:-}" ] || cp "$SCRATCH/dialogs"/*.png "$SHOTS/"

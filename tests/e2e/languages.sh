@@ -4,11 +4,7 @@
 . "$(dirname "$0")/lib.sh"
 texts=$(cd "$(dirname "$0")/../.." && pwd)/script/texts
 
-# Language files are read from beside the program.
-program skyvane-demo-installer >/dev/null
-cp -r "$BIN/Resources" "$SCRATCH/bin/"
 log="$SCRATCH/bin/Skyvane Installer Log.txt"
-folders=(english french german italian spanish portugese korean)
 
 serve "$(web_root "Skyvane new" "$FIXTURE/master-new")"
 options=($(through_proxy "$PORT") --unattended --missing_strings)
@@ -21,18 +17,12 @@ demo() {
   same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy $1"
 }
 
-# words_of KEY: its translation in the language at hand, as a terminal shows it.
-words_of() {
-  awk -v start="STRING $1====" 'index($0, start) == 1 { print substr($0, length(start) + 1) }' \
-    "$SCRATCH/bin/Resources/text/${folders[$language]}/Installer2.txt" | iconv -f latin1 -t utf-8
-}
-
 # want_lines KEY...: the output has the translations of these texts, each as a line of its own.
 want_lines() {
   local key words
   for key in "$@"; do
-    words=$(words_of "$key")
-    [ -n "$words" ] && [ "$words" != "$key" ] || fail "${folders[$language]} has no words for: $key"
+    words=$(words_of "$language" "$key")
+    [ -n "$words" ] && [ "$words" != "$key" ] || fail "language $language has no words for: $key"
     grep -qaxF -- "$words" "$OUT" || fail "no such line in the output: $words"
   done
 }
@@ -40,7 +30,8 @@ want_lines() {
 for language in 1 2 3 4 5; do
   demo "$language"
   want_lines "Welcome" "Check Servers" "Pick Install Destination." "Installing"
-  grep -qaF -- "$(words_of "Finshed Web Demo Install"): " "$OUT" || fail "no last page in ${folders[$language]}"
+  grep -qaF -- "$(words_of "$language" "Finshed Web Demo Install"): " "$OUT" ||
+    fail "no last page in language $language"
   ! grep -qaE '^STRING |^ERROR: language' "$log" || fail "$(grep -aE '^STRING |^ERROR: language' "$log")"
   rm -r "$SCRATCH/Copy $language"
 done

@@ -66,11 +66,23 @@ own_network() {
   ip link set lo up
 }
 
-# program NAME: its path, in a folder of this test.
+# program NAME: its path, in a folder of this test, with the language files beside it.
 program() {
-  mkdir -p "$SCRATCH/bin"
+  if [ ! -e "$SCRATCH/bin" ]; then
+    mkdir -p "$SCRATCH/bin/Resources"
+    cp -r "$BIN/Resources/text" "$SCRATCH/bin/Resources/"
+  fi
   [ -e "$SCRATCH/bin/$1" ] || ln "$BIN/$1" "$SCRATCH/bin/$1" 2>/dev/null || cp "$BIN/$1" "$SCRATCH/bin/$1"
   echo "$SCRATCH/bin/$1"
+}
+
+# words_of LANGUAGE KEY: a text's translation as a terminal shows it; LANGUAGE as in --pref:_lang. Of
+# English, and where there is none, nothing.
+LANGUAGE_FOLDERS=(english french german italian spanish portugese korean)
+words_of() {
+  [ "$1" != 0 ] || return 0
+  awk -v start="STRING $2====" 'index($0, start) == 1 { print substr($0, length(start) + 1) }' \
+    "$BIN/Resources/text/${LANGUAGE_FOLDERS[$1]}/Installer2.txt" | iconv -f latin1 -t utf-8
 }
 
 # run PROGRAM ARGS...: runs it with no display and no input; leaves OUT and STATUS.

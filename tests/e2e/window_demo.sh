@@ -5,10 +5,12 @@
 . "$(dirname "$0")/lib_window.sh"
 
 export HOME=$SCRATCH/home
+speak 1
 mkdir -p "$HOME/Desktop"
 parent="$HOME/Desktop"
-taken="$parent/Skyvane new Demo"  # the name that the page proposes
-mine="$parent/Skyvane new Demo 2"
+word=$(words_of "${SPEAK:-1}" Demo)
+taken="$parent/Skyvane new ${word:-Demo}"  # the name that the page proposes
+mine="$taken 2"
 mkdir "$taken"
 echo "the user's own" >"$taken/note.txt"
 

@@ -4,6 +4,7 @@
 . "$(dirname "$0")/lib_window.sh"
 
 export HOME=$SCRATCH/home
+speak 2
 mkdir -p "$HOME/Desktop"
 copy="$HOME/Desktop/$RELEASE"
 

@@ -4,6 +4,7 @@
 . "$(dirname "$0")/lib_window_disc.bash"
 
 export HOME=$SCRATCH/home
+speak 3
 mkdir -p "$HOME/Desktop"
 copy="$HOME/Desktop/$RELEASE"
 is_gone() { [ ! -e "$1" ]; }
@@ -114,6 +115,7 @@ grep -qxF "$copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "not registe
 echo "Back asks; Continue leads to the same page, Cancel deletes the partial copy"
 press_back
 wait_dialog
+shot choice_1_question
 press_go_on
 wait_no_dialog
 wait_for "the page that asks for a disc" no_step_is_lit

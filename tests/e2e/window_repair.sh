@@ -28,6 +28,7 @@ to_confirmation() {
   wait_open
 }
 
+speak 5
 start_display
 open_window skyvane-disc-installer
 wait_step 0
@@ -37,6 +38,7 @@ to_confirmation
 echo "Cancel leads back to the confirmation; the copy is as it was"
 press_next
 wait_question
+shot repair_1_changed_file
 answer cancel
 wait_no_dialog
 wait_step 3
@@ -48,14 +50,13 @@ wait_open
 press_next
 wait_dialog
 answer overwrite
-wait_log "I was unable to unzip"
+wait_error_logged "$TMPDIR/"
 wait_dialog
 shot repair_error
 press_give_up
 wait_no_dialog
 wait_errors_told
 shot repair_errors
-wait_log "I was unable to unzip the file $TMPDIR/"
 [ ! -e "$copy/$manual" ] || fail "something was made of a damaged archive"
 
 echo "Good discs, but the last is out: a stop keeps what is repaired, and the next repair does the rest"
@@ -85,6 +86,7 @@ wait_disc_asked
 insert_disc 3
 press_next
 wait_step 5
+shot repair_2_finish
 same
 
 echo "From the menu the one copy is started without a choice"

@@ -68,6 +68,7 @@ want_setting() {
 
 start_display
 setxkbmap us
+speak 3
 
 echo "Selection, caret keys and the clipboard"
 start_options
@@ -185,6 +186,7 @@ install_named() {
   wait_for "the page behind the question" dialog_is_gone
 }
 
+speak 2
 start_destination "$SCRATCH/fake:$PATH"
 echo "$HOME/picked" >"$HOME/zenity.answer"
 click_away 300 206
@@ -211,6 +213,7 @@ click_away 247 377
 wait_for "the home folder" picture_differs "$before" 140 420 400 16
 click_away 190 113
 type_text "made here"
+shot typing_1_browser
 press_key Return
 wait_for "the new folder" test -d "$HOME/made here"
 click_away 541 87

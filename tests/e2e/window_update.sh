@@ -5,6 +5,7 @@
 . "$(dirname "$0")/lib_window.sh"
 . "$(dirname "$0")/lib_flows.sh"
 
+speak 0
 old_root=$(web_root "Skyvane old" "$FIXTURE/master-old")
 new_root=$(web_root "Skyvane new" "$FIXTURE/master-new")
 serve "$old_root"
@@ -80,6 +81,7 @@ open_window skyvane-web-updater -path "$(realpath --relative-to=. "$two")" $(thr
 wait_step 0
 press_next
 wait_step 4
+shot update_1_current
 prints "$two" >"$SCRATCH/two.txt"
 [ "$(fetched)" = "$fetched_before" ] || fail "a file was fetched for a copy that is current"
 press_last_quit
@@ -100,6 +102,7 @@ for try in $(seq 40); do
   if step_is_lit 1; then
     seen_search=1
     wait_for "the manifest's request" asks_for_manifest
+    shot update_2_search
     press_back
     # The copy that the first page has chosen is still chosen.
     wait_for "the list" on_list "$OPEN_FACE"
@@ -128,6 +131,7 @@ wait_dialog
 unticked=$(picture_of 121 257 18 18)
 click_away 130 263
 wait_for "the tick" picture_differs "$unticked" 121 257 18 18
+shot update_3_options
 click_away 116 480
 wait_no_dialog
 
@@ -163,6 +167,7 @@ wait_step 2
 press_next
 for reply in overwrite keep cancel; do
   wait_question
+  shot "update_4_question_$reply"
   answer "$reply"
 done
 wait_no_dialog

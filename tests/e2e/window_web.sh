@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The update by hand: one of two copies is chosen, and the file that its owner has changed is kept.
+# The update by hand, in Spanish, which is chosen in Options: one of two copies is chosen, and the
+# file that its owner has changed is kept.
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
 
@@ -26,18 +27,36 @@ touch "$SCRATCH/slow"
 has_fetched() { [ "$(grep -c '/updates/.*\.zip HTTP' "$requests")" -ge "$1" ]; }
 
 start_display
-echo "Quit, at the left, ends the program"
+echo "Options: the language is chosen, and all changes at once; it is kept; Quit, at the left, ends"
+language=${SPEAK:-4}
+steps=(30 370 170 120) title=(300 472 200 16)
 open_window skyvane-web-updater
 wait_step 0
+wait_open
+panel=$(colour_at 150 300)
+english=$(picture_of "${steps[@]}")
+press_options
+wait_for "the options" shows_other 150 300 "$panel"
+english_title=$(picture_of "${title[@]}") closed=$(picture_of 310 240 60 90)
+click 330 341
+wait_for "the list of languages" picture_differs "$closed" 310 240 60 90
+shot web_0_languages
+click_away 330 $((324 - 14 * language))
+[ "$language" = 0 ] || wait_for "other words" picture_differs "$english_title" "${title[@]}"
+shot web_0_options
+click_away 116 480
+wait_for "the page behind the options" shows 150 300 "$panel"
+[ "$language" = 0 ] || wait_for "other words" picture_differs "$english" "${steps[@]}"
 press_quit
 window_ended 0
+grep -qx "_lang $language" "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" || fail "not kept"
 
 open_window skyvane-web-updater $(through_proxy "$PORT")
 
 echo "Welcome, and the choice of a copy"
 wait_step 0
 wait_open
-panel=$(colour_at 150 300)
+[ "$language" = 0 ] || picture_differs "$english" "${steps[@]}" || fail "English again"
 shot web_1_welcome
 press_next
 wait_step 1

@@ -470,3 +470,34 @@ TEST(BorderText, BothWays) {
     all += static_cast<char>(i);
   EXPECT_EQ(PLT_latin1_from_utf8(PLT_utf8_from_latin1(all), '?'), all) << "nothing is lost";
 }
+
+TEST(BorderText, OfBothKindsForTheFont) {
+  const struct {
+    const char *text, *shown;
+  } rows[] = {
+      {"plain", "plain"},
+      {"Instalaci\xF3n en /home/Jos\xC3\xA9/", "Instalaci\xF3n en /home/Jos\xE9/"},
+      {"\xC3\xA9\xE9\xC3\xA9", "\xE9\xE9\xE9"},
+      {"/home/\xD0\x99", "/home/?"},
+      {"cut short \xC3", "cut short \xC3"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(PLT_font_text(row.text), row.shown);
+    EXPECT_EQ(PLT_needs_font_text(row.text), std::string(row.text) != row.shown) << row.text;
+  }
+}
+
+TEST(BorderText, InShortLines) {
+  const std::string word(40, 'x'), longer(100, 'y');
+  const struct {
+    std::string text, lines;
+  } rows[] = {
+      {"", ""},
+      {word + " " + word, word + "\n" + word},
+      {word + " a b\n" + word + " c", word + " a b\n" + word + " c"},
+      {"/" + word + "/" + word + "/z", "/" + word + "/\n" + word + "/z"},
+      {longer + " " + longer, longer + "\n" + longer},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(PLT_short_lines(row.text), row.lines);
+}

@@ -183,6 +183,8 @@ TEST(TranslationFiles, FitTheirPlaces) {
       {250 - rims,
        {"Fly Skyvane 9 Now", "Fly Skyvane Now", "Run Skyvane Now", "Add Or Remove Scenery",
         "Repair Skyvane", "Install A Second Copy of Skyvane"}},
+      {780 - 230 - 110, {"Is the copy of Skyvane 9 you're looking for missing from this list?"}},
+      {180 - rims, {"Skyvane Web Site", " Get New Beta! ", "Update Skyvane!"}},
       {180,
        {"Welcome", "License", "Check Servers", "Pick Destination", "Install", "Finish",
         "Search for Updates", "Check Disk Space", "Install Updates", "Select Scenery",
@@ -195,6 +197,35 @@ TEST(TranslationFiles, FitTheirPlaces) {
        {"|manually set the number of download streams... typically leave this OFF, and the "
         "installer will find the best number of streams for you."}},
   };
+  // Wrapped texts with something below them: the map, the panel's edge, the alert's next text.
+  const struct block {
+    float wrap;
+    int most_lines;
+    std::vector<const char*> texts;
+  } blocks[] = {
+      {540,
+       4,
+       {"Please pick the scenery you would like to install now.  You can use this installer to add "
+        "more scenery or remove scenery later.  If you fly into an area with no scenery installed, "
+        "you will see only ocean.\\n\\nClick on the world map to pick select regions to install.",
+        "Click on the world map to select what scenery you would like to install.  Scenery that "
+        "you "
+        "deselect will be removed; scenery that you select will be installed.  If you fly into an "
+        "area with no scenery installed, you will see only ocean."}},
+      {560,
+       3,
+       {"You do not have enough free disk space to install the Skyvane 9 demo at this location.  "
+        "You "
+        "can install to a different location, or save disk space by installing only some of the "
+        "global scenery.",
+        "You do not have enough free disk space to install Skyvane 9 with the selected scenery; "
+        "change the install location to another hard driver or select less scenery."}},
+      {378,
+       3,
+       {"I am unable to install or update Skyvane. An error occurred while creating new folders. "
+        "Make sure you are installing to a directory that you have access to!",
+        "The servers now hold files in a newer format than this installer understands."}},
+  };
   for (const char* language : languages) {
     std::map<std::string, std::string> shown;
     for (const entry& e : entries_of(language))
@@ -203,6 +234,14 @@ TEST(TranslationFiles, FitTheirPlaces) {
       for (const char* text : p.texts) {
         ASSERT_TRUE(shown.count(text)) << language << ": " << text;
         EXPECT_LE(OGL_string_width(shown[text]), p.width) << language << ": " << shown[text];
+      }
+    }
+    for (const block& b : blocks) {
+      for (const char* text : b.texts) {
+        ASSERT_TRUE(shown.count(text)) << language << ": " << text;
+        STR_unescape(shown[text]);
+        const int lines = static_cast<int>(-OGL_string(0, 0, 0, shown[text], b.wrap)) / 10;
+        EXPECT_LE(lines, b.most_lines) << language << ": " << shown[text];
       }
     }
   }

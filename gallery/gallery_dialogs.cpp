@@ -1,0 +1,82 @@
+// Pictures of the dialogs that no page of the installer opens.
+//
+// Each dialog is a loop of its own: a hook on the showing of its first picture saves that one, and
+// takes the dialog away. Main thread. Writes `about`.
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "corekit/GenC/hl_about.h"
+#include "corekit/GenC/hl_alert.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/butn_value.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "corekit/TEX/TEX_png.h"
+#include "corekit/UTL/UTL_translate.h"
+#include "gallery/gallery.h"
+
+namespace {
+
+// The box as it is when the list names this version as the public release; `installer` says
+// whether it also says where to get it.
+void open_about(int version_final, int version_beta, bool installer) {
+  about = about_record();
+  about.version_str_found = version_final > 0;
+  about.version_str_net = "Skyvane 9.11";
+  about.version_str_net_beta = "Skyvane 9.12b1";
+  about.version_final = version_final;
+  about.version_beta = version_beta;
+  if (installer) about.final_installer = about.beta_installer = {"www.skyvane.example", "/new.zip"};
+  MACIBM_about();
+}
+
+void open_browser(int open_save) {
+  std::string path = "/usr/";
+  BTN_opensave(open_save, 0, &path);
+}
+
+constexpr struct {
+  const char* name;
+  void (*open)();
+} dialogs[] = {
+    {"about_no_net", [] { open_about(-1, -1, false); }},
+    {"about_latest", [] { open_about(91001, -1, true); }},
+    {"about_newer", [] { open_about(91002, -1, true); }},
+    {"about_newer_beta", [] { open_about(91000, 91002, true); }},
+    {"about_newer_elsewhere", [] { open_about(91002, -1, false); }},
+    {"language", [] { __MACIBM_alert(win_main, "-", "-", "-", "-", 0, "gallery", 1); }},
+    {"nuke_alert", [] { MACIBM_nuke_alert("N172SP.acf", 1); }},
+    {"browser_open", [] { open_browser(win_file_open); }},
+    {"browser_save", [] { open_browser(win_file_save); }},
+};
+
+std::string picture_path;
+bool all_written;
+
+void take_picture() {
+  if (mnw.win_id == win_main) return;
+  constexpr int rgb_bytes = 3;
+  std::vector<unsigned char> rows(static_cast<size_t>(mnw.pix_dx) * mnw.pix_dy * rgb_bytes);
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glReadPixels(0, 0, mnw.pix_dx, mnw.pix_dy, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
+  TEX_image_desc desc;
+  desc.format = TEX_rgb;
+  desc.width = mnw.pix_dx;
+  desc.height = mnw.pix_dy;
+  if (!TEX_save_png(picture_path, desc, rows.data())) all_written = false;
+  MACIBM_startwind(win_main, 0);
+}
+
+}  // namespace
+
+bool write_dialogs(const std::string& folder) {
+  all_written = true;
+  PLT_swap_hook = take_picture;
+  for (const auto& dialog : dialogs) {
+    picture_path = folder + "/dialog_" + dialog.name + ".png";
+    dialog.open();
+  }
+  return all_written;
+}

@@ -1,0 +1,206 @@
+#!/usr/bin/env bash
+# What goes wrong, by hand: the pages and alerts that say so, and the way on from each.
+. "$(dirname "$0")/lib_window_disc.bash"
+need_root "mounting small volumes"
+
+export HOME=$SCRATCH/home
+mkdir -p "$HOME/Desktop"
+unset DBUS_SESSION_BUS_ADDRESS  # folders are chosen in the program's own browser
+name="Skyvane new"
+master=$SCRATCH/master
+cp -r "$FIXTURE/master-new" "$master"
+release=$master/disk_0/$name
+serve "$(web_root "$name" "$master")" "
+  location ~ directory\.txt\.zip\$ { }
+  location ~ \.zip\$ { if (-f $SCRATCH/down) { return 503; } }"
+requests=$SCRATCH/nginx-$PORT/access.log
+was_refused() { [ "$(grep -c '/updates/.* 503 ' "$requests")" -ge 8 ]; }
+
+dialog_colour=334356  # beside a dialog
+# alert NAME: waits for it, and presses its button.
+alert() {
+  wait_dialog
+  wait_colour 400 80 "$dialog_colour"
+  wait_still
+  shot "$1"
+  click_away 400 193
+}
+# at_last X Y: whether the last page is there; presses that place of a dialog in its way. There may
+# be one for each stream or file.
+at_last() {
+  ! step_is_lit 5 || return 0
+  ! dialog_is_up || click_away "$1" "$2"
+  return 1
+}
+# volume OPTIONS: what the Desktop, the proposed destination, lies on from now on.
+volume() {
+  mount -t tmpfs -o "$1" tmpfs "$HOME/Desktop"
+  MOUNTS+=("$HOME/Desktop")
+}
+no_volume() {
+  umount "$HOME/Desktop"
+  MOUNTS=()
+}
+# damaged COMMAND...: discs from the master as the command leaves it (run in its copy).
+damaged() {
+  rm -rf "$SCRATCH/disc-master" "$SCRATCH/bad"
+  cp -r "$MASTER" "$SCRATCH/disc-master"
+  (cd "$SCRATCH/disc-master" && "$@")
+  "$(dirname "$0")/../../script/make_discs" "$SCRATCH/disc-master" "$SCRATCH/bad" >/dev/null
+}
+
+run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
+  $(through_proxy "$PORT")
+want_status 0
+cp -a "$SCRATCH/Copy" "$SCRATCH/Other"
+rm -f "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
+speak 4
+start_display
+
+echo "Nothing to update"
+open_window skyvane-web-updater $(through_proxy "$PORT")
+wait_step 0
+wait_grey
+shot failure_1_no_copy
+press_quit
+window_ended 0
+
+echo "A folder that is no copy"
+printf '%s/\n' "$SCRATCH/Copy" "$SCRATCH/Other" >"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
+open_window skyvane-web-updater $(through_proxy "$PORT")
+wait_step 0
+wait_open
+learn_faces
+press_next
+wait_step 1
+wait_grey
+click_away 605 353
+wait_dialog
+wait_still
+shot failure_2_browser
+click_away 541 87
+alert failure_2_no_copy_there
+wait_no_dialog
+step_is_lit 1 || fail "another page after the alert"
+press_quit
+window_ended 0
+
+echo "The destination is too small, then cannot be written"
+open_window skyvane-demo-installer $(through_proxy "$PORT")
+wait_step 0
+wait_open
+shot failure_3_copy_there
+press_next
+wait_step 1
+click_away 230 103
+wait_open
+volume size=1m
+press_next
+wait_step 3
+wait_grey
+shot failure_3_too_small
+no_volume
+volume ro,size=200m
+wait_open
+press_next
+alert failure_4_no_folder
+wait_no_dialog
+wait_step 3
+no_volume
+
+echo "A mirror that has nothing, then one with a damaged file"
+touch "$SCRATCH/down"
+wait_open
+press_next
+wait_step 4
+wait_for "refusals" was_refused
+wait_still
+shot failure_5_server_down
+victim="$release/All/Aircraft/General Aviation/Heron 172/Heron 172.acf.zip"
+printf '\xA5\x5A\xA5\x5A' |
+  dd of="$victim" bs=1 seek=$(($(stat -c %s "$victim") / 2)) conv=notrunc status=none
+rm "$SCRATCH/down"
+alert failure_6_damaged_file
+wait_for "the last page" at_last 400 193
+wait_no_dialog
+shot failure_6_finish
+press_last_quit
+window_ended 0
+
+echo "A manifest of a later format"
+mkdir "$SCRATCH/made"
+sed '2s/900/901/' "$FIXTURE/manifest-new/directory.txt" >"$SCRATCH/made/directory.txt"
+rm "$release/directory.txt.zip"
+(cd "$SCRATCH/made" && zip -q "$release/directory.txt.zip" directory.txt)
+open_window skyvane-web-updater -path "$SCRATCH/Copy" $(through_proxy "$PORT")
+wait_step 0
+press_next
+alert failure_7_new_format
+window_ended 0
+
+echo "Discs: another's, then one with damaged files, which are counted"
+rm "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
+damaged sh -c "printf 'I\n900 version\nDVD\n\nVERSION ../Skyvane 9\n' >disk_0/dvd_version.txt"
+insert_disc 1 "$SCRATCH/bad"
+open_window skyvane-disc-installer
+wait_step 0
+wait_grey
+shot failure_8_no_disc_of_ours
+take_out 1
+damaged sh -c 'find disk_0 -path "*/Instructions/*.zip" -delete'
+all_discs_of "$SCRATCH/bad"
+wait_open
+for step in 1 2 3 5; do
+  press_next
+  [ "$step" = 5 ] || wait_step "$step"
+  [ "$step" != 2 ] || click_away 230 103
+  [ "$step" = 5 ] || wait_open
+done
+wait_dialog
+wait_still
+shot failure_9_question
+wait_for "the last page" at_last 146 228
+shot failure_9_finish
+
+echo "Scenery: the disc is asked for, Back asks, Stop stops"
+only_disc 1
+press_back
+wait_step 0
+press_extra 1
+wait_step 1
+wait_open
+press_next
+wait_step 3
+press_none
+wait_open
+press_next
+wait_step 5
+press_back
+wait_step 0
+press_extra 1
+wait_step 1
+wait_open
+press_next
+wait_step 3
+press_all
+press_next
+wait_for "the page that asks for a disc" no_step_is_lit
+wait_still
+shot failure_10_disc
+press_back
+wait_dialog
+wait_still
+shot failure_10_question
+press_give_up
+wait_no_dialog
+wait_step 3
+press_quit
+window_ended 0
+
+echo "A disc whose manifest cannot be unpacked"
+damaged truncate -s -40 "disk_0/$RELEASE/directory.txt.zip"
+take_out 1
+insert_disc 1 "$SCRATCH/bad"
+open_window skyvane-disc-installer
+alert failure_11_disc
+window_ended 1

@@ -1,0 +1,107 @@
+// The look at the layout: what it says of texts and frames as a page or dialog draws them.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/OOPS_cpp/oglp_watch.h"
+#include "tests/unit/test_runtime_util.h"
+
+namespace {
+
+constexpr watch_rect window = {0, 0, 800, 600}, button = {100, 100, 200, 120};
+
+// What was said once is not said again: each row that is out of place has words of its own.
+TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
+  const std::string word = "Continue";
+  const float width = static_cast<float>(OGL_string_width(word));
+  const auto frame_then = [](float x, float y, const std::string& text) {
+    watch_frame(button);
+    watch_text(x, y, text);
+  };
+  const struct {
+    const char* label;
+    std::function<void()> draw;
+    const char* said;  // empty for nothing
+  } rows[] = {
+      {"inside a button", [&] { frame_then(103, 106, word); }, ""},
+      {"beside it", [&] { frame_then(200, 106, word); }, ""},
+      {"a blank at its end sticks out", [&] { frame_then(198 - width, 106, word + " \n"); }, ""},
+      {"on its rim", [&] { frame_then(199 - width, 106, word); }, "over an edge"},
+      {"across its left edge", [&] { frame_then(95, 106, "Cancel"); }, "over an edge"},
+      {"wider than it", [&] { frame_then(50, 106, word + word + word + word); }, "over an edge"},
+      {"across its top", [&] { frame_then(120, 116, "Stop"); }, "over an edge"},
+      {"a button over it",
+       [&] {
+         watch_text(120, 106, word);
+         watch_frame(button);
+       },
+       "under a picture"},
+      {"a button drawn again, with its label",
+       [&] {
+         frame_then(120, 106, word);
+         frame_then(120, 106, word);
+       },
+       ""},
+      {"two lines",
+       [&] {
+         watch_text(10, 50, word);
+         watch_text(10, 40, word);
+       },
+       ""},
+      {"two lines too near",
+       [&] {
+         watch_text(10, 50, word);
+         watch_text(10, 43, word);
+       },
+       "over a text"},
+      {"up to the window's edge", [&] { watch_text(800 - width, 0, word); }, ""},
+      {"beyond it", [&] { watch_text(801 - width, 0, word); }, "beyond the window"},
+      {"a name in a field that shows part of it",
+       [&] {
+         watch_frame({100, 100, 130, 120});
+         const watch_rect field = {103, 103, 127, 117};
+         watch_clip(&field);
+         watch_text(103, 106, word);
+         watch_clip(nullptr);
+       },
+       ""},
+      {"a line below what is shown",
+       [&] {
+         const watch_rect panel = {0, 50, 800, 100};
+         watch_clip(&panel);
+         watch_text(10, 45, word);
+         watch_clip(nullptr);
+       },
+       "cut off"},
+      {"covered by the next background",
+       [&] {
+         frame_then(95, 106, word);
+         watch_frame(window);
+       },
+       ""},
+  };
+  mnw.x_off = mnw.y_off = 0;
+  mnw.win_dx = 800;
+  mnw.win_dy = 600;
+  for (const auto& row : rows) {
+    for (const bool watched : {false, true}) {
+      layout_watched = watched;
+      log_capture log;
+      watch_frame(window);
+      row.draw();
+      watch_shown();
+      const std::string said = log.text();
+      if (!watched || *row.said == '\0') {
+        EXPECT_EQ(said, "") << row.label;
+      } else {
+        EXPECT_NE(said.find(row.said), std::string::npos) << row.label << ": " << said;
+      }
+    }
+  }
+  layout_watched = false;
+}
+
+}  // namespace
