@@ -68,13 +68,6 @@ want_status 1
 want_text "I am reading the directory text file and found a path that has no file!"
 [ ! -e "$SCRATCH/Copy" ] || fail "a copy by half a manifest"
 
-# Cut in the middle of a name, it names a file that no mirror has.
-put_manifest sh -c "head -n $((lines / 2)); printf 'FILE 0 0 91001 3 4 00112233445566778899aabbccddeeff half a na'"
-install_copy --dest="$SCRATCH"
-want_status 3
-want_text "half a na.zip."
-rm -rf "$SCRATCH/Copy"
-
 # A manifest that points out of the destination.
 put_manifest sh -c 'cat; printf "\nDIR All/../../\nFILE 0 0 91001 0 1 00112233445566778899aabbccddeeff escaped.txt\n"'
 install_copy --dest="$SCRATCH"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The updater is killed at random moments, and after each kill the next run ends in the right tree
-# with the user's files as they were; damage of other kinds heals as well.
+# with the user's files as they were.
 #
 # E2E_KILLS  how many kills (default 12)
 # E2E_SEED   repeats the moments of an earlier run; printed
@@ -95,30 +95,3 @@ for try in $(seq $((3 * kills))); do
   [ -z "$(ls "$TMPDIR" | grep '^skyvane-run-')" ] || fail "$label: working files were left"
 done
 [ "$killed" = "$kills" ] || fail "only $killed runs could be killed in time"
-
-# --- damage of other kinds -----------------------------------------------------------------------
-# A copy that is current but for the two files that are the user's. What is missing comes back by
-# itself; a file that is there with other bytes may be the user's work, and comes back when told to.
-# Tiles are left out: a sector without any tile is one that the user has chosen not to have.
-
-PORT=$fast
-fresh_old_copy
-update
-label="half of the copy deleted, and a folder"
-(cd "$COPY" && find . -type f -print | sed 's#^\./##' | sort | awk 'NR % 2' |
-  grep -v -e flights -e notes.txt -e Pilot -e Clark -e '\.dsf$' | tr '\n' '\0' | xargs -0 rm && rm -r Resources/sounds)
-update
-want_healed
-
-label="files cut short and overwritten with zeros"
-truncate -s 100 "$COPY/Resources/bitmaps/world/great sheet.png"
-: >"$COPY/Resources/sounds/alert/tone 3.wav"
-size=$(stat -c %s "$COPY/Aircraft/Heavy Metal/Condor/Condor.acf")
-head -c "$size" /dev/zero >"$COPY/Aircraft/Heavy Metal/Condor/Condor.acf"
-update --on_modified=overwrite
-want_status 0
-want_count 4 "files fetched"
-want_count 1 "files deleted"
-want_count 5 "files replaced or deleted, though you had modified them"
-(cd "$COPY" && rm "my flights.txt" && rm -r "Aircraft/General Aviation/Little Wren")
-same_tree "$FIXTURE/sample/new" Macintosh "$COPY"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # A real tree: files that this machine's packages brought are built into a master, served, installed,
-# verified, damaged in one of twenty, and brought back. Prints the time of each phase.
+# verified, damaged in one of twenty, and brought back.
 #
 # E2E_FILES  how many files (default 3000)
 . "$(dirname "$0")/update_lib.bash"
@@ -10,31 +10,18 @@ name="Skyvane large"
 source=$SCRATCH/source
 here=All/Resources/real
 
-# phase NAME COMMAND...: runs it and prints its seconds.
-phase() {
-  local label=$1 begin=${EPOCHREALTIME/./}
-  shift
-  "$@"
-  local us=$((${EPOCHREALTIME/./} - begin))
-  printf '%-22s %4d.%d s\n' "$label" $((us / 1000000)) $((us / 100000 % 10))
-}
-
 cp -a "$FIXTURE/sample/new" "$source"
 real_tree "$files" "$source/$here"
 give "$source"
 files=$(wc -l <"$SCRATCH/list.txt")
 echo "$files files, $(du -sh --apparent-size "$source/$here" | cut -f1)"
 
-build_master() {
-  as_user "$SCRATCH/bin/skyvane-demo-installer" --build_master --type=0 --name="$name" \
-    --source="$source" --output="$SCRATCH/master" --previous=none >"$OUT" 2>&1
-}
 mkdir "$SCRATCH/master"
 give "$SCRATCH/master"
-phase "build the master" build_master
-
+as_user "$SCRATCH/bin/skyvane-demo-installer" --build_master --type=0 --name="$name" \
+  --source="$source" --output="$SCRATCH/master" --previous=none >"$OUT" 2>&1
 serve "$(web_root "$name" "$SCRATCH/master")"
-phase "install" run_as_user skyvane-demo-installer --accept_eula --dest="$SCRATCH" --name=sim
+run_as_user skyvane-demo-installer --accept_eula --dest="$SCRATCH" --name=sim
 want_status 0
 
 # real FOLDER: the files in it, their bytes and their modes.
@@ -50,7 +37,7 @@ same_real() {
 }
 same_real "after the install"
 
-phase "verify" update
+update
 want_status 0
 want_text "is already up to date."
 
@@ -62,7 +49,7 @@ while read -r path; do
   damaged=$((damaged + 1))
 done < <(awk 'NR % 20 == 7' "$SCRATCH/list.txt")
 
-phase "bring back $damaged" update --on_modified=overwrite
+update --on_modified=overwrite
 want_status 0
 want_count "$damaged" "files fetched"
 want_count $((damaged / 2)) "files replaced or deleted, though you had modified them"

@@ -63,13 +63,17 @@ publish() {
 table="
 absent             new  new   none none
 current            same same  -    -
+earliest           new  new   none none
 earlier            new  new   none none
 modified           same new   same none
 empty              same new   same none
 unreadable         new  new   same same
 read-only-earlier  new  new   none none
+read-only-modified same new   same none
+link-to-file       same new   same none
 link-outside       same new   same none
 link-dangling      same new   same none
+case-current       same same  -    -
 case-earlier       new  new   none none
 case-modified      same new   same none
 folder-empty       new  new   same same
@@ -84,11 +88,14 @@ put() {
   case $1 in
     absent) ;;
     current) content "$2" 3 >"$at" ;;
+    earliest) content "$2" 1 >"$at" ;;
     earlier | read-only-earlier) content "$2" 2 >"$at" ;;
-    modified | unreadable) echo "my own $2" >"$at" ;;
+    modified | read-only-modified | unreadable) echo "my own $2" >"$at" ;;
     empty) : >"$at" ;;
+    link-to-file) ln -s "my own file.txt" "$at" ;;
     link-outside) ln -s "$outside/target.txt" "$at" ;;
     link-dangling) ln -s "nowhere/at all" "$at" ;;
+    case-current) content "$2" 3 >"$COPY/$other" ;;
     case-earlier) content "$2" 2 >"$COPY/$other" ;;
     case-modified) echo "my own $2" >"$COPY/$other" ;;
     folder-empty) mkdir "$at" ;;
@@ -269,6 +276,14 @@ obstacle "a folder in a file's place" 1 "Error: Is a directory" \
   'rm way.txt; mkdir way.txt; echo mine >way.txt/mine.txt'
 cleared 'rm -r way.txt'
 
+obstacle "a folder with a hidden file in a file's place" 1 "Error: Is a directory" \
+  'rm way.txt; mkdir way.txt; echo mine >way.txt/.mine.txt'
+cleared 'rm -r way.txt'
+
+obstacle "a part left by a run that was killed" 0 "" \
+  'echo half >.skyvane_part; ln -s "'"$outside"'/mine.txt" way_in/.skyvane_part'
+cleared true
+
 obstacle "a file in a folder's place" 1 "Error: Not a directory" \
   'rm -r way_in/deep; echo mine >way_in/deep'
 [ "$(cat "$COPY/Resources/way_in/deep")" = mine ] || fail "$label: the user's file was touched"
@@ -281,6 +296,10 @@ cleared 'rm way_in'
 
 # Written in place where nothing can be made or moved.
 obstacle "a file in a read-only folder" 0 "" 'chmod 555 way_in/deep'
+cleared 'chmod 755 way_in/deep'
+
+obstacle "a read-only file in a read-only folder" 1 "Error: Permission denied." \
+  'chmod 444 way_in/deep/lower.txt; chmod 555 way_in/deep'
 cleared 'chmod 755 way_in/deep'
 
 obstacle "a dropped file in a read-only folder" 0 "" 'chmod 555 way_out'

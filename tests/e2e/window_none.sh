@@ -5,9 +5,6 @@ unset SDL_VIDEODRIVER WAYLAND_DISPLAY DISPLAY
 
 drivers='libgallium|swrast_dri|_dri\.so|libGLX_mesa|libEGL|libnvidia|libLLVM'
 
-# mapped PID: what the process has in its memory.
-mapped() { cat "/proc/$1/maps"; }
-
 # watch PROGRAM ARGS...: starts it; leaves PID.
 watch() {
   local path
@@ -53,7 +50,7 @@ fetches() { grep -q '/updates/.*\.zip HTTP' "$SCRATCH/nginx-$PORT/access.log"; }
 DISPLAY=:4711 watch skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
   $(through_proxy "$PORT")
 wait_until "the first file" fetches
-mapped "$PID" >"$SCRATCH/maps.txt"
+cat "/proc/$PID/maps" >"$SCRATCH/maps.txt"
 [ -s "$SCRATCH/maps.txt" ] || fail "nothing is mapped"
 if grep -E "$drivers" "$SCRATCH/maps.txt"; then fail "an unattended run has woken a driver"; fi
 rm "$SCRATCH/slow"
@@ -64,5 +61,5 @@ same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy"
 
 echo "The same look at a run with a window does find one"
 SDL_VIDEODRIVER=offscreen watch skyvane-demo-installer
-has_driver() { mapped "$PID" | grep -qE "$drivers"; }
+has_driver() { grep -qE "$drivers" "/proc/$PID/maps"; }
 wait_until "a driver" has_driver

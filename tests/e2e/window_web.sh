@@ -1,30 +1,41 @@
 #!/usr/bin/env bash
-# The update by hand, in Spanish, which is chosen in Options: one of two copies is chosen, and the
-# file that its owner has changed is kept.
+# The web update by hand, in Spanish, which is chosen in Options: one copy known and several, every
+# answer to the question about a modified file, a way back out of the transfer, and a copy that needs
+# nothing.
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
+. "$(dirname "$0")/lib_flows.sh"
 
-export HOME=$SCRATCH/home
-mkdir -p "$HOME"
-one="$HOME/Skyvane 9"
-two="$HOME/Skyvane 9 at work"
-own="Aircraft/General Aviation/Heron 172/Heron 172.acf"  # which the new release changes
+old_root=$(web_root "Skyvane old" "$FIXTURE/master-old")
+new_root=$(web_root "Skyvane new" "$FIXTURE/master-new")
+serve "$old_root"
+# While a file of that name lies in the scratch folder, the manifest or the streams trickle.
+serve_new() {
+  serve "$new_root" "
+    location ~ directory\.txt\.zip\$ { if (-f $SCRATCH/slow-manifest) { set \$limit_rate 1; } }
+    location / { if (-f $SCRATCH/slow) { set \$limit_rate 20k; } }"
+}
 
-echo "Two copies of the old release"
-serve "$(web_root "Skyvane old" "$FIXTURE/master-old")"
-run skyvane-demo-installer --unattended --accept_eula --dest="$HOME" --name="Skyvane 9" \
-  $(through_proxy "$PORT")
-want_status 0
-cp -a "$one" "$two"
-echo "a line of the owner's" >>"$two/$own"
-cp "$two/$own" "$SCRATCH/own.txt"
-printf '%s/\n' "$one" "$two" >"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
-
-serve "$(web_root "Skyvane new" "$FIXTURE/master-new")" \
-  "if (-f $SCRATCH/slow) { set \$limit_rate 300k; }"
+one=$SCRATCH/One two=$SCRATCH/Two
+for copy in "$one" "$two"; do
+  run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" \
+    --name="$(basename "$copy")" $(through_proxy "$PORT")
+  want_status 0
+done
+registry=$XDG_CONFIG_HOME/skyvane/skyvane_install.txt  # the disc installer writes it
+printf '%s/\n' "$one" "$two" >"$registry"
+serve_new
 requests=$SCRATCH/nginx-$PORT/access.log
-touch "$SCRATCH/slow"
-has_fetched() { [ "$(grep -c '/updates/.*\.zip HTTP' "$requests")" -ge "$1" ]; }
+
+fetched() { grep -c '/updates/.*[^t]\.zip HTTP' "$requests" || true; }
+has_fetched() { [ "$(fetched)" -ge "$1" ]; }
+no_streams() { [ "$(streams)" = 0 ]; }
+asks_for_manifest() { [ "$(streams)" -gt 0 ]; }
+streams() { awk -v port="$(printf ':%04X' "$PORT")" '$3 ~ port "$" && $4 == "01"' /proc/net/tcp | wc -l; }
+# Everything in a copy: names, bytes, links.
+prints() {
+  (cd "$1" && find . -type f -exec md5sum {} + && find . -printf '%p %y %l\n') | sort
+}
 
 start_display
 echo "Options: the language is chosen, and all changes at once; it is kept; Quit, at the left, ends"
@@ -32,11 +43,10 @@ language=${SPEAK:-4}
 steps=(30 370 170 120) title=(300 472 200 16)
 open_window skyvane-web-updater
 wait_step 0
-wait_open
-panel=$(colour_at 150 300)
+learn_faces
 english=$(picture_of "${steps[@]}")
 press_options
-wait_for "the options" shows_other 150 300 "$panel"
+wait_dialog
 english_title=$(picture_of "${title[@]}") closed=$(picture_of 310 240 60 90)
 click 330 341
 wait_for "the list of languages" picture_differs "$closed" 310 240 60 90
@@ -45,47 +55,203 @@ click_away 330 $((324 - 14 * language))
 [ "$language" = 0 ] || wait_for "other words" picture_differs "$english_title" "${title[@]}"
 shot web_0_options
 click_away 116 480
-wait_for "the page behind the options" shows 150 300 "$panel"
+wait_no_dialog
 [ "$language" = 0 ] || wait_for "other words" picture_differs "$english" "${steps[@]}"
 press_quit
 window_ended 0
 grep -qx "_lang $language" "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" || fail "not kept"
 
+echo "Two copies: Next opens when one is chosen from the list"
 open_window skyvane-web-updater $(through_proxy "$PORT")
-
-echo "Welcome, and the choice of a copy"
 wait_step 0
-wait_open
+learn_faces
 [ "$language" = 0 ] || picture_differs "$english" "${steps[@]}" || fail "English again"
 shot web_1_welcome
 press_next
 wait_step 1
-wait_grey
-click_away 250 378
-wait_open
+wait_other_colour 675 20 "$OPEN_FACE"
+wait_still
+GREY_FACE=$(next_face)
+press_next
+step_is_lit 1 || fail "Next moved on with no copy chosen"
+pick_copy 0
+wait_next "$OPEN_FACE"
+radios=$(picture_of 240 370 20 45)
+pick_copy 1
+wait_for "the other copy's mark" picture_differs "$radios" 240 370 20 45
 shot web_2_copy
+
+echo "Back to the welcome drops the choice"
+press_back
+wait_step 0
+press_next
+wait_step 1
+wait_next "$GREY_FACE"
+pick_copy 1
+wait_next "$OPEN_FACE"
 press_next
 
-echo "What is to be fetched"
+echo "Search, disk space, transfer, finish"
 wait_step 3
 shot web_3_sizes
 press_next
-
-echo "The changed file is asked for, and kept"
-wait_for "the question" shows_other 150 300 "$panel"
-shot web_4_changed_file
-click_away 146 255
-wait_for "the page behind the question" shows 150 300 "$panel"
-wait_step 4
-wait_for "files" has_fetched 3
-shot web_5_transfer
-rm "$SCRATCH/slow"
 wait_step 5
 shot web_6_finish
+same_tree "$FIXTURE/sample/new" Macintosh "$two"
+same_tree "$FIXTURE/sample/old" Macintosh "$one"
+start_skyvane 1
+
+echo "A copy that is current, handed over by a relative path, goes to the last page at once"
+fetched_before=$(fetched)
+open_window skyvane-web-updater -path "$(realpath --relative-to=. "$two")" $(through_proxy "$PORT")
+wait_step 0
+press_next
+wait_step 4
+shot web_7_current
+[ "$(fetched)" = "$fetched_before" ] || fail "a file was fetched for a copy that is current"
 press_last_quit
 window_ended 0
 
-cmp "$SCRATCH/own.txt" "$two/$own" || fail "the changed file was not kept"
-cp -p "$FIXTURE/sample/new/All/$own" "$two/$own"
-same_tree "$FIXTURE/sample/new" Macintosh "$two"
-same_tree "$FIXTURE/sample/old" Macintosh "$one"
+echo "One copy: the first page leads by turns to the search and to the list"
+echo "$one/" >"$registry"
+touch "$SCRATCH/slow-manifest"
+open_window skyvane-web-updater $(through_proxy "$PORT")
+wait_step 0
+on_list() { no_step_is_lit && [ "$(next_face)" = "$1" ]; }
+left_the_welcome() { step_is_lit 1 || on_list "$GREY_FACE"; }
+seen_search= seen_list=
+for try in $(seq 40); do
+  wait_next "$OPEN_FACE"
+  press_next
+  wait_for "the search or the list" left_the_welcome
+  if step_is_lit 1; then
+    seen_search=1
+    wait_for "the manifest's request" asks_for_manifest
+    shot web_8_search
+    press_back
+    # The copy that the first page has chosen is still chosen.
+    wait_for "the list" on_list "$OPEN_FACE"
+  else
+    seen_list=1
+    pick_copy 0
+    wait_next "$OPEN_FACE"
+  fi
+  press_back
+  wait_step 0
+  [ -z "$seen_search$seen_list" ] || [ "$seen_search$seen_list" = 1 ] || break
+  # One frame more, one time in two.
+  [ $((try % 2)) = 0 ] || move_to 400 300
+done
+[ "$seen_search$seen_list" = 11 ] || fail "search seen: $seen_search, list seen: $seen_list"
+
+press_quit
+window_ended 0
+rm "$SCRATCH/slow-manifest"
+
+echo "Options: the user wants one stream only"
+open_window skyvane-web-updater $(through_proxy "$PORT")
+wait_step 0
+press_options
+wait_dialog
+unticked=$(picture_of 121 257 18 18)
+click_away 130 263
+wait_for "the tick" picture_differs "$unticked" 121 257 18 18
+shot web_9_options
+click_away 116 480
+wait_no_dialog
+
+# The user's changes, a row each: what is changed, and the answer to the question.
+# In the order in which the program asks, which is that of the manifest.
+questions=(
+  "Aircraft/General Aviation/Heron 172/Heron 172.acf|keep"
+  "Airfoils/NACA 0012.afl|overwrite-folder"
+  "Instructions/Pilot's Guide.txt|overwrite"
+  "Resources/bitmaps/world/sheet 0.png|keep-folder"
+  "Weapons/Flare.wpn|keep"
+)
+unasked=("Airfoils/NACA 0020.afl" "Resources/bitmaps/world/sheet 5.png")
+kept=("Aircraft/General Aviation/Heron 172/Heron 172.acf" "Weapons/Flare.wpn"
+  "Resources/bitmaps/world/sheet 0.png" "Resources/bitmaps/world/sheet 5.png")
+own=("Output/situations/My flight.sit" "Aircraft/My own/My own.acf")
+for file in "${questions[@]%|*}" "${unasked[@]}" "${own[@]}"; do
+  mkdir -p "$(dirname "$one/$file")"
+  echo "my $file" >"$one/$file"
+done
+prints "$one" >"$SCRATCH/one.txt"
+
+echo "Cancel on the third question: the page before is back, and nothing was touched"
+touch "$SCRATCH/slow"
+press_next
+wait_for "the search or the list" left_the_welcome
+if on_list "$GREY_FACE"; then
+  pick_copy 0
+  wait_next "$OPEN_FACE"
+  press_next
+fi
+wait_step 2
+press_next
+for reply in overwrite keep cancel; do
+  wait_question
+  shot web_4_changed_file
+  answer "$reply"
+done
+wait_no_dialog
+wait_step 2
+wait_next "$OPEN_FACE"
+prints "$one" | diff -q "$SCRATCH/one.txt" - || fail "a cancelled update has touched the copy"
+
+echo "Every answer; one stream, as the options say"
+before=$(fetched)
+press_next
+for row in "${questions[@]}"; do
+  wait_question
+  answer "${row##*|}"
+done
+wait_no_dialog
+wait_step 3
+for some in 1 2 3; do
+  wait_for "files" has_fetched $((before + some))
+  [ "$(streams)" -le 1 ] || fail "$(streams) streams, and the user wants one"
+done
+
+shot web_5_transfer
+echo "Back during the transfer asks nothing, and throws away what is under way"
+press_back
+wait_step 2
+dialog_is_gone || fail "Back in the transfer asks"
+wait_for "the end of the stream" no_streams
+[ -z "$(find "$one" -name '*.zip')" ] || fail "a partial download was left in the copy"
+
+echo "Next goes on with what remains, and asks again: none of the files in question was reached"
+rm "$SCRATCH/slow"
+press_next
+for row in "${questions[@]}"; do
+  wait_question
+  answer "${row##*|}"
+done
+wait_step 4
+for file in "${kept[@]}" "${own[@]}"; do
+  [ "$(cat "$one/$file")" = "my $file" ] || fail "the user's $file was touched"
+done
+# But for what is the user's, the copy is the release.
+for file in "${kept[@]}"; do
+  from=$(shipped "$FIXTURE/sample/new" Macintosh | awk -F'\t' -v rel="$file" '$1 == rel { print $2 }')
+  rm "$one/$file"
+  [ -z "$from" ] || cp -p "$FIXTURE/sample/new/$from" "$one/$file"
+done
+rm "${own[@]/#/"$one/"}"
+rmdir "$one/Aircraft/My own"
+same_tree "$FIXTURE/sample/new" Macintosh "$one"
+
+echo "Quit, at the right; the log holds the questions in the order in which they were put"
+press_last_quit
+window_ended 0
+asked_about | sed "s#^$one/##" >"$SCRATCH/asked.txt"
+{
+  printf '%s\n' "${questions[@]%|*}" | head -n 2
+  echo "Airfoils/NACA 0020.afl"  # the one beside it was kept by itself
+  printf '%s\n' "${questions[@]%|*}"
+  printf '%s\n' "${questions[@]%|*}"
+} | diff - "$SCRATCH/asked.txt" || fail "not the questions that belong here"
+grep -qx '_stream_count 1' "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" ||
+  fail "the option was not kept"

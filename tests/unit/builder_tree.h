@@ -10,6 +10,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "Installer-f/make_installer.h"
 #include "Installer-f/make_installer_scan.h"

@@ -1,5 +1,4 @@
-// What the tests of the install engine share: a folder of their own, files in it, and tables made
-// without a manifest.
+// What the tests of the install engine share: a folder of their own, files in it, made-up tables.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,10 +11,12 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Installer-f/main_stg.h"
 #include "Installer-f/utils_manifest.h"
 #include "Installer-f/utils_select.h"
+#include "corekit/Files/io_utils.h"
 #include "corekit/OOPS_cpp/exce.h"
 
 // A folder that starts empty and goes with the test; dest_dir_path is "copy/" in it, not yet made.

@@ -1,8 +1,5 @@
-// The context and the pictures of the drawing tests.
-//
 // A test process makes one window and keeps it. A picture that says where its pixels lie has the
-// column or row as 8 * (n % 32) in red and 8 * (n / 32) in green, steps that filtering at a pixel's
-// centre leaves exact.
+// column or row as 8 * (n % 32) in red and 8 * (n / 32) in green, which filtering leaves exact.
 
 #include "tests/unit/gl_fixture.h"
 
@@ -12,16 +9,9 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "corekit/GenC/hl_init.h"
-#include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenH/hl_math.h"
-#include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/colr.h"
-#include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/OOPS_cpp/oglp_draw.h"
-#include "corekit/OOPS_cpp/tman.h"
-#include "corekit/Platform/PLT_gl.h"
-#include "corekit/TEX/TEX_utils.h"
 
 // The driver keeps its own for the life of the process.
 extern "C" const char* __lsan_default_suppressions() {
@@ -248,14 +238,6 @@ testing::AssertionResult picture_map::shows(int x, int y, int want_u, int want_v
 }
 
 std::string picture_map::text_at(int x, int y, int pitch) const {
-  // The grid as the font's maker draws it; 14 by 15 pixels a cell.
-  static const std::string rows[] = {
-      " 0123456789AaBbCcDdEe",
-      "FfGgHhIiJjKkLlMmNnOoP",
-      "pQqRrSsTtUuVvWwXxYyZz",
-      "!@#$%^&*()-_+=[]|\\':;",
-      "<.>,?/`\xFB\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF",
-  };
   // A row of the cell that the lines above and below do not paint over.
   const int row_in_cell = 9;
   const int probe = y - 2 - 4 + row_in_cell;
@@ -264,7 +246,7 @@ std::string picture_map::text_at(int x, int y, int pitch) const {
     const int at_u = static_cast<int>(std::lround(u(x, probe)));
     const int at_v = static_cast<int>(std::lround(v(x, probe)));
     if (at_u % 14 != 0 || at_v % 15 != row_in_cell) break;
-    const char c = rows[at_v / 15][static_cast<size_t>(at_u / 14)];
+    const char c = glyph_rows[at_v / 15][static_cast<size_t>(at_u / 14)];
     text += c;
     x += pitch ? pitch : OGL_char_width(static_cast<unsigned char>(c));
   }

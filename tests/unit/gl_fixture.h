@@ -8,6 +8,23 @@
 #include <string>
 #include <vector>
 
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/OOPS_cpp/tman.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "corekit/TEX/TEX_utils.h"
+
+// The grid as the font's maker draws it; 14 by 15 pixels a cell.
+inline constexpr const char* glyph_rows[5] = {
+    " 0123456789AaBbCcDdEe",
+    "FfGgHhIiJjKkLlMmNnOoP",
+    "pQqRrSsTtUuVvWwXxYyZz",
+    "!@#$%^&*()-_+=[]|\\':;",
+    "<.>,?/`\xFB\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF",
+};
+
 // A window of 800 by 600 as the wizard has it: mnw, ogl_inited and the textures set up, the frame
 // black. Fails loudly where no context can be had.
 class gl_fixture : public testing::Test {

@@ -1,18 +1,13 @@
 #include "net_scripted_server.h"
 
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <sstream>
 #include <utility>
-
-#include "corekit/OOPS_cpp/http.h"
 
 namespace {
 

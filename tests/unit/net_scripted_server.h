@@ -1,14 +1,18 @@
-// A web server for tests: it answers each request with bytes that the test has laid down. One
-// thread, one connection at a time, an ephemeral port of 127.0.0.1; it listens before the
-// constructor returns.
+// A web server for tests: one thread, a port of 127.0.0.1, answers laid down by the test.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <condition_variable>
+#include <fstream>
 #include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "corekit/OOPS_cpp/http.h"
 
 struct scripted_reply {
   std::vector<std::string> pieces;  // sent one after the other

@@ -1,11 +1,5 @@
 // 7z archives: what 7z makes by each of its methods, refusals, and damage.
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <thread>
-
-#include "corekit/Files/io_7z.h"
 #include "tests/unit/test_archive_util.h"
 
 class Archive7z : public ArchiveTest {
@@ -55,7 +49,6 @@ TEST_F(Archive7z, NamesAndKinds) {
   EXPECT_EQ(file_stat(out + "d/none").st_mode & 0100, 0u);  // and no permissions
   EXPECT_EQ(file_text(out + "link"), "../gone");            // and no links
   EXPECT_TRUE(S_ISREG(file_stat(out + "link").st_mode));
-
   source("a", "first");
   source("b", "second");
   pack("", "a b");
@@ -96,7 +89,6 @@ TEST_F(Archive7z, Refusals) {
   EXPECT_EQ(unpack(good), 0);
   EXPECT_EQ(p7z_to_file(put(good), out + "missing/", nullptr, 0), ENOENT);
   EXPECT_EQ(p7z_to_file(put(good), "/dev/full/", nullptr, 0), ENOTDIR);
-
   // The same gate stands before the names of the archive and those of the caller.
   ASSERT_EQ(symlink("..", (out + "up").c_str()), 0);
   for (std::string name : {"../evil", "/evil", "..", "C:evil", "x/../../evil", "up/evil"}) {
@@ -138,22 +130,4 @@ TEST_F(Archive7z, EveryTruncationAndDamage) {
       }
     }
   }
-}
-
-TEST_F(Archive7z, ManyThreads) {
-  const std::string text = source("tile", noise(50000, 9) + std::string(500000, 'z'));
-  pack("", "tile");
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < 10; ++i) {
-        std::string name = std::to_string(t) + "_" + std::to_string(i);
-        EXPECT_EQ(p7z_to_file(base + "made.7z", out, &name, 1), 0);
-        EXPECT_TRUE(file_text(name) == text) << name;
-        EXPECT_EQ(p7z_to_file(base + "src/tile", out, nullptr, 0), 20001);
-      }
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
 }

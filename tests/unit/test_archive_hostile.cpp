@@ -1,13 +1,10 @@
-// Zip archives made to do harm, and every way to damage a good one: a code or a correct file, and
-// nothing outside the folder changed.
+// Archives made to do harm, every way to damage a good one, and the saved inputs of the fuzz
+// targets: a code or a correct file, and nothing outside the folder changed.
 
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
+#include <filesystem>
 
-#include "corekit/Files/io_zip.h"
 #include "tests/unit/test_archive_util.h"
 
 using ArchiveHostile = ArchiveTest;
@@ -19,23 +16,14 @@ constexpr unsigned link_attributes = 0xA1ED0000, folder_attributes = 0x41ED0010;
 }  // namespace
 
 TEST_F(ArchiveHostile, NamesThatLeadOut) {
-  const std::vector<std::string> names = {"../evil",
-                                          "..",
-                                          "a/../../evil",
-                                          "a/..",
-                                          "./../evil",
-                                          "/",
-                                          root + "evil",
-                                          "//evil",
-                                          "a\\b",
-                                          "C:evil",
-                                          std::string("evil\0.txt", 9),
-                                          "",
-                                          std::string(257, 'n'),
-                                          "../out/../evil",
-                                          "../evil/",
-                                          "a/../../new/",
-                                          "__MACOSX/../../evil"};
+  std::vector<std::string> names = {"../evil",        "..",
+                                    "a/../../evil",   "a/..",
+                                    "./../evil",      "/",
+                                    "//evil",         "a\\b",
+                                    "C:evil",         "",
+                                    "../out/../evil", "../evil/",
+                                    "a/../../new/",   "__MACOSX/../../evil"};
+  names.insert(names.end(), {root + "evil", std::string("evil\0.txt", 9), std::string(257, 'n')});
   for (const std::string& name : names) {
     mkdir((out + "a").c_str(), 0755);
     for (const unsigned attributes : {0x81A40000u, link_attributes, folder_attributes}) {
@@ -51,18 +39,9 @@ TEST_F(ArchiveHostile, NamesThatLeadOut) {
 }
 
 TEST_F(ArchiveHostile, NamesThatOnlyLookSo) {
-  const std::vector<std::string> names = {"..a",
-                                          "a..",
-                                          "...",
-                                          "d/..a",
-                                          "d/.../b",
-                                          "d/./c",
-                                          "./e",
-                                          "d//f",
-                                          "d/__MACOSX",
-                                          "_MACOSX",
-                                          "d/" + std::string(254, 'n'),
-                                          "\xFF\xFE\x01"};
+  std::vector<std::string> names = {"..a", "a..",  "...",        "d/..a",   "d/.../b",     "d/./c",
+                                    "./e", "d//f", "d/__MACOSX", "_MACOSX", "\xFF\xFE\x01"};
+  names.push_back("d/" + std::string(254, 'n'));
   mkdir((out + "d").c_str(), 0755);
   mkdir((out + "d/...").c_str(), 0755);
   for (const std::string& name : names) {
@@ -206,6 +185,40 @@ TEST_F(ArchiveHostile, EveryTruncationAndEveryFlippedBit) {
       std::string bytes = zip;
       bytes[bit / 8] = char(bytes[bit / 8] ^ (1 << (bit % 8)));
       check(bytes, "bit " + std::to_string(bit), false);
+    }
+  }
+}
+
+using ArchiveCorpus = ArchiveTest;
+
+namespace {
+
+std::vector<std::string> saved_inputs(const std::string& folder) {
+  std::vector<std::string> inputs;
+  for (const auto& item : std::filesystem::directory_iterator(TESTS_FOLDER "/../" + folder))
+    inputs.push_back(file_text(item.path()));
+  return inputs;
+}
+
+}  // namespace
+
+TEST_F(ArchiveCorpus, Replay) {
+  const struct {
+    const char* folder;
+    decltype(zip_to_file)* unpacker;
+  } rows[] = {{"fuzz/corpus_zip", zip_to_file}, {"fuzz/corpus_7z", p7z_to_file}};
+  for (const auto& row : rows) {
+    const auto inputs = saved_inputs(row.folder);
+    EXPECT_GE(inputs.size(), 3u) << row.folder;
+    for (std::string input : inputs) {
+      row.unpacker(put(input), out, nullptr, 0);
+      for (char& byte : input) {
+        byte = char(byte ^ 0x41);
+        row.unpacker(put(input), out, nullptr, 0);
+        byte = char(byte ^ 0x41);
+      }
+      expect_untouched(row.folder);
+      empty_out();
     }
   }
 }

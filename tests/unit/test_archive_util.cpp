@@ -2,17 +2,12 @@
 
 #include "tests/unit/test_archive_util.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
-
-#include "corekit/Files/io_7z.h"
-#include "corekit/Files/io_zip.h"
 
 std::string file_text(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -32,29 +27,17 @@ struct stat file_stat(const std::string& path) {
   return st;
 }
 
-static void add_tree(const std::string& folder, const std::string& below,
-                     std::map<std::string, std::string>& found) {
-  DIR* dir = opendir((folder + below).c_str());
-  if (!dir) return;
-  while (const dirent* item = readdir(dir)) {
-    const std::string name = item->d_name;
-    if (name == "." || name == "..") continue;
-    const std::string path = folder + below + name;
-    const struct stat st = file_stat(path);
-    std::string what = std::to_string(st.st_mode) + " ";
-    char target[500] = {};
-    if (S_ISLNK(st.st_mode) && readlink(path.c_str(), target, sizeof target - 1) > 0)
-      what += target;
-    if (S_ISREG(st.st_mode)) what += file_text(path);
-    found[below + name] = what;
-    if (S_ISDIR(st.st_mode)) add_tree(folder, below + name + "/", found);
-  }
-  closedir(dir);
-}
-
 std::map<std::string, std::string> tree_of(const std::string& folder) {
   std::map<std::string, std::string> found;
-  add_tree(folder, "", found);
+  for (const auto& item : std::filesystem::recursive_directory_iterator(folder)) {
+    std::string what = std::to_string(file_stat(item.path()).st_mode) + " ";
+    if (item.is_symlink()) {
+      what += std::filesystem::read_symlink(item.path());
+    } else if (item.is_regular_file()) {
+      what += file_text(item.path());
+    }
+    found[item.path().string().substr(folder.size())] = what;
+  }
   return found;
 }
 

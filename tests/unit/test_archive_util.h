@@ -1,12 +1,16 @@
-// What the archive tests share: a scratch folder with a sentinel beside the output folder, small
-// file services, other programs, and a writer of zip archives that can lie.
+// What the archive tests share: a folder beside a sentinel, and a writer of zips that can lie.
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <map>
 #include <string>
 #include <vector>
+
+#include "corekit/Files/io_7z.h"
+#include "corekit/Files/io_zip.h"
 
 struct stat;
 

@@ -1,11 +1,9 @@
 // What a build leaves on the discs and in the manifest.
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>
 #include <map>
-#include <vector>
 
 #include "Installer-f/make_installer_comp.h"
 #include "Installer-f/utils_manifest.h"
@@ -68,7 +66,6 @@ TEST_F(BuilderBuild, ManifestToTheLetter) {
   EXPECT_FALSE(is_there("out/disk_0/Test 9/directory.txt"));
   EXPECT_EQ(read_whole(base + "out/disk_0/dvd_version.txt"),
             "I\n900 version\nDVD\n\nVERSION Test 9\n");
-  // What is in the archive is the file.
   ASSERT_EQ(zip_to_file(base + "out/disk_0/Test 9/Linux/run.zip", base + "read/", nullptr, 0), 0);
   EXPECT_EQ(read_whole(base + "read/run"), "a");
 }
@@ -175,24 +172,6 @@ TEST_F(BuilderBuild, PluginsOfOnePlatform) {
             (lines{std::string("2 91001 0 ") + sig_a}));
 }
 
-TEST_F(BuilderBuild, LinksShipAsLinks) {
-  const std::string text = "Heavy Metal";  // md5sum gives the signature below
-  link("All/Aircraft/to folder", text);
-  std::filesystem::create_directories(src_fold + "All/Aircraft/" + text);
-  link("All/Aircraft/to nothing", "nowhere");
-  link("All/Aircraft/long", std::string(498, '/'));
-  build_and_read();
-  EXPECT_EQ(versions_of("All/Aircraft/to folder"),
-            (lines{"0 91001 0 04ae76937270105919847d05aee582b4"}));
-  EXPECT_EQ(versions_of("All/Aircraft/to nothing"),
-            (lines{"0 91001 0 03840d46dad93250d938b39d1357fbae"}));
-  EXPECT_EQ(versions_of("All/Aircraft/long").size(), 1u);
-  ASSERT_EQ(zip_to_file(base + "out/disk_0/Test 9/All/Aircraft/to folder.zip", base + "read/",
-                        nullptr, 0),
-            0);
-  EXPECT_EQ(std::filesystem::read_symlink(base + "read/to folder"), text);
-}
-
 TEST_F(BuilderBuild, HandMadeArchivesAreLinked) {
   put("All/Weapons/gun.wpn", std::string(3000, 'x'));
   put("All/Weapons/gun.wpn.7z", std::string(2500, '7'));
@@ -240,8 +219,8 @@ TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
     clear_output();
     build_and_read();
     for (int i = 0; i < 5; ++i) {
-      const std::string path = std::string("All/Weapons/") + "abcde"[i];
       const int disc = one.disc_of[i];
+      const std::string path = std::string("All/Weapons/") + "abcde"[i];
       EXPECT_TRUE(is_there("out/disk_" + std::to_string(disc) + "/Test 9/" + path + ".zip"))
           << path << " limit " << one.limit;
       EXPECT_EQ(sim_info[static_cast<size_t>(i) + first_gun].current().disk, disc)
@@ -253,25 +232,6 @@ TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
   disc_limit_kb = 5;
   clear_output();
   EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "I could not zip a file!");
-}
-
-// A Windows program: offset of the header at 0x3C, characteristics 22 bytes into it.
-TEST_F(BuilderBuild, WindowsProgramsCopeWithLargeAddresses) {
-  std::string program(512, '\0');
-  program.replace(0, 2, "MZ");
-  program[0x3C] = '\x80';
-  program.replace(0x80, 2, "PE");
-  program[0x80 + 22] = 0x02;
-  put("Windows/Skyvane.exe", program);
-  put("All/Weapons/not windows.exe", state_a);
-  put("Linux/not windows.exe", state_a);
-  build();
-  program[0x80 + 22] = 0x22;
-  EXPECT_EQ(read_whole(src_fold + "Windows/Skyvane.exe"), program);
-  ASSERT_EQ(
-      zip_to_file(base + "out/disk_0/Test 9/Windows/Skyvane.exe.zip", base + "read/", nullptr, 0),
-      0);
-  EXPECT_EQ(read_whole(base + "read/Skyvane.exe"), program);
 }
 
 // A volume that fills up while the manifest is written: half a manifest may not look like a whole.
@@ -290,46 +250,42 @@ TEST_F(BuilderBuild, FullVolumeIsNoticed) {
 }
 
 // --- warnings -----------------------------------------------------------------------------------
-TEST_F(BuilderBuild, FilesThatMeetWhenInstalled) {
-  struct row {
-    const char* first;
-    const char* second;
+TEST_F(BuilderBuild, FilesThatMeetWhenInstalledOrOnlyMoved) {
+  const struct {
+    const char *first, *second;
     bool meet;
-  };
-  for (const row& one :
-       {row{"All/x/A.txt", "Linux/X/a.TXT", true}, row{"Macintosh/a.txt", "Windows/a.txt", false},
-        row{"All/a.txt", "All/b.txt", false}, row{"Windows/a.txt", "Windows/A.txt", true},
-        row{"All/Resources/plugins/KVLM.so", "Linux/Resources/plugins/KVLM.so", true},
-        row{"All/Resources/plugins/KVLM.so", "Windows/Resources/plugins/KVLM.so", false},
-        row{"All/caf\xC9.txt", "All/caf\xE9.txt", false}}) {
-    comp_files = {src_fold + one.first, src_fold + one.second};
+  } rows[] = {{"All/x/A.txt", "Linux/X/a.TXT", true},
+              {"Macintosh/a.txt", "Windows/a.txt", false},
+              {"All/a.txt", "All/b.txt", false},
+              {"Windows/a.txt", "Windows/A.txt", true},
+              {"All/Resources/plugins/KVLM.so", "Linux/Resources/plugins/KVLM.so", true},
+              {"All/Resources/plugins/KVLM.so", "Windows/Resources/plugins/KVLM.so", false},
+              {"All/caf\xC9.txt", "All/caf\xE9.txt", false}};
+  for (const auto& row : rows) {
+    comp_files = {src_fold + row.first, src_fold + row.second};
     testing::internal::CaptureStderr();
     note_installed_places();
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said.find("WARNING: two files") != std::string::npos, one.meet)
-        << one.first << ", " << one.second << ": " << said;
+    EXPECT_EQ(said.find("WARNING: two files") != std::string::npos, row.meet)
+        << row.first << ", " << row.second << ": " << said;
   }
-}
-
-TEST_F(BuilderBuild, FilesThatOnlyMoved) {
-  struct row {
+  const struct {
     const char* gone;
     int os;
     const char* shipped;
     bool warned;
-  };
-  for (const row& one :
-       {row{"APL_os/a.txt", 1, "All/a.txt", true}, row{"All/a.txt", 0, "Linux/a.txt", true},
-        row{"Macintosh/a.txt", 1, "Windows/a.txt", false}, row{"All/a.txt", 0, "All/A.txt", true},
-        row{"All/a.txt", 0, "All/x/a.txt", false}, row{"All/a.txt", 4, "All/a.txt", false}}) {
-    comp_files = {src_fold + one.shipped};
+  } moved[] = {
+      {"APL_os/a.txt", 1, "All/a.txt", true},         {"All/a.txt", 0, "Linux/a.txt", true},
+      {"Macintosh/a.txt", 1, "Windows/a.txt", false}, {"All/a.txt", 0, "All/A.txt", true},
+      {"All/a.txt", 0, "All/x/a.txt", false},         {"All/a.txt", 4, "All/a.txt", false}};
+  for (const auto& row : moved) {
+    comp_files = {src_fold + row.shipped};
     note_installed_places();
     testing::internal::CaptureStderr();
-    warn_if_still_shipped(one.gone, one.os);
-    EXPECT_EQ(!testing::internal::GetCapturedStderr().empty(), one.warned)
-        << one.gone << " " << one.os << ", " << one.shipped;
+    warn_if_still_shipped(row.gone, row.os);
+    EXPECT_EQ(!testing::internal::GetCapturedStderr().empty(), row.warned)
+        << row.gone << " " << row.os << ", " << row.shipped;
   }
-  // In a whole build.
   put_previous(std::string("DIR All/Weapons/\nFILE 0 0 90000 1 1 ") + sig_a + " Gun.wpn\n");
   put("All/Weapons/gun.wpn", state_a);
   EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "listed as gone, .*Gun.wpn");

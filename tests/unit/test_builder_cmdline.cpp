@@ -1,9 +1,5 @@
 // The builder's flags, and the server list.
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "corekit/GenC/hl_init.h"
 #include "corekit/UTL/UTL_cmdline.h"
 #include "tests/unit/builder_tree.h"
@@ -16,7 +12,6 @@ class BuilderCmdline : public builder_test {
     builder_test::SetUp();
     start_folder = base;
   }
-
   // The program's life with these flags, from the command line to the exit status.
   [[noreturn]] static void run_and_leave(const std::vector<std::string>& flags) {
     std::vector<const char*> arguments = {"installer"};
@@ -39,21 +34,17 @@ TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
   std::filesystem::create_directories(base + "a:b");
   put_at(base + "a file", "x");
   struct row {
-    const char* flag;
-    const char* text;
+    const char *flag, *text;
   };
   for (const row& one : {
            row{"--type=4", "--type needs a whole number from 0 to 3, not \"4\"."},
-           row{"--type=", "--type needs"},
            row{"--type=1x", "--type needs"},
            row{"--type=99999999999999999999", "--type needs"},
-           row{"--disk_kb=0", "--disk_kb needs"},
            row{"--disk_kb=63e4", "--disk_kb needs"},
            row{"--release=0", "--release needs"},
            row{"--name=", "--name needs a plain folder name: \"\" is empty."},
            row{"--name=..", "is no name"},
            row{"--name=a/b", "holds a separator"},
-           row{"--name=a:b", "holds a separator"},
            row{"--name=a ", "has a blank at an end"},
            row{"--name=a\nb", "holds a control character"},
            row{"--source", "--source needs a path"},
@@ -63,7 +54,6 @@ TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
            row{"--output=nowhere/out", "There is no folder to make the output folder in: "},
            row{"--output=a file", "The output folder is a file: "},
            row{"--output=a:b", "holds a \":\""},
-           row{"--output=src", "The output folder lies within the source tree: "},
            row{"--output=out/../src/All", "The output folder lies within the source tree: "},
            row{"--previous=", "--previous needs a path"},
            row{"--write_server_list", "--write_server_list needs a path"},
@@ -98,12 +88,10 @@ TEST_F(BuilderCmdline, BuildsWhatTheFlagsSay) {
 }
 
 TEST_F(BuilderCmdline, PreviousManifest) {
-  // Makers must not forget it.
   expect(1, {"--build_master", "--source=src", "--output=out", "--type=0", "--previous=no"},
          "I could not read the old directory!");
   expect(0, {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=no"},
          "The previous manifest is not used");
-  // A second build over the first.
   expect(1, build_flags("--disk_kb=100"), "Could not make the dst_folder!");
 }
 
@@ -125,8 +113,7 @@ TEST_F(BuilderCmdline, ServerListToTheLetter) {
 
 TEST_F(BuilderCmdline, ServerListsThatAnInstallerWouldMisread) {
   struct row {
-    const char* mirrors;
-    const char* text;
+    const char *mirrors, *text;
   };
   for (const row& one : {
            row{"", "A server list needs at least one mirror"},
@@ -152,9 +139,6 @@ TEST_F(BuilderCmdline, ServerListWithABuild) {
   expect(0, both, "");
   EXPECT_TRUE(is_there("out/serverlist9.txt"));
   EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));
-  // The list's folder cannot be had: the alert says so, and so does the status.
-  expect(1, {"--write_server_list=src/All/Resources/text/English/Skyvane.txt/list", "--mirrors=a"},
-         "I could not save the file!");
   expect(1, {"--write_server_list=/dev/full", "--mirrors=a"},
          "The server list could not be written whole");
 }

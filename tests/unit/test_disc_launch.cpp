@@ -1,10 +1,6 @@
-// Starting another program: what is started, with what, and that it begins only after this process
-// has saved its settings and ended.
-
-#include <sys/stat.h>
+// Starting another program, which begins only after this process has saved its settings and ended.
 
 #include "Installer-f/main_launch.h"
-#include "corekit/Files/io_utils.h"
 #include "corekit/OOPS_cpp/pref.h"
 #include "corekit/Thread/hl_thread.h"
 #include "engine_tree.h"
@@ -21,7 +17,6 @@ class DiscLaunch : public engine_tree {
     unsetenv("XDG_CONFIG_HOME");
     engine_tree::TearDown();
   }
-
   // A program that notes its name, its arguments, and whether its starter is still there and has
   // saved; complete once "out" is there.
   void program(const std::string& path) {
@@ -42,9 +37,7 @@ class DiscLaunch : public engine_tree {
   }
 };
 
-using DiscLaunchDeathTest = DiscLaunch;
-
-TEST_F(DiscLaunchDeathTest, StartsTheProgram) {
+TEST_F(DiscLaunch, StartsTheProgram) {
   const struct {
     const char* label;
     const char* program;  // the executable, below the root
@@ -70,19 +63,6 @@ TEST_F(DiscLaunchDeathTest, StartsTheProgram) {
     EXPECT_EQ(outcome(), root + row.program + "\n" + arguments + "saved\n") << row.label;
     std::remove((root + "out").c_str());
   }
-}
-
-// A program that does not run from a disc stays, whatever the disc's path has in common with its.
-TEST_F(DiscLaunch, StaysWhereThereIsNoDisc) {
-  std::string here;
-  ASSERT_EQ(get_OS_abs_path(os_dir_this_app, here), 0);
-  char name[] = "program";
-  char* argv[] = {name, nullptr};
-  for (const std::string& disc : {std::string(), root + "disc/", "/x" + here, here + "deeper/"}) {
-    dvd_path = disc;
-    leave_disc(1, argv);
-  }
-  SUCCEED();
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "Installer-f/main_map.h"
 #include "corekit/GenC/hl_mnw.h"
@@ -29,77 +29,54 @@ constexpr float y_of(float row) {
   return map_y + map_cell * row;
 }
 
-// down: the press arrives in this frame; tap: and the release as well
-enum press { up, down, held, tap };
-
-struct frame {
-  float column, row;  // mouse, in cells
-  press button;
-};
+// "5,4 3,4" as cells.
+cells cells_of(const char* text) {
+  cells found;
+  for (int column, row, used; std::sscanf(text, "%d,%d%n", &column, &row, &used) == 2; text += used)
+    found.insert({column, row});
+  return found;
+}
 
 TEST(DiscMap, Drags) {
+  // A frame is the mouse's place in cells and its button: down, when the press arrives in it, tap,
+  // when the release does as well, held or up.
   const struct {
-    const char* label;
-    cells before;
-    std::vector<frame> frames;
-    cells after;
+    const char *label, *before, *frames, *after;
     int painted;  // by the last frame
   } rows[] = {
-      {"a click deselects", {{3, 4}, {5, 5}}, {{3.5f, 4.5f, down}}, {{5, 5}}, 1},
-      {"a click within one frame", {}, {{3.5f, 4.5f, tap}}, {{3, 4}}, 1},
-      {"and it drags nothing", {}, {{3.5f, 4.5f, tap}, {5.5f, 5.5f, up}}, {{3, 4}}, 0},
-      {"holding still does not toggle", {}, {{3.5f, 4.5f, down}, {3.5f, 4.5f, held}}, {{3, 4}}, 1},
-      {"a drag paints one value",
-       {{4, 4}},
-       {{3.5f, 4.5f, down}, {5.5f, 5.5f, held}},
-       {{3, 4}, {4, 4}, {5, 4}, {3, 5}, {4, 5}, {5, 5}},
-       1},
-      {"a drag from a selected cell clears",
-       {{3, 4}, {5, 4}, {7, 7}},
-       {{5.5f, 4.5f, down}, {3.5f, 4.5f, held}},
-       {{7, 7}},
-       1},
-      {"a band that shrinks leaves what it painted",
-       {},
-       {{3.5f, 4.5f, down}, {4.5f, 4.5f, held}, {3.6f, 4.5f, held}},
-       {{3, 4}, {4, 4}},
-       1},
-      {"a corner belongs to the cell above and to the east",
-       {{3, 4}},
-       {{3, 4, down}, {3.5f, 4.5f, held}},
-       {},
-       1},
-      {"and not to the others",
-       {{2, 3}, {2, 4}, {3, 3}},
-       {{3, 4, down}, {2.5f, 3.5f, held}},
-       {{2, 3}, {2, 4}, {3, 3}},
-       1},
-      {"a band along an edge touches no cell beyond it",
-       {},
-       {{3.5f, 4.5f, down}, {4, 5, held}},
-       {{3, 4}},
-       1},
-      {"a press outside keeps the last value",
-       {},
-       {{9.5f, 9.5f, down}, {9.5f, 9.5f, up}, {-1, 0.5f, down}, {1.5f, 0.5f, held}},
-       {{9, 9}, {0, 0}, {1, 0}},
-       1},
-      {"held from before the map was there", {}, {{3.5f, 4.5f, held}, {9.5f, 9.5f, held}}, {}, 0},
-      {"the far edge", {}, {{36, 18, down}, {35.9f, 17.9f, held}}, {{35, 17}}, 1},
-      {"just beyond it", {}, {{36.1f, 18.1f, down}}, {}, 0},
+      {"a click deselects", "3,4 5,5", "3.5,4.5 down", "5,5", 1},
+      {"a click within one frame", "", "3.5,4.5 tap", "3,4", 1},
+      {"and it drags nothing", "", "3.5,4.5 tap 5.5,5.5 up", "3,4", 0},
+      {"holding still does not toggle", "", "3.5,4.5 down 3.5,4.5 held", "3,4", 1},
+      {"a drag paints one value", "4,4", "3.5,4.5 down 5.5,5.5 held", "3,4 4,4 5,4 3,5 4,5 5,5", 1},
+      {"from a selected cell it clears", "3,4 5,4 7,7", "5.5,4.5 down 3.5,4.5 held", "7,7", 1},
+      {"a band that shrinks leaves what it painted", "", "3.5,4.5 down 4.5,4.5 held 3.6,4.5 held",
+       "3,4 4,4", 1},
+      {"a corner belongs to the cell above and to the east", "3,4", "3,4 down 3.5,4.5 held", "", 1},
+      {"and not to the others", "2,3 2,4 3,3", "3,4 down 2.5,3.5 held", "2,3 2,4 3,3", 1},
+      {"a band along an edge touches no cell beyond it", "", "3.5,4.5 down 4,5 held", "3,4", 1},
+      {"a press outside keeps the last value", "",
+       "9.5,9.5 down 9.5,9.5 up -1,0.5 down 1.5,0.5 held", "9,9 0,0 1,0", 1},
+      {"held from before the map was there", "", "3.5,4.5 held 9.5,9.5 held", "", 0},
+      {"the far edge", "", "36,18 down 35.9,17.9 held", "35,17", 1},
+      {"just beyond it", "", "36.1,18.1 down", "", 0},
   };
   for (const auto& row : rows) {
     int table[sector_count] = {};
-    for (const auto& [column, at] : row.before)
+    for (const auto& [column, at] : cells_of(row.before))
       table[sector_cell(column, at)] = 1;
     map_drag drag;
-    int painted = 0;
-    for (const frame& f : row.frames) {
-      const map_mouse mouse = {x_of(f.column), y_of(f.row), f.button == down || f.button == tap,
-                               f.button == down || f.button == held};
+    int painted = 0, used = 0;
+    float x, y;
+    char button[8];
+    for (const char* at = row.frames; std::sscanf(at, "%f,%f %7s%n", &x, &y, button, &used) == 3;
+         at += used) {
+      const std::string is = button;
+      const map_mouse mouse = {x_of(x), y_of(y), is == "down" || is == "tap",
+                               is == "down" || is == "held"};
       painted = map_paint(mouse, drag, table);
     }
-    EXPECT_EQ(selected_of(table), row.after) << row.label;
+    EXPECT_EQ(selected_of(table), cells_of(row.after)) << row.label;
     EXPECT_EQ(painted, row.painted) << row.label;
   }
 }

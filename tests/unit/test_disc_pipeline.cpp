@@ -6,12 +6,9 @@
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
-#include <vector>
 
-#include "Installer-f/main_stg.h"
 #include "Installer-f/utils_disc.h"
 #include "Installer-f/utils_verify.h"
-#include "corekit/Files/io_utils.h"
 #include "corekit/UTL/UTL_thread.h"
 #include "engine_tree.h"
 
@@ -39,7 +36,6 @@ class DiscPipeline : public engine_tree {
     install_files_kill();
     engine_tree::TearDown();
   }
-
   // Puts `content` as an archive on the disc, marks it as wanted there, and makes its folder in the
   // copy.
   void ship(const std::string& path, const std::string& content, int disk = 0) {
@@ -59,7 +55,6 @@ class DiscPipeline : public engine_tree {
   }
 
   void shell(const std::string& command) { ASSERT_EQ(std::system(command.c_str()), 0) << command; }
-
   // Steps the pipeline until it reports anything.
   install_step run(int& index, int disk = 0) {
     for (;;) {
@@ -68,7 +63,6 @@ class DiscPipeline : public engine_tree {
       usleep(50);
     }
   }
-
   // The failures of a whole job, each as its file's leaf and code.
   std::vector<std::pair<int, std::string>> run_over_failures() {
     std::vector<std::pair<int, std::string>> failures;

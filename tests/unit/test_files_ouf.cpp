@@ -1,13 +1,10 @@
 // The shared output stream and the words for codes.
 
-#include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <thread>
 
 #include <sys/resource.h>
 
-#include "corekit/Files/io_utils.h"
 #include "corekit/Files/io_utils_ouf.h"
 #include "tests/unit/test_files_scratch.h"
 
@@ -18,11 +15,9 @@ TEST(FilesOuf, WritesTheHeaders) {
   EXPECT_EQ(0, ouf_close());
   EXPECT_EQ("I\n900 version\nbody\n", content_of(here / "new folder/text"));
   here.file("text", std::string(100, 'x'));
-
   ASSERT_EQ(1, ouf_open(here / "text", ouf_text, -5, " some note"));
   EXPECT_EQ(0, ouf_close());
   EXPECT_EQ("I\n-5 version some note\n", content_of(here / "text")) << "truncates";
-
   ASSERT_EQ(1, ouf_open(here / "binary", ouf_binary, 0x01020304, "ignored"));
   EXPECT_EQ(0, ouf_close());
   const int version = 0x01020304;
@@ -43,8 +38,6 @@ TEST(FilesOuf, AlertsWithoutTheFolder) {
     EXPECT_NE(std::string::npos, alert.find(line)) << alert;
   }
   EXPECT_FALSE(ouf.is_open());
-
-  // A failed open must not spoil the next one.
   ASSERT_EQ(1, ouf_open(here / "after", ouf_text, 1, ""));
   EXPECT_EQ(0, ouf_close());
 }
@@ -89,16 +82,4 @@ TEST(FilesError, WordsForCodes) {
   for (const int code : {0, -1, 20000, 20013, 2147483647, -2147483647 - 1}) {
     EXPECT_EQ("Unknown error occurred (" + std::to_string(code) + ")", error_str(code));
   }
-  // Threads word their unknown codes without tearing each other's.
-  std::thread workers[4];
-  for (int i = 0; i < 4; ++i) {
-    workers[i] = std::thread([i] {
-      const std::string expected = "Unknown error occurred (" + std::to_string(70000 + i) + ")";
-      for (int round = 0; round < 2000; ++round) {
-        if (expected != error_str(70000 + i)) ADD_FAILURE() << error_str(70000 + i);
-      }
-    });
-  }
-  for (std::thread& worker : workers)
-    worker.join();
 }

@@ -1,15 +1,20 @@
 // A folder of a test's own, and helpers that look at the disk without the services under test.
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
+
+#include "corekit/Files/io_utils.h"
 
 class scratch_folder {
  public:
@@ -50,6 +55,10 @@ class scratch_folder {
 inline std::string content_of(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
+}
+
+inline void overwrite(const std::string& path, const std::string& content) {
+  std::ofstream(path, std::ios::binary) << content;
 }
 
 inline bool is_there(const std::string& path) {

@@ -1,14 +1,16 @@
-// Threads, critical sections and the message queue, with real threads.
+// Threads, critical sections, the message queue and the worker pool, with real threads.
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
+#include <memory>
+#include <set>
 #include <thread>
-#include <vector>
 
 #include "corekit/UTL/UTL_queue.h"
 #include "corekit/UTL/UTL_thread.h"
+#include "corekit/UTL/UTL_workers.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {
@@ -40,25 +42,6 @@ TEST(RuntimeQueue, GivesWordsInTheOrderOfWriting) {
   for (size_t i = 0; i < std::size(words); ++i)
     EXPECT_EQ(UTL_message_queue_read(queue, patience[i]), words[i]) << "word " << i;
   EXPECT_EQ(UTL_message_queue_read(queue, queue_poll), 0);
-}
-
-TEST(RuntimeQueue, DeadlineCarriesIntoTheSeconds) {
-  const struct {
-    const char* label;
-    timespec now;
-    int timeout;
-    timespec expected;
-  } rows[] = {
-      {"whole seconds", {5, 999999999}, 2000, {7, 999999999}},
-      {"one below the carry", {5, 998999999}, 1, {5, 999999999}},
-      {"just the carry", {5, 999000000}, 1, {6, 0}},
-      {"the longest wait", {0, 999999999}, 2147483647, {2147484, 646999999}},
-  };
-  for (const auto& r : rows) {
-    const timespec deadline = UTL_message_deadline(r.now, r.timeout);
-    EXPECT_EQ(deadline.tv_sec, r.expected.tv_sec) << r.label;
-    EXPECT_EQ(deadline.tv_nsec, r.expected.tv_nsec) << r.label;
-  }
 }
 
 TEST(RuntimeQueue, WaitsAsLongAsAskedAndNoLonger) {
@@ -158,13 +141,6 @@ TEST(RuntimeThread, ExitUnwindsTheStackAndGivesTheResult) {
   EXPECT_EQ(came_back, 0);
 }
 
-TEST(RuntimeThread, FailedJoinIsOnlyLogged) {
-  const log_capture log;
-  const UTL_thread_identity self = UTL_get_current_thread();
-  EXPECT_EQ(UTL_thread_join(self, self), nullptr);
-  EXPECT_EQ(log.text(), "Warning: wait on thread cleanup failed with error 35\n");  // EDEADLK
-}
-
 TEST(RuntimeThread, CriticalSectionIsRecursiveAndExcludes) {
   UTL_critical_section section;
   UTL_critical_section_create(&section);
@@ -186,17 +162,97 @@ TEST(RuntimeThread, CriticalSectionIsRecursiveAndExcludes) {
   UTL_critical_section_destroy(&section);
 }
 
-TEST(RuntimeThreadDeathTest, FailedSystemCallIsFatal) {
-  UTL_critical_section section;
-  UTL_critical_section_create(&section);
-  EXPECT_EXIT(UTL_critical_section_unlock(&section), testing::ExitedWithCode(1),
-              "\"pthread_mutex_unlock\" OS error err=1\\.000000");  // EPERM
-  EXPECT_EXIT(
-      {
-        UTL_critical_section_lock(&section);
-        UTL_critical_section_destroy(&section);
-      },
-      testing::ExitedWithCode(1), "\"::pthread_mutex_destroy\" OS error err=16\\.000000");  // EBUSY
-  UTL_critical_section_destroy(&section);
-  UTL_thread_check(0, "no failure", "here", 1);
+namespace {
+
+// Counts its runs in a plain field, which only the hand-over of the task protects.
+struct counting_task : UTL_work_task {
+  void do_it() override { ++runs; }
+  int check_error(std::string& message) override {
+    message = runs == 1 ? "" : "ran more than once";
+    return runs == 1 ? 0 : 20002;
+  }
+  int runs = 0;
+};
+
+// Holds its thread until it is let go.
+struct gated_task : counting_task {
+  gated_task() { UTL_message_queue_create(&gate); }
+  ~gated_task() override { UTL_message_queue_destroy(gate); }
+  void do_it() override {
+    UTL_message_queue_read(gate, queue_wait_forever);
+    ++runs;
+  }
+  void let_go() { UTL_message_queue_write(gate, 1); }
+  UTL_message_queue* gate = nullptr;
+};
+
+}  // namespace
+
+TEST(RuntimeWorkers, RunsEveryTaskOnceAndGivesItBack) {
+  constexpr int total = 3000, limit = 8;
+  UTL_worker_threads pool(3, limit);
+  int given = 0, taken = 0, most = 0;
+  // The frame of an owner: feed while a slot is free, then take back what is ready.
+  while (taken < total) {
+    while (given < total && pool.has_free_slot()) {
+      pool.enqueue_task(new counting_task);
+      ++given;
+    }
+    most = std::max(most, pool.count_total_tasks());
+    while (UTL_work_task* back = pool.check_retired_tasks()) {
+      const std::unique_ptr<UTL_work_task> task(back);
+      std::string message = "unset";
+      EXPECT_EQ(task->check_error(message), 0);
+      EXPECT_EQ(message, "");
+      ++taken;
+    }
+  }
+  EXPECT_EQ(most, limit);
+  EXPECT_EQ(pool.count_total_tasks(), 0);
+  EXPECT_EQ(pool.check_retired_tasks(), nullptr);
+}
+
+TEST(RuntimeWorkers, CountsATaskUntilItIsTakenBack) {
+  gated_task tasks[3];
+  UTL_worker_threads pool(1, 2);
+  EXPECT_EQ(pool.wait_retired_tasks(), nullptr) << "nothing is out: does not wait";
+  EXPECT_TRUE(pool.has_free_slot());
+  pool.enqueue_task(&tasks[0]);
+  EXPECT_TRUE(pool.has_free_slot());
+  pool.enqueue_task(&tasks[1]);
+  EXPECT_FALSE(pool.has_free_slot());
+  pool.enqueue_task(&tasks[2]);  // past the limit, which is the caller's affair
+  EXPECT_EQ(pool.count_total_tasks(), 3);
+  EXPECT_EQ(pool.check_retired_tasks(), nullptr) << "the first one still runs";
+  for (gated_task& task : tasks)
+    task.let_go();
+  EXPECT_EQ(pool.wait_retired_tasks(), &tasks[0]);
+  EXPECT_FALSE(pool.has_free_slot()) << "two of two are still out";
+  EXPECT_EQ(pool.wait_retired_tasks(), &tasks[1]);
+  EXPECT_TRUE(pool.has_free_slot());
+  EXPECT_EQ(pool.wait_retired_tasks(), &tasks[2]);
+  EXPECT_EQ(pool.count_total_tasks(), 0);
+  EXPECT_EQ(pool.wait_retired_tasks(), nullptr);
+}
+
+TEST(RuntimeWorkers, DestructionRunsWhatIsQueuedUnlessTheOwnerDrains) {
+  for (const bool drains : {false, true}) {
+    counting_task tasks[200];
+    gated_task first[2];
+    {
+      UTL_worker_threads pool(2, 1);
+      for (gated_task& task : first)
+        pool.enqueue_task(&task);
+      for (counting_task& task : tasks)
+        pool.enqueue_task(&task);
+      for (gated_task& task : first)
+        task.let_go();
+      int drained = 0;
+      while (drains && pool.wait_retired_tasks() != nullptr)
+        ++drained;
+      EXPECT_EQ(drained, drains ? 202 : 0);
+    }
+    for (const counting_task& task : tasks)
+      EXPECT_EQ(task.runs, 1);
+  }
 }

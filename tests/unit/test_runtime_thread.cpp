@@ -1,7 +1,4 @@
-// The thread world: asynchronous calls, start and end, and the road of a failure from any kind of
-// thread to the main one.
-
-#include <gtest/gtest.h>
+// Asynchronous calls, and the road of a failure from any kind of thread to the main one.
 
 #include <atomic>
 #include <stdexcept>
@@ -122,6 +119,8 @@ TEST_F(RuntimeAsync, RunsCallsAndRecyclesTheirRecords) {
 }
 
 TEST_F(RuntimeAsync, IsNotDoneBeforeTheFunctionReturns) {
+  EXPECT_TRUE(THREAD_is_main_thread());
+  EXPECT_EQ(on_thread([](void* a) { return THREAD_is_main_thread() ? nullptr : a; }, this), this);
   UTL_message_queue* gate;
   UTL_message_queue_create(&gate);
   THREAD_call* const call = THREAD_run_async(wait_at_gate, gate);
@@ -134,34 +133,6 @@ TEST_F(RuntimeAsync, IsNotDoneBeforeTheFunctionReturns) {
   UTL_message_queue_destroy(gate);
 }
 
-TEST_F(RuntimeAsync, CookieIsNeverZero) {
-  const uint32_t before[] = {0xFFFFFFF4u, 0xFFFFFFF8u, 0xFFFFFFFCu, 0};
-  const uint32_t expected[] = {0xFFFFFFF8u, 0xFFFFFFFCu, 4, 4};
-  for (int i = 0; i < 4; ++i) {
-    next_cookie = before[i];
-    THREAD_call* const call = THREAD_run_async(add_one, nullptr);
-    EXPECT_EQ(next_cookie, expected[i]);
-    ASSERT_EQ(THREAD_is_done(call, 60000), 1) << "a cookie of 0 would never be seen";
-    THREAD_cleanup(call);
-  }
-}
-
-TEST_F(RuntimeAsync, KnowsTheMainThreadAndShutsDownOnce) {
-  EXPECT_TRUE(THREAD_is_inited());
-  EXPECT_TRUE(THREAD_is_main_thread());
-  const auto ask = [](void* argument) -> void* {
-    return THREAD_is_inited() && !THREAD_is_main_thread() ? argument : nullptr;
-  };
-  EXPECT_EQ(on_thread(ask, this), this);
-  THREAD_shutdown();
-  EXPECT_FALSE(THREAD_is_inited());
-  const std::string text = log.text();
-  EXPECT_EQ(text, "CPU count        : " + std::to_string(UTL_count_processors()) +
-                      "\nClean exit from threads.\n");
-  THREAD_shutdown();  // a second one finds nothing to do
-  EXPECT_EQ(log.text(), text);
-}
-
 TEST_F(RuntimeAsync, ThreadWithoutItsContextRunsAllTheSame) {
   glExt.threaded_avail = 1;
   char target = 0;
@@ -171,7 +142,6 @@ TEST_F(RuntimeAsync, ThreadWithoutItsContextRunsAllTheSame) {
   EXPECT_NE(text.find("We could not create a context for our worker threads.\n"),
             std::string::npos);
   EXPECT_NE(text.find("There was a problem setting up OpenGL.\n"), std::string::npos);
-  // From now on the wish is not even looked at.
   EXPECT_EQ(on_thread(add_one, &target, 1), &target + 1);
   EXPECT_EQ(log.text(), text);
 }
@@ -284,7 +254,7 @@ TEST(RuntimeFailureDeathTest, LastResortOfAThreadIsTheLog) {
         std::_Exit(app_done && !THREAD_is_inited() ? 7 : 3);
       },
       testing::ExitedWithCode(7), "");
-  const std::string text = read_file(log.folder.path + "log.txt");
+  const std::string text = content_of(log.folder / "log.txt");
   EXPECT_NE(text.find("EXCEPTION REPORTED FROM THREAD!!  File: Test/source, line 9.\n"
                       "a\nb\nc\nd\nClean exit from threads.\n"),
             std::string::npos)

@@ -1,10 +1,8 @@
-// Selection: every state of a file on disk against every way of judging it, and what the pages are
-// told of the job.
+// Selection: every state of a file on disk against every way of judging it.
 
 #include "Installer-f/utils_select.h"
 
 #include <numeric>
-#include <vector>
 
 #include "Installer-f/main_ask.h"
 #include "Installer-f/utils_sizes.h"
@@ -37,7 +35,6 @@ class EngineSelect : public engine_tree {
     ask_about_modified = select_alert;
     engine_tree::TearDown();
   }
-
   // A file with three shipped versions, of which the disk has `have`.
   file_version_struct& file(std::string_view path, std::string_view have,
                             std::string_view want = "new") {
@@ -52,7 +49,6 @@ class EngineSelect : public engine_tree {
     current.lon_index = lon;
     current.lat_index = lat;
   }
-
   // "F" to fetch, "D" to delete, "-" for neither, in table order.
   static std::string flags() {
     std::string text;
@@ -120,8 +116,6 @@ TEST_F(EngineSelect, AnswersForAFolder) {
   EXPECT_EQ(flags(), "--FF-");
   EXPECT_EQ(questions,
             (std::vector<std::string>{"install a/1", "install a/sub/3", "install ab/4"}));
-
-  // For that run: the next one asks again.
   questions.clear();
   answers = {answer_overwrite_folder, answer_keep_folder, answer_keep};
   EXPECT_EQ(choose_files(), 1);
@@ -184,7 +178,6 @@ TEST_F(EngineSelect, Progress) {
   const float starts[] = {0, 0.125f, 0.125f, 0.125f, 0.5f};
   for (int i = 0; i < 5; ++i)
     EXPECT_FLOAT_EQ(sim_info[i].current().progress_start, starts[i]) << i;
-
   for (file_history_struct& history : sim_info)
     history.current().sig_have = "new";
   ASSERT_EQ(choose_files(), 1);
@@ -201,7 +194,6 @@ TEST_F(EngineSelect, Scenery) {
   scenery_from_install();
   EXPECT_EQ(std::accumulate(std::begin(stg.sector_selected), std::end(stg.sector_selected), 0), 2);
   EXPECT_EQ(stg.sector_selected[sector_cell(1, 2)] + stg.sector_selected[sector_cell(35, 17)], 2);
-
   stg.sector_available[sector_cell(7, 7)] = 1;
   scenery_take_all();
   EXPECT_EQ(stg.sector_selected[sector_cell(7, 7)], 1);

@@ -1,12 +1,8 @@
-// Damaged pictures: every length that a file can be cut to, and many files changed at random. A
-// reader answers with a code; it never reads or writes where it must not, which is for the
-// sanitizers to see.
+// Pictures cut to every length and changed at random: a code, and no access where none may be.
 
-#include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <chrono>
-#include <cstring>
 
 #include "corekit/TEX/TEX_bmp.h"
 #include "corekit/TEX/TEX_dds.h"
@@ -73,8 +69,7 @@ struct sample_file {
 std::vector<sample_file> samples() {
   picture_folder folder;
   const struct {
-    const char* name;
-    const char* make;
+    const char *name, *make;
     reader read;
   } rows[] = {
       {"rgba.png", "-define png:exclude-chunks=date PNG32:", png},

@@ -1,50 +1,17 @@
-// Pictures for the tests of the image formats: made and decoded by ImageMagick, handed to a reader
-// from memory of their exact size, changed at random.
+// Pictures for the tests of the image formats: made and decoded by ImageMagick, changed at random.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "corekit/OOPS_cpp/xmap.h"
 #include "corekit/TEX/TEX_utils.h"
+#include "tests/unit/test_files_scratch.h"
 
 using bytes = std::vector<unsigned char>;
 
-// A folder of a test's own, gone with the object.
-class picture_folder {
- public:
-  picture_folder() : path_(testing::TempDir() + "skyvane-pictures-XXXXXX") {
-    if (!mkdtemp(path_.data())) std::abort();
-    path_ += "/";
-  }
-  ~picture_folder() {
-    if (std::system(("rm -rf '" + path_ + "'").c_str()) != 0) std::abort();
-  }
-  picture_folder(const picture_folder&) = delete;
-  picture_folder& operator=(const picture_folder&) = delete;
-
-  const std::string& path() const { return path_; }
-  std::string operator/(const std::string& name) const { return path_ + name; }
-  void put(const std::string& name, const std::string& content) const {
-    std::ofstream(path_ + name, std::ios::binary) << content;
-  }
-
- private:
-  std::string path_;
-};
-
-inline bool tex_is_there(const std::string& path) {
-  return access(path.c_str(), F_OK) == 0;
-}
+using picture_folder = scratch_folder;
 
 // Runs ImageMagick's convert, with "@" in `arguments` standing for the folder.
 inline void tex_convert(const picture_folder& folder, std::string arguments) {
@@ -54,8 +21,8 @@ inline void tex_convert(const picture_folder& folder, std::string arguments) {
 }
 
 inline bytes tex_file(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+  const std::string content = content_of(path);
+  return {content.begin(), content.end()};
 }
 
 // The pixels of a file as ImageMagick decodes it, 8 bits a channel, lowest row first.

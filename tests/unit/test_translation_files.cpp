@@ -1,15 +1,10 @@
-// The language files that ship, against the texts of the program as script/texts lists them; and
-// script/texts itself, on sources with texts in all places where they stand, and where none are.
-
-#include <gtest/gtest.h>
-#include <sys/wait.h>
+// The language files that ship, against the texts of the program as script/texts lists them.
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/UTL/UTL_translate.h"
@@ -24,32 +19,16 @@ std::string file_of(const std::string& language) {
   return std::string(root) + "/Resources/text/" + language + "/Installer2.txt";
 }
 
-struct listing {
-  std::vector<std::string> lines;
-  int status = -1;
-};
-
-listing run_texts(const std::string& arguments) {
-  const std::string command = "'" + std::string(root) + "/script/texts' " + arguments;
-  listing result;
-  std::FILE* const pipe = popen(command.c_str(), "r");
-  if (!pipe) return result;
-  std::string output;
-  char block[4096];
-  for (size_t got; (got = std::fread(block, 1, sizeof block, pipe)) > 0;)
-    output.append(block, got);
-  const int ended = pclose(pipe);
-  if (WIFEXITED(ended)) result.status = WEXITSTATUS(ended);
-  for (size_t at = 0, end; (end = output.find('\n', at)) != std::string::npos; at = end + 1)
-    result.lines.push_back(output.substr(at, end - at));
-  return result;
-}
-
 const std::vector<std::string>& program_texts() {
-  static const listing texts = run_texts("");
-  EXPECT_EQ(texts.status, 0);
-  EXPECT_GT(texts.lines.size(), 300u);
-  return texts.lines;
+  static std::vector<std::string> lines;
+  if (!lines.empty()) return lines;
+  std::FILE* const pipe = popen(("'" + std::string(root) + "/script/texts'").c_str(), "r");
+  char line[4096];
+  while (pipe && std::fgets(line, sizeof line, pipe))
+    lines.emplace_back(line, std::strlen(line) - 1);
+  EXPECT_EQ(pclose(pipe), 0);
+  EXPECT_GT(lines.size(), 300u);
+  return lines;
 }
 
 struct entry {
@@ -58,7 +37,7 @@ struct entry {
 
 // Reads a language file in other words than the program does.
 std::vector<entry> entries_of(const std::string& language) {
-  const std::string content = read_file(file_of(language));
+  const std::string content = content_of(file_of(language));
   EXPECT_EQ(content.rfind("I\n900 version\nTRANSLATION\n", 0), 0u) << language;
   std::vector<entry> entries;
   for (size_t at = 0, end; (end = content.find('\n', at)) != std::string::npos; at = end + 1) {
@@ -244,84 +223,5 @@ TEST(TranslationFiles, FitTheirPlaces) {
         EXPECT_LE(lines, b.most_lines) << language << ": " << shown[text];
       }
     }
-  }
-}
-
-TEST(TranslationFiles, TheListOfTextsFindsThemAll) {
-  struct row {
-    const char* source;              // of a file a.cpp beside the header below
-    std::vector<const char*> texts;  // found beyond those of the header
-  };
-  const char* const header =
-      "struct page_row { UTL_text title; int next; const char* tag; };\n"
-      "struct label_set { UTL_text ok = \"Fine\"; };\n"
-      "void say(int level, UTL_text text, const char* file);\n"
-      "void set_rows(const std::vector<page_row>& rows);\n"
-      "struct shown_line { shown_line(const char* t); UTL_text english; std::string made; };\n"
-      "void warn(int window, const shown_line& a, const shown_line& b, const char* file);\n";
-  const row rows[] = {
-      {"x = tr(\"One\"); y = UTL_translate_string ( gone ? \"Two\" : \"Three\" );",
-       {"One", "Two", "Three"}},
-      {"tr(\"One \"\n  // \"not\" this\n  \"and \" /* \"nor\" this */ \"two\"); tr(\"\" \"\");",
-       {"One and two"}},
-      {R"x(tr("a\tb\\c \"d\" \x41\101\n\r"))x", {"a\tb\\c \"d\" AA\\n\\r"}},
-      {R"x(tr(R"(a "b" \n)") + tr(u8R"--(c)")--"))x", {R"(a "b" \n)", "c)\""}},
-      {"// tr(\"a\")\n/* tr(\"b\") */ str(\"c\"); tr_2(\"d\"); log(\"e\"); \"f\";", {}},
-      {"f('\"', '\\'', 1'000'000, tr(\"Yes\"), '\\\\'); tr(\"Yes\")", {"Yes"}},
-      {"#define A tr(\"a\") \\\n  \"b\"\n#include \"c\"\ntr(\"Yes\");", {"Yes"}},
-      // Rows of a structure that holds texts: named, made on the spot, in a call, put in later.
-      {"constexpr page_row rows[] = {{\"One\", 1}, {.title = \"Two\", .next = 2}}; g(\"no\");",
-       {"One", "Two"}},
-      {"show(page_row{\"One\", 1}, \"no\");", {"One"}},
-      {"set_rows({{\"One\", 1}, {\"Two\", 2}}); reset_rows({{\"no\", 1}});", {"One", "Two"}},
-      {"std::vector<page_row> list = {{\"One\", 1}}; list.push_back({\"Two\", 2}); "
-       "other.push_back({\"no\"});",
-       {"One", "Two"}},
-      {"const struct { UTL_text a; int b; } list[] = {{\"One\", 1}, {\"Two\", 2}}; f(\"no\");",
-       {"One", "Two"}},
-      {"struct plain { const char* a; }; plain p[] = {{\"no\"}};", {}},
-      // Constants, variables and parameters of the type.
-      {"constexpr UTL_text a = \"One\", b[] = {\"Two\", \"Three\"};\n"
-       "UTL_text c = nullptr; if (d == \"no\") c = \"Four\"; d = \"no\";",
-       {"One", "Two", "Three", "Four"}},
-      {"const auto put = [&](UTL_text label, const std::string& s) { tr(label); };\n"
-       "put(\"One\", \"no\"); say(1, \"Two\", \"no\");",
-       {"One", "Two"}},
-      // Lines that are translated when they are shown, as an alert's.
-      {"warn(1, \"One\", path, \"no\"); warn(1, path, late ? \"Two\" : \"\", here); fault(\"no\");",
-       {"One", "Two"}},
-  };
-  for (const row& r : rows) {
-    runtime_folder folder;
-    write_file(folder.path + "a.h", header);
-    write_file(folder.path + "a.cpp", r.source);
-    // Names of one file mean nothing in another.
-    write_file(folder.path + "b.cpp",
-               "a = \"no\"; put(\"no\", \"no\"); list.push_back({\"no\", 1});");
-    const listing found = run_texts("'" + folder.path + "'");
-    const std::set<std::string> have(found.lines.begin(), found.lines.end());
-    std::set<std::string> want = {"Fine"};
-    want.insert(r.texts.begin(), r.texts.end());
-    EXPECT_EQ(have, want) << r.source;
-    EXPECT_EQ(found.lines.size(), want.size()) << r.source;
-    EXPECT_EQ(found.status, 0) << r.source;
-  }
-}
-
-TEST(TranslationFiles, TheListOfTextsComplainsOfWhatItCannotFind) {
-  const struct {
-    const char* source;
-    int status;
-  } rows[] = {
-      {"const char* a = \"One\"; tr(a);", 1},
-      {"UTL_text a = \"One\"; tr(a);", 0},
-      {"struct r { UTL_text title; }; tr(row.title);", 0},
-      {"struct r { UTL_text label; }; tr(row.title);", 1},
-      {"std::string tr(const char* text) { return UTL_translate_string(text); }", 0},
-  };
-  for (const auto& r : rows) {
-    runtime_folder folder;
-    write_file(folder.path + "a.cpp", r.source);
-    EXPECT_EQ(run_texts("'" + folder.path + "' 2>/dev/null").status, r.status) << r.source;
   }
 }

@@ -1,11 +1,9 @@
-// What an update still has to do: the dropped files that are left, and a manifest of a hundred
-// thousand files, at which anything that walks the table once for each file stands out.
+// The dropped files that are left, and a manifest of a hundred thousand files.
 
 #include <chrono>
 
 #include "Installer-f/main_ask.h"
 #include "Installer-f/utils_dirs.h"
-#include "Installer-f/utils_select.h"
 #include "Installer-f/utils_sizes.h"
 #include "Installer-f/utils_verify.h"
 #include "engine_tree.h"
@@ -31,12 +29,8 @@ class UpdateLeft : public engine_tree {
 
 TEST_F(UpdateLeft, CountsWhatWouldGoWithoutAQuestion) {
   const struct {
-    const char* label;
-    const char* path;
-    const char* have;
-    const char* want;
-    int os;
-    int left;
+    const char *label, *path, *have, *want;
+    int os, left;
   } rows[] = {
       {"an earlier version", "ALL_os/a.txt", "older", "GONE", 0, 1},
       {"gone already", "ALL_os/a.txt", "NONE", "GONE", 0, 0},
@@ -55,25 +49,6 @@ TEST_F(UpdateLeft, CountsWhatWouldGoWithoutAQuestion) {
     file.os = row.os;
     EXPECT_EQ(dropped_files_left(), row.left);
   }
-}
-
-// A renaming by case: one file on disk must not stand for both names.
-TEST_F(UpdateLeft, NamesThatDifferInCaseAnswerForThemselves) {
-  const char* const sig = "900150983cd24fb0d6963f7d28e17f72";  // of "abc", by RFC 1321
-  write("copy/doc/Readme.TXT", "abc");
-  write("copy/doc/ALONE.txt", "abc");
-  add("ALL_os/doc/Readme.TXT", {sig, "GONE"});
-  add("ALL_os/doc/readme.txt", {sig});
-  add("ALL_os/doc/alone.txt", {sig});
-  int index = 0;
-  float progress = 0;
-  while (!checksum_directory(index, progress)) {
-  }
-  EXPECT_EQ(sim_info[0].current().sig_have, sig);
-  EXPECT_EQ(sim_info[1].current().sig_have, sig_none);
-  EXPECT_EQ(sim_info[1].current().sig_match, 0);
-  EXPECT_EQ(sim_info[2].current().sig_have, sig) << "found under another case";
-  EXPECT_EQ(sim_info[2].current().sig_match, 1);
 }
 
 // Flat and deep, few folders and many. The limit is a hundred times what a pass takes; a quadratic
@@ -103,7 +78,6 @@ TEST_F(UpdateLeft, AHundredThousandFilesTakeNoTime) {
       absent += history.current().sig_have == sig_none;
       if (absent % 4 < 2) history.current().sig_have = "older";
     }
-    EXPECT_EQ(absent, count);
     recalc_disk_sizes();
     EXPECT_EQ(stg.todo_install_count, count / 2);
     EXPECT_EQ(dropped_files_left(), count / 4);

@@ -1,12 +1,12 @@
-// Verification over real trees: what is on disk against what the table wants. Expected signatures
-// are md5sum's.
-
-#include "Installer-f/utils_verify.h"
+// Verification over real trees: what is on disk against the table. Signatures are md5sum's.
 
 #include <sys/types.h>
 
-#include "Installer-f/utils_select.h"
-#include "corekit/Files/io_utils.h"
+#include <cstdio>
+#include <random>
+
+#include "Installer-f/utils_md5.h"
+#include "Installer-f/utils_verify.h"
 #include "engine_tree.h"
 
 namespace {
@@ -76,7 +76,6 @@ TEST_F(EngineVerify, OneFile) {
   g_case_sensitive = 0;
   EXPECT_EQ(calc_file_md5(root + "ABC", sig), 20006);
   g_case_sensitive = 1;
-
   // A file that this user may not read. The super-user may read all, so it steps down for that.
   const uid_t user = geteuid();
   ASSERT_EQ(chmod(root.c_str(), 0755), 0);
@@ -115,8 +114,6 @@ TEST_F(EngineVerify, APassOverATree) {
     EXPECT_EQ(sim_info[i].current().sig_have, rows[i].have) << sim_info[i].current().path;
     EXPECT_EQ(sim_info[i].current().sig_match, rows[i].match) << sim_info[i].current().path;
   }
-
-  // A second pass sees what has changed in between.
   write("copy/a/absent", "abc");
   ASSERT_EQ(unlink((root + "copy/a/current").c_str()), 0);
   run_pass();
@@ -136,33 +133,9 @@ TEST_F(EngineVerify, NoDestination) {
   EXPECT_EQ(sim_info[0].current().sig_match, 0);
   EXPECT_EQ(sim_info[1].current().sig_match, 1);
   EXPECT_EQ(index, 2);
-
-  // And a destination without a file in the table.
   sim_info.clear();
   mkdir(dest_dir_path.c_str(), 0755);
   EXPECT_LE(run_pass(), 2);
-}
-
-// More files than the queue takes at once: every one is found, in the first step none past the
-// limit.
-TEST_F(EngineVerify, ManyFiles) {
-  constexpr int files = 2003;
-  for (int i = 0; i < files; ++i) {
-    const std::string name = std::to_string(i);
-    if (i % 3 == 0) write("copy/" + name, "abc");
-    add("A/" + name, {md5_of_abc});
-  }
-  mkdir(dest_dir_path.c_str(), 0755);
-  int index = 0;
-  float progress = 0;
-  EXPECT_EQ(checksum_directory(index, progress), 0);
-  EXPECT_EQ(index % 10, 0);
-  EXPECT_LT(index, files);
-  EXPECT_FLOAT_EQ(progress, static_cast<float>(index) / files);
-  while (checksum_directory(index, progress) == 0)
-    usleep(200);
-  for (int i = 0; i < files; ++i)
-    EXPECT_EQ(sim_info[i].current().sig_have, i % 3 == 0 ? md5_of_abc : "NONE") << i;
 }
 
 // Given up in the middle, begun again, and begun again without having been given up.
@@ -190,26 +163,59 @@ TEST_F(EngineVerify, AbandonedPasses) {
     EXPECT_EQ(sim_info[i].current().sig_match, i == 7) << i;
 }
 
-// Files that are cut short and removed under the workers are findings, not faults.
-TEST_F(EngineVerify, FilesThatChangeMeanwhile) {
-  constexpr int files = 60;
-  const std::string content(1 << 20, 'z');
-  for (int i = 0; i < files; ++i) {
-    write("copy/" + std::to_string(i), content);
-    add("A/" + std::to_string(i), {"x"});
+std::string hex(const uint8_t (&digest)[16]) {
+  std::string text;
+  for (const uint8_t byte : digest) {
+    char pair[3];
+    std::snprintf(pair, sizeof pair, "%02x", byte);
+    text += pair;
   }
-  int index = 0;
-  float progress = 0;
-  int done = checksum_directory(index, progress);
-  for (int i = 0; i < files; ++i) {
-    const std::string path = dest_dir_path + std::to_string(i);
-    EXPECT_EQ(i % 2 ? truncate(path.c_str(), 1000) : unlink(path.c_str()), 0);
-    if (!done) done = checksum_directory(index, progress);
+  return text;
+}
+
+std::string wide_digest(std::string_view bytes) {
+  MD5_state state;
+  MD5Init(state);
+  MD5UpdateWide(state, bytes.data(), static_cast<uint32_t>(bytes.size()));
+  uint8_t digest[16];
+  MD5Final(digest, state);
+  return hex(digest);
+}
+
+std::string noise(size_t size, uint32_t seed) {
+  std::mt19937 random(seed);
+  std::string bytes(size, '\0');
+  for (char& byte : bytes)
+    byte = static_cast<char>(random());
+  return bytes;
+}
+
+using EngineMd5Files = engine_tree;
+
+// Every length about the padding's turning points, and about the slices of the wide update.
+TEST_F(EngineMd5Files, LengthsAgainstMd5sum) {
+  std::vector<size_t> sizes;
+  for (size_t size = 0; size <= 200; ++size)
+    sizes.push_back(size);
+  for (const size_t middle : {65472u, 65535u, 65536u, 2 * 65472u, 2 * 65535u, 1000000u})
+    for (size_t size = middle - 1; size <= middle + 1; ++size)
+      sizes.push_back(size);
+  std::string command = "cd '" + root + "' && md5sum";
+  for (size_t i = 0; i < sizes.size(); ++i) {
+    write(std::to_string(i), noise(sizes[i], static_cast<uint32_t>(i)));
+    command += " " + std::to_string(i);
   }
-  while (!done)
-    done = checksum_directory(index, progress);
-  for (const file_history_struct& history : sim_info)
-    EXPECT_FALSE(history.current().sig_have.empty());
+  std::FILE* const sums = popen(command.c_str(), "r");
+  ASSERT_NE(sums, nullptr);
+  size_t rows = 0;
+  char digest[33];
+  unsigned file = 0;
+  while (std::fscanf(sums, "%32s %u", digest, &file) == 2) {
+    ++rows;
+    EXPECT_EQ(wide_digest(noise(sizes[file], file)), digest) << sizes[file] << " bytes";
+  }
+  EXPECT_EQ(pclose(sums), 0);
+  EXPECT_EQ(rows, sizes.size());
 }
 
 }  // namespace

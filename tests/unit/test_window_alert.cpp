@@ -1,14 +1,12 @@
-// The drawn form of an alert, and the question with three answers.
+// Alerts: how they are drawn, and at odd moments.
 
-#include <cstdlib>
+#include <set>
 #include <thread>
 
-#include "corekit/GenC/hl_alert.h"
-#include "corekit/GenC/hl_init.h"
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/GenH/hl_types.h"
-#include "corekit/OOPS_cpp/oglp.h"
-#include "corekit/Platform/PLT_gl.h"
+#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/Thread/hl_thread.h"
+#include "corekit/UTL/UTL_translate.h"
+#include "tests/unit/test_files_scratch.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -82,13 +80,11 @@ TEST_F(WindowAlert, ItGoesBackToTheGivenWindowAndMouse) {
   mnw.mouse_y = 45;
   mnw.mouse_clicked = 1;
   return_hit = 1;  // of the frame that raised it: must not take it away unread
-  bool shown = false;
   push_key(SDLK_RETURN);
   const auto picture = next_shown([] {
     __MACIBM_alert(win_prefs, "over the settings", "", "", "", t_alert, "tests/alert", 2);
   });
-  shown = !picture.empty();
-  EXPECT_TRUE(shown);
+  EXPECT_FALSE(picture.empty());
   EXPECT_EQ(mnw.win_id, win_prefs);
   EXPECT_EQ(mnw.modal_up, 1);
   EXPECT_FLOAT_EQ(mnw.mouse_x, 123);
@@ -100,17 +96,14 @@ TEST_F(WindowAlert, ItIsDrawnWhateverStateTheFailureLeft) {
   const std::string lines[4] = {"A failure", "in the midst of drawing", "", ""};
   const auto sane = picture_of(lines);
   glBegin(GL_QUADS);
-  const auto in_begin = picture_of(lines);
-  EXPECT_EQ(in_begin, sane);
+  EXPECT_EQ(picture_of(lines), sane);
   OGL_scissors(0, 0, 1, 1);
   OGL_glow_colors();
   glDisable(GL_TEXTURE_2D);
   glBindTexture(GL_TEXTURE_2D, 0);
-  const auto messy = picture_of(lines);
-  EXPECT_EQ(messy, sane);
+  EXPECT_EQ(picture_of(lines), sane);
   glNewList(1, GL_COMPILE);
-  const auto in_list = picture_of(lines);
-  EXPECT_EQ(in_list, sane);
+  EXPECT_EQ(picture_of(lines), sane);
 }
 
 TEST_F(WindowAlert, ALongTextStaysInItsPlace) {
@@ -126,17 +119,8 @@ TEST_F(WindowAlert, ALongTextStaysInItsPlace) {
   EXPECT_FALSE(same_rows(picture_of(only), empty, 60, 100)) << "room that nobody uses is used";
   EXPECT_TRUE(same_rows(picture_of(before), picture_of(below), 0, 171)) << "over the second line";
   EXPECT_TRUE(same_rows(picture_of(last), empty, 0, 36)) << "the last line";
-  // The log has all of it.
   const std::string log = log_of([&] { picture_of(only); });
   EXPECT_NE(log.find(text), std::string::npos);
-}
-
-TEST_F(WindowAlert, AnEmptyOneIsLoggedAndNotShown) {
-  const std::string lines[4];
-  std::vector<unsigned char> picture;
-  const std::string log = log_of([&] { picture = picture_of(lines); });
-  EXPECT_TRUE(picture.empty());
-  EXPECT_EQ(log, "\n\n\n\n\n(tests/alert line 1)\n");
 }
 
 TEST_F(WindowAlert, AFatalOneShowsItsSourceAndEndsTheProgram) {
@@ -166,45 +150,121 @@ TEST_F(WindowAlert, TheLanguageChooserSetsTheLanguage) {
   EXPECT_EQ(mnw.win_id, win_none);
 }
 
-TEST_F(WindowAlert, TheQuestionHasTwoOrThreeAnswers) {
-  // Buttons of a window of 300 by 166 whose lower left is at (250, 217): the first at its right
-  // edge at height 60, the second below it at 25, the third left of that.
-  const auto third_x = [] {
-    return 300 - 20 - (OGL_string_width("Do not save") + 21) - 10 -
-           (OGL_string_width("Cancel") + 21) / 2;
-  };
-  const struct {
-    const char* label;
-    int x, y;
-    int offer_third;
-    int answer;
-  } rows[] = {
-      {"first", 265, 60, 0, 1},
-      {"second", 265, 25, 0, 2},
-      {"third", third_x(), 25, 1, 3},
-      {"third, not offered", third_x(), 25, 0, 0},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
-    std::thread user([&row] {
-      SDL_Delay(100);
-      push_button(250 + row.x, 600 - (217 + row.y), true);
-      SDL_Delay(400);
-      if (row.answer == 0) push_button(250 + 265, 600 - (217 + 60), true);
-    });
-    EXPECT_EQ(MACIBM_nuke_alert("page.txt", row.offer_third), row.answer ? row.answer : 1);
-    user.join();
-    EXPECT_EQ(mnw.win_id, win_main);
-    settle();
+class WindowAlertOdd : public window_fixture {
+ protected:
+  void SetUp() override {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    window_fixture::SetUp();
   }
-  push_window_event(SDL_WINDOWEVENT_CLOSE);
-  EXPECT_EQ(MACIBM_nuke_alert("page.txt", 1), 3) << "closed without an answer";
-  EXPECT_EQ(app_done, 0);
+};
+using WindowAlertOddDeathTest = WindowAlertOdd;
+
+void raise(const std::string& text, int type = t_alert) {
+  __MACIBM_alert(win_main, text, "", "", "", type, "tests/odd", 1);
 }
 
-TEST(WindowNoneAlert, TheQuestionCannotBePut) {
+TEST_F(WindowAlertOdd, AlertsOfManyThreadsAreShownOneByOne) {
+  constexpr int threads = 4, each = 5;
+  const int before = alerts_shown;
+  static int answered;
+  answered = 0;
+  const std::string log = log_of([] {
+    std::vector<std::thread> pool;
+    for (int t = 0; t < threads; ++t) {
+      pool.emplace_back([t] {
+        for (int i = 0; i < each; ++i)
+          raise("alert " + std::to_string(t * each + i) + ".");
+      });
+    }
+    mnw_keys.frame = [] {
+      if (mnw.win_id != win_alert) return;
+      ++answered;
+      return_hit = 1;
+    };
+    for (std::thread& thread : pool)
+      thread.join();
+    for (int i = 0; i < 3; ++i)
+      MACIBM_event_proc();
+    mnw_keys = key_handlers();
+  });
+  EXPECT_EQ(alerts_shown - before, threads * each);
+  EXPECT_EQ(answered, threads * each);
+  for (int i = 0; i < threads * each; ++i) {
+    const std::string line = "\nalert " + std::to_string(i) + ".\n";
+    const size_t at = log.find(line);
+    ASSERT_NE(at, std::string::npos) << line;
+    EXPECT_EQ(log.find(line, at + 1), std::string::npos) << "twice: " << line;
+  }
+  EXPECT_EQ(mnw.win_id, win_main);
+}
+
+TEST_F(WindowAlertOddDeathTest, AFatalOneOfAThreadEndsTheProgramWhenItHasBeenShown) {
+  const auto fatal = [] {
+    std::thread([] {
+      raise("the worker's end", t_exit);
+      std::fputs("the worker goes on\n", stderr);
+      std::_Exit(2);
+    }).join();
+    std::fputs("the main thread goes on\n", stderr);
+    mnw_keys.frame = [] { return_hit = mnw.win_id == win_alert; };
+    for (int i = 0; i < 5; ++i)
+      MACIBM_event_proc();
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(fatal(), testing::ExitedWithCode(1), "the main thread goes on\n(.|\n)*the worker's");
+}
+
+TEST_F(WindowAlertOddDeathTest, OneInsideAnotherEndsTheProgram) {
+  static std::string inner;
+  for (const size_t size : {size_t{5}, size_t{499}, size_t{5000}}) {
+    inner = std::string(size, 'i');
+    const auto nested = [] {
+      mnw_keys.frame = [] {
+        mnw_keys.frame = nullptr;
+        raise(inner);
+      };
+      raise("outer");
+      std::_Exit(0);
+    };
+    EXPECT_EXIT(nested(), testing::ExitedWithCode(1), "outer\n(.|\n)*iiiii") << size;
+  }
+}
+
+// The plain form joins two lines and takes 499 characters of them.
+TEST(WindowNoneAlertDeathTest, BeforeTheWindowIsThere) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   ASSERT_EQ(ogl_inited, 0);
-  EXPECT_EQ(MACIBM_nuke_alert("page.txt", 0), 3);
+  const auto lines = [](size_t first, size_t third) {
+    const std::string log = log_of([&] {
+      __MACIBM_alert(win_main, std::string(first, 'a'), "b", std::string(third, 'c'), "d", t_alert,
+                     "tests/odd", 2);
+    });
+    EXPECT_NE(log.find("\nb\n"), std::string::npos);
+    EXPECT_NE(log.find("\nd\n(tests/odd line 2)\n"), std::string::npos);
+  };
+  lines(1, 1);
+  lines(497, 497);
+  EXPECT_EXIT(lines(498, 1), testing::ExitedWithCode(1), "String too long!");
+  EXPECT_EXIT(lines(1, 5000), testing::ExitedWithCode(1), "String too long!");
+}
+
+TEST(WindowNoneAlert, LiteralsAreTranslatedWhenTheyAreShown) {
+  const scratch_folder here;
+  UTL_translate_load(here.file("words.txt",
+                               "I\n900 version\nTRANSLATION\nSTRING Bread====pa\xF1 \xE1\n"
+                               "STRING made====no\n"));
+  testing::internal::CaptureStderr();
+  const std::string log = log_of([] {
+    __MACIBM_alert(0, "Bread", std::string("made"), "", "", t_alert, "tests/odd", 3);
+    // A thread's alert comes as a record, in English.
+    exce_class("", "", "Bread", "/Brot\xC3\xA9", "tests/odd", 4, t_alert).Report();
+  });
+  UTL_translate_clear();
+  const std::string shown = testing::internal::GetCapturedStderr();
+  EXPECT_NE(shown.find("pañ á made\n"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("pañ á /Broté\n"), std::string::npos) << shown;
+  EXPECT_NE(log.find("\nBread\nmade\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("\nBread\n/Broté\n"), std::string::npos) << log;
 }
 
 }  // namespace

@@ -1,15 +1,8 @@
-// A run without a display: the window library is not touched unless it may be, and its silent
-// drivers count for nothing.
-
-#include <SDL.h>
+// A run without a display: the window library is not touched unless it may be.
 
 #include <cstdlib>
 
-#include "corekit/GenC/hl_init.h"
-#include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenC/hl_mnw_context.h"
-#include "corekit/Platform/PLT_gl.h"
-#include "corekit/Platform/PLT_window.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -57,31 +50,6 @@ TEST(WindowNone, NothingIsStartedUnlessAllowed) {
   EXPECT_IN_NEW_PROCESS(touch_nothing());
 }
 
-void no_display() {
-  clear_environment();
-  PLT_use_display();
-  EXPECT_FALSE(PLT_has_display());
-  EXPECT_EQ(MACIBM_make_context(0), 0);
-  EXPECT_EQ(SDL_WasInit(0), 0u) << "a silent driver was opened, or the console taken over";
-  EXPECT_NE(PLT_window_error(), "");
-}
-
-TEST(WindowNone, WithoutADisplayInTheEnvironmentThereIsNone) {
-  EXPECT_IN_NEW_PROCESS(no_display());
-}
-
-void dead_display() {
-  clear_environment();
-  setenv("DISPLAY", ":4999", 1);
-  PLT_use_display();
-  EXPECT_FALSE(PLT_has_display()) << SDL_GetCurrentVideoDriver();
-  EXPECT_EQ(MACIBM_make_context(0), 0);
-}
-
-TEST(WindowNone, ADisplayThatDoesNotAnswerIsNone) {
-  EXPECT_IN_NEW_PROCESS(dead_display());
-}
-
 void silent_driver() {
   clear_environment();
   setenv("SDL_VIDEODRIVER", "dummy", 1);  // can open windows, but has no OpenGL
@@ -97,17 +65,6 @@ void silent_driver() {
 
 TEST(WindowNone, ADriverWithoutOpenGLIsTriedFiveTimes) {
   EXPECT_IN_NEW_PROCESS(silent_driver());
-}
-
-TEST(WindowNone, DialogsDoNotComeUp) {
-  ASSERT_EQ(ogl_inited, 0);
-  mnw = mnw_record();
-  MACIBM_startwind(win_main, 0);
-  for (const int id : {int{win_prefs}, int{win_alert}, int{win_abort_alert}}) {
-    MACIBM_startwind(id, 0);
-    EXPECT_EQ(mnw.win_id, win_main) << id;
-    EXPECT_EQ(mnw.modal_up, 0) << id;
-  }
 }
 
 }  // namespace

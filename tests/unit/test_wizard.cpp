@@ -1,5 +1,4 @@
-// The wizard engine, frame by frame, operated by clicks on its own buttons; and the words of the
-// transfer page.
+// The wizard engine, frame by frame, by clicks on its own buttons; the words of the transfer page.
 
 #include <map>
 
@@ -8,13 +7,9 @@
 #include "Installer-f/main_wizard.h"
 #include "Installer-f/utils_grab.h"
 #include "Installer-f/utils_manifest.h"
-#include "corekit/GenC/hl_init.h"
-#include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenH/hl_app.h"
 #include "corekit/GenH/hl_string.h"
-#include "corekit/OOPS_cpp/tman.h"
 #include "corekit/OOPS_cpp/xtim.h"
-#include "corekit/TEX/TEX_utils.h"
 #include "tests/unit/gl_fixture.h"
 
 namespace {
@@ -100,7 +95,6 @@ TEST_F(Wizard, ClicksAndResultsLeadToTheRightPage) {
       {"a greyed next", page_b, nullptr, 0, next_x, row, page_a},
       {"left of next", nullptr, page_b, 0, 669, row, page_a},
       {"above the row", nullptr, page_b, 0, next_x, 34.5f, page_a},
-      {"result without next", page_b, nullptr, 1, 0, 0, page_a},
       {"result", nullptr, page_b, 1, 0, 0, page_b},
       {"the result beats back", page_a, page_b, 1, back_x, row, page_b},
   };
@@ -133,21 +127,11 @@ TEST_F(Wizard, FirstTimeIsOncePerVisit) {
   EXPECT_EQ(b.first_times, (std::vector<int>{1, 0}));
 }
 
-TEST_F(Wizard, ExtraButtonsGoToTheirOwnPages) {
-  wizard_set_steps({{"One", page_a}, {"Two", page_b}, {"Again", page_a}});  // a step may repeat
-  a.extra = {page_a, page_b};
-  frame_with_click(500, 350);
-  EXPECT_EQ(g_wizard, page_a);
-  frame_with_click(500, 325);
-  EXPECT_EQ(g_wizard, page_b);
-}
-
 TEST_F(Wizard, QuitEndsTheRunAndTellsThePage) {
   a.next = page_b;
   frame_with_click(quit_x, row);
   EXPECT_EQ(app_done, 1);
   EXPECT_EQ(kills, 1);
-
   // The last page's one Quit button stands where Next was, and the left one is not there.
   app_done = 0;
   g_wizard = page_a;
@@ -158,7 +142,6 @@ TEST_F(Wizard, QuitEndsTheRunAndTellsThePage) {
   frame();
   EXPECT_EQ(app_done, 1);
   EXPECT_EQ(kills, 1);
-
   app_done = 0;
   g_wizard = nullptr;
   frame();
@@ -185,12 +168,10 @@ TEST(WizardText, ProgressOfATransfer) {
   EXPECT_FLOAT_EQ(figures.kb_per_second, 250);
   EXPECT_FLOAT_EQ(figures.seconds_left, 3);
   EXPECT_EQ(figures.streams, 2);
-
   xtim.now_sec = 10;
   next.done_zip_kb = 2000;  // files that were fetched twice
   figures = patch_progress();
   EXPECT_FLOAT_EQ(figures.seconds_left, 0);
-
   next.done_zip_kb = next.in_flight_kb = 0;
   EXPECT_FLOAT_EQ(patch_progress().seconds_left, 0);
 }

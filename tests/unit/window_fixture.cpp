@@ -1,5 +1,3 @@
-// The window of the window tests.
-//
 // Other tests keep a window of their own open for the life of the process, and expect its context
 // to be current: it is put back at the end.
 
@@ -12,15 +10,11 @@
 #include <sstream>
 
 #include "Installer-f/main_wizard.h"
-#include "corekit/GenC/hl_init.h"
 #include "corekit/GenC/hl_init_window.h"
-#include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenC/hl_mnw_context.h"
 #include "corekit/GenH/hl_math.h"
 #include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/tman.h"
-#include "corekit/Platform/PLT_gl.h"
-#include "corekit/Platform/PLT_window.h"
 #include "corekit/Thread/hl_thread.h"
 
 int window_fixture::page_calls = 0;

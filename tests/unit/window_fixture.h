@@ -1,13 +1,20 @@
 // The program's own window, off the screen, as start-up makes it; and events for it.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <SDL.h>
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "corekit/GenC/hl_alert.h"
+#include "corekit/GenC/hl_init.h"
+#include "corekit/GenC/hl_mnw.h"
+#include "corekit/GenH/hl_types.h"
+#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_window.h"
 
 struct wizard_screen;
 
