@@ -43,14 +43,13 @@ struct PLT_mount {
   std::string fstype;   // such as "iso9660" or "fuse.fuseiso"
   uint64_t device = 0;  // number of the device that is mounted, as stat gives it
 };
-// The volume that is mounted at `point`, the last if several lie on one another; with an empty
-// fstype when there is none.
+// The volume that is mounted at `point` (no trailing "/"), the last if several lie on one another;
+// with an empty fstype when there is none.
 PLT_mount PLT_mount_at(const std::string& point);
 // Mount points of removable media and disc images that are mounted now, each with a trailing "/".
 // One whose name holds ":" or "\" is left out, since no path of the program can name it.
 std::vector<std::string> PLT_disc_volumes();
-// The volume that is mounted at `point` (no trailing "/"), the last if several lie on one another;
-// // Bytes of the volume that holds `path`: total, and available to this user; either may be null.
+// Bytes of the volume that holds `path`: total, and available to this user; either may be null.
 // 0 or errno.
 int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* available);
 // Ejects or unmounts the volume mounted at `path`, without a question to the user. Returns when the
