@@ -64,8 +64,15 @@ std::string from_start_folder(const std::string& path) {
 }
 
 std::string folder_from_start(const std::string& folder) {
-  const std::string path = from_start_folder(folder);
-  return path.back() == '/' ? path : path + '/';
+  std::string path = from_start_folder(folder);
+  if (path.back() != '/') path += '/';
+  // The user reads it, and the list of copies compares it: no detours, as far as it exists.
+  const bool has_detour =
+      path.find("/./") != std::string::npos || path.find("/../") != std::string::npos;
+  char resolved[PATH_MAX];
+  if (!has_detour || !realpath(path.c_str(), resolved)) return path;
+  path = resolved;
+  return path == "/" ? path : path + '/';
 }
 
 void MACIBM_init(int argc, const char* const* argv) {

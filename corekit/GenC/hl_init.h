@@ -28,5 +28,5 @@ extern std::string start_folder;
 
 // `path` made absolute against start_folder.
 std::string from_start_folder(const std::string& path);
-// The same for a folder, with a "/" at its end.
+// The same for a folder, with a "/" at its end and, where it exists, without "." and ".." in it.
 std::string folder_from_start(const std::string& folder);
