@@ -56,5 +56,3 @@ bool art_map(const std::string& land_path, art_canvas& map);  // art_map.cpp
 struct art_pictures {
   art_canvas interface { 512, 512 }, elements{1024, 70}, map{504, 504}, background{800, 600};
 };
-// The wizard's windows composed as the program would, one above the other (art_preview.cpp).
-art_canvas art_preview(const art_pictures& pictures);

@@ -1,10 +1,10 @@
 // make-art: draws the four pictures of the wizard and writes them as PNG files.
 //
-//   make-art --land LAND.json [--fonts FOLDER] [--out FOLDER] [--preview FILE.png]
+//   make-art --land LAND.json [--fonts FOLDER] [--out FOLDER]
 //
 // 1. open the fonts; 2. draw interface, elements, background and map; 3. write them, topmost row
-// first, into the out folder; 4. on demand, compose the wizard's windows from them for a look.
-// The same input gives the same bytes. The build turns the files into arrays with embed-art.
+// first, into the out folder. The same input gives the same bytes. The build turns the files into
+// arrays with embed-art.
 
 #include <cstdio>
 #include <string>
@@ -13,23 +13,21 @@
 
 static int usage() {
   fprintf(stderr,
-          "use: make-art --land LAND.json [--fonts FOLDER] [--out FOLDER] [--preview FILE.png]\n"
+          "use: make-art --land LAND.json [--fonts FOLDER] [--out FOLDER]\n"
           "  --land     TopoJSON of the world's land (Natural Earth, 1:50 million)\n"
           "  --fonts    folder of the Lato faces; /usr/share/fonts/truetype/lato by default\n"
-          "  --out      where the four PNG files go; this folder by default\n"
-          "  --preview  also write the wizard's windows, composed, to this file\n");
+          "  --out      where the four PNG files go; this folder by default\n");
   return 2;
 }
 
 int main(int argc, char** argv) {
-  std::string land, fonts = "/usr/share/fonts/truetype/lato", out = ".", preview;
+  std::string land, fonts = "/usr/share/fonts/truetype/lato", out = ".";
   for (int i = 1; i < argc; i += 2) {
     const std::string option = argv[i];
-    std::string* const value = option == "--land"      ? &land
-                               : option == "--fonts"   ? &fonts
-                               : option == "--out"     ? &out
-                               : option == "--preview" ? &preview
-                                                       : nullptr;
+    std::string* const value = option == "--land"    ? &land
+                               : option == "--fonts" ? &fonts
+                               : option == "--out"   ? &out
+                                                     : nullptr;
     if (!value || i + 1 == argc) return usage();
     *value = argv[i + 1];
   }
@@ -50,6 +48,5 @@ int main(int argc, char** argv) {
   if (!art_write(art.elements, true, out + "/elements.png")) return 1;
   if (!art_write(art.map, true, out + "/map.png")) return 1;
   if (!art_write(art.background, false, out + "/background.png")) return 1;
-  if (!preview.empty() && !art_write(art_preview(art), false, preview)) return 1;
   return 0;
 }
