@@ -40,8 +40,6 @@ void art_draw_words(const art_cell& cell, const art_words& style, float x, float
 // The glyph grid stands at the atlas origin; a glyph's baseline is 5 rows above the foot of its
 // cell, its pen position the cell's left edge.
 inline constexpr int glyph_baseline = 5;
-// The byte in a cell of the grid, row 0 the lowest; 0 for the blank.
-unsigned char art_glyph(int column, int row);
 
 // --- pictures -----------------------------------------------------------------------------------
 void art_draw_glyphs(art_canvas& atlas);    // art_font.cpp

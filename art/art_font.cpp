@@ -82,7 +82,9 @@ void art_draw_words(const art_cell& cell, const art_words& style, float x, float
 }
 
 // --- the glyph grid -----------------------------------------------------------------------------
-unsigned char art_glyph(int column, int row) {
+
+// The byte in a cell of the grid, row 0 the lowest; 0 for the blank.
+static unsigned char glyph_at(int column, int row) {
   const unsigned char byte = static_cast<unsigned char>(glyph_grid[row][size_t(column)]);
   return byte == ' ' ? 0 : byte;
 }
@@ -182,7 +184,7 @@ void art_draw_glyphs(art_canvas& atlas) {
         for (int u = cell.u; u < cell.u + cell.dx; ++u)
           atlas.at(u, v) = {1, 1, 1, 0};
 
-      const unsigned char byte = art_glyph(column, row);
+      const unsigned char byte = glyph_at(column, row);
       if (!byte) continue;
       FT_BBox base;
       FT_Load_Char(face, base_letter(byte), load);
