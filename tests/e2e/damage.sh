@@ -23,17 +23,21 @@ put_manifest() {
   (cd "$SCRATCH/made" && zip -q "$release/directory.txt.zip" directory.txt)
 }
 
-# A file's archive with a flipped byte: the alert names it, and the last page says what happened.
+# A file's archive with a flipped byte, and a page in its place, as a network that wants a login
+# sends it with status 200: the alert names it, and the last page says what happened.
 victim="$release/All/Aircraft/General Aviation/Heron 172/Heron 172.acf.zip"
 cp "$victim" "$SCRATCH/good.zip"
 size=$(stat -c %s "$victim")
-printf '\xA5\x5A\xA5\x5A' | dd of="$victim" bs=1 seek=$((size / 2)) conv=notrunc status=none
-install_copy --dest="$SCRATCH"
-want_status 1
-want_text "The installer cannot extract a file."
-want_text "Finshed Web Demo Install: There were problem installing the Skyvane 9 web demo - it may not be usable."
-cp "$SCRATCH/good.zip" "$victim"
-rm -rf "$SCRATCH/Copy"
+for way in flipped page; do
+  printf '\xA5\x5A\xA5\x5A' | dd of="$victim" bs=1 seek=$((size / 2)) conv=notrunc status=none
+  [ "$way" = flipped ] || echo "<html>Please log in.</html>" >"$victim"
+  install_copy --dest="$SCRATCH"
+  want_status 1
+  want_text "The installer cannot extract a file."
+  want_text "Finshed Web Demo Install: There were problem installing the Skyvane 9 web demo - it may not be usable."
+  cp "$SCRATCH/good.zip" "$victim"
+  rm -rf "$SCRATCH/Copy"
+done
 
 # A sound archive that holds another file: it never gets to its place.
 mkdir "$SCRATCH/other"

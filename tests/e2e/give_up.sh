@@ -15,7 +15,7 @@ most=$(awk '$9 == 404 { print $4 }' "$SCRATCH/nginx-$PORT/access.log" | uniq -c 
 [ "$most" -gt 0 ] && [ "$most" -le 500 ] || fail "$most requests in one second to a mirror that refuses"
 
 # No manifest anywhere.
-serve "$root" 'location /updates/ { return 503; }'
+serve "$root" 'location /updates/ { return 500; }'
 run skyvane-demo-installer "${options[@]}" $(through_proxy "$PORT")
 want_status 3
 want_text "The file was mirror.example/updates/Skyvane new/directory.txt.zip."

@@ -3,6 +3,7 @@
 # what a user may do on the way.
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
+. "$(dirname "$0")/lib_flows.sh"
 
 export HOME=$SCRATCH/home
 speak 1
@@ -26,9 +27,6 @@ has_fetched() { [ "$(fetched)" -ge "$1" ]; }
 mirror_now() { grep '/updates/.*\.zip HTTP' "$requests" | tail -n 1 | sed 's#.*http://\([a-z]*\)\..*#\1#'; }
 mirror_is() { [ "$(mirror_now)" = "$1" ]; }
 is_gone() { [ ! -e "$1" ]; }
-# Every dialog covers this place of the left panel.
-dialog_is_up() { shows_other 150 300 "$panel"; }
-dialog_is_gone() { shows 150 300 "$panel"; }
 
 start_display
 open_window skyvane-demo-installer $(through_proxy "$PORT")
@@ -37,19 +35,19 @@ echo "Welcome: Next is open, Back does nothing"
 wait_step 0
 shot demo_1_welcome
 wait_open
-panel=$(colour_at 150 300)
+learn_faces
 press_back
 step_is_lit 0 || fail "Back moved off the first page"
 
 echo "Options: a box is ticked, and the close box closes"
 press_options
-wait_for "the options" dialog_is_up
+wait_dialog
 unticked=$(picture_of 121 372 18 18)
 click_away 130 378
 wait_for "the tick" picture_differs "$unticked" 121 372 18 18
 shot demo_2_options
 click_away 116 480
-wait_for "the page behind the options" dialog_is_gone
+wait_no_dialog
 
 echo "Licence: Next is grey until the box is ticked, and again when it is not"
 press_next
@@ -100,25 +98,25 @@ shot demo_6_transfer
 
 echo "Back asks; Continue goes on where it was"
 press_back
-wait_for "the question" dialog_is_up
+wait_dialog
 shot demo_7_question
 before=$(fetched)
-click_away 146 228
-wait_for "the page behind the question" dialog_is_gone
+press_go_on
+wait_no_dialog
 wait_step 4
 # Up to four were under way when the question came.
 wait_for "more files" has_fetched $((before + 6))
 
 echo "Back asks again; Cancel deletes what was made"
 press_back
-wait_for "the question" dialog_is_up
+wait_dialog
 [ -n "$(find "$mine" -type f ! -name '*.zip')" ] || fail "nothing was installed before the cancel"
 twice=$(grep -o 'GET [^"]*\.zip HTTP' "$requests" | sort | uniq -d)
 [ -z "$twice" ] || fail "fetched twice: $twice"
-click_away 146 253
+press_give_up
 wait_for "the partial copy's end" is_gone "$mine"
 wait_step 3
-wait_for "the page behind the question" dialog_is_gone
+wait_no_dialog
 wait_open
 
 echo "The whole install"

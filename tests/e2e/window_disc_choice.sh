@@ -16,21 +16,25 @@ open_window skyvane-disc-installer
 wait_step 0
 wait_still
 GREY_FACE=$(next_face)
+shot disc_0_no_disc
 press_next
 insert_disc 1
 wait_other_colour 675 20 "$GREY_FACE"
 learn_faces
+shot disc_1_welcome
 step_is_lit 0 || fail "a grey Next moved on"
 
 echo "Destination, licence"
 press_next
 wait_step 1
 wait_next "$OPEN_FACE"
+shot disc_2_destination
 press_next
 wait_step 2
 wait_next "$GREY_FACE"
 click_away 230 103
 wait_next "$OPEN_FACE"
+shot disc_3_licence
 press_next
 
 echo "Map: all at first; all, none, and clicks, which turn one sector each and its figures"
@@ -83,6 +87,7 @@ done
 needs_other "$NEEDED_NONE" || fail "the figures come later than the sectors"
 FRAME_FILE=$display_file
 wait_selected +30-120 +40-080 +50+000
+shot disc_4_map
 xdotool mouseup 1
 xdotool mousemove $((SCREEN_DX - 1)) $((SCREEN_DY - 1))
 
@@ -110,6 +115,7 @@ press_next
 change_disc 1 3
 wait_for "the end of the wrong disc" is_out 3
 wait_for "the page that asks for a disc" no_step_is_lit
+shot disc_5_change
 grep -qxF "$copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "not registered"
 
 echo "Back asks; Continue leads to the same page, Cancel deletes the partial copy"
@@ -135,6 +141,7 @@ change_disc 2 1
 change_disc 1 2
 change_disc 2 3
 wait_step 5
+shot disc_7_finish
 SECTORS='\\+30-120|\\+40-080' same_tree "$SOURCE" Macintosh "$copy"
 
 echo "The new copy is started"

@@ -1,29 +1,19 @@
 #!/usr/bin/env bash
 # Without a display: the wizard says so and ends, and an unattended run never wakes a driver.
 . "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/lib_window.sh"
 unset SDL_VIDEODRIVER WAYLAND_DISPLAY DISPLAY
 
 drivers='libgallium|swrast_dri|_dri\.so|libGLX_mesa|libEGL|libnvidia|libLLVM'
 
-# watch PROGRAM ARGS...: starts it; leaves PID.
+# watch PROGRAM ARGS...: starts it; leaves WINDOW_PID.
 watch() {
   local path
   path=$(program "$1")
   shift
   "$path" "$@" >"$OUT" 2>&1 </dev/null &
-  PID=$!
-  CHILDREN+=("$PID")
-}
-
-# wait_until WHAT COMMAND...
-wait_until() {
-  local what=$1 end=$((SECONDS + 60))
-  shift
-  until "$@"; do
-    [ "$SECONDS" -lt "$end" ] || fail "waited in vain for $what"
-    kill -0 "$PID" 2>/dev/null || fail "the program ended before $what"
-    sleep 0.02
-  done
+  WINDOW_PID=$!
+  CHILDREN+=("$WINDOW_PID")
 }
 
 echo "The wizard: the alert in its plain form, exit status 1"
@@ -49,17 +39,17 @@ serve "$root" "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
 fetches() { grep -q '/updates/.*\.zip HTTP' "$SCRATCH/nginx-$PORT/access.log"; }
 DISPLAY=:4711 watch skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
   $(through_proxy "$PORT")
-wait_until "the first file" fetches
-cat "/proc/$PID/maps" >"$SCRATCH/maps.txt"
+wait_for "the first file" fetches
+cat "/proc/$WINDOW_PID/maps" >"$SCRATCH/maps.txt"
 [ -s "$SCRATCH/maps.txt" ] || fail "nothing is mapped"
 if grep -E "$drivers" "$SCRATCH/maps.txt"; then fail "an unattended run has woken a driver"; fi
 rm "$SCRATCH/slow"
 STATUS=0
-wait "$PID" || STATUS=$?
+wait "$WINDOW_PID" || STATUS=$?
 want_status 0
 same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy"
 
 echo "The same look at a run with a window does find one"
 SDL_VIDEODRIVER=offscreen watch skyvane-demo-installer
-has_driver() { grep -qE "$drivers" "/proc/$PID/maps"; }
-wait_until "a driver" has_driver
+has_driver() { grep -qE "$drivers" "/proc/$WINDOW_PID/maps"; }
+wait_for "a driver" has_driver

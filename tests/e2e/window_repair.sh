@@ -33,7 +33,9 @@ start_display
 open_window skyvane-disc-installer
 wait_step 0
 wait_still
+shot disc_8_menu
 to_confirmation
+shot disc_9_repair_confirm
 
 echo "Cancel leads back to the confirmation; the copy is as it was"
 press_next

@@ -48,6 +48,7 @@ shot scenery_1_map
 take_out 1
 press_next
 wait_disc_asked
+shot scenery_disc
 press_back
 wait_dialog
 shot scenery_stop

@@ -4,6 +4,7 @@
 # and from the folders that come of it.
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
+. "$(dirname "$0")/lib_flows.sh"
 
 export HOME=$SCRATCH/home
 mkdir -p "$HOME/Desktop"
@@ -11,29 +12,14 @@ settings="$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf"
 # No program of this machine may answer for the pickers that the test lacks or fakes.
 unset DBUS_SESSION_BUS_ADDRESS
 
-dialog_is_up() { shows_other 150 300 "$panel"; }
-dialog_is_gone() { shows 150 300 "$panel"; }
-
-# read_panel: the colour of the left panel, as it is once the page's picture has come whole.
-read_panel() {
-  local before
-  panel=$(colour_at 150 300)
-  until
-    before=$panel
-    sleep 0.3
-    panel=$(colour_at 150 300)
-    [ "$panel" = "$before" ]
-  do :; done
-}
-
 # start_options: the program on its first page, with the Options dialog open and its first field,
 # the proxy's host, in focus.
 start_options() {
   open_window skyvane-demo-installer "$@"
   wait_step 0
-  read_panel
+  learn_faces
   press_options
-  wait_for "the options" dialog_is_up
+  wait_dialog
 }
 
 # close_or_gone: presses the close box; two presses in one slow frame count as one, so it is pressed
@@ -43,14 +29,6 @@ close_or_gone() {
   click_away 116 480
   sleep 0.1
   dialog_is_gone
-}
-
-# tick X Y: turns the box there.
-tick() {
-  local before
-  before=$(picture_of $(($1 - 9)) $(($2 - 6)) 18 18)
-  click_away "$1" "$2"
-  wait_for "a tick at $1, $2" picture_differs "$before" $(($1 - 9)) $(($2 - 6)) 18 18
 }
 
 # end_options: closes the dialog and the program, which writes the settings.
@@ -109,18 +87,6 @@ end_options
 want_setting _proxy_host "old two" "a word typed over"
 want_setting _proxy_port "c2" "typed at a click, and over what Shift selected from there"
 
-echo "Settings of the dialog"
-start_options
-tick 130 378
-tick 130 303
-end_options
-for key in _log_actions _get_beta; do want_setting $key 1 "ticked"; done
-start_options
-tick 130 378
-end_options
-want_setting _log_actions 0 "unticked"
-want_setting _get_beta 1 "left ticked"
-
 # Places of keys by their codes: q w e r t y, then 2 without and with Shift.
 echo "Keyboards"
 keyboard() { # LAYOUT WANTED [OPTIONS OF setxkbmap]
@@ -141,7 +107,7 @@ keyboard fr 'azertyé2'
 keyboard us "',.pyf2@" -variant dvorak
 
 echo "A folder by the desktop's picker: the fake one answers with what its file says"
-rm "$settings"  # test releases are wanted there: with none to offer, an alert would come
+rm "$settings"  # with the words of the keyboards for a proxy
 root=$(web_root "Skyvane new" "$FIXTURE/master-new")
 serve "$root" "limit_rate 20k;"
 mkdir -p "$SCRATCH/fake" "$HOME/picked" "$HOME/Desktop/inner"
@@ -158,7 +124,7 @@ is_gone() { [ ! -e "$1" ]; }
 start_destination() {
   PATH=$1 open_window skyvane-demo-installer $(through_proxy "$PORT")
   wait_step 0
-  read_panel
+  learn_faces
   wait_open
   press_next
   wait_step 1
@@ -179,11 +145,11 @@ install_named() {
   wait_step 4
   wait_for "a copy in $2/$1" has_copy "$2/$1"
   press_back
-  wait_for "the question" dialog_is_up
-  click_away 146 253
+  wait_dialog
+  press_give_up
   wait_for "the partial copy's end" is_gone "$2/$1"
   wait_step 3
-  wait_for "the page behind the question" dialog_is_gone
+  wait_no_dialog
 }
 
 speak 2
@@ -207,7 +173,7 @@ echo "Without one, by the program's own browser: home, a new folder there, and i
 start_destination "$PATH"
 # Its buttons, from the top: the places, the row of a new folder, Select and Cancel.
 click_away 300 206
-wait_for "the browser" dialog_is_up
+wait_dialog
 before=$(picture_of 140 420 400 16)
 click_away 247 377
 wait_for "the home folder" picture_differs "$before" 140 420 400 16
@@ -217,15 +183,15 @@ shot typing_1_browser
 press_key Return
 wait_for "the new folder" test -d "$HOME/made here"
 click_away 541 87
-wait_for "the page behind the browser" dialog_is_gone
+wait_no_dialog
 install_named "By hand" "$HOME/made here"
 
 echo "Cancelled, it changes nothing"
 click_away 300 206
-wait_for "the browser" dialog_is_up
+wait_dialog
 click_away 394 377
 click_away 631 87
-wait_for "the page behind the browser" dialog_is_gone
+wait_no_dialog
 install_named "Once more" "$HOME/made here"
 press_quit
 window_ended 0

@@ -8,15 +8,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
-#include <vector>
 
 #include "Installer-f/make_installer.h"
 #include "Installer-f/make_installer_scan.h"
-#include "corekit/Files/io_utils.h"
 #include "corekit/Files/io_zip.h"
 #include "corekit/GenH/hl_types.h"
+#include "tests/unit/test_files_scratch.h"
 
 // States of a file, with their MD5 signatures from the test suite of RFC 1321.
 inline constexpr char state_a[] = "a", sig_a[] = "0cc175b9c0f1b6a831c399e269772661";
@@ -77,13 +75,6 @@ class builder_test : public testing::Test {
     old_dir_path = base + "previous.txt";
   }
 
-  static std::string read_whole(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
-  }
-
   // A build ends the process or leaves found places behind, so each runs in one of its own.
   [[noreturn]] static void build_and_leave() {
     sub_install();
@@ -98,7 +89,7 @@ class builder_test : public testing::Test {
     mkdir((base + "read").c_str(), 0755);
     const std::string zip = base + "out/disk_0/Test 9/directory.txt.zip";
     EXPECT_EQ(zip_to_file(zip, base + "read/", nullptr, 0), 0) << zip;
-    return read_whole(base + "read/directory.txt");
+    return content_of(base + "read/directory.txt");
   }
   bool is_there(const std::string& path) const {
     struct stat unused;

@@ -7,7 +7,6 @@
 
 #include "Installer-f/make_installer_comp.h"
 #include "Installer-f/utils_manifest.h"
-#include "corekit/OOPS_cpp/xmap.h"
 #include "tests/unit/builder_tree.h"
 
 namespace {
@@ -64,10 +63,10 @@ TEST_F(BuilderBuild, ManifestToTheLetter) {
             "\nDIR Macintosh/a/\n"
             "FILE 0 1 91001 0 0 0cc175b9c0f1b6a831c399e269772661 b\n");
   EXPECT_FALSE(is_there("out/disk_0/Test 9/directory.txt"));
-  EXPECT_EQ(read_whole(base + "out/disk_0/dvd_version.txt"),
+  EXPECT_EQ(content_of(base + "out/disk_0/dvd_version.txt"),
             "I\n900 version\nDVD\n\nVERSION Test 9\n");
   ASSERT_EQ(zip_to_file(base + "out/disk_0/Test 9/Linux/run.zip", base + "read/", nullptr, 0), 0);
-  EXPECT_EQ(read_whole(base + "read/run"), "a");
+  EXPECT_EQ(content_of(base + "read/run"), "a");
 }
 
 TEST_F(BuilderBuild, HistoriesGoOn) {
@@ -152,26 +151,6 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
   EXPECT_EQ(build().find("old.wpn"), std::string::npos);
 }
 
-TEST_F(BuilderBuild, PluginsOfOnePlatform) {
-  const std::string here = "All/Resources/plugins/";
-  const std::map<std::string, const char*> platforms = {{"KVLM.shlb", "1"},
-                                                        {"KVLM.framework/KVLM", "1"},
-                                                        {"KVLM.dll", "2"},
-                                                        {"KVWidgets.so", "6"},
-                                                        {"KVLM.framework/Versions/A/KVLM", "0"},
-                                                        {"kvlm.dll", "0"},
-                                                        {"KVLM.so.1", "6"},
-                                                        {"more/KVLM.so", "0"}};
-  for (const auto& [name, os] : platforms)
-    put(here + name, state_a);
-  put("Windows/All/Resources/plugins/KVLM.so", state_a);  // its first folder decides
-  build_and_read();
-  for (const auto& [name, os] : platforms)
-    EXPECT_EQ(versions_of(here + name), (lines{std::string(os) + " 91001 0 " + sig_a})) << name;
-  EXPECT_EQ(versions_of("Windows/All/Resources/plugins/KVLM.so"),
-            (lines{std::string("2 91001 0 ") + sig_a}));
-}
-
 TEST_F(BuilderBuild, HandMadeArchivesAreLinked) {
   put("All/Weapons/gun.wpn", std::string(3000, 'x'));
   put("All/Weapons/gun.wpn.7z", std::string(2500, '7'));
@@ -186,16 +165,6 @@ TEST_F(BuilderBuild, HandMadeArchivesAreLinked) {
   EXPECT_FALSE(is_there("out/disk_0/Test 9/All/Weapons/orphan.wpn.7z"));
   EXPECT_NE(manifest.find("FILE 0 0 91001 2 3 "), std::string::npos) << manifest;
   EXPECT_EQ(manifest.find(".7z"), std::string::npos) << manifest;
-}
-
-TEST_F(BuilderBuild, HandMadeArchiveOnAnotherVolume) {
-  std::string other = "/dev/shm/builder-XXXXXX";
-  ASSERT_NE(mkdtemp(other.data()), nullptr) << "no second volume";
-  put("All/Weapons/gun.wpn", state_a);
-  put("All/Weapons/gun.wpn.7z", state_a);
-  dst_fold_base = other + "/";
-  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "ERROR: could not make hard link!");
-  std::filesystem::remove_all(other);
 }
 
 // Stored data of 6,000 bytes and a little more: 6 units a file.
@@ -269,40 +238,9 @@ TEST_F(BuilderBuild, FilesThatMeetWhenInstalledOrOnlyMoved) {
     EXPECT_EQ(said.find("WARNING: two files") != std::string::npos, row.meet)
         << row.first << ", " << row.second << ": " << said;
   }
-  const struct {
-    const char* gone;
-    int os;
-    const char* shipped;
-    bool warned;
-  } moved[] = {
-      {"APL_os/a.txt", 1, "All/a.txt", true},         {"All/a.txt", 0, "Linux/a.txt", true},
-      {"Macintosh/a.txt", 1, "Windows/a.txt", false}, {"All/a.txt", 0, "All/A.txt", true},
-      {"All/a.txt", 0, "All/x/a.txt", false},         {"All/a.txt", 4, "All/a.txt", false}};
-  for (const auto& row : moved) {
-    comp_files = {src_fold + row.shipped};
-    note_installed_places();
-    testing::internal::CaptureStderr();
-    warn_if_still_shipped(row.gone, row.os);
-    EXPECT_EQ(!testing::internal::GetCapturedStderr().empty(), row.warned)
-        << row.gone << " " << row.os << ", " << row.shipped;
-  }
   put_previous(std::string("DIR All/Weapons/\nFILE 0 0 90000 1 1 ") + sig_a + " Gun.wpn\n");
   put("All/Weapons/gun.wpn", state_a);
   EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "listed as gone, .*Gun.wpn");
-}
-
-TEST_F(BuilderBuild, ArchivesThatNobodyLooksFor) {
-  put("All/Weapons/gun.wpn", state_a);
-  put("All/Weapons/gun.wpn.7z", state_a);
-  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0),
-              "WARNING: 1 files outside Global Scenery have a .7z");
-  clear_output();
-  fog_fals = install_earth;
-  put("All/Global Scenery/-global terrain-/a.dsf", state_a);
-  put("All/Global Scenery/-global terrain-/b.dsf", state_a);
-  put("All/Global Scenery/-global terrain-/b.dsf.7z", state_a);
-  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0),
-              "WARNING: 1 files below Global Scenery have no .7z");
 }
 
 }  // namespace

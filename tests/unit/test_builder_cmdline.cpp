@@ -73,7 +73,7 @@ TEST_F(BuilderCmdline, BuildsWhatTheFlagsSay) {
           "--name=My 9.1", "--release=91200"},
          "OK compression is done. Checklist if doing net:");
   ASSERT_EQ(zip_to_file(base + "new out/disk_0/My 9.1/directory.txt.zip", base, nullptr, 0), 0);
-  EXPECT_NE(read_whole(base + "directory.txt")
+  EXPECT_NE(content_of(base + "directory.txt")
                 .find("FILE 0 0 91200 0 0 " + std::string(sig_a) + " gun.wpn\n"),
             std::string::npos);
   EXPECT_TRUE(is_there("new out/disk_0/dvd_version.txt"));
@@ -101,7 +101,7 @@ TEST_F(BuilderCmdline, ServerListToTheLetter) {
          {"--write_server_list=list.txt", "--name=Skyvane_9_10", "--release=91200",
           "--mirrors=mirror-one.example/updates,mirror-two.example,127.0.0.1/pub/sky vane/"},
          "");
-  EXPECT_EQ(read_whole(base + "list.txt"),
+  EXPECT_EQ(content_of(base + "list.txt"),
             "I\n820 version\nSERVERS\n\n"
             "FINAL_VERSION 91200\n"
             "FINAL Skyvane_9_10\n\n"

@@ -155,27 +155,4 @@ TEST_F(BuilderScan, FilterByPathAndType) {
   }
 }
 
-TEST_F(BuilderScan, FilterLooksIntoFilesOnRequest) {
-  put("All/Weapons/empty.wpn", "");
-  put("All/Weapons/full.wpn", state_a);
-  mkfifo((src_fold + "All/Weapons/pipe.wpn").c_str(), 0644);
-  link("All/Weapons/to empty.wpn", "empty.wpn");
-  link("All/Weapons/to folder", "../Aircraft");
-  link("All/Weapons/to nothing", "nowhere");
-  struct row {
-    const char* name;
-    int is_folder, check;
-    bool kept;
-  };
-  for (const row& one :
-       {row{"empty.wpn", 0, 1, false}, row{"empty.wpn", 0, 0, true}, row{"empty.wpn", 1, 1, true},
-        row{"full.wpn", 0, 1, true}, row{"missing.wpn", 0, 1, false}, row{"pipe.wpn", 0, 1, false},
-        row{"to empty.wpn", 0, 1, true}, row{"to folder", 0, 1, true},
-        row{"to nothing", 0, 1, true}}) {
-    EXPECT_EQ(is_good_file(src_fold + "All/Weapons/" + one.name, one.is_folder, one.check),
-              one.kept)
-        << one.name << " folder " << one.is_folder << " check " << one.check;
-  }
-}
-
 }  // namespace

@@ -39,6 +39,7 @@ TEST_F(ButnFocus, TabGoesRoundTheRing) {
       {"no widgets, a lost focus", 0, 7, key_down, 0, 0},
       {"first", 3, 0, key_down, 1, 1},
       {"key up does not enter", 3, 0, key_up, 0, 0},
+      {"nor go on", 3, 2, key_up, 0, 2},
       {"last to first", 3, 3, key_down, 1, 1},
       {"first back to last", 3, 1, key_down | key_shift, 1, 3},
       {"unknown widget: to the first", 3, 99, key_down, 1, 1},
@@ -138,16 +139,6 @@ TEST_F(ButnFocus, QueueIsDrainedByItsOwner) {
   EXPECT_EQ(drain(1), "D");
   EXPECT_EQ(queue.count, 0);
   EXPECT_EQ(drain(1), "");
-}
-
-TEST_F(ButnFocus, FullQueueDropsItsOldestKey) {
-  ring_of(1);
-  focus_id = 1;
-  for (int i = 0; i < 70; ++i)
-    EXPECT_EQ(BTN_dispatch_to_focus('A' + i % 26, 65, key_down), 1);
-  EXPECT_EQ(queue.count, key_queue_size);
-  EXPECT_EQ(queue.chars[0], 'A' + 6);
-  EXPECT_EQ(queue.chars[63], 'A' + 69 % 26);
 }
 
 TEST(ButnLabels, SplitAtTheLastBarAndTheLastBrace) {

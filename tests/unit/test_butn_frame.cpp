@@ -39,11 +39,6 @@ TEST_F(ButnFrame, StripsAtManyWidths) {
   }
 }
 
-TEST_F(ButnFrame, NarrowStripsHaveCapsAlone) {
-  const picture_map button([] { BTN_frame1(2, 400, 300, 21, 0); });  // an empty BTN_action
-  EXPECT_TRUE(button.covers_exactly(389, 287, 22, 26));
-}
-
 TEST_F(ButnFrame, BoxesAtManySizes) {
   const struct {
     int type, u, v, side, m, b, t;

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "Installer-f/main_map.h"
-#include "corekit/GenC/hl_mnw.h"
 
 namespace {
 
@@ -79,20 +78,6 @@ TEST(DiscMap, Drags) {
     EXPECT_EQ(selected_of(table), cells_of(row.after)) << row.label;
     EXPECT_EQ(painted, row.painted) << row.label;
   }
-}
-
-// The whole widget, without a window: it edits the settings' table, and only there.
-TEST(DiscMap, Widget) {
-  stg = stg_record();
-  stg.todo_raw_kb = 7;
-  mnw.mouse_x = x_of(3.5f);
-  mnw.mouse_y = y_of(4.5f);
-  UTIL_world_map();
-  EXPECT_EQ(stg.todo_raw_kb, 7) << "the sizes were worked out without a change";
-  mnw.mouse_clicked = mnw.mouse_held = 1;
-  UTIL_world_map();
-  EXPECT_EQ(selected_of(stg.sector_selected), (cells{{3, 4}}));
-  EXPECT_EQ(stg.todo_raw_kb, 0);
 }
 
 }  // namespace

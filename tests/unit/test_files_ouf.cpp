@@ -18,28 +18,7 @@ TEST(FilesOuf, WritesTheHeaders) {
   ASSERT_EQ(1, ouf_open(here / "text", ouf_text, -5, " some note"));
   EXPECT_EQ(0, ouf_close());
   EXPECT_EQ("I\n-5 version some note\n", content_of(here / "text")) << "truncates";
-  ASSERT_EQ(1, ouf_open(here / "binary", ouf_binary, 0x01020304, "ignored"));
-  EXPECT_EQ(0, ouf_close());
-  const int version = 0x01020304;
-  EXPECT_EQ("i" + std::string(reinterpret_cast<const char*>(&version), 4),
-            content_of(here / "binary"));
   EXPECT_EQ(0, ouf_close()) << "nothing open";
-}
-
-TEST(FilesOuf, AlertsWithoutTheFolder) {
-  const scratch_folder here;
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(0, ouf_open(here / "two/levels/file", ouf_text, 1, ""));
-  const std::string alert = testing::internal::GetCapturedStderr();
-  for (const std::string& line :
-       {std::string("I could not save the file! Could the directory that the file sits in be "
-                    "missing? Or flagged as READ-ONLY by the operating system?"),
-        here / "two/levels/file"}) {
-    EXPECT_NE(std::string::npos, alert.find(line)) << alert;
-  }
-  EXPECT_FALSE(ouf.is_open());
-  ASSERT_EQ(1, ouf_open(here / "after", ouf_text, 1, ""));
-  EXPECT_EQ(0, ouf_close());
 }
 
 TEST(FilesOuf, CloseTellsOfAFullDisk) {

@@ -42,30 +42,6 @@ TEST(FilesSingle, QuestionsTellFilesFromFolders) {
   }
 }
 
-TEST(FilesSingle, AppPathStandsInFrontOfEveryPath) {
-  const scratch_folder here;
-  app_path = here.path();
-  here.link("link", "one");
-  EXPECT_EQ(1, APL_file_size(here.file("one", "1").substr(app_path.size())));
-  EXPECT_EQ(1, file_exists("ONE"));
-  EXPECT_EQ(0, make_folder("sub/"));
-  EXPECT_EQ(1, dir_exists("sub/"));
-  EXPECT_EQ(0, copy_file("one", "sub/two"));
-  EXPECT_EQ(0, rename_file("sub/", "two", "three"));
-  EXPECT_EQ(1, is_sim_link("link", nullptr));
-  EXPECT_EQ(0, copy_file_recursive("sub/", "copy/"));
-  EXPECT_EQ("1", content_of(here / "copy/three"));
-  EXPECT_EQ(0, recursive_delete_folder("sub/"));
-  EXPECT_FALSE(is_there(here / "sub"));
-  // With it a path is not above the limit.
-  app_path = "/";
-  EXPECT_EQ(0, file_exists(std::string(498, 'a')));
-  for (const auto question : {file_exists, dir_exists, APL_file_size}) {
-    EXPECT_EXIT(question(std::string(499, 'a')), testing::ExitedWithCode(1), "String too long!");
-  }
-  app_path.clear();
-}
-
 TEST(FilesSingle, DeleteTakesTheKindThatThePathNames) {
   const scratch_folder here;
   here.folder("empty");
@@ -97,18 +73,6 @@ TEST(FilesSingle, MakeFolder) {
   EXPECT_NE(0, make_folder(""));
   for (const int code : {0, 17, -48, 2, 16, 18, 48})
     EXPECT_EQ(code != 0 && code != 17 && code != -48, show_make_dir_err(code)) << code;
-}
-
-TEST(FilesSingle, RenameAndExecutable) {
-  const scratch_folder here;
-  here.file("old", "new content");
-  here.file("present", "old content");
-  EXPECT_EQ(0, rename_file(here.path(), "old", "present"));
-  EXPECT_EQ("new content", content_of(here / "present"));
-  EXPECT_EQ(ENOENT, rename_file(here.path(), "old", "other"));
-  EXPECT_EQ(0, make_file_executable((here / "present").c_str()));
-  EXPECT_EQ(0755u, mode_of(here / "present"));
-  EXPECT_EQ(ENOENT, make_file_executable((here / "other").c_str()));
 }
 
 TEST(FilesSingle, Links) {

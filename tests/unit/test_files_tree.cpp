@@ -37,31 +37,6 @@ TEST(FilesTree, ListsInByteOrderWithoutHiddenNames) {
   EXPECT_EQ("", listing(here / "b/"));
 }
 
-TEST(FilesTree, Filters) {
-  const scratch_folder here;
-  for (const char* name :
-       {"x.afl", "Y.TXT", "y.Png", "readme.txt2", "txt", "a.jpg", ".txt", "z.hgt"})
-    here.file(name);
-  here.folder("folder.txt");
-  const struct {
-    int kind;
-    const char* shown;
-  } rows[] = {{0, "Y.TXT a.jpg folder.txt/ readme.txt2 txt x.afl y.Png z.hgt "},
-              {1, "folder.txt/ x.afl "},
-              {7, "Y.TXT folder.txt/ "},
-              {18, "folder.txt/ z.hgt "},
-              {20, ""}};
-  for (const auto& row : rows)
-    EXPECT_EQ(row.shown, listing(here.path(), row.kind)) << row.kind;
-  EXPECT_EQ("-none- ", listing("sim/", 21)) << "commands";
-  int kind = -1;
-  EXPECT_EQ(0, opensave_takeit(".hidden.png", 0, 0, &kind));
-  EXPECT_EQ(1, opensave_takeit("png", 0, 0, &kind));
-  EXPECT_EQ(0, kind);
-  EXPECT_EQ(1, opensave_takeit("a.hGt", 0, 0, &kind));
-  EXPECT_EQ(18, kind);
-}
-
 TEST(FilesTreeDeathTest, FolderPathsEndInASlash) {
   std::vector<std::string> names;
   std::vector<int> flags;
@@ -129,24 +104,6 @@ TEST(FilesTree, CopiesAFolderAndItsLinks) {
   }
   EXPECT_EQ(0, copy_file_recursive(here / "from/to_a", here / "single"));
   EXPECT_EQ("alpha", content_of(here / "single"));
-}
-
-TEST(FilesTree, CopyStopsAtTheFirstFailure) {
-  const scratch_folder here;
-  here.file("from/a", "alpha");
-  here.link("from/b", "a");
-  here.file("from/c", "gamma");
-  here.file("to/b", "a file of the user's");
-  EXPECT_EQ(17, copy_file_recursive(here / "from/", here / "to/"));
-  EXPECT_EQ("a file of the user's", content_of(here / "to/b"));
-  EXPECT_FALSE(is_there(here / "to/c"));
-  EXPECT_EQ(2, copy_file_recursive(here / "missing/", here / "new/"));
-  EXPECT_FALSE(is_there(here / "new"));
-  EXPECT_EQ(2, copy_file_recursive(here / "from/", here / "no/parent/"));
-  EXPECT_EQ(22, copy_file_recursive(here / "from/", here / "from/"));
-  EXPECT_EQ("alpha", content_of(here / "from/a"));
-  EXPECT_EQ(22, copy_file_recursive(here / "from/", here / "from/d/"));
-  EXPECT_FALSE(is_there(here / "from/d/d"));
 }
 
 TEST(FilesTree, DeepTreesEndInACode) {

@@ -155,28 +155,6 @@ TEST_F(Grab, StreamsStartAndStopAtTheEndOfAFile) {
   }
 }
 
-TEST_F(Grab, NothingToDoUsesNoNetwork) {
-  EXPECT_EQ(grab_files(), 1) << "an empty table";
-  grab_reset();
-  next.finished = 0;
-  for (int i = 0; i < 1001; ++i) {
-    file_version_struct file = wanted_file(i < 1000 ? "ALL_os/f" : "ALL_os/last");
-    file.need_fetch = 0;
-    file.sig_match = i == 1000;
-    add(file);
-  }
-  use_proxy_port(closed_port());
-  int calls = 1;
-  while (grab_files() == 0)
-    ++calls;
-  EXPECT_EQ(calls, 502) << "two streams, a file each a call, and a call that sees the end";
-  EXPECT_EQ(next.finished, 1);
-  EXPECT_EQ(stg.activity, activity_have_it) << "of the last file";
-  EXPECT_EQ(crnt_file_name, "last");
-  EXPECT_EQ(crnt_file_path, "/up/rel/ALL_os/last.zip");
-  EXPECT_EQ(log(), "");
-}
-
 TEST_F(Grab, FetchesAndDeletes) {
   mirror m({{"http://one/up/rel/ALL_os/a%20b.txt.zip", archive_of("a b.txt", "AB")},
             {"http://one/up/rel/ALL_os/sub/c.zip", archive_of("c", "new")},

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <map>
 #include <memory>
 
 #include "corekit/Sockets/PCSBSocket.h"
@@ -77,13 +76,6 @@ TEST(NetSocket, DataFlowsBothWays) {
   EXPECT_EQ(pair.caller->http_WriteData("hello", 5), 5);
   EXPECT_TRUE(comes_true([&] { return pair.client.ReadData(buffer, sizeof buffer) == 5; }));
   EXPECT_EQ(std::string(buffer), "hello");
-  PCSBSocket::ConnectionData data;
-  ASSERT_TRUE(pair.client.GetAddresses(&data));
-  EXPECT_EQ(data.local_address, 0x7F000001u) << "host order";
-  EXPECT_EQ(data.remote_address, htonl(0x7F000001u)) << "network order";
-  EXPECT_EQ(data.remote_port, pair.port());
-  PCSBSocket idle(0, false);
-  EXPECT_FALSE(idle.GetAddresses(&data));
 }
 
 TEST(NetSocket, ThePeersCloseAloneDoesNotEndIt) {
@@ -161,17 +153,6 @@ TEST(NetSocket, WorksAboveTheLimitOfSelectAndIsNotInherited) {
   EXPECT_TRUE(comes_true([&] { return client.GetStatus() == PCSBSocket::status_Connected; }));
   for (const int descriptor : held)
     close(descriptor);
-}
-
-TEST(NetSocket, LookupAddress) {
-  const std::map<std::string, uint32_t> rows = {
-      {"127.0.0.1", 0x7F000001},
-      {"localhost", 0x7F000001},
-      {"", 0},
-      {"two words", 0},
-      {"255.255.255.255", 0xFFFFFFFF}};  // not a number for inet_addr, but a name that resolves
-  for (const auto& [name, address] : rows)
-    EXPECT_EQ(PCSBSocket::LookupAddress(name.c_str()), htonl(address)) << name;
 }
 
 }  // namespace

@@ -38,19 +38,6 @@ class page : public OGLE {
     text = s;
     Repaginate();
   }
-  std::string lines() {
-    std::string all;
-    for (size_t i = 0; i < rec->line_starts.size(); ++i) {
-      const size_t start = static_cast<size_t>(rec->line_starts[i]);
-      const size_t end = i + 1 < rec->line_starts.size()
-                             ? static_cast<size_t>(rec->line_starts[i + 1])
-                             : text.size();
-      all += "[" + text.substr(start, end - start) + "]";
-    }
-    std::replace(all.begin(), all.end(), '\n', '$');
-    std::replace(all.begin(), all.end(), '\r', '%');
-    return all;
-  }
   // Such as "ab[cd>ef": the active end is the one with the arrow.
   std::string shown() {
     int start, end;
@@ -364,27 +351,6 @@ TEST(Ogle, AgreesWithAModelOverManyOperations) {
   constexpr float wraps[] = {1024, 12, 45, 90};
   for (unsigned seed = 1; seed <= 40 && !HasFatalFailure(); ++seed)
     run(seed, wraps[seed % 4], 3000);
-}
-
-TEST(Ogle, LinesBreakAtWordsAndBreaks) {
-  // Widths: a 3, b 4, c 5, d 1, blank 3.
-  const struct {
-    const char *label, *text;
-    float wrap;
-    const char* lines;
-  } rows[] = {
-      {"one too wide", "aa aa", 14.9f, "[aa ][aa]"},
-      {"blanks stay with the line", "aa    aa", 9, "[aa    ][aa]"},
-      {"overlong word", "aaaa b", 9, "[a][aaa ][b]"},
-      {"at the end, no empty line", "a\n", 99, "[a$]"},
-      {"both bytes count", "a\r\na", 99, "[a%][$][a]"},
-  };
-  for (const auto& row : rows) {
-    page p(row.wrap);
-    p.put("stale\nlines\nof before");
-    p.put(row.text);
-    EXPECT_EQ(p.lines(), row.lines) << row.label;
-  }
 }
 
 TEST(Ogle, KeysFollowTheirTable) {

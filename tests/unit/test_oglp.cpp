@@ -5,29 +5,20 @@
 
 class Oglp : public gl_fixture {};
 
-TEST_F(Oglp, ColoursAreTintedBelow46AndFollowTheAlphas) {
+TEST_F(Oglp, ColoursFollowTheAlphas) {
   const struct {
     const char* label;
     int col;
-    float alpha, tint, plot_alpha;
-    int green_mode;
+    float alpha, plot_alpha;
     int r, g, b;  // over black
   } rows[] = {
-      {"plain", 1, 1, 1, 1, 0, 255, 51, 51},
-      {"the last tinted index is dimmed", 45, 1, 0.5f, 1, 0, 128, 64, 32},
-      {"index 46 is not dimmed", 46, 1, 0.5f, 1, 0, 255, 128, 64},
-      {"plot_alpha multiplies", 49, 0.5f, 1, 0.5f, 0, 64, 64, 64},
-      {"alpha above 0.99 is opaque", 49, 0.995f, 1, 1, 0, 255, 255, 255},
-      {"green mode sums", 6, 1, 1, 1, 1, 0, 230, 0},
-      {"green mode is held to 1", 0, 1, 1, 1, 1, 0, 255, 0},
+      {"plain", 1, 1, 1, 255, 51, 51},
+      {"plot_alpha multiplies", 49, 0.5f, 0.5f, 64, 64, 64},
+      {"alpha above 0.99 is opaque", 49, 0.995f, 1, 255, 255, 255},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
-    colr.assign(45, 1, .5f, .25f);
-    colr.assign(46, 1, .5f, .25f);
-    colr.set_lites(row.tint, row.tint, row.tint);
     ren.plot_alpha = row.plot_alpha;
-    ren.mono_green = row.green_mode;
     clear();
     OGL_fillrect(row.col, row.alpha, 100, 100, 10, 10);
     EXPECT_TRUE(pixel_is(105, 105, row.r, row.g, row.b));
@@ -79,26 +70,4 @@ TEST_F(Oglp, ScissorsCutAndTakeNegativeSizesAsNone) {
   OGL_fillrect(49, 1, 0, 0, 700, 500);
   OGL_scissors_end();
   EXPECT_TRUE(pixel_is(110, 110, 0, 0, 0));
-}
-
-TEST_F(Oglp, ScreenSpecs) {
-  const struct {
-    int win_id, pix_dx, pix_dy;
-    float side, top;
-  } rows[] = {{0, 1024, 768, 0, 0},
-              {0, 1280, 800, 128, 32},
-              {-1, 1280, 800, 0, 32},
-              {0, 1025, 769, 0.5f, 1},
-              {0, 0, 0, 0, 0}};
-  for (const auto& row : rows) {
-    mnw.win_id = row.win_id;
-    mnw.pix_dx = row.pix_dx;
-    mnw.pix_dy = row.pix_dy;
-    mnw.ui_scale = 3;
-    OGL_pix_specs();
-    EXPECT_EQ(mnw.ui_scale, 1.0f);
-    EXPECT_EQ(mnw.side_margin, row.side) << row.pix_dx;
-    EXPECT_EQ(mnw.top_margin, row.top) << row.pix_dy;
-    EXPECT_EQ(mnw.centre_x, static_cast<float>(row.pix_dx) / 2);
-  }
 }

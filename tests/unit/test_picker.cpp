@@ -245,32 +245,3 @@ TEST_F(PickerDialog, CanBeGivenUp) {
   std::string path;
   EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none) << "its program is gone";
 }
-
-TEST_F(PickerDialog, FallsBackToTheOwnBrowser) {
-  const fake_desktop desktop;
-  mkdir((desktop.folder + "work").c_str(), 0755);
-  std::ofstream(desktop.folder + "file.txt") << "x";
-  symlink((desktop.folder + "work").c_str(), (desktop.folder + "zlink").c_str());
-  static bool chosen;
-  for (const bool fails : {false, true}) {
-    SCOPED_TRACE(fails ? "when the desktop's fails" : "none installed");
-    if (fails) desktop.put("zenity", "exit 9");
-    frames = 0;
-    chosen = false;
-    each_frame = [] {
-      // Presses the second row of the list: files are not shown, links are. Then Select.
-      if (mnw.win_id != win_file_open || frames < 4) return;
-      if (chosen) {
-        return_hit = 1;
-      } else {
-        press(60, 290 - 6 - 14 * 1.5f);
-      }
-      chosen = true;
-    };
-    std::string out;
-    EXPECT_EQ(pick(desktop.folder, &out), 1);
-    EXPECT_EQ(out, desktop.folder + "zlink");
-    EXPECT_EQ(mnw.win_id, win_main);
-    EXPECT_EQ(app_done, 0) << "it hung";
-  }
-}

@@ -2,11 +2,9 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
 
-#include <map>
 #include <optional>
 
 #include "corekit/Platform/PLT_system.h"
@@ -15,13 +13,6 @@
 using namespace std::string_literals;
 
 namespace {
-uint32_t code_of(const std::string& text) {
-  uint32_t code = 0;
-  for (const char letter : text)
-    code = code << 8 | static_cast<unsigned char>(letter);
-  return code;
-}
-
 void set_environment(const char* name, const std::optional<std::string>& value) {
   if (value)
     setenv(name, value->c_str(), 1);
@@ -113,32 +104,6 @@ TEST(Platform, UserDirs) {
     EXPECT_EQ(row.expected, PLT_parse_user_dir(row.text, "XDG_DESKTOP_DIR", "/home/me/"))
         << row.label;
   }
-}
-
-TEST(Platform, MachineTexts) {
-  using texts = std::map<std::string, std::string>;
-  for (const auto& [release, expected] :
-       texts{{"6.1.0-18-amd64", "6 1 0"}, {"6.8-rc3", "6 8 ?"}, {"6.", "6 ? ?"}, {"", "? ? ?"}}) {
-    std::string version[3];
-    PLT_parse_release(release, version);
-    EXPECT_EQ(expected, version[0] + " " + version[1] + " " + version[2]) << release;
-  }
-  const std::map<std::string, int> speeds = {
-      {"processor\t: 0\ncpu MHz\t\t: 2799.998\ncpu MHz\t\t: 1000.0\n", 2800},
-      {"cpu MHz : 800", 800},
-      {"my cpu MHz\t: 12\n", 0},
-      {"cpu MHz\t\t: unknown\n", 0},
-      {"cpu MHz\t\t: -5\n", 0},
-      {"cpu MHz", 0}};
-  for (const auto& [cpuinfo, mhz] : speeds)
-    EXPECT_EQ(mhz, PLT_parse_cpu_mhz(cpuinfo)) << cpuinfo;
-  for (const auto& [machine, type] : texts{{"x86_64", "ixxx"},
-                                           {"i686", "ixxx"},
-                                           {"aarch64", "aarc"},
-                                           {"ppc", "ppc "},
-                                           {"ia64", "ia64"},
-                                           {"", ""}})
-    EXPECT_EQ(code_of(type), PLT_parse_cpu_type(machine)) << machine;
 }
 
 TEST(Platform, DesktopFolder) {

@@ -192,35 +192,6 @@ TEST_F(RuntimePref, AFailedWriteKeepsTheOldFile) {
   EXPECT_NE(content_of(deep), "");
 }
 
-TEST_F(RuntimePref, ResolutionFileKeepsTheScreenInBounds) {
-  const auto start = std::filesystem::current_path();
-  std::filesystem::current_path(log.folder.path());
-  std::filesystem::create_directories("Resources/preferences");
-  const int rows[][4] = {// written, and read again
-                         {800, 600, 800, 600},
-                         {600, 9999, 600, 9999},
-                         {599, 599, 1024, 768},
-                         {10000, 10000, 1024, 768},
-                         {9999, 599, 9999, 768}};
-  for (const auto& [dx, dy, expected_dx, expected_dy] : rows) {
-    mnw = mnw_record();
-    mnw.req_dx = dx;
-    mnw.req_dy = dy;
-    pref.IO_set(pref_kind_resolution, pref_write);
-    mnw = mnw_record();
-    pref.IO_set(pref_kind_resolution, pref_read);
-    EXPECT_EQ(mnw.req_dx, expected_dx) << dx;
-    EXPECT_EQ(mnw.req_dy, expected_dy) << dy;
-  }
-  mnw = mnw_record();
-  // A kind without tags leaves a header; one that does not exist leaves nothing.
-  pref.IO_set(pref_kind_calibration, pref_write);
-  EXPECT_EQ(content_of("Resources/preferences/Cal Skyvane.prf"), header);
-  pref.IO_set(13, pref_write);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("Resources/preferences"), {}), 2);
-  std::filesystem::current_path(start);
-}
-
 TEST_F(RuntimePref, InstallerFileHoldsItsTagsInOrder) {
   setenv("XDG_CONFIG_HOME", log.folder.path().c_str(), 1);
   mnw = mnw_record();

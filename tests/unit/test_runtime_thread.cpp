@@ -5,9 +5,7 @@
 
 #include "corekit/GenC/hl_alert.h"
 #include "corekit/GenC/hl_init.h"
-#include "corekit/OGL/OGL_extensions.h"
 #include "corekit/Thread/hl_thread.h"
-#include "corekit/UTL/UTL_cmdline.h"
 #include "corekit/UTL/UTL_workers.h"
 #include "tests/unit/test_runtime_util.h"
 
@@ -23,11 +21,11 @@ void* wait_at_gate(void* gate) {
 }
 
 // Runs `function` on a thread of its own to its end.
-void* on_thread(UTL_thread_function function, void* argument, int want_ogl = 0) {
+void* on_thread(UTL_thread_function function, void* argument) {
   UTL_thread_handle thread;
   UTL_thread_joiner join;
   UTL_thread_identity identity;
-  THREAD_create(function, argument, &thread, &join, &identity, want_ogl);
+  THREAD_create(function, argument, &thread, &join, &identity, 0);
   return UTL_thread_join(thread, join);
 }
 
@@ -133,19 +131,6 @@ TEST_F(RuntimeAsync, IsNotDoneBeforeTheFunctionReturns) {
   UTL_message_queue_destroy(gate);
 }
 
-TEST_F(RuntimeAsync, ThreadWithoutItsContextRunsAllTheSame) {
-  glExt.threaded_avail = 1;
-  char target = 0;
-  EXPECT_EQ(on_thread(add_one, &target, 1), &target + 1);
-  EXPECT_EQ(glExt.threaded_avail, 0) << "the capability is withdrawn";
-  const std::string text = log.text();
-  EXPECT_NE(text.find("We could not create a context for our worker threads.\n"),
-            std::string::npos);
-  EXPECT_NE(text.find("There was a problem setting up OpenGL.\n"), std::string::npos);
-  EXPECT_EQ(on_thread(add_one, &target, 1), &target + 1);
-  EXPECT_EQ(log.text(), text);
-}
-
 TEST_F(RuntimeAsync, FailuresWaitForTheirReaderBySeverity) {
   const std::string before = log.text();
   for (const int severity : {0, 1, 3, -1}) {
@@ -236,27 +221,4 @@ TEST(RuntimeFailureDeathTest, TheFirstFatalGoesAheadOfEverything) {
         THREAD_check_exception(1);
       },
       testing::ExitedWithCode(1), "^[^r]*record 2[^r]*$");
-}
-
-TEST(RuntimeFailureDeathTest, LastResortOfAThreadIsTheLog) {
-  const log_capture log;
-  const char* const arguments[] = {"program", "--fps_test"};  // keeps the settings as they are
-  EXPECT_EXIT(
-      {
-        cmdline.init_unix(2, arguments);
-        THREAD_init();
-        on_thread(
-            [](void*) -> void* {
-              exce_class("a", "b", "c", "d", "Test/source", 9, t_exit).Report();
-              return nullptr;
-            },
-            nullptr);
-        std::_Exit(app_done && !THREAD_is_inited() ? 7 : 3);
-      },
-      testing::ExitedWithCode(7), "");
-  const std::string text = content_of(log.folder / "log.txt");
-  EXPECT_NE(text.find("EXCEPTION REPORTED FROM THREAD!!  File: Test/source, line 9.\n"
-                      "a\nb\nc\nd\nClean exit from threads.\n"),
-            std::string::npos)
-      << text;
 }

@@ -105,27 +105,3 @@ TEST_F(RuntimeTranslate, TakesOnlyASuitableFile) {
   UTL_translate_load(log.folder / "missing.txt");
   EXPECT_EQ(UTL_translate_string("Stop"), "Stop");
 }
-
-TEST_F(RuntimeTranslate, LogsMissingTextsAsATemplate) {
-  const char* const arguments[] = {"program", "--missing_strings"};
-  cmdline.init_unix(2, arguments);
-  const std::string before = log.text();
-  EXPECT_EQ(UTL_translate_string("No file yet"), "No file yet");
-  EXPECT_EQ(log.text(), before) << "without a table nothing is missing";
-  load(std::string(header) + "STRING Cancel====Abbrechen\n");
-  for (int frame = 0; frame < 3; ++frame) {
-    UTL_translate_string("Cancel");
-    EXPECT_EQ(UTL_translate_string("Two\r\nlines"), "Two\r\nlines");
-    UTL_translate_string("Stop");
-    UTL_translate_string(" and more ");
-  }
-  const std::string lines =
-      "STRING Two\\r\\nlines====Two\\r\\nlines\nSTRING Stop====Stop\nSTRING  and more ==== and "
-      "more \n";
-  EXPECT_EQ(log.text(), before + lines);
-  // What was logged is a language file but for its header.
-  load(header + lines);
-  UTL_translate_string("Two\r\nlines");
-  UTL_translate_string(" and more ");
-  EXPECT_EQ(log.text(), before + lines);
-}

@@ -2,6 +2,7 @@
 
 #include "corekit/OOPS_cpp/oglp_draw.h"
 #include "tests/unit/gl_fixture.h"
+#include "tests/unit/test_tex_util.h"
 
 class Tman : public gl_fixture {};
 
@@ -68,6 +69,20 @@ TEST_F(Tman, PictureBecomesATexture) {
   EXPECT_EQ(dat.name, "un-inited");
 }
 
+TEST_F(Tman, AFileBecomesATexture) {
+  const picture_folder folder;
+  tex_convert(folder,
+              "-seed 4 -size 32x16 plasma:red-blue -define png:exclude-chunks=gAMA,cHRM,sRGB,date "
+              "PNG24:@p.png");
+  tman.load_texture(tex_fail_fatal, spare_ref, tex_full_size | tex_rgb, tex_load_now,
+                    folder / "p.png");
+  bytes back(32 * 16 * 3);
+  tman.bind_ref(spare_ref, 0, 0);
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glGetTexImage(GL_TEXTURE_2D, 0, GL_RGB, GL_UNSIGNED_BYTE, back.data());
+  EXPECT_EQ(back, tex_decoded(folder, "p.png", 32, 3, "rgb"));
+}
+
 TEST_F(Tman, BindCacheNeverNamesADeletedTexture) {
   scratch(8, 8, 255);
   load(spare_ref, scratch_flags);
@@ -104,15 +119,7 @@ TEST_F(Tman, MissingPicturesDrawGray) {
   const auto miss = [](tex_fail_mode mode) {
     tman.load_texture(mode, spare_ref, scratch_flags, tex_load_now, "missing.png");
   };
-  tman.reset_scene_load_fail();
-  for (const tex_fail_mode other : {tex_fail_silent, tex_fail_plane, tex_fail_installed})
-    miss(other);
-  EXPECT_EQ(tman.has_scene_load_fail(), 0);
-  miss(tex_fail_scene);
-  EXPECT_EQ(tman.has_scene_load_fail(), 1);
-  tman.mute_scene_load_fail();
-  miss(tex_fail_scene);
-  EXPECT_EQ(tman.has_scene_load_fail(), 0);
+  miss(tex_fail_silent);
   clear();
   OGL_2dquad_d(spare_ref, 49, 1, 10, 10, 0, 0, 10, 10, 1, 1, 5);
   EXPECT_TRUE(pixel_is(15, 15, 128, 128, 128));
@@ -125,40 +132,4 @@ TEST_F(Tman, MissingPicturesDrawGray) {
   EXPECT_EQ(tman.record(spare_ref).format, 0);
   tman.bind_ref(spare_ref, 0, 0);
   EXPECT_EQ(bound(), static_cast<GLint>(tman.record(t_blank_gray).gl_id));
-}
-
-TEST(TmanTable, AutomaticReferencesAreShared) {
-  const auto get = [](const char* name) {
-    return tman.load_texture(tex_fail_silent, 0, scratch_flags, tex_load_now, name);
-  };
-  EXPECT_EQ(tman.load_texture(tex_fail_silent, 0, 0, tex_load_now, ""), 0);
-  const int a = get("a.png"), b = get("b.png");
-  EXPECT_GE(a, 1135);
-  EXPECT_NE(a, b);
-  EXPECT_EQ(get("a.png"), a);
-  EXPECT_EQ(tman.record(a).ref_count, 2);
-  tman.release_texture(a);
-  tman.purge_unused_texes();
-  EXPECT_EQ(tman.record(a).name, "a.png");
-  tman.release_texture(a);
-  EXPECT_EQ(tman.record(a).name, "a.png") << "nothing is freed before the purge";
-  tman.purge_unused_texes();
-  EXPECT_EQ(tman.record(a).name, "un-inited");
-  EXPECT_EQ(tman.record(b).name, "b.png");
-  EXPECT_EQ(get("c.png"), a) << "a free record is taken again";
-}
-
-TEST(TmanTable, MisuseIsFatal) {
-  const auto try_load = [](int ref, int flags, int dx) {
-    scratch_dx = dx;
-    scratch_dy = 16;
-    tman.load_texture(tex_fail_fatal, ref, flags, tex_load_now, "scratch_array:x");
-  };
-  const auto dies = testing::ExitedWithCode(1);
-  EXPECT_EXIT(try_load(-1, 2, 16), dies, "Trying to bind too low or high a manual_ref!");
-  EXPECT_EXIT(try_load(5, 258, 100), dies, "a texture that is not a power of 2!");
-  EXPECT_EXIT(try_load(5, 258, 1 << 22), dies, "size that cannot be used");
-  EXPECT_EXIT(tman.bind_ref(77, 0, 0), dies, "missing non-scenery texture - how\\? ref=    77");
-  EXPECT_EXIT(tman.load_texture(tex_fail_fatal, 5, 258, tex_load_now, "x.png"), dies,
-              "Trying to load a texture that you do not have!");
 }

@@ -1,14 +1,10 @@
-// Windows and dialogs: sizes, close boxes, tooltip and pointer, the start, menus.
-
-#include <cmath>
+// Windows and dialogs: sizes, close boxes, tooltip and pointer, the start, popups.
 
 #include "corekit/GenC/hl_mnw.h"
 #include "corekit/GenC/hl_mnw_menu.h"
 #include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/colr.h"
 #include "corekit/OOPS_cpp/tman.h"
 #include "corekit/OOPS_cpp/xtim.h"
-#include "tests/unit/test_files_scratch.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -133,16 +129,6 @@ TEST_F(WindowDialogs, ThePointerHidesWhenNothingHappens) {
   }
 }
 
-TEST_F(WindowDialogs, ThePaletteIsInTheInterfaceImage) {
-  const int rows[][4] = {{34, 51, 67, 86},    {35, 78, 78, 73},    {36, 13, 27, 44},
-                         {39, 167, 167, 164}, {44, 220, 220, 220}, {47, 127, 220, 175}};
-  for (const auto& [colour, r, g, b] : rows) {
-    EXPECT_NEAR(colr[colour].r * 255, r, 0.51) << colour;
-    EXPECT_NEAR(colr[colour].g * 255, g, 0.51) << colour;
-    EXPECT_NEAR(colr[colour].b * 255, b, 0.51) << colour;
-  }
-}
-
 TEST_F(WindowDialogs, TheSplashShowsUntilTheFirstPage) {
   MACIBM_startwind(win_none, 0);
   EXPECT_EQ(mnw.win_id, win_none);
@@ -201,18 +187,7 @@ TEST_F(WindowMenus, APopupReportsWhatWasPicked) {
   }
 }
 
-TEST_F(WindowMenus, ALongPopupScrollsAndEscapeClosesIt) {
-  MACIBM_create_menu(popup_slot, "");
-  for (int i = 0; i < 200; ++i)
-    MACIBM_append_menu(popup_slot, i, std::to_string(i));
-  MACIBM_open_popup(77, 100, 300, 200, 320);
-  SDL_Event event = {};
-  event.type = SDL_MOUSEWHEEL;
-  event.wheel.y = -500;
-  SDL_PushEvent(&event);
-  MACIBM_event_proc();
-  press(150, 300 - 21 * 14 + 1);  // the last row that has room
-  EXPECT_EQ(popup_menu_select, 199);
+TEST_F(WindowMenus, EscapeClosesAPopup) {
   open_popup();
   push_key(SDLK_ESCAPE);
   MACIBM_event_proc();
@@ -225,42 +200,6 @@ TEST_F(WindowMenus, APopupWithoutRoomBelowOpensAbove) {
   MACIBM_open_popup(77, 100, 20, 200, 40);
   press(150, 90);  // the top row of a list that ends at its widget's top
   EXPECT_EQ(popup_menu_select, 0);
-}
-
-constexpr char header[] = "I\n900 version\nMENUS\n\n";
-
-TEST(WindowMenuFile, GroupsAreMenus) {
-  const std::string text = std::string(header) +
-                           "4 File\n40  New file...\n41\tOpen\n42 ---\n\n"
-                           "7   View menu\r\n70 Zoom in\r\n\r\n"
-                           "1519 not a title\n-1 minus\n\n"
-                           "9999 out of range\n1 lost\n\n"
-                           "-3 negative\n2 lost too\n\n"
-                           "5 Last";
-  mnw.language = 2;
-  MACIBM_clear_menus(1);
-  const scratch_folder base;
-  base.file("menus/german/Test.txt", text);
-  MACIBM_read_menus(base.path(), "Test.txt");
-  mnw.language = 0;
-  EXPECT_EQ(menu[4].title, "File");
-  ASSERT_EQ(menu[4].items.size(), 3u);
-  EXPECT_EQ(menu[4].items[0].text, "New file...");
-  EXPECT_EQ(menu[7].title, "View menu");
-  EXPECT_EQ(menu[5].title, "Last");
-  MACIBM_clear_menus(0);
-}
-
-TEST(WindowMenuFile, AFileThatCannotBeReadIsFatal) {
-  for (const char* text : {"I\n900 version\nTRANSLATION\n", "I\n899 version\nMENUS\n", ""}) {
-    const scratch_folder base;
-    base.file("menus/english/Test.txt", text);
-    EXPECT_EXIT(MACIBM_read_menus(base.path(), "Test.txt"), testing::ExitedWithCode(1),
-                "Cannot open file!")
-        << text;
-  }
-  EXPECT_EXIT(MACIBM_read_menus("/nowhere/", "Test.txt"), testing::ExitedWithCode(1),
-              "Trash this copy and re-install Skyvane.");
 }
 
 }  // namespace

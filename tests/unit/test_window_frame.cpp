@@ -3,7 +3,6 @@
 #include <chrono>
 #include <thread>
 
-#include "corekit/OOPS_cpp/butn.h"
 #include "corekit/OOPS_cpp/colr.h"
 #include "tests/unit/window_fixture.h"
 
@@ -83,22 +82,6 @@ TEST_F(WindowFrame, AClickIsWhereThePressWas) {
   EXPECT_FLOAT_EQ(mnw.mouse_x, 700);
 }
 
-TEST_F(WindowFrame, TheWheelIsSummedUntilTheWindowChanges) {
-  SDL_Event event = {};
-  event.type = SDL_MOUSEWHEEL;
-  for (const int turn : {1, 1, -3}) {
-    event.wheel.y = turn;
-    SDL_PushEvent(&event);
-  }
-  event.wheel.direction = SDL_MOUSEWHEEL_FLIPPED;
-  event.wheel.y = 5;
-  SDL_PushEvent(&event);
-  MACIBM_event_proc();
-  EXPECT_EQ(mnw.wheel, -6);
-  MACIBM_startwind(win_prefs, 0);
-  EXPECT_EQ(mnw.wheel, 0);
-}
-
 std::vector<PLT_key_event> keys_seen;
 int key_frames = 0;
 
@@ -160,17 +143,6 @@ TEST_F(WindowFrame, ClosingTheWindowQuitsOrClosesTheDialog) {
     EXPECT_EQ(page_calls, row.window == win_main ? 1 : 0) << "a dialog's loop comes back first";
     page_calls = 0;
   }
-}
-
-TEST_F(WindowFrame, AnExposedWindowKeepsTheKeyboardFocus) {
-  focus_id = 4711;
-  mnw.mouse_held = 1;
-  push_window_event(SDL_WINDOWEVENT_EXPOSED);
-  MACIBM_event_proc();
-  EXPECT_EQ(focus_id, 4711);
-  EXPECT_EQ(mnw.mouse_held, 1);
-  MACIBM_startwind(win_main, 0);
-  EXPECT_EQ(focus_id, 0) << "a change of window takes it";
 }
 
 int times_shown = 0;

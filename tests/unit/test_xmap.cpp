@@ -1,9 +1,6 @@
-// The reader of data files: opening, headers, scanners, binary fields.
-
-#include <thread>
+// The reader of data files: opening, headers, scanners.
 
 #include "corekit/Files/io_utils_ouf.h"
-#include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/xmap.h"
 #include "tests/unit/test_files_scratch.h"
 
@@ -58,17 +55,6 @@ TEST(Xmap, OpensPlainFilesOnly) {
     EXPECT_EQ(nullptr, file.retry("/dev/zero"));
   }
   EXPECT_EQ(open_before, mapped_files_open);
-  // With standard input closed the system hands out number 0, which the class takes for none.
-  const int saved = dup(0);
-  close(0);
-  {
-    xmap_class file(here / "Plain");
-    EXPECT_EQ("content", rest_of(file));
-    EXPECT_GT(file.file_handle, 0);
-  }
-  EXPECT_EQ(-1, fcntl(0, F_GETFD)) << "the number is left free";
-  dup2(saved, 0);
-  close(saved);
 }
 
 TEST(Xmap, KeepsItsContentWhenTheFileChangesAndMapsLargeOnes) {
@@ -85,17 +71,12 @@ TEST(Xmap, KeepsItsContentWhenTheFileChangesAndMapsLargeOnes) {
   EXPECT_EQ(0, file.file_end[-1]);
 }
 
-TEST(XmapDeathTest, BrokenPathsAndCallsAreFatal) {
-  const scratch_folder here;
-  xmap_class file(here.file("plain", "1234"));
-  char target[8];
+TEST(XmapDeathTest, BrokenPathsAreFatal) {
   const auto exits = testing::ExitedWithCode(1);
   for (const char* path : {"a:b", "a\\b"})
     EXPECT_EXIT(xmap_class{path}, exits, "I got a bad dirchar! I only want '/'!");
   EXPECT_EXIT(xmap_class(std::string(500, 'a')), exits, "String too long!");
   EXPECT_EQ(nullptr, xmap_class(std::string(499, 'a')).file_start);
-  for (const int bytes : {5, -1})
-    EXPECT_EXIT(file.read_n_rev(target, bytes), exits, "Invalid read_n_rev read!");
 }
 
 TEST(Xmap, TextHeaders) {
@@ -133,42 +114,6 @@ TEST(Xmap, TextHeaders) {
   }
 }
 
-TEST(Xmap, BinaryHeaders) {
-  const scratch_folder here;
-  const std::string own = "\x84\x03\0\0"s;    // 900 on a little-endian machine
-  const std::string other = "\0\0\x03\x84"s;  // and from a big-endian one
-  const struct {
-    const char* label;
-    std::string content;
-    const char* keyword;
-    int result, swap;
-    std::string rest;
-  } rows[] = {
-      {"own order", "i" + own + "body", nullptr, 900, 0, "body"},
-      {"other order", "a" + other + "body", nullptr, 900, 1, "body"},
-      {"own order under the other's mark", "a" + own + "body", nullptr, 0, 1, "body"},
-      {"version cut short", "i" + own.substr(0, 3), nullptr, 0, 0, own.substr(0, 3)},
-      {"blanks before the keyword", "i" + own + " \tKEY 1", "KEY", 900, 0, "1"},
-      {"blanks before a wrong keyword", "i" + own + " \tKEZ 1", "KEY", 0, 0, " \tKEZ 1"},
-  };
-  const int versions[] = {840, 900, 0};
-  for (const auto& row : rows) {
-    xmap_class file(here.file("f", row.content));
-    EXPECT_EQ(row.result, file.check_file(ouf_binary, versions, row.keyword, nullptr)) << row.label;
-    EXPECT_EQ(row.swap, file.swap) << row.label;
-    EXPECT_EQ(row.rest, rest_of(file)) << row.label;
-  }
-  // Fields of the other order are turned by fours.
-  for (const auto& [swap, expected] : {std::pair{0, "1234567"}, {1, "4321567"}}) {
-    xmap_class file(here.file("f", "1234567"));
-    file.swap = swap;
-    char target[8] = {};
-    file.read_n_rev(target, 7);
-    EXPECT_STREQ(expected, target);
-    EXPECT_EQ(file.file_end, file.cursor);
-  }
-}
-
 TEST(Xmap, TokensAndLines) {
   const scratch_folder here;
   for (const std::string& end : {"\n"s, "\r"s, "\r\n"s, "\0"s}) {
@@ -194,22 +139,4 @@ TEST(Xmap, TokensAndLines) {
     file.TXT_str_scan_space(&out);
     EXPECT_EQ("", out);
   }
-}
-
-TEST(Xmap, ObjectsWorkAtOnceOnManyThreads) {
-  const scratch_folder here;
-  for (int i = 0; i < 4; ++i)
-    here.file("File" + std::to_string(i), std::string(1000 + i, 'x'));
-  std::thread workers[4];
-  for (int i = 0; i < 4; ++i) {
-    workers[i] = std::thread([&here, i] {
-      for (int round = 0; round < 200; ++round) {
-        xmap_class file(here / ("file" + std::to_string(i)));
-        if (file.file_end - file.file_start != 1000 + i) ADD_FAILURE() << i;
-      }
-    });
-  }
-  for (std::thread& worker : workers)
-    worker.join();
-  EXPECT_EQ(0, mapped_files_open);
 }

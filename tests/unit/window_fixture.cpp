@@ -3,19 +3,15 @@
 
 #include "tests/unit/window_fixture.h"
 
-#include <unistd.h>
-
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 #include "Installer-f/main_wizard.h"
 #include "corekit/GenC/hl_init_window.h"
 #include "corekit/GenC/hl_mnw_context.h"
 #include "corekit/GenH/hl_math.h"
-#include "corekit/OOPS_cpp/exce.h"
 #include "corekit/OOPS_cpp/tman.h"
 #include "corekit/Thread/hl_thread.h"
+#include "tests/unit/test_runtime_util.h"
 
 int window_fixture::page_calls = 0;
 std::function<void()> window_fixture::page_body;
@@ -146,13 +142,7 @@ void push_window_event(int window_event) {
 }
 
 std::string log_of(const std::function<void()>& body) {
-  const std::string path = testing::TempDir() + "log_of." + std::to_string(getpid()) + ".txt";
-  xer_open(path);
+  const log_capture log;
   body();
-  xer.close();
-  std::ifstream file(path);
-  std::stringstream text;
-  text << file.rdbuf();
-  unlink(path.c_str());
-  return text.str();
+  return log.text();
 }
