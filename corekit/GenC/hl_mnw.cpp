@@ -194,6 +194,7 @@ void handle_key(const PLT_key_event& key) {
 }
 
 void handle_press(const PLT_event& event) {
+  mnw.press_came_last = 1;
   // Of several presses in one frame the first one counts, with its place; but a double click that
   // fell into one slow frame is one all the same.
   if (!pace.press_is_set || event.clicks > 1) mnw.mouse_clicks = event.clicks;
@@ -263,6 +264,7 @@ void APL_handlewin(const PLT_event& event) {
       break;
     case plt_release:
       mnw.mouse_released = 1;
+      mnw.press_came_last = 0;
       break;
     case plt_wheel_turn:
       mnw.wheel += event.wheel;

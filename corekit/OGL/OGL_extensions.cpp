@@ -216,20 +216,19 @@ void OGL_extensions::read_program_limits(const OGL_source& source) {
     if (get_program) get_program(target, name, &value);
     return value;
   };
-  const auto read = [&limit](unsigned target) {
-    return program_limits{limit(target, GL_MAX_PROGRAM_NATIVE_INSTRUCTIONS_ARB),
-                          limit(target, GL_MAX_PROGRAM_NATIVE_ALU_INSTRUCTIONS_ARB),
-                          limit(target, GL_MAX_PROGRAM_NATIVE_TEX_INSTRUCTIONS_ARB),
-                          limit(target, GL_MAX_PROGRAM_NATIVE_TEX_INDIRECTIONS_ARB)};
-  };
   constexpr int short_of_instructions = 99;
   if (fprog_avail) {
-    fprog_limits = read(GL_FRAGMENT_PROGRAM_ARB);
+    constexpr unsigned target = GL_FRAGMENT_PROGRAM_ARB;
+    fprog_limits = {limit(target, GL_MAX_PROGRAM_NATIVE_INSTRUCTIONS_ARB),
+                    limit(target, GL_MAX_PROGRAM_NATIVE_ALU_INSTRUCTIONS_ARB),
+                    limit(target, GL_MAX_PROGRAM_NATIVE_TEX_INSTRUCTIONS_ARB),
+                    limit(target, GL_MAX_PROGRAM_NATIVE_TEX_INDIRECTIONS_ARB)};
     if (fprog_limits.instructions <= short_of_instructions) first_gen_shaders = 1;
     if (fprog_limits.instructions == 0 && !cmdline.has_option("--use_fprogs")) fprog_avail = 0;
   }
   if (vprog_avail) {
-    vprog_limits = read(GL_VERTEX_PROGRAM_ARB);
+    // Vertex programs have the first of these only; to ask for the others is an OpenGL error.
+    vprog_limits = {limit(GL_VERTEX_PROGRAM_ARB, GL_MAX_PROGRAM_NATIVE_INSTRUCTIONS_ARB), 0, 0, 0};
     if (vprog_limits.instructions == 0 && !cmdline.has_option("--use_vprogs")) vprog_avail = 0;
   }
   if (vshader_avail) {

@@ -13,11 +13,12 @@ void xtim_class::xtim_update() {
   period = now - now_sec;
   now_sec = now;
 
-  // A press and a release in one frame leave the button up: the release came last.
+  // Of a press and a release in one frame the last one leaves the button as it is: in a slow frame
+  // a drag may begin behind the release of the one before.
   if (mnw.mouse_clicked) {
     mnw.mouse_held = 1;
     mouse_down = now_sec;
   }
-  if (mnw.mouse_released) mnw.mouse_held = 0;
+  if (mnw.mouse_released && !mnw.press_came_last) mnw.mouse_held = 0;
   if (mnw.mouse_clicked || mnw.mouse_released || mnw.key_hit) mnw.last_action = now_sec;
 }

@@ -97,6 +97,7 @@ window_ended() {
 
 want_all_in_place() {
   if grep -as '^LAYOUT: ' "$SCRATCH/bin/"*Log.txt; then fail "a text is out of place"; fi
+  if grep -as 'OpenGL error' "$SCRATCH/bin/"*Log.txt; then fail "the driver complains"; fi
 }
 
 has_ended() { ! kill -0 "$1" 2>/dev/null; }

@@ -63,6 +63,9 @@ TEST_F(WindowFrame, ButtonFlagsLastTheirFrame) {
   frame("press", 1, 0, 1);
   frame("held", 0, 0, 1);
   push_button(100, 100, false);
+  push_button(200, 100, true);
+  frame("release, and a press that begins a drag", 1, 1, 1);
+  push_button(200, 100, false);
   frame("release", 0, 1, 0);
   for (const int button : {SDL_BUTTON_RIGHT, SDL_BUTTON_MIDDLE, SDL_BUTTON_X1}) {
     push_button(100, 100, true, button);
