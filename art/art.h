@@ -5,7 +5,7 @@
 #include <string>
 
 #include "art/canvas.h"
-#include "corekit/OOPS_cpp/oglp_glyphs.h"
+#include "corekit/draw/oglp_glyphs.h"
 
 // --- palette ------------------------------------------------------------------------------------
 // Cool

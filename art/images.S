@@ -1,4 +1,4 @@
-// The four pictures of corekit/OOPS_cpp/g_tex.h, as read-only data.
+// The four pictures of corekit/draw/g_tex.h, as read-only data.
 
         .macro picture name, file
         .globl \name

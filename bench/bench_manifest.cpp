@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <string>
 
-#include "Installer-f/main_stg.h"
-#include "Installer-f/utils_manifest.h"
-#include "Installer-f/utils_select.h"
-#include "Installer-f/utils_sizes.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_select.h"
+#include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/settings/main_stg.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Installer-f/utils_md5.h"
-#include "Installer-f/utils_verify.h"
+#include "Installer-f/engine/utils_md5.h"
+#include "Installer-f/engine/utils_verify.h"
 
 namespace {
 

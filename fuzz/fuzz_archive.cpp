@@ -11,8 +11,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "corekit/Files/io_7z.h"
-#include "corekit/Files/io_zip.h"
+#include "corekit/files/io_7z.h"
+#include "corekit/files/io_zip.h"
 
 namespace {
 

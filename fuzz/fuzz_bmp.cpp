@@ -2,8 +2,8 @@
 
 #include <cstdlib>
 
-#include "corekit/OOPS_cpp/xmap.h"
-#include "corekit/TEX/TEX_bmp.h"
+#include "corekit/draw/TEX_bmp.h"
+#include "corekit/files/xmap.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 2) return 0;

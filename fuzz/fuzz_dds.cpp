@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <vector>
 
-#include "corekit/OOPS_cpp/xmap.h"
-#include "corekit/TEX/TEX_dds.h"
-#include "corekit/TEX/TEX_s3tc.h"
+#include "corekit/draw/TEX_dds.h"
+#include "corekit/draw/TEX_s3tc.h"
+#include "corekit/files/xmap.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;

@@ -1,7 +1,7 @@
 // What the system needs of an edition, for all targets: no start page, and a title.
 
-#include "Installer-f/main_wizard.h"
-#include "corekit/GenH/hl_app.h"
+#include "Installer-f/wizard/main_wizard.h"
+#include "corekit/base/hl_app.h"
 
 page_function g_wizard = nullptr;
 

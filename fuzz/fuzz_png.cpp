@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "corekit/OOPS_cpp/xmap.h"
-#include "corekit/TEX/TEX_png.h"
+#include "corekit/draw/TEX_png.h"
+#include "corekit/files/xmap.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;

@@ -17,17 +17,17 @@
 #include <memory>
 #include <string>
 
-#include "corekit/GenC/hl_init.h"
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/GenH/hl_app.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/butn_value.h"
-#include "corekit/OOPS_cpp/colr.h"
-#include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/Platform/PLT_gl.h"
-#include "corekit/TEX/TEX_png.h"
-#include "corekit/UTL/UTL_cmdline.h"
-#include "corekit/UTL/UTL_translate.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_app.h"
+#include "corekit/draw/TEX_png.h"
+#include "corekit/draw/colr.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_value.h"
+#include "corekit/window/hl_init.h"
+#include "corekit/window/hl_mnw.h"
 
 namespace {
 

@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "corekit/GenC/hl_about.h"
-#include "corekit/GenC/hl_alert.h"
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/butn_value.h"
 #include "corekit/Platform/PLT_gl.h"
-#include "corekit/TEX/TEX_png.h"
-#include "corekit/UTL/UTL_translate.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/draw/TEX_png.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_value.h"
+#include "corekit/window/hl_about.h"
+#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_mnw.h"
 #include "gallery/gallery.h"
 
 namespace {

@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "corekit/GenH/hl_string.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/colr.h"
-#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/base/hl_string.h"
+#include "corekit/draw/colr.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/widgets/butn.h"
 #include "gallery/gallery.h"
 
 namespace {

@@ -2,9 +2,9 @@
 //
 // Main thread.
 
-#include "corekit/OOPS_cpp/g_tex.h"
-#include "corekit/OOPS_cpp/oglp.h"
-#include "corekit/OOPS_cpp/tman.h"
+#include "corekit/draw/g_tex.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/draw/tman.h"
 #include "gallery/gallery.h"
 
 namespace {

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/butn_value.h"
-#include "corekit/OOPS_cpp/oglp.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_value.h"
+#include "corekit/window/hl_mnw.h"
 #include "gallery/gallery.h"
 
 namespace {

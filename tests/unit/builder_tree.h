@@ -10,10 +10,10 @@
 #include <fstream>
 #include <string>
 
-#include "Installer-f/make_installer.h"
-#include "Installer-f/make_installer_scan.h"
-#include "corekit/Files/io_zip.h"
-#include "corekit/GenH/hl_types.h"
+#include "Installer-f/builder/make_installer.h"
+#include "Installer-f/builder/make_installer_scan.h"
+#include "corekit/base/hl_types.h"
+#include "corekit/files/io_zip.h"
 #include "tests/unit/test_files_scratch.h"
 
 // States of a file, with their MD5 signatures from the test suite of RFC 1321.

@@ -13,11 +13,11 @@
 #include <string_view>
 #include <vector>
 
-#include "Installer-f/main_stg.h"
-#include "Installer-f/utils_manifest.h"
-#include "Installer-f/utils_select.h"
-#include "corekit/Files/io_utils.h"
-#include "corekit/OOPS_cpp/exce.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_select.h"
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/base/exce.h"
+#include "corekit/files/io_utils.h"
 
 // A folder that starts empty and goes with the test; dest_dir_path is "copy/" in it, not yet made.
 // The engine's globals start as at the program's start.

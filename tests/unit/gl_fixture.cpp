@@ -9,9 +9,9 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "corekit/GenH/hl_math.h"
-#include "corekit/OOPS_cpp/colr.h"
-#include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/base/hl_math.h"
+#include "corekit/draw/colr.h"
+#include "corekit/draw/oglp_draw.h"
 
 // The driver keeps its own for the life of the process.
 extern "C" const char* __lsan_default_suppressions() {

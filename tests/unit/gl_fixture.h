@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "corekit/GenC/hl_init.h"
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/oglp.h"
-#include "corekit/OOPS_cpp/tman.h"
 #include "corekit/Platform/PLT_gl.h"
-#include "corekit/TEX/TEX_utils.h"
+#include "corekit/draw/TEX_utils.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/draw/tman.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/window/hl_init.h"
+#include "corekit/window/hl_mnw.h"
 
 // The grid as the font's maker draws it; 14 by 15 pixels a cell.
 inline constexpr const char* glyph_rows[5] = {

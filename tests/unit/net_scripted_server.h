@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "corekit/OOPS_cpp/http.h"
+#include "corekit/net/http.h"
 
 struct scripted_reply {
   std::vector<std::string> pieces;  // sent one after the other

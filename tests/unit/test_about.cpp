@@ -3,9 +3,9 @@
 #include <climits>
 #include <cstdlib>
 
-#include "corekit/Files/io_utils.h"
-#include "corekit/GenC/hl_about.h"
-#include "corekit/GenH/hl_app.h"
+#include "corekit/base/hl_app.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/window/hl_about.h"
 #include "net_scripted_server.h"
 #include "tests/unit/window_fixture.h"
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "corekit/Files/io_7z.h"
-#include "corekit/Files/io_zip.h"
+#include "corekit/files/io_7z.h"
+#include "corekit/files/io_zip.h"
 
 struct stat;
 

@@ -6,7 +6,7 @@
 #include <csignal>
 #include <thread>
 
-#include "corekit/Files/io_utils.h"
+#include "corekit/files/io_utils.h"
 #include "tests/unit/test_archive_util.h"
 
 using ArchiveZip = ArchiveTest;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "corekit/OOPS_cpp/g_tex.h"
+#include "corekit/draw/g_tex.h"
 #include "tests/unit/gl_fixture.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <csignal>
 #include <map>
 
-#include "Installer-f/make_installer_comp.h"
-#include "Installer-f/utils_manifest.h"
+#include "Installer-f/builder/make_installer_comp.h"
+#include "Installer-f/engine/utils_manifest.h"
 #include "tests/unit/builder_tree.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // The builder's flags, and the server list.
 
-#include "corekit/GenC/hl_init.h"
-#include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/window/hl_init.h"
 #include "tests/unit/builder_tree.h"
 
 namespace {

@@ -7,14 +7,14 @@
 
 #include <cerrno>
 
-#include "Installer-f/main_dvd_util.h"
-#include "Installer-f/main_stg.h"
-#include "Installer-f/utils_manifest.h"
-#include "corekit/Files/io_utils.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_dvd_util.h"
 #include "corekit/Platform/PLT_child.h"
 #include "corekit/Platform/PLT_picker_kinds.h"
 #include "corekit/Platform/PLT_system.h"
-#include "corekit/Thread/hl_thread.h"
+#include "corekit/base/hl_thread.h"
+#include "corekit/files/io_utils.h"
 #include "tests/unit/test_files_scratch.h"
 
 using namespace std::string_literals;

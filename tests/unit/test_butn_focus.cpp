@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/OOPS_cpp/butn.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/window/hl_mnw.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "corekit/OOPS_cpp/butn_text.h"
 #include "corekit/Platform/PLT_clipboard.h"
+#include "corekit/widgets/butn_text.h"
 #include "tests/unit/value_fixture.h"
 
 namespace {

@@ -4,10 +4,10 @@
 
 #include <cstdlib>
 
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/butn_value.h"
-#include "corekit/OOPS_cpp/keys.h"
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_value.h"
+#include "corekit/widgets/keys.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {

@@ -9,11 +9,11 @@
 #include <regex>
 #include <sstream>
 
-#include "corekit/GenC/hl_alert.h"
-#include "corekit/GenH/hl_types.h"
-#include "corekit/UTL/UTL_debug.h"
-#include "corekit/UTL/UTL_mempool.h"
-#include "corekit/UTL/UTL_new.h"
+#include "corekit/base/UTL_debug.h"
+#include "corekit/base/UTL_mempool.h"
+#include "corekit/base/UTL_new.h"
+#include "corekit/base/hl_types.h"
+#include "corekit/window/hl_alert.h"
 #include "tests/unit/test_runtime_util.h"
 #include "tests/unit/test_tex_util.h"
 

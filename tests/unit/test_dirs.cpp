@@ -1,7 +1,7 @@
 // Folders made and removed, with what a user may have put in their way; the list of copies.
 
-#include "Installer-f/utils_dirs.h"
-#include "Installer-f/utils_registry.h"
+#include "Installer-f/engine/utils_dirs.h"
+#include "Installer-f/engine/utils_registry.h"
 #include "engine_tree.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // Starting another program, which begins only after this process has saved its settings and ended.
 
-#include "Installer-f/main_launch.h"
-#include "corekit/OOPS_cpp/pref.h"
-#include "corekit/Thread/hl_thread.h"
+#include "Installer-f/wizard/main_launch.h"
+#include "corekit/base/hl_thread.h"
+#include "corekit/files/pref.h"
 #include "engine_tree.h"
 
 namespace {

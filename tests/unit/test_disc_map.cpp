@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "Installer-f/main_map.h"
+#include "Installer-f/wizard/main_map.h"
 
 namespace {
 

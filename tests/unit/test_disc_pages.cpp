@@ -2,13 +2,13 @@
 
 #include <filesystem>
 
-#include "Installer-f/main_dvd.h"
-#include "Installer-f/main_dvd_job.h"
-#include "Installer-f/main_dvd_repair.h"
-#include "Installer-f/main_dvd_scenery.h"
-#include "Installer-f/main_dvd_util.h"
-#include "Installer-f/utils_disc.h"
-#include "Installer-f/utils_registry.h"
+#include "Installer-f/engine/utils_disc.h"
+#include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/wizard/main_dvd.h"
+#include "Installer-f/wizard/main_dvd_job.h"
+#include "Installer-f/wizard/main_dvd_repair.h"
+#include "Installer-f/wizard/main_dvd_scenery.h"
+#include "Installer-f/wizard/main_dvd_util.h"
 #include "engine_tree.h"
 
 namespace {

@@ -7,9 +7,9 @@
 #include <ctime>
 #include <filesystem>
 
-#include "Installer-f/utils_disc.h"
-#include "Installer-f/utils_verify.h"
-#include "corekit/UTL/UTL_thread.h"
+#include "Installer-f/engine/utils_disc.h"
+#include "Installer-f/engine/utils_verify.h"
+#include "corekit/base/UTL_thread.h"
 #include "engine_tree.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include <sys/resource.h>
 
-#include "corekit/Files/io_utils_ouf.h"
+#include "corekit/files/io_utils_ouf.h"
 #include "tests/unit/test_files_scratch.h"
 
 TEST(FilesOuf, WritesTheHeaders) {

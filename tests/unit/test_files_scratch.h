@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "corekit/Files/io_utils.h"
+#include "corekit/files/io_utils.h"
 
 class scratch_folder {
  public:

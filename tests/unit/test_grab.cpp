@@ -5,15 +5,15 @@
 #include <chrono>
 #include <map>
 
-#include "Installer-f/main_stg.h"
-#include "Installer-f/utils_grab.h"
-#include "Installer-f/utils_manifest.h"
-#include "Installer-f/utils_servers.h"
-#include "Installer-f/utils_stream.h"
-#include "corekit/Files/io_utils.h"
-#include "corekit/Files/io_zip.h"
-#include "corekit/OOPS_cpp/exce.h"
-#include "corekit/OOPS_cpp/xtim.h"
+#include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_servers.h"
+#include "Installer-f/engine/utils_stream.h"
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/base/exce.h"
+#include "corekit/base/xtim.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/files/io_zip.h"
 #include "net_scripted_server.h"
 
 namespace {

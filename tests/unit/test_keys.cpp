@@ -5,13 +5,13 @@
 #include <cstring>
 #include <string>
 
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/cmnd.h"
-#include "corekit/OOPS_cpp/keys.h"
 #include "corekit/Platform/PLT_keys.h"
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/Platform/PLT_window.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/cmnd.h"
+#include "corekit/widgets/keys.h"
+#include "corekit/window/hl_mnw.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // The manifest's reader: what each line does, what is refused, damage at every place.
 
-#include "Installer-f/utils_manifest.h"
+#include "Installer-f/engine/utils_manifest.h"
 
 #include <numeric>
 
-#include "Installer-f/utils_decide.h"
-#include "corekit/GenC/hl_init.h"
+#include "Installer-f/engine/utils_decide.h"
+#include "corekit/window/hl_init.h"
 #include "engine_tree.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <chrono>
 #include <optional>
 
-#include "corekit/OOPS_cpp/exce.h"
-#include "corekit/OOPS_cpp/http_down.h"
-#include "corekit/OOPS_cpp/xtim.h"
+#include "corekit/base/exce.h"
+#include "corekit/base/xtim.h"
+#include "corekit/net/http_down.h"
 #include "net_scripted_server.h"
 
 using namespace std::string_literals;

@@ -1,13 +1,13 @@
 // The server list and the manifest's download, against a scripted server.
 
-#include "Installer-f/main_stg.h"
-#include "Installer-f/utils_manifest.h"
-#include "Installer-f/utils_servers.h"
-#include "corekit/Files/io_utils.h"
-#include "corekit/Files/io_zip.h"
-#include "corekit/GenC/hl_alert.h"
-#include "corekit/GenC/hl_init.h"
-#include "corekit/OOPS_cpp/xtim.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_servers.h"
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/base/xtim.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/files/io_zip.h"
+#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_init.h"
 #include "net_scripted_server.h"
 
 namespace {

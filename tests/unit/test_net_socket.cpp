@@ -8,7 +8,7 @@
 #include <chrono>
 #include <memory>
 
-#include "corekit/Sockets/PCSBSocket.h"
+#include "corekit/net/PCSBSocket.h"
 #include "net_scripted_server.h"
 
 namespace {

@@ -8,9 +8,9 @@
 #include <map>
 #include <set>
 
-#include "corekit/OGL/OGL_extensions.h"
-#include "corekit/OGL/OGL_procs.h"
-#include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/draw/OGL_extensions.h"
+#include "corekit/draw/OGL_procs.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {

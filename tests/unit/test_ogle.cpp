@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "corekit/OOPS_cpp/ogle.h"
+#include "corekit/widgets/ogle.h"
 
 namespace {
 

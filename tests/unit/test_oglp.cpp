@@ -1,6 +1,6 @@
 // Shapes, colours and screen, by what they leave in the frame buffer.
 
-#include "corekit/OOPS_cpp/colr.h"
+#include "corekit/draw/colr.h"
 #include "tests/unit/gl_fixture.h"
 
 class Oglp : public gl_fixture {};

@@ -4,9 +4,9 @@
 
 #include <functional>
 
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/OOPS_cpp/oglp.h"
-#include "corekit/OOPS_cpp/oglp_watch.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/draw/oglp_watch.h"
+#include "corekit/window/hl_mnw.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // The command line.
 
-#include "corekit/UTL/UTL_cmdline.h"
+#include "corekit/base/UTL_cmdline.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

@@ -1,10 +1,10 @@
 // Preference files: round trips, damaged files, overrides on the command line, failed writes.
 
-#include "Installer-f/main_stg.h"
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/OOPS_cpp/http.h"
-#include "corekit/OOPS_cpp/pref.h"
-#include "corekit/UTL/UTL_cmdline.h"
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/files/pref.h"
+#include "corekit/net/http.h"
+#include "corekit/window/hl_mnw.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

@@ -8,9 +8,9 @@
 #include <set>
 #include <thread>
 
-#include "corekit/UTL/UTL_queue.h"
-#include "corekit/UTL/UTL_thread.h"
-#include "corekit/UTL/UTL_workers.h"
+#include "corekit/base/UTL_queue.h"
+#include "corekit/base/UTL_thread.h"
+#include "corekit/base/UTL_workers.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

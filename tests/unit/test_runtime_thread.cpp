@@ -3,10 +3,10 @@
 #include <atomic>
 #include <stdexcept>
 
-#include "corekit/GenC/hl_alert.h"
-#include "corekit/GenC/hl_init.h"
-#include "corekit/Thread/hl_thread.h"
-#include "corekit/UTL/UTL_workers.h"
+#include "corekit/base/UTL_workers.h"
+#include "corekit/base/hl_thread.h"
+#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_init.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

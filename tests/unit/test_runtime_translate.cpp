@@ -1,7 +1,7 @@
 // The translation table and its file.
 
-#include "corekit/UTL/UTL_cmdline.h"
-#include "corekit/UTL/UTL_translate.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/UTL_translate.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // What the tests of the runtime share: a folder of their own, and the log read back.
 #pragma once
 
-#include "corekit/OOPS_cpp/exce.h"
+#include "corekit/base/exce.h"
 #include "tests/unit/test_files_scratch.h"
 
 // Sends the log to a file of its own for as long as it lives.

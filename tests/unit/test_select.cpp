@@ -1,11 +1,11 @@
 // Selection: every state of a file on disk against every way of judging it.
 
-#include "Installer-f/utils_select.h"
+#include "Installer-f/engine/utils_select.h"
 
 #include <numeric>
 
-#include "Installer-f/main_ask.h"
-#include "Installer-f/utils_sizes.h"
+#include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/wizard/main_ask.h"
 #include "engine_tree.h"
 
 namespace {

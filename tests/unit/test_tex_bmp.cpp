@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "corekit/TEX/TEX_bmp.h"
+#include "corekit/draw/TEX_bmp.h"
 #include "tests/unit/test_tex_util.h"
 
 namespace {

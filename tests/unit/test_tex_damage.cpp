@@ -4,10 +4,10 @@
 
 #include <chrono>
 
-#include "corekit/TEX/TEX_bmp.h"
-#include "corekit/TEX/TEX_dds.h"
-#include "corekit/TEX/TEX_png.h"
-#include "corekit/TEX/TEX_s3tc.h"
+#include "corekit/draw/TEX_bmp.h"
+#include "corekit/draw/TEX_dds.h"
+#include "corekit/draw/TEX_png.h"
+#include "corekit/draw/TEX_s3tc.h"
 #include "tests/unit/test_tex_util.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "corekit/TEX/TEX_dds.h"
-#include "corekit/TEX/TEX_s3tc.h"
+#include "corekit/draw/TEX_dds.h"
+#include "corekit/draw/TEX_s3tc.h"
 #include "tests/unit/test_tex_util.h"
 
 namespace {

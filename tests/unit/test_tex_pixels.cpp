@@ -1,6 +1,6 @@
 // The operations on pixels, as properties where there is one; S3TC blocks.
 
-#include "corekit/TEX/TEX_s3tc.h"
+#include "corekit/draw/TEX_s3tc.h"
 #include "tests/unit/test_tex_util.h"
 
 namespace {

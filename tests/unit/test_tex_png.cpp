@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "corekit/TEX/TEX_png.h"
+#include "corekit/draw/TEX_png.h"
 #include "tests/unit/test_tex_util.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <random>
 
-#include "corekit/OOPS_cpp/xmap.h"
-#include "corekit/TEX/TEX_utils.h"
+#include "corekit/draw/TEX_utils.h"
+#include "corekit/files/xmap.h"
 #include "tests/unit/test_files_scratch.h"
 
 using bytes = std::vector<unsigned char>;

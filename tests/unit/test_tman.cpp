@@ -1,6 +1,6 @@
 // The texture manager: references, what becomes of a picture, the bind cache, and its alerts.
 
-#include "corekit/OOPS_cpp/oglp_draw.h"
+#include "corekit/draw/oglp_draw.h"
 #include "tests/unit/gl_fixture.h"
 #include "tests/unit/test_tex_util.h"
 

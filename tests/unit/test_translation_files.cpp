@@ -6,8 +6,8 @@
 #include <map>
 #include <set>
 
-#include "corekit/OOPS_cpp/oglp.h"
-#include "corekit/UTL/UTL_translate.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/draw/oglp.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

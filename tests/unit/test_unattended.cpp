@@ -4,8 +4,8 @@
 
 #include <numeric>
 
-#include "Installer-f/main_unattended_disc.h"
-#include "Installer-f/main_unattended_say.h"
+#include "Installer-f/wizard/main_unattended_disc.h"
+#include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/Platform/PLT_text.h"
 
 TEST(UnattendedSay, WhatIsNoUtf8IsTakenForLatin1) {

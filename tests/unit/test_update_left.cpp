@@ -2,10 +2,10 @@
 
 #include <chrono>
 
-#include "Installer-f/main_ask.h"
-#include "Installer-f/utils_dirs.h"
-#include "Installer-f/utils_sizes.h"
-#include "Installer-f/utils_verify.h"
+#include "Installer-f/engine/utils_dirs.h"
+#include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/engine/utils_verify.h"
+#include "Installer-f/wizard/main_ask.h"
 #include "engine_tree.h"
 
 namespace {

@@ -5,9 +5,9 @@
 #include <chrono>
 #include <csignal>
 
-#include "Installer-f/utils_grab.h"
-#include "Installer-f/utils_unpack.h"
-#include "corekit/Files/io_zip.h"
+#include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_unpack.h"
+#include "corekit/files/io_zip.h"
 #include "engine_tree.h"
 
 namespace {

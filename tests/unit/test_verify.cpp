@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <random>
 
-#include "Installer-f/utils_md5.h"
-#include "Installer-f/utils_verify.h"
+#include "Installer-f/engine/utils_md5.h"
+#include "Installer-f/engine/utils_verify.h"
 #include "engine_tree.h"
 
 namespace {

@@ -3,9 +3,9 @@
 #include <set>
 #include <thread>
 
-#include "corekit/OOPS_cpp/exce.h"
-#include "corekit/Thread/hl_thread.h"
-#include "corekit/UTL/UTL_translate.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/exce.h"
+#include "corekit/base/hl_thread.h"
 #include "tests/unit/test_files_scratch.h"
 #include "tests/unit/window_fixture.h"
 

@@ -1,7 +1,7 @@
 // The wizard's modal questions: every answer, long texts that keep to their place, an alert above.
 
-#include "Installer-f/main_ask.h"
-#include "corekit/OOPS_cpp/exce.h"
+#include "Installer-f/wizard/main_ask.h"
+#include "corekit/base/exce.h"
 #include "tests/unit/window_fixture.h"
 
 #include <thread>

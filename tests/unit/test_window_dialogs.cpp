@@ -1,10 +1,10 @@
 // Windows and dialogs: sizes, close boxes, tooltip and pointer, the start, popups.
 
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/GenC/hl_mnw_menu.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/tman.h"
-#include "corekit/OOPS_cpp/xtim.h"
+#include "corekit/base/xtim.h"
+#include "corekit/draw/tman.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/window/hl_mnw.h"
+#include "corekit/window/hl_mnw_menu.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {

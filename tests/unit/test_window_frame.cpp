@@ -3,7 +3,7 @@
 #include <chrono>
 #include <thread>
 
-#include "corekit/OOPS_cpp/colr.h"
+#include "corekit/draw/colr.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {

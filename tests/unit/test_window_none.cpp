@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "corekit/GenC/hl_mnw_context.h"
+#include "corekit/window/hl_mnw_context.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {

@@ -2,14 +2,14 @@
 
 #include <map>
 
-#include "Installer-f/main_patch.h"
-#include "Installer-f/main_stg.h"
-#include "Installer-f/main_wizard.h"
-#include "Installer-f/utils_grab.h"
-#include "Installer-f/utils_manifest.h"
-#include "corekit/GenH/hl_app.h"
-#include "corekit/GenH/hl_string.h"
-#include "corekit/OOPS_cpp/xtim.h"
+#include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_patch.h"
+#include "Installer-f/wizard/main_wizard.h"
+#include "corekit/base/hl_app.h"
+#include "corekit/base/hl_string.h"
+#include "corekit/base/xtim.h"
 #include "tests/unit/gl_fixture.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // The reader of data files: opening, headers, scanners.
 
-#include "corekit/Files/io_utils_ouf.h"
-#include "corekit/OOPS_cpp/xmap.h"
+#include "corekit/files/io_utils_ouf.h"
+#include "corekit/files/xmap.h"
 #include "tests/unit/test_files_scratch.h"
 
 using namespace std::string_literals;

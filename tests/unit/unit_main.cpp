@@ -5,8 +5,8 @@
 
 #include <cstdlib>
 
-#include "Installer-f/main_wizard.h"
-#include "corekit/GenH/hl_app.h"
+#include "Installer-f/wizard/main_wizard.h"
+#include "corekit/base/hl_app.h"
 
 page_function g_wizard = nullptr;
 

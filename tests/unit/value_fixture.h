@@ -4,12 +4,12 @@
 #include <functional>
 #include <string>
 
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/GenC/hl_mnw_menu.h"
-#include "corekit/OOPS_cpp/butn.h"
-#include "corekit/OOPS_cpp/butn_value.h"
-#include "corekit/OOPS_cpp/keys.h"
-#include "corekit/OOPS_cpp/xtim.h"
+#include "corekit/base/xtim.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_value.h"
+#include "corekit/widgets/keys.h"
+#include "corekit/window/hl_mnw.h"
+#include "corekit/window/hl_mnw_menu.h"
 #include "tests/unit/gl_fixture.h"
 
 class value_fixture : public gl_fixture {

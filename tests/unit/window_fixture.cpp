@@ -5,12 +5,12 @@
 
 #include <cstring>
 
-#include "Installer-f/main_wizard.h"
-#include "corekit/GenC/hl_init_window.h"
-#include "corekit/GenC/hl_mnw_context.h"
-#include "corekit/GenH/hl_math.h"
-#include "corekit/OOPS_cpp/tman.h"
-#include "corekit/Thread/hl_thread.h"
+#include "Installer-f/wizard/main_wizard.h"
+#include "corekit/base/hl_math.h"
+#include "corekit/base/hl_thread.h"
+#include "corekit/draw/tman.h"
+#include "corekit/window/hl_init_window.h"
+#include "corekit/window/hl_mnw_context.h"
 #include "tests/unit/test_runtime_util.h"
 
 int window_fixture::page_calls = 0;

@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "corekit/GenC/hl_alert.h"
-#include "corekit/GenC/hl_init.h"
-#include "corekit/GenC/hl_mnw.h"
-#include "corekit/GenH/hl_types.h"
-#include "corekit/OOPS_cpp/oglp.h"
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/Platform/PLT_window.h"
+#include "corekit/base/hl_types.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_init.h"
+#include "corekit/window/hl_mnw.h"
 
 struct wizard_screen;
 

@@ -1,0 +1,95 @@
+// Warnings about a master that is well formed and yet will not install as the makers think.
+//
+// Two files may end at one installed place, since a file's platform folder is not part of it: the
+// second to arrive overwrites the first. A file that moves to another platform's folder, or changes
+// only the case of its name, leaves a "GONE" for the place where it still is. And an archive of the
+// kind that installers do not look for is never found.
+//
+// Main thread. State of the tree being built, started anew by note_installed_places.
+
+#include <string>
+#include <unordered_map>
+
+#include "Installer-f/builder/make_installer.h"
+#include "Installer-f/builder/make_installer_comp.h"
+#include "Installer-f/builder/make_installer_scan.h"
+#include "Installer-f/engine/utils_decide.h"
+#include "corekit/base/hl_string.h"
+
+namespace {
+
+std::unordered_map<std::string, unsigned> places;  // installed place to the platforms that get it
+int tiles_without_7z;
+int others_with_7z;
+
+// Bits of the platforms that want a file.
+unsigned wanted_by(int os) {
+  constexpr unsigned apl = 1, win = 2, lin = 4;
+  switch (os) {
+    case platform_all:
+      return apl | win | lin;
+    case platform_apl:
+      return apl;
+    case platform_win:
+      return win;
+    case platform_lin:
+    case platform_all_lin:
+      return lin;
+    default:
+      return 0;
+  }
+}
+
+// Two of the platforms do not tell the case of letters.
+std::string place_of(std::string_view path) {
+  std::string place(installed_part(path));
+  for (char& c : place)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return place;
+}
+
+}  // namespace
+
+void note_installed_places() {
+  places.clear();
+  tiles_without_7z = 0;
+  others_with_7z = 0;
+  for (const std::string& path : comp_files) {
+    const std::string relative = path.substr(src_fold.size());
+    const unsigned platforms = wanted_by(platform_of(relative));
+    unsigned& taken = places[place_of(relative)];
+    if (taken & platforms)
+      builder_warning("two files of this release install to the same place: " + relative);
+    taken |= platforms;
+  }
+}
+
+void warn_if_still_shipped(std::string_view path, int os) {
+  const auto found = places.find(place_of(path));
+  if (found == places.end() || (found->second & wanted_by(os)) == 0) return;
+  builder_warning(
+      "listed as gone, though this release installs a file there: installers may delete it "
+      "again: " +
+      std::string(path));
+}
+
+void note_archive_kind(std::string_view relative, bool is_7z) {
+  const bool is_tile = str_holds(relative, "Global Scenery");
+  if (is_tile && !is_7z) ++tiles_without_7z;
+  if (!is_tile && is_7z) ++others_with_7z;
+}
+
+void warn_of_archive_kinds() {
+  if (tiles_without_7z > 0) {
+    builder_warning(
+        str_format("%d files below Global Scenery have no .7z beside them: installers "
+                   "do not find them on a disc",
+                   tiles_without_7z));
+  }
+  if (others_with_7z > 0) {
+    builder_warning(
+        str_format("%d files outside Global Scenery have a .7z beside them: installers "
+                   "do not find them at all",
+                   others_with_7z));
+  }
+}

@@ -1,0 +1,107 @@
+// The program's start and its one loop.
+//
+// main brings the runtime up, moves the program off the disc if it was started from one, reads the
+// settings, finds the installed copies, and then turns the loop in which everything happens: one
+// frame a pass. Nothing runs outside that loop but worker threads.
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+#include "Installer-f/builder/make_installer.h"
+#include "Installer-f/engine/utils_disc.h"
+#include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_verify.h"
+#include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_dvd_util.h"
+#include "Installer-f/wizard/main_launch.h"
+#include "Installer-f/wizard/main_unattended.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/exce.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/files/pref.h"
+#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_init.h"
+#include "corekit/window/hl_mnw.h"
+
+namespace {
+
+void log_folders() {
+  constexpr struct {
+    const char* key;
+    os_dir_type folder;
+  } rows[] = {
+      {"os_dir_this_app\t\t=", os_dir_this_app},       {"os_dir_desktop\t\t=", os_dir_desktop},
+      {"os_dir_default_apps\t=", os_dir_default_apps}, {"os_dir_temp\t\t\t=", os_dir_temp},
+      {"os_dir_prefs\t\t\t=", os_dir_prefs},
+  };
+  for (const auto& row : rows) {
+    std::string path;
+    get_OS_abs_path(row.folder, path);
+    xer << row.key << path << '\n';
+  }
+  xer << '\n';
+}
+
+// The settings' defaults; the preference file is read over them. The target system is not kept from
+// run to run, on purpose.
+void set_defaults() {
+  stg = stg_record();
+  stg.target_os = target_mac;
+  install_name = no_install_name;
+}
+
+// "-path FOLDER", in this order and first, is how a program of the family hands over its folder.
+void take_handed_over_path(int argc, char** argv) {
+  if (argc > 2 && std::strcmp(argv[1], "-path") == 0 && *argv[2]) {
+    cmd_line_path = folder_from_start(argv[2]);
+  }
+}
+
+int run_wizard() {
+  if (cmdline.has_option("--unattended")) {
+    unattended_on = 1;
+    if (const int refused = unattended_begin()) return refused;
+  }
+  while (!app_done)
+    MACIBM_event_proc();
+  // Not every way out leads over Quit: no thread may be at work while all is taken down.
+  install_files_kill();
+  checksum_directory_kill();
+  return unattended_on ? unattended_end() : 0;
+}
+
+int run(int argc, char** argv) {
+  MACIBM_init(argc, argv);
+  get_OS_abs_path(os_dir_temp, temp_path);
+  UTIL_scan_volumes(disc_label_file);
+  leave_disc(argc, argv);
+  log_folders();
+  set_defaults();
+  pref.IO_set(11, 0);
+  MACIBM_setupforlang();
+  take_handed_over_path(argc, argv);
+  locate_all_skyvanes();
+
+  const int status =
+      cmdline.has_option("--build_master") || cmdline.has_option("--write_server_list")
+          ? run_master_builder()
+          : run_wizard();
+  MACIBM_finishup(1);
+  return status;
+}
+
+}  // namespace
+
+// Nothing here throws to report a failure; what arrives all the same, such as memory that has run
+// out, is shown like any other.
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& e) {
+    MACIBM_fault("Installer-f/main", 1214, "Caught an unhandled C++ exception", e.what());
+  } catch (...) {
+    MACIBM_fault("Installer-f/main", 1217, "Caught an unhandled unknown exception");
+  }
+  return 1;
+}

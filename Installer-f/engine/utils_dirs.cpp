@@ -1,0 +1,152 @@
+// Folders: made before the transfer, removed when a deletion has left them empty.
+//
+// Steps of make_dirs: the destination, parent by parent; the folders of the files to be fetched,
+// parents first; the fixed folders; room for the links of the plug-in frameworks. A symbolic link
+// of the user's in place of a folder counts as that folder: what then arrives goes where the link
+// leads, which is how a user moves, say, the scenery to another disk.
+//
+// Main thread. Writes sig_have and sig_match of deleted files, and stg.activity.
+
+#include "Installer-f/engine/utils_dirs.h"
+
+#include <vector>
+
+#include "Installer-f/engine/utils_decide.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_select.h"
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/exce.h"
+#include "corekit/base/hl_string.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_mnw.h"
+
+namespace {
+
+constexpr char source_name[] = "Installer-f/utils_dirs";
+
+// Every copy has these, whether or not a file needs them.
+constexpr const char* fixed_folders[] = {
+    "Output",    "Output/FMS plans",      "Output/logbooks", "Output/movies", "Output/situations",
+    "Resources", "Resources/preferences",
+};
+
+// Frameworks of which early releases shipped folders where the present one ships links.
+constexpr const char* frameworks[] = {
+    "Resources/plugins/KVLM.framework/",
+    "Resources/plugins/KVWidgets.framework/",
+};
+
+// make_folder; reports a real failure and returns its code, else 0.
+int make_or_report(const std::string& folder) {
+  const int code = make_folder(folder);
+  if (!show_make_dir_err(code)) return 0;
+  make_dir_error(folder, code);
+  return code;
+}
+
+int make_destination() {
+  if (dest_dir_path == "/") return 0;
+  std::string whole = dest_dir_path;
+  if (!whole.empty()) whole.pop_back();  // none chosen is reported as a folder that is not there
+  for (size_t slash = whole.find('/', 1); slash != std::string::npos;
+       slash = whole.find('/', slash + 1)) {
+    if (const int code = make_or_report(whole.substr(0, slash))) return code;
+  }
+  return make_or_report(whole);
+}
+
+// The folders that the files to be fetched need, below the destination. In byte order a folder
+// comes ahead of its content.
+std::set<std::string_view> folders_to_fetch_into() {
+  std::set<std::string_view> folders;
+  for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
+    const file_version_struct& current = sim_info[i].current();
+    if (!current.need_fetch) continue;
+    if (!want_this_f(i, static_cast<int>(sim_info[i].versions.size()) - 1)) continue;
+    std::string_view folder = installed_part(current.path);
+    for (size_t slash = folder.rfind('/'); slash != std::string_view::npos;
+         slash = folder.rfind('/')) {
+      folder = folder.substr(0, slash);
+      // One that is in the set already has brought its parents with it.
+      if (folder.empty() || !folders.insert(folder).second) break;
+    }
+  }
+  return folders;
+}
+
+// Moves `name` aside unless it is the link that belongs there. Nothing is deleted, and a failure
+// means that there is nothing to move, or that an earlier run has moved it.
+void clear_for_link(const std::string& folder, const std::string& name) {
+  if (!is_sim_link((folder + name).c_str(), nullptr)) rename_file(folder, name, "_" + name);
+}
+
+}  // namespace
+
+int make_dirs() {
+  if (const int code = make_destination()) return code;
+  for (const std::string_view folder : folders_to_fetch_into())
+    if (const int code = make_or_report(dest_dir_path + std::string(folder))) return code;
+
+  for (const char* folder : fixed_folders)
+    make_or_report(dest_dir_path + folder);  // the copy is of use without them
+
+  for (const char* framework : frameworks)
+    clear_for_link(dest_dir_path + framework + "Versions/", "Current");
+  for (const char* framework : frameworks)
+    clear_for_link(dest_dir_path + framework, "Resources");
+  return 0;
+}
+
+void delete_files() {
+  std::set<std::string> folders;
+  for (file_history_struct& history : sim_info) {
+    file_version_struct& current = history.current();
+    if (!current.need_delete) continue;
+
+    const std::string location = install_location(current.path);
+    stg.activity = activity_deleting;
+    const int code = delete_file(location);
+    if (stg.log_actions) xer << "DELETING  file " << location << ", with result=" << code << ".\n";
+    note_emptied_folders(location, folders);
+    if (show_del_err(code)) {
+      __MACIBM_alert(mnw.win_id, "Could not delete a file that I no longer want to have!", location,
+                     "", "", t_alert, source_name, 173);
+    }
+    current.sig_match = 0;
+    current.sig_have = sig_none;
+  }
+  remove_emptied_folders(folders);
+}
+
+void make_dir_error(const std::string& path, int code) {
+  __MACIBM_alert(mnw.win_id,
+                 "I am unable to install or update Skyvane. An error occurred while "
+                 "creating new folders. Make sure you are installing to a directory "
+                 "that you have access to!",
+                 UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
+                 UTL_translate_string("Install Location: ") + dest_dir_path,
+                 UTL_translate_string("Install Path:") + path, t_alert, source_name, 96);
+}
+
+void note_emptied_folders(std::string_view location, std::set<std::string>& folders) {
+  std::string_view folder = path_folder(location);
+  while (folder.size() > dest_dir_path.size()) {
+    if (!folders.emplace(folder).second) return;  // and its parents came with it
+    folder.remove_suffix(1);
+    folder = path_folder(folder);
+  }
+}
+
+void remove_emptied_folders(const std::set<std::string>& folders) {
+  std::vector<std::string> names;
+  std::vector<int> is_folder;
+  for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+    // A hidden file does not show here, but it makes the removal fail, and so the folder stays.
+    if (opensave_getitems(*folder, 0, names, is_folder) != 0) continue;
+    const int code = delete_file(*folder);
+    if (stg.log_actions)
+      xer << "cleanup: DELETING  file " << *folder << ", with result=" << code << ".\n";
+  }
+}

@@ -1,0 +1,85 @@
+// grab_files: one step of each live stream, and the end of the job; the reset of the transfer and
+// the discard of what a broken one left. The step itself is in utils_stream.cpp.
+//
+// Main thread. Writes `next`; grab_totals is only defined here.
+
+#include "Installer-f/engine/utils_grab.h"
+
+#include <algorithm>
+
+#include "Installer-f/engine/utils_decide.h"
+#include "Installer-f/engine/utils_dirs.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_stream.h"
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/base/xtim.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/net/http.h"
+
+transfer_record next;
+transfer_totals grab_totals;
+
+namespace {
+
+bool job_is_over(int32_t file_count) {
+  for (int s = 0; s < stream_limit; ++s) {
+    if (next.stream_active[s] != 0 && next.stream_file[s] < file_count) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int grab_files() {
+  const int32_t file_count = static_cast<int32_t>(sim_info.size());
+  next.in_flight_kb = 0;
+  for (int s = 0; s < stream_limit; ++s) {
+    if (next.stream_active[s] == 0) continue;
+    if (next.stream_take_next[s] != 0) {
+      next.stream_file[s] = next.next_file;
+      next.next_file = std::min(file_count, next.next_file + 1);
+    }
+    if (next.stream_file[s] >= file_count) continue;  // it waits for the others, still active
+    if (stream_step(s)) settle_stream_count(s);
+  }
+
+  if (!job_is_over(file_count)) return stg.extract_failed;
+  next.finished = 1;
+  remove_emptied_folders(deleted_files);
+  return 1;
+}
+
+void grab_wait(int milliseconds) {
+  unsigned slots = 0;
+  for (int s = 0; s < stream_limit; ++s) {
+    if (next.stream_active[s] != 0 && next.stream_file[s] < static_cast<int32_t>(sim_info.size())) {
+      slots |= 1u << (first_stream_slot + s);
+    }
+  }
+  http.wait(slots, milliseconds);
+}
+
+void grab_reset() {
+  next.next_file = 0;
+  for (int s = 0; s < stream_limit; ++s) {
+    next.stream_active[s] = next.stream_take_next[s] = s < 2 ? 1 : 0;
+    next.stream_file[s] = 0;
+    http.drop(first_stream_slot + s);  // or the next job would take the old file for its own
+  }
+  next.start_time = xtim.now_sec;
+  next.in_flight_kb = next.done_zip_kb = next.done_raw_kb = 0;
+}
+
+// The names are those beside the installed files, and not the streams' own under temp_path. That is
+// so on purpose: the next transfer simply writes over the streams' files.
+void grab_discard_partial() {
+  if (dest_dir_path.empty()) return;  // no copy chosen yet: there is nowhere to look
+  for (int s = 0; s < stream_limit; ++s) {
+    const int32_t file = next.stream_file[s];
+    if (next.stream_active[s] == 0 || file < 0 || file >= static_cast<int32_t>(sim_info.size())) {
+      continue;
+    }
+    const std::string_view path = sim_info[static_cast<size_t>(file)].current().path;
+    if (manifest_path_is_safe(path)) delete_file(install_location(path) + ".zip");
+  }
+}

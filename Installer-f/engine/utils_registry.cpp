@@ -1,0 +1,109 @@
+// The list of installed copies: skyvane_install.txt in the preferences folder, one absolute folder
+// a line with its trailing "/", no header, in order of registration.
+//
+// Main thread. Writes all_skyroots and the file.
+
+#include "Installer-f/engine/utils_registry.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/base/exce.h"
+#include "corekit/base/hl_string.h"
+#include "corekit/files/io_utils.h"
+
+std::vector<std::string> all_skyroots;
+
+namespace {
+
+constexpr int line_size = 2048;  // with its NUL; a longer line reads as two
+
+// Where the list is; empty, with a line in the log, when the system has no preferences folder.
+std::string registry_path() {
+  std::string path;
+  if (get_OS_abs_path(os_dir_prefs, path) != 0 || path.empty()) {
+    xer << "WARNING: registration of this sky-root folder failed!\n";
+    return "";
+  }
+  return path + "skyvane_install.txt";
+}
+
+// The next line without its end. Returns false at the end of the file. `open_ended` tells whether
+// the file has ended without a line end.
+bool next_line(std::FILE* file, char (&line)[line_size], bool& open_ended) {
+  if (std::fgets(line, line_size, file) == nullptr) return false;
+  const size_t length = std::strcspn(line, "\r\n");
+  open_ended = std::strchr(line, '\n') == nullptr;
+  line[length] = '\0';
+  return true;
+}
+
+bool append_line(const std::string& path, const std::string& line) {
+  std::FILE* const file = std::fopen(path.c_str(), "a");
+  if (file == nullptr) return false;
+  const bool written = std::fputs(line.c_str(), file) >= 0;
+  return std::fclose(file) == 0 && written;
+}
+
+}  // namespace
+
+void locate_all_skyvanes() {
+  all_skyroots.clear();
+  const std::string path = registry_path();
+  if (path.empty()) return;
+  std::FILE* const file = std::fopen(path.c_str(), "r");
+  if (file == nullptr) return;  // no copy was ever registered
+
+  char line[line_size];
+  bool open_ended = false;
+  while (next_line(file, line, open_ended)) {
+    // Longer than any path that the file services take, which they would end the program over.
+    if (app_path.size() + std::strlen(line) > path_limit) continue;
+    // The rest of a line that was too long is no folder below the working one.
+    if (line[0] == '/' && dir_exists(line)) all_skyroots.emplace_back(line);
+  }
+  std::fclose(file);
+}
+
+void register_new_skyvane() {
+  const std::string path = registry_path();
+  if (path.empty()) return;
+  // A path that is not one line would be read back as other paths.
+  if (dest_dir_path.empty() || dest_dir_path.size() >= line_size ||
+      dest_dir_path.find_first_of(std::string_view("\n\r\0", 3)) != std::string::npos) {
+    xer << "WARNING: this folder's path cannot be registered: " << dest_dir_path << '\n';
+    return;
+  }
+
+  bool open_ended = false;
+  if (std::FILE* const file = std::fopen(path.c_str(), "r")) {
+    char line[line_size];
+    bool known = false;
+    while (!known && next_line(file, line, open_ended))
+      known = dest_dir_path == line;
+    std::fclose(file);
+    if (known) return;
+  }
+  // A file that was cut short must not swallow the new line.
+  if (!append_line(path, (open_ended ? "\n" : "") + dest_dir_path + "\n"))
+    xer << "WARNING: could not append registration file: " << path << '\n';
+}
+
+int path_is_to_a_sim() {
+  constexpr const char* marks[] = {"Airfoils", "Instructions", "Output", "Resources"};
+  bool seen[std::size(marks)] = {};
+
+  std::vector<std::string> names;
+  std::vector<int> is_folder;
+  const int count =
+      dest_dir_path.empty() ? 0 : opensave_getitems(dest_dir_path, 0, names, is_folder);
+  for (int i = 0; i < count; ++i) {
+    if (!is_folder[i]) continue;
+    for (size_t m = 0; m < std::size(marks); ++m)
+      if (str_holds(names[i], marks[m])) seen[m] = true;
+  }
+  for (const bool mark : seen)
+    if (!mark) return 0;
+  return 1;
+}

@@ -1,0 +1,192 @@
+// The wizard's modal questions. Each is a loop of its own around the frame, in a dialog of its own;
+// an unattended run has standing answers instead.
+//
+// Main thread.
+
+#include "Installer-f/wizard/main_ask.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "Installer-f/engine/utils_disc.h"
+#include "Installer-f/wizard/main_unattended.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/window/hl_mnw.h"
+
+namespace {
+
+constexpr int col_label = 43;
+constexpr float line_dy = 10, text_x = 20;
+constexpr char cut_mark[] = "...";
+
+float width_of(std::string_view text) {
+  return static_cast<float>(OGL_string_width(text));
+}
+
+// `text` in lines of at most `wrap`: broken behind a blank or a "/", and where there is none in
+// time, wherever the line is full.
+std::vector<std::string> lines_of(const std::string& text, float wrap) {
+  std::vector<std::string> lines;
+  size_t start = 0, good = 0;  // of the line being filled; behind its last blank or "/"
+  float width = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\n') {
+      lines.push_back(text.substr(start, i - start));
+      start = good = i + 1;
+      width = 0;
+      continue;
+    }
+    const float dx = static_cast<float>(OGL_char_width(static_cast<unsigned char>(text[i])));
+    // A blank that no longer fits hangs over the edge unseen.
+    if (width + dx > wrap && text[i] != ' ' && i > start) {
+      const size_t end = good > start ? good : i;
+      lines.push_back(text.substr(start, end - start));
+      start = good = end;
+      width = width_of(std::string_view(text).substr(start, i - start));
+    }
+    width += dx;
+    if (text[i] == ' ' || text[i] == '/') good = i + 1;
+  }
+  if (start < text.size()) lines.push_back(text.substr(start));
+  return lines;
+}
+
+// Takes out lines of the middle, and marks the cut, so that at most `most` are left: both ends of a
+// path say more than its middle.
+void cut_middle(std::vector<std::string>& lines, size_t most, float wrap) {
+  if (lines.size() <= most) return;
+  const auto keep_from = lines.begin() + static_cast<long>(most / 2);
+  lines.erase(keep_from, keep_from + static_cast<long>(lines.size() - most));
+  std::string& cut = lines[most / 2];
+  while (!cut.empty() && width_of(cut_mark + cut) > wrap)
+    cut.erase(0, 1);
+  cut.insert(0, cut_mark);
+}
+
+// Keeps the first `most` lines, and marks the cut.
+void cut_end(std::vector<std::string>& lines, size_t most, float wrap) {
+  if (lines.size() <= most) return;
+  lines.resize(most);
+  while (!lines.back().empty() && width_of(lines.back() + cut_mark) > wrap)
+    lines.back().pop_back();
+  lines.back() += cut_mark;
+}
+
+// Draws lines one below the other, the first at `y`.
+void plot_lines(const std::vector<std::string>& lines, float y) {
+  for (const std::string& line : lines) {
+    OGL_string(col_label, text_x, y, line, 0);
+    y -= line_dy;
+  }
+}
+
+// Where a block that stands on `bottom` begins.
+float top_of(const std::vector<std::string>& lines, float bottom) {
+  return bottom + line_dy * static_cast<float>(lines.size() - 1);
+}
+
+struct answer_button {
+  float x, y, dx;
+  std::string label;
+  int answer;
+};
+
+// Draws the buttons; the answer of the first one pressed, or 0 for none.
+int pressed_answer(const answer_button* buttons, int count) {
+  for (int i = 0; i < count; ++i) {
+    const answer_button& button = buttons[i];
+    if (BTN_action(button.x, button.y, button.dx, 0, 1, button.label, "")) return button.answer;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int abort_alert(const std::string& question, const std::string& label_1, const std::string& line_1,
+                const std::string& label_2, const std::string& line_2) {
+  if (unattended_on) return unattended_abort(question);
+
+  constexpr int first = 1, second = 2;  // 0 stands for no button, so the answer is mapped below
+  const answer_button buttons[] = {{96, 56, 100, label_1, first}, {96, 31, 100, label_2, second}};
+
+  // Below y 66 are the buttons; between 160 and the title a long question finds a line more.
+  constexpr float usual_y = 160, highest_y = 170;
+  constexpr size_t usual_lines = 9, most_lines = 11;
+
+  MACIBM_startwind(win_abort_alert, 0);
+  const float wrap = mnw.win_dx - 2 * text_x;
+  std::vector<std::string> lines = lines_of(question, wrap);
+  cut_end(lines, most_lines, wrap);
+  const float y = lines.size() > usual_lines ? highest_y : usual_y;
+  while (mnw.win_id == win_abort_alert) {
+    OGL_plot_back_col();
+    BTN_fillwin(1, 21);
+    plot_lines(lines, y);
+    OGL_string(col_label, 150, 53, line_1, mnw.win_dx - 210);
+    OGL_string(col_label, 150, 28, line_2, mnw.win_dx - 210);
+    if (const int answer = pressed_answer(buttons, 2)) {
+      MACIBM_startwind(win_main, 0);
+      return answer == first ? 1 : 0;
+    }
+    MACIBM_event_proc();
+  }
+  return 3;
+}
+
+int UTIL_cancel_install(const std::string& header, const std::string& advice,
+                        const std::string& label_1, const std::string& line_1,
+                        const std::string& label_2, const std::string& line_2) {
+  std::string message;
+  const int code = install_files_get_error(message);
+  message += " (" + UTL_translate_string(error_str(code)) + ")";
+  return abort_alert(header + "\n\n" + message + "\n\n" + advice, label_1, line_1, label_2, line_2);
+}
+
+int select_alert(const std::string& location, int gone) {
+  if (unattended_on) return unattended_modified(location, gone);
+
+  const std::string above = tr(gone ? "I am about to DELETE:" : "I am about to install:");
+  const std::string below =
+      tr(gone ? "because we no longer use this file, but it appears you have modified it. What to "
+                "do?"
+              : "but it appears you have modified this file. What to do?");
+  const answer_button buttons[] = {
+      {96, 53, 160, tr(gone ? "DELETE THE OLD FILE" : "OVERWRITE THE OLD FILE"), answer_overwrite},
+      {96, 28, 160, tr("KEEP THE OLD FILE"), answer_keep},
+      {308, 53, 260,
+       tr(gone ? "DELETE EVERY OLD FILE IN THIS DIRECTORY"
+               : "OVERWRITE EVERY OLD FILE IN THIS DIRECTORY"),
+       answer_overwrite_folder},
+      {308, 28, 260, tr("KEEP EVERY OLD FILE IN THIS DIRECTORY"), answer_keep_folder},
+      {584, 28, 200, tr("CANCEL THE WHOLE INSTALLATION!"), answer_cancel_install},
+  };
+
+  // A question that cannot be put reads as cancel: it must never turn into an overwrite.
+  MACIBM_startwind(win_select_alert, 0);
+  const float wrap = mnw.win_dx - 2 * text_x;
+  // Three lines stand at 100, 90 and 80. A long path moves up what is above it, as far as the
+  // title lets it; a third line of it moves all down, as far as the buttons do; more are cut.
+  constexpr size_t fit_upward = 4, fit_at_all = 5;
+  constexpr float usual_bottom = 80, lowest_bottom = 72;
+  std::vector<std::string> text = lines_of(above, wrap), path = lines_of(location, wrap);
+  const std::vector<std::string> rest = lines_of(below, wrap);
+  const size_t others = text.size() + rest.size();
+  cut_middle(path, std::max<size_t>(fit_at_all - std::min(others, fit_at_all - 1), 1), wrap);
+  text.insert(text.end(), path.begin(), path.end());
+  text.insert(text.end(), rest.begin(), rest.end());
+  const float y = top_of(text, text.size() > fit_upward ? lowest_bottom : usual_bottom);
+  while (mnw.win_id == win_select_alert) {
+    OGL_plot_back_col();
+    BTN_fillwin(1, 21);
+    plot_lines(text, y);
+    if (const int answer = pressed_answer(buttons, 5)) {
+      MACIBM_startwind(win_main, 0);
+      return answer;
+    }
+    MACIBM_event_proc();
+  }
+  return answer_cancel_install;
+}

@@ -1,0 +1,36 @@
+// The two pages that every flow which creates a new copy has: the licence, and the choice of a
+// folder. One body each, with the differences as data.
+#pragma once
+
+#include <string>
+
+#include "Installer-f/wizard/main_wizard.h"
+#include "corekit/base/UTL_translate.h"
+
+struct eula_flow {
+  page_function back;
+  page_function next;  // open only once the licence is accepted
+  int* accepted;
+};
+int eula_page(const eula_flow& flow, wizard_screen& screen);
+
+// What a page that creates a new copy lets the user choose. Kept while the user goes back and
+// forth.
+struct new_copy_choice {
+  std::string parent_dir;      // folder to create the copy in, trailing "/"
+  std::string install_folder;  // name of the copy's folder
+  std::string desktop_f;       // the desktop folder
+  int named = 0;               // the name has been filled in once; an empty one is the user's
+  int changed = 0;             // the sizes must be worked out anew
+};
+struct new_copy_flow {
+  page_function back;
+  page_function next;
+  UTL_text name_suffix;  // put behind the release's name, translated; null for none
+  UTL_text prompt;       // of the folder picker
+  UTL_text enough_text;  // disk space
+  UTL_text short_text;
+  bool space_decides;  // too little space shuts Next
+};
+// One frame of the page that picks parent folder and name. Leaves dest_dir_path. Returns 0.
+int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_screen& screen);

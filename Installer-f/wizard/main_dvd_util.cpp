@@ -1,0 +1,274 @@
+// Main thread. Writes dvd_path, install_name, stg.directory_state, stg.server_count, current_disk.
+
+#include "Installer-f/wizard/main_dvd_util.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_launch.h"
+#include "Installer-f/wizard/main_wizard.h"
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/exce.h"
+#include "corekit/base/hl_string.h"
+#include "corekit/base/hl_thread.h"
+#include "corekit/base/xtim.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/files/io_utils_ouf.h"
+#include "corekit/files/io_zip.h"
+#include "corekit/files/xmap.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_mnw.h"
+
+int current_disk = 0;
+int want_file_disk = 0;
+
+namespace {
+
+constexpr float bytes_per_kb = 1000.0f;
+constexpr float look_again_after = 0.5f;  // seconds between two looks at the same volumes
+
+// The release's name is a folder's name on the disc, and the default for one on the hard drive: a
+// label cannot lead anywhere else by it.
+bool is_plain_name(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of("/\\:") == std::string::npos;
+}
+
+// The first of `volumes` that holds `marker`; empty without one.
+std::string volume_with(const std::vector<std::string>& volumes, const std::string& marker) {
+  for (const std::string& volume : volumes) {
+    if (file_exists(volume + marker)) return volume;
+  }
+  return "";
+}
+
+// A file's place on its disc.
+std::string path_on_disc(int index) {
+  return install_name + "/" + std::string(sim_info[index].current().path) + suffix_for_file(index);
+}
+
+// --- ejection ------------------------------------------------------------------------------------
+
+// It takes seconds, so a general worker does it, while frames go on.
+struct ejection {
+  std::string volume;
+  int failed = 0;  // what eject_dvd gave; the worker's until the call has finished
+  THREAD_call* call = nullptr;
+};
+// Those under way. Not freed: when the program ends, a worker may still be at one.
+auto& ejections = *new std::vector<std::unique_ptr<ejection>>;
+
+void* run_ejection(void* argument) {
+  auto* const job = static_cast<ejection*>(argument);
+  job->failed = eject_dvd(job->volume);
+  return nullptr;
+}
+
+void start_ejection(const std::string& volume) {
+  ejections.push_back(std::make_unique<ejection>());
+  ejection* const job = ejections.back().get();
+  job->volume = volume;
+  job->call = THREAD_run_async(run_ejection, job);
+}
+
+bool has_ended(const std::unique_ptr<ejection>& job) {
+  if (!THREAD_is_done(job->call, queue_poll)) return false;
+  THREAD_cleanup(job->call);
+  if (job->failed) {
+    xer << "WARNING: " << job->volume << " was not ejected: " << error_str(job->failed) << '\n';
+  }
+  return true;
+}
+
+// The volumes that may be discs, but for those on their way out.
+std::vector<std::string> disc_volumes() {
+  std::erase_if(ejections, has_ended);
+  std::vector<std::string> volumes = PLT_disc_volumes();
+  for (const auto& job : ejections)
+    std::erase(volumes, job->volume);
+  return volumes;
+}
+
+// --- what is on a disc ---------------------------------------------------------------------------
+
+// While no disc is in, the volumes are asked again when one comes or goes, and else now and then:
+// each look goes to every drive.
+bool worth_a_look(const std::vector<std::string>& volumes) {
+  static std::vector<std::string> seen;
+  static float seen_at = -look_again_after;
+  if (volumes == seen && xtim.now_sec - seen_at < look_again_after) return false;
+  seen = volumes;
+  seen_at = xtim.now_sec;
+  return true;
+}
+
+// The disc's small label: lines that begin with a keyword, of which VERSION names the release.
+void read_disc_label(const std::string& path) {
+  constexpr int versions[] = {900, 0};
+  xmap_class label(path);
+  if (!label.file_start || label.check_file(ouf_text, versions, "DVD", nullptr) != 900) {
+    return;
+  }
+  stg.server_count = 0;
+  std::string keyword, rest;
+  while (label.cursor < label.file_end) {
+    label.TXT_str_scan_space(&keyword);
+    label.TXT_str_scan_eoln(&rest);
+    if (keyword == "VERSION" && is_plain_name(rest)) install_name = rest;
+  }
+}
+
+// Takes the last component off a folder's path; empty once nothing is left.
+std::string parent_folder(std::string path) {
+  if (!path.empty() && path.back() == '/') path.pop_back();
+  return std::string(path_folder(path));
+}
+
+// The user picked a folder: a copy, or anything inside one, is registered and chosen.
+void take_found_folder(const std::string& picked) {
+  dest_dir_path = picked == "/" ? picked : picked + "/";
+  const std::string chosen = dest_dir_path;
+  while (!dest_dir_path.empty()) {
+    if (path_is_to_a_sim()) {
+      register_new_skyvane();
+      locate_all_skyvanes();
+      return;
+    }
+    const std::string shorter = parent_folder(dest_dir_path);
+    if (shorter.size() >= dest_dir_path.size()) break;
+    dest_dir_path = shorter;
+  }
+  dest_dir_path = chosen;
+  __MACIBM_alert(win_main, "You selected the folder path:", chosen,
+                 "But it does not appear to be an installed copy of Skyvane 9.",
+                 "Please be sure to select the folder that contains the Skyvane application.",
+                 t_alert, "Installer-f/main", 342);
+}
+
+}  // namespace
+
+void UTIL_scan_volumes(const std::string& marker) {
+  dvd_path = volume_with(disc_volumes(), marker);
+}
+
+void UTIL_scan_dvd() {
+  if (dvd_path.empty()) {
+    const std::vector<std::string> volumes = disc_volumes();
+    if (worth_a_look(volumes)) dvd_path = volume_with(volumes, disc_label_file);
+  }
+  if (!dvd_path.empty() && install_name == no_install_name) {
+    const std::string label = dvd_path + disc_label_file;
+    read_disc_label(label);
+    // A disc that is none of ours makes room for the next one when it is taken out.
+    if (install_name == no_install_name && !file_exists(label)) dvd_path.clear();
+  }
+  if (install_name == no_install_name || stg.directory_state != manifest_none) return;
+  if (dvd_path.empty()) return;
+
+  const std::string zip = dvd_path + install_name + "/directory.txt.zip";
+  const std::string plain = temp_path + "directory.txt";
+  if (const int code = zip_to_file(zip, temp_path, nullptr, 0)) {
+    __MACIBM_alert(win_main, "DVD scan: The installer cannot extract a file.",
+                   tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
+                   tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
+  }
+  stg.directory_state = read_directory(
+      plain, UTL_translate_string(
+                 "Scanning directory text file to see if you already have Skyvane installed..."));
+}
+
+int UTIL_verify_disk() {
+  const std::vector<std::string> volumes = disc_volumes();
+  const std::string last = dvd_path;
+  dvd_path = volume_with(volumes, path_on_disc(want_file_disk));
+  if (!dvd_path.empty()) {
+    current_disk = sim_info[want_file_disk].current().disk;
+    return 1;
+  }
+  // The disc to eject is the one read last, or, after that has gone, a wrong one of the release. If
+  // the last one was pulled out there is nothing to eject, whatever is in other drives.
+  for (const std::string& volume : volumes) {
+    const bool in_the_way = last.empty() ? dir_exists(volume + install_name) : volume == last;
+    if (dvd_path.empty() && in_the_way) dvd_path = volume;
+  }
+  return 0;
+}
+
+int UTIL_switch_disk(int first_time) {
+  if (first_time && !dvd_path.empty()) {
+    start_ejection(dvd_path);
+    dvd_path.clear();
+  }
+  // Whatever is put in now is looked at before anything is copied from it.
+  current_disk = -1;
+  return sim_info[want_file_disk].current().disk;
+}
+
+bool UTIL_wanted_disk_is_in() {
+  return !volume_with(disc_volumes(), path_on_disc(want_file_disk)).empty();
+}
+
+void UTIL_notice_lost_disk(int index) {
+  constexpr int enough = 20;  // one file may be missing from a disc; so many in a row are not there
+  int looked_at = 0;
+  for (; index < static_cast<int>(sim_info.size()) && looked_at < enough; ++index) {
+    const file_version_struct& file = sim_info[index].current();
+    if (!file.need_fetch || file.disk != current_disk) continue;
+    if (!dvd_path.empty() && file_exists(dvd_path + path_on_disc(index))) return;
+    ++looked_at;
+  }
+  if (looked_at > 0) current_disk = -1;
+}
+
+void UTIL_pick_install() {
+  float y = 400;
+  for (const std::string& copy : all_skyroots) {
+    wizard_note(280, y, copy, 500);
+    int selected = copy == dest_dir_path;
+    if (BTN_bool(250, y, &selected, "", 1)) dest_dir_path = copy;
+    y -= 25;
+  }
+  // The button stands at 605, or farther right where the words before it reach that far.
+  constexpr float text_x = 230, gap = 10, button_x = 605, button_dx = 100;
+  const std::string text =
+      tr("Is the copy of Skyvane 9 you're looking for missing from this list?");
+  wizard_note(text_x, y, text, 500);
+  const float text_end = text_x + static_cast<float>(OGL_string_width(text));
+  const float x = std::max(button_x, text_end + gap + button_dx / 2);
+  if (BTN_action(x, y + 3, button_dx, 0, 1, tr("Find It"), "")) {
+    std::string picked;
+    if (GetFilePathFromUser(2, tr("Please select your Skyvane 9 folder."), tr("Select"), 1,
+                            dest_dir_path, picked)) {
+      take_found_folder(picked);
+    }
+  }
+}
+
+int UTIL_disk_space(const std::string& enough_text, const std::string& short_text) {
+  unsigned long long total = 0, available = 0;
+  if (get_free_space(dest_dir_path, &total, &available) != 0) return 1;
+  const float total_kb = static_cast<float>(total) / bytes_per_kb;
+  const float free_kb = static_cast<float>(available) / bytes_per_kb;
+  const bool too_small = stg.todo_raw_kb > free_kb;
+
+  const std::string text =
+      str_fill(UTL_translate_string(
+                   "Disk size: %s\nFree disk space: %s\nDisk space needed to install: %s.\n\n%s"),
+               {size_string(total_kb), size_string(free_kb), size_string(stg.todo_raw_kb),
+                too_small ? short_text : enough_text});
+  wizard_note(220, 130, text, 560);
+  return free_kb > stg.todo_raw_kb ? 1 : 0;
+}
+
+int dvd_do_run_sim(int, wizard_screen&) {
+  launch_app(dest_dir_path + "Skyvane.app", "");
+  return 0;
+}

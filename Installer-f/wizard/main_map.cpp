@@ -1,0 +1,136 @@
+// Main thread. Writes stg.sector_selected and, through recalc_disk_sizes, the totals.
+
+#include "Installer-f/wizard/main_map.h"
+
+#include <algorithm>
+
+#include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/wizard/main_wizard.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/draw/oglp_draw.h"
+#include "corekit/draw/oglp_watch.h"
+#include "corekit/draw/tman.h"
+#include "corekit/window/hl_init.h"
+#include "corekit/window/hl_mnw.h"
+
+namespace {
+
+constexpr int ref_map = 394;
+constexpr int col_map = 49;   // white
+constexpr int col_band = 12;  // black
+constexpr float texels = 512;
+constexpr float map_dx = map_cell * sector_columns, map_dy = map_cell * sector_rows;
+constexpr float overlay_row = map_dy;  // the highlighted map stands above the plain one
+
+map_drag drag;
+
+float left_of(int column) {
+  return map_x + map_cell * static_cast<float>(column);
+}
+float bottom_of(int row) {
+  return map_y + map_cell * static_cast<float>(row);
+}
+
+// A piece of the map at its own place; `first_row` of the image holds the map's lowest one.
+void piece(float x, float y, float dx, float dy, float first_row) {
+  const float s = (x - map_x) / texels, t = (y - map_y + first_row) / texels;
+  x += mnw.x_off;
+  y += mnw.y_off;
+  OGL_put_quad(x, y, x + dx, y + dy, s, t, s + dx / texels, t + dy / texels);
+}
+
+// The highlight of the sectors that are selected, or of those that are not.
+void put_sectors(bool selected) {
+  for (int column = 0; column < sector_columns; ++column) {
+    for (int row = 0; row < sector_rows; ++row) {
+      const int cell = sector_cell(column, row);
+      if (!stg.sector_available[cell] || (stg.sector_selected[cell] != 0) != selected) continue;
+      piece(left_of(column), bottom_of(row), map_cell, map_cell, overlay_row);
+    }
+  }
+}
+
+void draw_map() {
+  OGL_setstate(1, 1, 3, 5, 9, 11);
+  tman.bind_ref(ref_map, 0, 0);
+  OGL_color(col_map, 1.0f);
+  glBegin(GL_QUADS);
+  piece(map_x, map_y, map_dx, map_dy, 0);
+  // All of one kind, then all of the other: within a batch, a driver in use (Mesa 22.3) may keep
+  // the alpha of a colour of four floats for one of three that follows it.
+  put_sectors(true);
+  OGL_color(col_map, 0.5f);
+  put_sectors(false);
+  glEnd();
+  OGL_check("UTIL_world_map");
+}
+
+void draw_band(const map_mouse& mouse) {
+  OGL_setstate(1, 0, 3, 5, 9, 11);
+  OGL_color(col_band, 0.5f);
+  const float x = mouse.x + mnw.x_off, y = mouse.y + mnw.y_off;
+  const float o_x = drag.o_x + mnw.x_off, o_y = drag.o_y + mnw.y_off;
+  glBegin(GL_LINE_LOOP);
+  glVertex2f(x, y);
+  glVertex2f(o_x, y);
+  glVertex2f(o_x, o_y);
+  glVertex2f(x, o_y);
+  glEnd();
+  OGL_check("UTIL_world_map");
+}
+
+void select_all(int value) {
+  std::fill(std::begin(stg.sector_selected), std::end(stg.sector_selected), value);
+}
+
+}  // namespace
+
+int map_paint(const map_mouse& mouse, map_drag& of, int (&selected)[sector_count]) {
+  if (mouse.clicked) {
+    of.o_x = mouse.x;
+    of.o_y = mouse.y;
+    for (int column = 0; column < sector_columns; ++column) {
+      if (mouse.x < left_of(column) || mouse.x > left_of(column + 1)) continue;
+      for (int row = 0; row < sector_rows; ++row) {
+        if (mouse.y < bottom_of(row) || mouse.y > bottom_of(row + 1)) continue;
+        of.o_use = !selected[sector_cell(column, row)];
+      }
+    }
+  }
+  // The button may be down from the press that led to this page, which is no drag over the map.
+  // A short click on a busy machine is over within its first frame, and counts all the same.
+  of.on = mouse.clicked || (mouse.held && of.on);
+  if (!of.on) return 0;
+
+  int painted = 0;
+  const auto [west, east] = std::minmax(mouse.x, of.o_x);
+  const auto [south, north] = std::minmax(mouse.y, of.o_y);
+  for (int column = 0; column < sector_columns; ++column) {
+    if (left_of(column) >= east || left_of(column + 1) <= west) continue;
+    for (int row = 0; row < sector_rows; ++row) {
+      if (bottom_of(row) >= north || bottom_of(row + 1) <= south) continue;
+      selected[sector_cell(column, row)] = of.o_use;
+      painted = 1;
+    }
+  }
+  return painted;
+}
+
+void UTIL_world_map() {
+  const map_mouse mouse = {mnw.mouse_x, mnw.mouse_y, mnw.mouse_clicked, mnw.mouse_held};
+  int changed = map_paint(mouse, drag, stg.sector_selected);
+  if (ogl_inited) {
+    watch_frame({left_of(0), bottom_of(0), left_of(sector_columns), bottom_of(sector_rows)});
+    draw_map();
+    if (drag.on) draw_band(mouse);
+  }
+  if (interface_rect(470, 120, 255, 46, 114, 22, 1, 0)) {
+    select_all(1);
+    changed = 1;
+  }
+  if (interface_rect(620, 120, 374, 46, 132, 22, 1, 0)) {
+    select_all(0);
+    changed = 1;
+  }
+  if (changed) recalc_disk_sizes();
+}

@@ -1,0 +1,169 @@
+// Main thread. Writes dest_dir_path.
+
+#include "Installer-f/wizard/main_net.h"
+
+#include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_select.h"
+#include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/engine/utils_verify.h"
+#include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_dvd_util.h"
+#include "Installer-f/wizard/main_patch.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_string.h"
+
+namespace {
+
+struct net_page_state {
+  int scanned = 0;          // net_get_updates: files handed to the verification so far
+  bool is_current = false;  // net_get_updates found nothing to do
+  float totl_inst_rat = 0;  // net_run_patch: smoothed fraction of the whole job done
+} state;
+
+void forget_transfer() {
+  grab_discard_partial();
+  grab_reset();
+}
+
+// With one copy and nothing handed over, the choice alternates from frame to frame: the user
+// reaches either the update with the copy set or the list with none chosen, and both lead on. Kept
+// so on purpose; it also drops a choice that was made on the list when the user comes back.
+void choose_copy() {
+  if (!cmd_line_path.empty()) {
+    dest_dir_path = cmd_line_path;
+  } else if (!dest_dir_path.empty()) {
+    dest_dir_path.clear();
+  } else if (all_skyroots.size() == 1) {
+    dest_dir_path = all_skyroots[0];
+  }
+}
+
+// The totals count in kilobytes, so small files weigh nothing there, and they leave out what is
+// only to be deleted. Either may be all that an interrupted update has left to do.
+bool copy_is_current() {
+  return stg.todo_raw_kb == 0 && stg.todo_install_count == 0 && dropped_files_left() == 0;
+}
+
+}  // namespace
+
+int net_start(int first_time, wizard_screen& screen) {
+  if (first_time) {
+    locate_all_skyvanes();
+    std::vector<wizard_step> steps = {{"Welcome", net_start}};
+    if (cmd_line_path.empty() && all_skyroots.size() != 1) {
+      steps.push_back({"Pick Destination", net_pick_dest});
+    }
+    steps.insert(steps.end(), {{"Search for Updates", net_get_updates},
+                               {"Check Disk Space", net_check_disk},
+                               {"Install Updates", net_run_patch},
+                               {"Finish", net_done}});
+    wizard_set_steps(steps);
+    forget_transfer();
+  }
+  choose_copy();
+  screen.title = tr("Skyvane 9 Web Updater");
+  screen.prefs_enabled = 1;
+  if (dest_dir_path.empty() && all_skyroots.empty()) {
+    screen.text = tr("You do not appear to have Skyvane 9 installed.");
+    return 0;
+  }
+  screen.text =
+      tr("I will guide you through the process of updating your copy of Skyvane 9 to the latest "
+         "version.");
+  screen.next = dest_dir_path.empty() ? net_pick_dest : net_get_updates;
+  return 0;
+}
+
+int net_pick_dest(int first_time, wizard_screen& screen) {
+  if (first_time) forget_transfer();
+  screen.title = tr("Pick Destination");
+  screen.prefs_enabled = 1;
+  if (all_skyroots.size() > 1) {
+    screen.text = tr("You have more than one copy of Skyvane 9 installed on this computer.  ");
+  }
+  screen.text += tr("Please select which copy of Skyvane 9 you would like to update.");
+  UTIL_pick_install();
+  screen.back = net_start;
+  if (!dest_dir_path.empty()) screen.next = net_get_updates;
+  return 0;
+}
+
+int net_get_updates(int first_time, wizard_screen& screen) {
+  static constexpr check_flow flow = {
+      "Search for Updates",
+      net_pick_dest,
+      "I am contacting the Skyvane web site to find an update server.",
+      "I am downloading patch info from ",
+      "I am processing information about the available patches.",
+  };
+  if (first_time) state.scanned = 0;
+  if (!check_servers(flow, first_time, screen)) return 0;
+
+  screen.kill_proc = checksum_directory_kill;
+  float fraction = 0;
+  if (checksum_directory(state.scanned, fraction)) {
+    screen.back = nullptr;
+    screen.next = net_check_disk;
+    // The scenery that is installed is what the user wants; a sector left unselected would be
+    // deleted.
+    set_install_filter(1, 1);
+    scenery_from_install();
+    recalc_disk_sizes();
+    state.is_current = copy_is_current();
+    return 1;
+  }
+  screen.text = tr("I am scanning ") + dest_dir_path + tr(" to see what files need updating.");
+  screen.progress_text = str_fill(tr("Scanning %d of %d files."),
+                                  {std::to_string(state.scanned), std::to_string(sim_info.size())});
+  screen.progress = fraction;
+  return 0;
+}
+
+int net_check_disk(int first_time, wizard_screen& screen) {
+  if (first_time) forget_transfer();
+  screen.title = tr("Check Disk Space");
+  screen.back = net_get_updates;
+  screen.next = net_run_patch;
+  screen.show_servers = 1;
+  if (state.is_current) {
+    screen.next = net_done;
+    return 1;
+  }
+  if (UTIL_disk_space(tr("You have enough free disk space to update Skyvane 9"),
+                      tr("You do not have enough free disk space to update Skyvane 9."))) {
+    screen.text = tr("You are about to download ") + size_string(stg.todo_zip_kb) +
+                  tr(" of compressed data to update to ") + install_name + ".";
+    return 0;
+  }
+  screen.next = nullptr;
+  screen.text =
+      tr("There is a newer version of Skyvane 9 available, but you do not have enough free disk "
+         "space to download and install the update.\n\nPlease free some space on your hard drive.");
+  return 0;
+}
+
+int net_run_patch(int first_time, wizard_screen& screen) {
+  static constexpr patch_flow flow = {net_check_disk, net_done, nullptr, &state.totl_inst_rat};
+  return run_patch(flow, first_time, screen);
+}
+
+int net_done(int, wizard_screen& screen) {
+  screen.back = nullptr;
+  screen.next = wizard_quit;
+  screen.title = tr("Finshed Web Update");
+  if (state.is_current) {
+    screen.text = tr("This copy of Skyvane (") + dest_dir_path + tr(") is already up to date.");
+  } else if (stg.extract_failed) {
+    screen.text = tr(
+        "There were problems updating Skyvane.  You can try this updater again using a different "
+        "server.");
+    return 0;
+  } else {
+    screen.text = tr("I have finished updating ") + dest_dir_path + ".";
+  }
+  screen.button_names.push_back(tr("Fly Skyvane Now"));
+  screen.button_pages.push_back(dvd_do_run_sim);
+  return 0;
+}

@@ -1,0 +1,191 @@
+// Both pages run on the main thread, a bounded step a frame.
+
+#include "Installer-f/wizard/main_patch.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "Installer-f/engine/utils_dirs.h"
+#include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_select.h"
+#include "Installer-f/engine/utils_servers.h"
+#include "Installer-f/settings/main_stg.h"
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/xtim.h"
+#include "corekit/net/http.h"
+#include "corekit/window/hl_mnw.h"
+
+namespace {
+
+constexpr int slot_manifest = 1;
+constexpr uint64_t frame_budget_us = 20000;
+constexpr float ratio_worth_telling = 0.01f;  // below this the time left is a guess of a guess
+
+std::string whole(float value) {
+  return std::to_string(static_cast<long long>(value));
+}
+
+void show_manifest_progress(wizard_screen& screen) {
+  const long length = http.slot_active(slot_manifest) ? http.slot_length(slot_manifest) : -1;
+  screen.progress = length > 0 ? static_cast<float>(http.slot_received(slot_manifest)) /
+                                     static_cast<float>(length)
+                               : -0.01f;
+  const std::string percent = whole(std::floor(screen.progress * 100));
+  screen.progress_text =
+      percent == "-1"
+          ? tr("I am checking the net for the latest version of Skyvane 9 right now, and I am "
+               "connecting to the server...")
+          : tr("I am checking the net for the latest version of Skyvane 9 right now, and I am ") +
+                percent + tr("% done checking.");
+}
+
+// --- the transfer page ---------------------------------------------------------------------------
+
+void smooth_ratio(float& ratio) {
+  // A job without weight is done as soon as it is looked at.
+  const float target = stg.todo_raw_kb > 0 ? next.done_raw_kb / stg.todo_raw_kb : 1.0f;
+  const float k = 5 * xtim.period;
+  ratio = std::clamp((1 - k) * ratio + k * target, 0.0f, 1.0f);
+}
+
+std::string activity_line() {
+  switch (stg.activity) {
+    case activity_deleting:
+      return tr("Deleting ") + crnt_file_name + tr(" because that file is no longer needed!");
+    case activity_fetching:
+      return tr("Downloading and installing ") + crnt_file_name + tr(", currently ") +
+             whole(stg.file_fraction * 100) + tr("% done with that file.");
+    case activity_have_it:
+      return tr("duplicate filename through file ") + crnt_file_name +
+             tr(", but not installing it because you already have this file.");
+    default:
+      return tr("Browsing through file ") + crnt_file_name +
+             tr(", but not installing it because you don't need this file.");
+  }
+}
+
+std::string time_left(float seconds) {
+  if (seconds < 120) return whole(seconds) + tr(" seconds");
+  if (seconds < 7200) return whole(seconds / 60) + tr(" minutes");
+  return whole(seconds / 3600) + tr(" hours");
+}
+
+std::string speed_line(float ratio) {
+  const patch_figures figures = patch_progress();
+  if (ratio <= ratio_worth_telling || figures.done_kb <= 0) return "";
+  return tr("About ") + time_left(figures.seconds_left) +
+         tr(" left in the install, downloading at ") + whole(figures.kb_per_second) +
+         tr(" kilobytes/second ") + tr("with ") + std::to_string(figures.streams) +
+         tr(" simultaneous download streams.");
+}
+
+void show_transfer(const patch_flow& flow, wizard_screen& screen) {
+  screen.back = flow.back;
+  screen.next = nullptr;
+  if (stg.server_down) {
+    screen.text =
+        tr("I can not download the file '") + crnt_file_path +
+        tr("'.\n\nYour internet connection may not be working, or the server could be undergoing "
+           "maintainance or an upgrade right now.\n\nI am trying another server now to see if I "
+           "can still get you a download...");
+    return;
+  }
+  screen.text = speed_line(*flow.done_ratio);
+  screen.progress_text = activity_line();
+  screen.progress = *flow.done_ratio;
+}
+
+// Decides, makes the folders, and starts the streams. False when the user declined or a folder
+// could not be made.
+bool begin_transfer(const patch_flow& flow) {
+  if (!choose_files()) return false;
+  if (make_dirs() != 0) return false;
+  grab_discard_partial();
+  grab_reset();
+  *flow.done_ratio = 0;
+  if (flow.is_running) *flow.is_running = 1;
+  return true;
+}
+
+}  // namespace
+
+int check_servers(const check_flow& flow, int first_time, wizard_screen& screen) {
+  // A return to this page reads the manifest anew.
+  if (first_time && stg.directory_state == manifest_loaded) {
+    stg.directory_state = manifest_unpacked;
+  }
+  screen.title = tr(flow.title);
+  screen.back = flow.back;
+  screen.next = nullptr;
+  UTL_download_directory();
+  frame_soon = frame_in_a_tick;
+
+  if (stg.server_count == -1) {
+    screen.text = tr(flow.contacting);
+    return 0;
+  }
+  switch (stg.directory_state) {
+    case manifest_none:
+      screen.text = tr(flow.downloading) + server_name[stg.server_index];
+      show_manifest_progress(screen);
+      return 0;
+    case manifest_unpacked:
+      screen.text = tr(flow.processing);
+      return 0;
+    case manifest_refused:
+      screen.text = tr("There was a problem reading information from the servers.");
+      return 0;
+    default:
+      return 1;
+  }
+}
+
+patch_figures patch_progress() {
+  patch_figures figures;
+  figures.done_kb = next.done_zip_kb + next.in_flight_kb;
+  const float elapsed = std::max(xtim.now_sec - next.start_time, 1.0f);
+  figures.kb_per_second = figures.done_kb / elapsed;
+  const float left = std::max(stg.todo_zip_kb - figures.done_kb, 0.0f);
+  figures.seconds_left = figures.kb_per_second > 0 ? left / figures.kb_per_second : 0;
+  figures.streams = 0;
+  for (const int active : next.stream_active)
+    figures.streams += active ? 1 : 0;
+  return figures;
+}
+
+int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
+  const bool starting = flow.is_running ? !*flow.is_running : first_time != 0;
+  if (starting && !begin_transfer(flow)) {
+    screen.next = flow.back;
+    return 1;
+  }
+
+  screen.title = tr("Installing");
+  screen.show_servers = 1;
+  // The first pass always runs, however late the frame is.
+  const uint64_t start = PLT_microseconds();
+  const int failed_before = grab_totals.failed;
+  bool has_failed;
+  do {
+    if (grab_files()) {
+      grab_discard_partial();
+      grab_reset();
+      screen.back = nullptr;
+      screen.next = flow.done;
+      if (flow.is_running) *flow.is_running = 0;
+      return 1;
+    }
+    smooth_ratio(*flow.done_ratio);
+    // What failed is tried again in the next frame: a mirror that refuses at once would else be
+    // asked some thousand times a second.
+    has_failed = grab_totals.failed != failed_before;
+    const uint64_t used = PLT_microseconds() - start;
+    if (used < frame_budget_us && !has_failed) {
+      grab_wait(static_cast<int>((frame_budget_us - used) / 1000));
+    }
+  } while (!has_failed && PLT_microseconds() - start < frame_budget_us);
+  show_transfer(flow, screen);
+  frame_soon = has_failed ? frame_in_a_tick : frame_at_once;
+  return 0;
+}

@@ -1,0 +1,171 @@
+// The answers of a run without a display: the flags of the command line, read and judged once, and
+// put into the pages' choices when their pages come up.
+//
+// Main thread. Writes answers, cmd_line_path, and the pages' choices.
+
+#include "Installer-f/wizard/main_unattended_answers.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+#include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/wizard/main_demo.h"
+#include "Installer-f/wizard/main_dvd.h"
+#include "Installer-f/wizard/main_net.h"
+#include "Installer-f/wizard/main_unattended.h"
+#include "Installer-f/wizard/main_unattended_disc.h"
+#include "Installer-f/wizard/main_unattended_say.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/window/hl_init.h"
+
+answer_set answers;
+
+namespace {
+
+void answer_dest(new_copy_choice& choice) {
+  if (!answers.dest.empty()) choice.parent_dir = answers.dest;
+  if (!answers.name.empty()) choice.install_folder = answers.name;
+  choice.changed = 1;
+}
+
+bool accept(const std::string& complaint) {
+  if (!complaint.empty()) complain(complaint);
+  return complaint.empty();
+}
+
+bool read_number(const char* option, float& value) {
+  if (!cmdline.has_option(option)) return true;
+  const std::string text = cmdline.get_option(option);
+  char* end = nullptr;
+  value = std::strtof(text.c_str(), &end);
+  if (!text.empty() && *end == '\0' && value > 0) return true;
+  complain(std::string(option) + " wants a number above 0, not '" + text + "'.");
+  return false;
+}
+
+bool read_folder(const char* option, std::string& folder) {
+  if (!cmdline.has_option(option)) return true;
+  folder = cmdline.get_option(option);
+  if (folder.empty()) {
+    complain(std::string(option) + " wants a folder.");
+    return false;
+  }
+  folder = folder_from_start(folder);
+  return true;
+}
+
+// An update of any other folder would fill it with a whole copy. One of the marks is enough: a copy
+// that has lost the others is what an update is there to heal.
+bool is_a_copy(const std::string& folder) {
+  for (const char* const mark : {"Airfoils", "Instructions", "Output", "Resources"})
+    if (dir_exists(folder + mark)) return true;
+  return false;
+}
+
+// The copy to update, by the flag or by a program that handed its folder over.
+bool read_copy() {
+  if (!read_folder("--copy", answers.copy)) return false;
+  if (!answers.copy.empty()) cmd_line_path = answers.copy;
+  if (cmd_line_path.empty() || g_wizard != net_start) return true;
+  if (is_a_copy(cmd_line_path)) return true;
+  complain(cmd_line_path + " does not appear to be an installed copy of Skyvane 9.");
+  return false;
+}
+
+bool read_modified() {
+  if (!cmdline.has_option("--on_modified")) return true;
+  const std::string text = cmdline.get_option("--on_modified");
+  if (text == "keep") {
+    answers.on_modified = answer_keep;
+  } else if (text == "overwrite") {
+    answers.on_modified = answer_overwrite;
+  } else if (text == "cancel") {
+    answers.on_modified = answer_cancel_install;
+  } else {
+    complain("--on_modified wants keep, overwrite or cancel, not '" + text + "'.");
+    return false;
+  }
+  return true;
+}
+
+bool read_disc_answers() {
+  if (cmdline.has_option("--do")) {
+    const std::string word = cmdline.get_option("--do");
+    answers.flow = unattended_flow(word);
+    if (!answers.flow) {
+      complain("--do wants install, scenery or repair, not '" + word + "'.");
+      return false;
+    }
+  }
+  answers.sectors_given = cmdline.has_option("--sectors");
+  return !answers.sectors_given ||
+         accept(unattended_read_sectors(cmdline.get_option("--sectors"), answers.sectors));
+}
+
+bool read_name() {
+  if (!cmdline.has_option("--name")) return true;
+  answers.name = cmdline.get_option("--name");
+  // The name is one folder's name: anything that walks elsewhere is a mistake in a script.
+  if (!answers.name.empty() && answers.name.find('/') == std::string::npos && answers.name != "." &&
+      answers.name != "..") {
+    return true;
+  }
+  complain("--name wants the name of a folder, not '" + answers.name + "'.");
+  return false;
+}
+
+}  // namespace
+
+int unattended_read_answers() {
+  answers.accept_eula = cmdline.has_option("--accept_eula");
+  if (!read_folder("--dest", answers.dest) || !read_copy() || !read_name() || !read_modified() ||
+      !read_disc_answers() || !read_number("--give_up_after", answers.give_up_after)) {
+    return unattended_refused;
+  }
+  return 0;
+}
+
+// --- into the pages -----------------------------------------------------------------------------
+
+bool answer_eula() {
+  if (answers.accept_eula) accept_eula_demo = accept_eula = 1;
+  return true;
+}
+
+bool answer_demo_dest() {
+  answer_dest(demo_dest);
+  return true;
+}
+
+bool answer_dvd_dest() {
+  answer_dest(dvd_dest);
+  return true;
+}
+
+bool answer_copy() {
+  if (!answers.copy.empty()) dest_dir_path = answers.copy;
+  return true;
+}
+
+bool answer_dvd_start() {
+  if (answers.copy.empty() || answers.flow == dvd_pick_install) return true;
+  return accept(unattended_take_copy(answers.copy));
+}
+
+bool answer_sectors() {
+  if (!answers.sectors_given) return true;
+  // "all" means all that there are.
+  const bool all = std::count(std::begin(answers.sectors), std::end(answers.sectors), 0) == 0;
+  const std::string missing =
+      all ? "" : unattended_missing_sector(answers.sectors, stg.sector_available);
+  if (!missing.empty()) return accept("These discs have no scenery for " + missing + ".");
+  std::copy(std::begin(answers.sectors), std::end(answers.sectors), stg.sector_selected);
+  recalc_disk_sizes();
+  return true;
+}
+
+page_function wanted_flow() {
+  return answers.flow;
+}

@@ -1,0 +1,100 @@
+// The installer's own command-line options: their description for the usage text, and the question
+// whether a run wants a window.
+
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/hl_app.h"
+
+bool APP_without_window() {
+  return cmdline.has_option("--unattended") || cmdline.has_option("--build_master") ||
+         cmdline.has_option("--write_server_list");
+}
+
+std::string APP_usage() {
+  return R"(
+RUNNING WITHOUT A DISPLAY
+
+--unattended
+  Runs this installer's own pages from the first to the last with no window
+  and no display, pressing Next as a user would. The answers come from the
+  flags below. On a terminal one live line shows the progress; elsewhere a
+  line is printed for each page and each 5 % of the transfer. Alerts go to
+  standard error and to the log, "Skyvane Installer Log.txt" beside the
+  program.
+
+--accept_eula
+  Accepts the End User License Agreement, which "--help" cannot do for you.
+
+--dest=FOLDER
+  The folder in which the new copy is created. Default: the desktop, or the
+  home folder where there is no desktop.
+
+--name=NAME
+  The name of the new copy's own folder. Default: the release's name.
+
+--copy=FOLDER
+  The installed copy to update, to repair, or whose scenery to change.
+  "-path FOLDER", first on the command line, says the same to the web updater.
+  Default: the one copy that is known on this computer.
+
+--do=install|scenery|repair
+  What to do with the discs: install a new copy, change the scenery of an
+  installed one, or put its missing and damaged files right. When another disc
+  is needed, the run ejects the present one, says which disc it wants, and
+  goes on as soon as that one is mounted. Default: install.
+
+--sectors=all|none|LIST
+  The sectors of 10 by 10 degrees whose scenery to have; scenery of all others
+  is removed. LIST names them by their south-west corners, latitude first:
+  --sectors=+30-120,+40-110. Default: all for a new copy; for an installed
+  one, those that it has.
+
+--on_modified=keep|overwrite|cancel
+  What to do with a file that you have changed yourself and that the release
+  would replace or delete. Default: keep.
+
+--give_up_after=SECONDS
+  How long to go on without any progress. Default: 300.
+
+  Exit status of an unattended run:
+    0  finished: the last page offers to start the simulator
+    1  failed: a failure page or a fatal alert
+    2  an answer is missing or was refused; the page's own text says which
+    3  given up: no progress for too long, or interrupted
+
+SETTINGS FOR ONE RUN
+
+--pref:TAG=VALUE
+  Overrides a setting of the preference file without touching the file:
+  _stream_count (1 to 4, 0 automatic), _log_actions (0, 1), _proxy_host,
+  _proxy_port_int (0 for none), _get_beta (0, 1), _lang (0 English, 1 French,
+  2 German, 3 Italian, 4 Spanish, 5 Portuguese, 6 Korean).
+
+--missing_strings
+  Logs every text that the chosen language does not translate.
+
+--check_layout
+  Logs every text that leaves its place: one over another text or a picture,
+  across the edge of a frame, or cut off.
+
+FOR THE MAKERS
+
+--build_master
+  Builds a master from a source tree: a tree of per-file archives and the
+  manifest that the installer works from. It takes these flags:
+    --source=DIR      the source tree (default "/Skyvane 9.00/")
+    --output=DIR      where the master goes (default "/DVD_Masters/")
+    --previous=FILE   the manifest of the release before, or "none" for a
+                      first release; read for type 0 only
+                      (default "/directory.txt")
+    --type=N          0 the base product without scenery, for the web;
+                      1 the base product with Earth scenery; 2 the Mars
+                      scenery; 3 the Moon scenery (default 1)
+    --name=NAME       the release's folder on every disc and mirror
+    --release=N       the release number of what is new (default 91001)
+    --disk_kb=N       compressed size at which a disc is full, in units of
+                      1,000 bytes (default 630000)
+
+--write_server_list=FILE --mirrors=HOST/PATH,HOST/PATH,... --name=NAME
+  Writes the server list that the product's web server holds.
+)";
+}

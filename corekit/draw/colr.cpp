@@ -1,0 +1,150 @@
+// The colour table: the fixed colours, the ones that the interface image carries, and the spectrum.
+//
+// Main thread. Writes nothing but the table.
+
+#include "corekit/draw/colr.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "corekit/draw/oglp.h"
+#include "corekit/draw/oglp_draw.h"
+
+colr_class colr;
+
+namespace {
+
+// Runs of colours that are set at start; what lies between begins black.
+struct colr_row {
+  int index;
+  colr_rgb rgb;
+};
+constexpr colr_row fixed_colours[] = {
+    {0, {1, 1, 1}},           {1, {1, .2f, .2f}},    {2, {1, 1, .2f}},
+    {3, {.7f, .7f, .7f}},     {4, {.8f, 0, 0}},      {5, {1, 1, 0}},
+    {6, {.3f, .3f, .3f}},     {7, {.2f, 0, 0}},      {8, {1, .8f, .2f}},
+    {9, {.1f, .1f, .1f}},     {10, {0, .8f, 0}},     {11, {0, 0, 0}},
+    {12, {0, 0, 0}},          {13, {0, .4f, 0}},     {14, {0, 0, 0}},
+    {15, {.4f, .4f, 1}},      {16, {0, 0, 0}},       {17, {0, 0, .6f}},
+    {18, {.9f, .9f, .9f}},    {19, {.8f, .1f, .1f}}, {20, {.9f, .9f, 1}},
+    {21, {.9f, .9f, .9f}},    {22, {.1f, .1f, .1f}}, {23, {0, 0, 0}},
+    {24, {1, 1, 0}},          {25, {0, 0, 0}},       {26, {1, 1, 1}},
+    {27, {1, 1, 1}},          {28, {1, 1, 1}},       {29, {1, 1, 0}},
+    {30, {0, 0, 0}},          {31, {1, 1, 1}},       {32, {1, 1, 1}},
+    {33, {1, 1, 1}},          {49, {1, 1, 1}},       {50, {.4f, 1, .4f}},
+    {51, {1, .4f, .4f}},      {52, {1, 1, .6f}},     {53, {.7f, .7f, 1}},
+    {54, {1, .5f, 0}},        {55, {.8f, .8f, .8f}}, {56, {0, 1, 0}},
+    {57, {1, .2f, .2f}},      {58, {1, 1, .2f}},     {59, {.4f, .4f, 1}},
+    {60, {.5f, .3f, 0}},      {61, {.5f, .5f, .5f}}, {62, {0, .6f, 0}},
+    {63, {.6f, .2f, 0}},      {64, {1, 1, 0}},       {65, {.2f, .2f, .8f}},
+    {66, {1, .4f, 0}},        {67, {.2f, .2f, .2f}}, {68, {0, .2f, 0}},
+    {69, {1, 0, 0}},          {70, {.6f, .6f, 0}},   {71, {.15f, .15f, .6f}},
+    {72, {.49f, .43f, .24f}}, {73, {0, 0, 0}},       {74, {0, .1f, 0}},
+    {75, {1, .2f, 1}},        {76, {1, 0, 1}},       {77, {0, 1, 1}},
+    {78, {.44f, .53f, .54f}}, {85, {1, 0, 1}},       {86, {0, 0, 0}},
+    {87, {1, 0, 1}},          {88, {1, 1, 1}},
+};
+
+// Where the interface image keeps a colour: the pixel, counted from the lower left.
+struct colr_swatch {
+  int index, column, row;
+};
+constexpr colr_swatch swatches[] = {
+    {34, 319, 155}, {35, 319, 147}, {36, 319, 139}, {37, 319, 131}, {38, 319, 123},
+    {40, 319, 115}, {41, 319, 107}, {42, 319, 99},  {43, 319, 91},  {44, 395, 115},
+    {45, 319, 83},  {46, 319, 75},  {47, 319, 67},
+};
+
+colr_rgb mix(const colr_rgb& a, const colr_rgb& b, float part) {
+  return {a.r + (b.r - a.r) * part, a.g + (b.g - a.g) * part, a.b + (b.b - a.b) * part};
+}
+
+// The colour at `v`, 0 to 1, of a scale with stops at equal distances.
+template <int count>
+colr_rgb along(const colr_rgb (&stops)[count], float v) {
+  const float at = std::clamp(v, 0.0f, 1.0f) * static_cast<float>(count - 1);
+  const int band = std::min(static_cast<int>(at), count - 2);
+  return mix(stops[band], stops[band + 1], at - static_cast<float>(band));
+}
+
+}  // namespace
+
+colr_class::colr_class() {
+  for (const colr_row& row : fixed_colours)
+    table_[row.index] = row.rgb;
+  for (int i = 0; i < 256; ++i) {
+    gamma_table[i] =
+        static_cast<unsigned char>(std::lround(255.0 * std::pow(i / 255.0, gamma_target / gamma)));
+  }
+}
+
+void colr_class::assign(int index, float r, float g, float b) {
+  if (index >= 0 && index < colr_count) table_[index] = {r, g, b};
+}
+
+void colr_class::assign_from_interface(const unsigned char* rgba) {
+  for (const colr_swatch& swatch : swatches) {
+    const unsigned char* pixel = rgba + (swatch.row * 512 + swatch.column) * 4;
+    const auto part = [](unsigned char byte) { return static_cast<float>(byte) / 255.0f; };
+    assign(swatch.index, part(pixel[0]), part(pixel[1]), part(pixel[2]));
+  }
+  table_[39] = mix(table_[35], table_[38], 0.5f);
+}
+
+void colr_class::set_lites_for_interface() {
+  for (float* part : {&lites_.r, &lites_.g, &lites_.b})
+    *part = std::max(*part, 0.75f);
+}
+
+void colr_class::spectrum_init(int kind) {
+  static constexpr colr_rgb rainbow[] = {{1, 0, 0}, {1, .32f, .08f}, {1, 1, 0},
+                                         {0, 1, 0}, {0, 0, 1},       {.8f, 0, .8f}};
+  for (int i = 0; i < spectrum_count; ++i) {
+    const float v = static_cast<float>(i) / static_cast<float>(spectrum_count);
+    switch (kind) {
+      case 1:
+        spectrum_[i] = {v, 0, 0};
+        break;
+      case 2:
+        spectrum_[i] = {0, v, 0};
+        break;
+      case 3:
+        spectrum_[i] = {0, 0, v};
+        break;
+      default:
+        spectrum_[i] = along(rainbow, v);
+        break;
+    }
+  }
+}
+
+void colr_class::spectrum_plotscale(float x, float y, float low, float high, int decimals) {
+  constexpr int height = 1000, step = 4, limit_digits = 7, limit_colour = 49;
+  scale_low_ = low;
+  scale_high_ = high;
+  scale_span_ = high - low;
+  if (!ogl_inited) return;
+  OGL_number(limit_colour, x + 4, y + height - 4, high, limit_digits, decimals, charset_text);
+  OGL_number(limit_colour, x + 4, y - 4, low, limit_digits, decimals, charset_text);
+
+  OGL_setstate(1, 0, 3, 5, 9, 11);
+  glPointSize(step);
+  glBegin(GL_POINTS);
+  for (int at = 0; at <= height; at += step) {
+    const int entry = std::clamp(at * spectrum_count / height, 0, spectrum_count - 1);
+    glColor3fv(&spectrum_[entry].r);
+    glVertex2f(x, y + static_cast<float>(at));
+  }
+  glEnd();
+  glPointSize(1.0f);
+  OGL_check("spectrum_plotscale");
+}
+
+void OGL_spectrum_rgb(float v) {
+  static constexpr colr_rgb stops[] = {{1, 0, 0}, {1, .5f, 0}, {1, 1, 0},    {0, 1, 0},
+                                       {0, 1, 1}, {0, 0, 1},   {.8f, 0, .8f}};
+  if (!ogl_inited) return;
+  const colr_rgb rgb = along(stops, v);
+  glColor3fv(&rgb.r);
+}

@@ -1,0 +1,238 @@
+// OpenGL's state: all changes of it pass through here, each only when it differs from what is set.
+// Then viewport, projection, scissors and blending.
+//
+// Main thread. Writes ren (at start) and the scale, margin and limit fields of mnw.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+#include "corekit/draw/oglp.h"
+#include "corekit/draw/oglp_draw.h"
+#include "corekit/draw/oglp_watch.h"
+#include "corekit/draw/tman.h"
+#include "corekit/window/hl_mnw.h"
+
+namespace {
+
+constexpr int unit_limit = 8;  // units that the state cache handles
+
+// Entry points beyond OpenGL 1.1, found by name.
+struct entry_points {
+  PFNGLACTIVETEXTUREARBPROC active_texture = nullptr;
+  PFNGLCOMPRESSEDTEXIMAGE2DARBPROC compressed_image = nullptr;
+};
+entry_points entry;
+bool have_context = false;
+
+// What OpenGL is set to. Unknown until the first OGL_setstate reads it.
+struct gl_state {
+  bool known = false;
+  bool fog = false, lit = false, blend = false, alpha_test = false, depth_read = false;
+  // Taken to be off and never read: whoever writes depth says so first.
+  bool depth_write = false;
+  int num_units = 0;
+};
+gl_state state;
+
+void enable(GLenum what, bool on) {
+  if (on) {
+    glEnable(what);
+  } else {
+    glDisable(what);
+  }
+}
+
+void read_state() {
+  state = gl_state();
+  state.known = true;
+  state.fog = glIsEnabled(GL_FOG);
+  state.num_units = glIsEnabled(GL_TEXTURE_2D) ? 1 : 0;
+  state.lit = glIsEnabled(GL_LIGHTING);
+  state.blend = glIsEnabled(GL_BLEND);
+  state.alpha_test = glIsEnabled(GL_ALPHA_TEST);
+  state.depth_read = glIsEnabled(GL_DEPTH_TEST);
+}
+
+void set_units(int units) {
+  const int old = state.num_units;
+  if (units == old) return;
+  // Unit 0 is the active one, and goes without the call that a driver of one unit lacks.
+  if ((units > 0) != (old > 0)) enable(GL_TEXTURE_2D, units > 0);
+  if (units > 1 || old > 1) {
+    for (int unit = std::max(1, std::min(old, units)); unit < std::max(old, units); ++unit) {
+      if (OGL_active_unit(unit)) enable(GL_TEXTURE_2D, unit < units);
+    }
+    OGL_active_unit(0);
+  }
+  state.num_units = units;
+}
+
+bool set_flag(bool& known, bool wanted) {
+  if (known == wanted) return false;
+  known = wanted;
+  return true;
+}
+
+int to_pixel(float units) {
+  return static_cast<int>(std::lround(units * mnw.ui_scale));
+}
+
+}  // namespace
+
+void OGL_load_entry_points(void* (*lookup)(const char* name)) {
+  OGL_reset_state();
+  TEX_reset_bind();
+  have_context = lookup != nullptr;
+  entry = entry_points();
+  if (!lookup) return;
+
+  entry.active_texture = reinterpret_cast<PFNGLACTIVETEXTUREARBPROC>(lookup("glActiveTextureARB"));
+  if (!entry.active_texture) {
+    entry.active_texture = reinterpret_cast<PFNGLACTIVETEXTUREARBPROC>(lookup("glActiveTexture"));
+  }
+
+  int major = 1, minor = 1;
+  const char* version = reinterpret_cast<const char*>(glGetString(GL_VERSION));
+  if (version) std::sscanf(version, "%d.%d", &major, &minor);
+  const int number = major * 100 + minor * 10;
+  GLint units = 1, side = 0;
+  if (number >= 130 && entry.active_texture) glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
+  glGetIntegerv(GL_MAX_TEXTURE_SIZE, &side);
+  ren.max_units = std::max(units, 1);
+  if (side > 0) ren.max_texture_size = side;
+  entry.compressed_image = reinterpret_cast<PFNGLCOMPRESSEDTEXIMAGE2DARBPROC>(
+      lookup(number >= 130 ? "glCompressedTexImage2D" : "glCompressedTexImage2DARB"));
+  const char* features = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
+  ren.s3tc = entry.compressed_image && features &&
+             std::strstr(features, "GL_EXT_texture_compression_s3tc");
+  ren.tex_clamp = number >= 120 ? 1 : 0;
+  OGL_check("OGL_load_entry_points");
+}
+
+bool OGL_can_call() {
+  return have_context || ogl_inited;
+}
+
+int OGL_active_unit(int unit) {
+  if (!entry.active_texture) return unit == 0;
+  entry.active_texture(static_cast<GLenum>(GL_TEXTURE0 + unit));
+  return 1;
+}
+
+void OGL_compressed_image(int level, int format, int dx, int dy, int bytes, const void* blocks) {
+  if (!entry.compressed_image) return;
+  entry.compressed_image(GL_TEXTURE_2D, level, static_cast<GLenum>(format), dx, dy, 0, bytes,
+                         blocks);
+}
+
+void OGL_reset_state() {
+  state = gl_state();
+}
+
+void OGL_setstate(int fog, int tex, int lit, int alpha, int depth_read, int depth_write) {
+  if (!OGL_can_call()) return;
+  if (!state.known) read_state();
+
+  if (set_flag(state.fog, fog == 0)) enable(GL_FOG, state.fog);
+  set_units(std::clamp(tex, 0, std::min(ren.max_units, unit_limit)));
+  if (set_flag(state.lit, lit == 2)) {
+    enable(GL_LIGHTING, state.lit);
+    enable(GL_LIGHT0, state.lit);
+  }
+  if (set_flag(state.blend, alpha == 5 || alpha == 7)) enable(GL_BLEND, state.blend);
+  if (set_flag(state.alpha_test, alpha == 6 || alpha == 7)) {
+    enable(GL_ALPHA_TEST, state.alpha_test);
+  }
+  if (set_flag(state.depth_read, depth_read == 8)) enable(GL_DEPTH_TEST, state.depth_read);
+  if (set_flag(state.depth_write, depth_write == 10)) glDepthMask(state.depth_write);
+  OGL_check("OGL_setstate");
+}
+
+void OGL_pix_specs() {
+  const float dx = static_cast<float>(mnw.pix_dx), dy = static_cast<float>(mnw.pix_dy);
+  mnw.ui_scale_x = mnw.ui_scale = 1.0f;
+  // 1024 by 768 is no canvas: it only centres things in larger windows.
+  mnw.centre_x = dx * 0.5f;
+  mnw.centre_y = 384.0f;
+  mnw.side_margin = mnw.win_id == win_none ? 0.0f : std::max(0.0f, (dx - 1024.0f) * 0.5f);
+  mnw.top_margin = std::max(0.0f, dy - 768.0f);
+  mnw.ortho_left = mnw.ortho_bottom = 0.0f;
+  mnw.ortho_right = dx;
+  mnw.ortho_top = dy;
+  if (mnw.win_id >= 0) OGL_viewport(2, 0, 0, dx, dy);
+}
+
+void OGL_screensize(int mode, float x1, float y1, float x2, float y2) {
+  if (!OGL_can_call()) return;
+  if (mode == 2) {
+    glViewport(0, 0, mnw.pix_dx, mnw.pix_dy);
+  } else if (mode == 3) {
+    glViewport(to_pixel(x1), to_pixel(y1), to_pixel(x2 - x1), to_pixel(y2 - y1));
+  } else {
+    glViewport(static_cast<GLint>(x1), static_cast<GLint>(y1), static_cast<GLsizei>(x2 - x1),
+               static_cast<GLsizei>(y2 - y1));
+  }
+  OGL_check("OGL_screensize");
+}
+
+void OGL_viewport(int mode, float l, float b, float r, float t, int keep_aspect) {
+  constexpr double near_plane = 1.0, far_plane = 10000.0;  // of mode 3
+  if (!OGL_can_call()) return;
+  if (mode == 2) {
+    l = mnw.ortho_left;
+    b = mnw.ortho_bottom;
+    r = mnw.ortho_right;
+    t = mnw.ortho_top;
+    OGL_screensize(2, 0, 0, 0, 0);
+  }
+  if (keep_aspect) {
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    const float ratio =
+        viewport[2] > 0 ? static_cast<float>(viewport[3]) / static_cast<float>(viewport[2]) : 1.0f;
+    b *= ratio;
+    t *= ratio;
+  }
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  // A window that is iconised has no size, and OpenGL refuses such limits.
+  if (l != r && b != t) {
+    if (mode == 2) glOrtho(l, r, b, t, -1.0, 1.0);
+    if (mode == 3) glFrustum(l, r, b, t, near_plane, far_plane);
+  }
+  glMatrixMode(GL_MODELVIEW);
+  glLoadIdentity();
+  OGL_check("OGL_viewport");
+}
+
+void OGL_scissors(float x, float y, float dx, float dy) {
+  if (!ogl_inited) return;
+  glEnable(GL_SCISSOR_TEST);
+  glScissor(to_pixel(x + mnw.x_off), to_pixel(y + mnw.y_off), std::max(0, to_pixel(dx)),
+            std::max(0, to_pixel(dy)));
+  const watch_rect clip = {x + mnw.x_off, y + mnw.y_off, x + mnw.x_off + dx, y + mnw.y_off + dy};
+  watch_clip(&clip);
+  OGL_check("OGL_scissors");
+}
+
+void OGL_scissors_end() {
+  if (!ogl_inited) return;
+  glDisable(GL_SCISSOR_TEST);
+  watch_clip(nullptr);
+}
+
+void OGL_glow_colors() {
+  if (OGL_can_call()) glBlendFunc(GL_SRC_ALPHA, GL_ONE);
+}
+
+void OGL_nrml_colors() {
+  if (OGL_can_call()) glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+void OGL_poly_offset(int level) {
+  if (!OGL_can_call()) return;
+  enable(GL_POLYGON_OFFSET_FILL, level != 0);
+  if (level) glPolygonOffset(static_cast<float>(level) * -10.0f, -1.0f);
+}

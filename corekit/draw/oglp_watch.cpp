@@ -1,0 +1,115 @@
+// The look at the layout: what is noted of a frame, and what is said of it.
+//
+// Main thread. Writes the log, and layout_watched at the start by hl_init.
+
+#include "corekit/draw/oglp_watch.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "corekit/base/exce.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/window/hl_mnw.h"
+
+bool layout_watched = false;
+
+namespace {
+
+constexpr float ink_dy = 8;  // of a capital; lines are 10 apart, so that those of one text are free
+constexpr float rim = 2;     // of a frame, on which no letter may stand
+
+struct noted_text {
+  watch_rect at;
+  std::string text;
+  const char* trouble;  // null for none
+};
+std::vector<noted_text> texts;  // of the frame being drawn
+std::vector<watch_rect> frames;
+std::optional<watch_rect> clip;
+std::set<std::string> said;
+
+bool overlap(const watch_rect& a, const watch_rect& b) {
+  return a.x0 < b.x1 && b.x0 < a.x1 && a.y0 < b.y1 && b.y0 < a.y1;
+}
+
+bool inside(const watch_rect& a, const watch_rect& b, float b_rim) {
+  return a.x0 >= b.x0 + b_rim && a.x1 <= b.x1 - b_rim && a.y0 >= b.y0 && a.y1 <= b.y1;
+}
+
+bool equal(const watch_rect& a, const watch_rect& b) {
+  return a.x0 == b.x0 && a.y0 == b.y0 && a.x1 == b.x1 && a.y1 == b.y1;
+}
+
+watch_rect window_rect() {
+  return {mnw.x_off, mnw.y_off, mnw.x_off + mnw.win_dx, mnw.y_off + mnw.win_dy};
+}
+
+void say(const noted_text& note) {
+  const std::string line = "LAYOUT: window " + std::to_string(mnw.win_id) + ", " + note.trouble +
+                           ": " + note.text + '\n';
+  if (!said.insert(line).second) return;
+  xer << line;
+  xer.flush();
+}
+
+}  // namespace
+
+void watch_text(float x, float base, std::string_view text) {
+  if (!layout_watched) return;
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\n'))
+    text.remove_suffix(1);
+  if (text.empty()) return;
+  noted_text note = {{x, base, x + static_cast<float>(OGL_string_width(text)), base + ink_dy},
+                     std::string(text),
+                     nullptr};
+  if (clip) {
+    // Along the line a clip is a field or list that shows what fits of a name.
+    note.at.x0 = std::max(note.at.x0, clip->x0);
+    note.at.x1 = std::min(note.at.x1, clip->x1);
+    if (note.at.y0 < clip->y0 || note.at.y1 > clip->y1) note.trouble = "cut off";
+  }
+  const watch_rect window = window_rect();
+  if (!inside(note.at, window, 0)) note.trouble = "beyond the window";
+  for (const watch_rect& frame : frames) {
+    if (overlap(note.at, frame) && !inside(note.at, frame, rim)) note.trouble = "over an edge";
+  }
+  for (const noted_text& other : texts) {
+    if (overlap(note.at, other.at)) note.trouble = "over a text";
+  }
+  texts.push_back(std::move(note));
+}
+
+void watch_frame(const watch_rect& frame) {
+  if (!layout_watched) return;
+  // A whole picture of the window is its background.
+  if (inside(window_rect(), frame, 0)) return watch_cover();
+  // A face that is drawn anew takes the place of the former, label and all.
+  const bool again = std::any_of(frames.begin(), frames.end(),
+                                 [&](const watch_rect& f) { return equal(f, frame); });
+  if (again) std::erase_if(texts, [&](const noted_text& t) { return inside(t.at, frame, 0); });
+  for (noted_text& text : texts) {
+    if (overlap(text.at, frame)) text.trouble = "under a picture";
+  }
+  if (!again) frames.push_back(frame);
+}
+
+void watch_clip(const watch_rect* to) {
+  if (!layout_watched) return;
+  clip = to ? std::optional<watch_rect>(*to) : std::nullopt;
+}
+
+void watch_cover() {
+  texts.clear();
+  frames.clear();
+}
+
+void watch_shown() {
+  if (!layout_watched) return;
+  for (const noted_text& text : texts) {
+    if (text.trouble) say(text);
+  }
+  watch_cover();
+}

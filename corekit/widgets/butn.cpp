@@ -1,0 +1,97 @@
+// What all widgets share: identity, labels, the mouse test, and cells of the interface image.
+//
+// Main thread. Reads mnw; writes stls.
+
+#include "corekit/widgets/butn.h"
+
+#include <cstdlib>
+
+#include "corekit/draw/oglp.h"
+#include "corekit/widgets/butn_draw.h"
+#include "corekit/window/hl_init.h"
+#include "corekit/window/hl_mnw.h"
+
+stls_record stls;
+
+namespace {
+
+constexpr float no_wrap = 9999.0f;
+constexpr int label_colour = 43;
+constexpr int active_label_colour = 81;
+constexpr size_t one_line_length = 12;  // a label up to this is never split
+constexpr float half_line = 5;
+
+// Where a long label breaks: the blank, "-" or "/" nearest to the middle, the earlier of two at the
+// same distance. The search starts with position 0 as its best, so that 0 also means nowhere.
+size_t break_position(const std::string& text) {
+  const long middle = static_cast<long>(text.size() / 2);
+  size_t best = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != ' ' && text[i] != '-' && text[i] != '/') continue;
+    if (std::labs(static_cast<long>(i) - middle) < std::labs(static_cast<long>(best) - middle)) {
+      best = i;
+    }
+  }
+  return best + 1 < text.size() ? best : 0;
+}
+
+}  // namespace
+
+int BTN_identity(float x, float y) {
+  return static_cast<int>(y) + (static_cast<int>(x) << 13);
+}
+
+void BTN_expand_label(const std::string& label, std::string* left, std::string* right,
+                      std::string* help) {
+  const size_t bar = label.rfind('|'), brace = label.rfind('{');
+  const size_t end = brace == std::string::npos ? label.size() : brace;
+  *left = label.substr(0, bar == std::string::npos ? end : bar);
+  right->clear();
+  if (bar != std::string::npos) {
+    // A brace before the bar ends nothing: the right text runs to the end.
+    *right = label.substr(bar + 1, end > bar ? end - bar - 1 : std::string::npos);
+  }
+  help->clear();
+  if (end + 2 < label.size()) *help = label.substr(end + 2);
+}
+
+void BTN_util_draw_label(float x, float y, int side, const std::string& text, int active) {
+  if (!ogl_inited || text.empty()) return;
+  const int colour = active ? active_label_colour : label_colour;
+  const int just = side == 0 ? just_right : side == 1 ? just_centre : just_left;
+  const auto put = [&](const std::string& line, float at) {
+    OGL_string(colour, x, at, line, no_wrap, charset_text, just);
+  };
+  if (text[0] == '-') {
+    put(text.substr(1), y);
+    return;
+  }
+  const size_t split = side != 1 && text.size() > one_line_length ? break_position(text) : 0;
+  if (split == 0) {
+    put(text, y);
+    return;
+  }
+  put(text.substr(0, split), y + half_line);
+  put(text.substr(split + 1), y - half_line);
+}
+
+int BTN_mouse_in(float left, float bottom, float right, float top) {
+  return ogl_inited && mnw.popup_code == -1 && mnw.mouse_x >= left && mnw.mouse_x <= right &&
+         mnw.mouse_y >= bottom && mnw.mouse_y <= top;
+}
+
+int BTN_click_in(float left, float bottom, float right, float top) {
+  return mnw.mouse_clicked && BTN_mouse_in(left, bottom, right, top);
+}
+
+void BTN_hover(float left, float bottom, float right, float top, const std::string& help) {
+  if (!help.empty() && BTN_mouse_in(left, bottom, right, top)) stls.hover_help = help;
+}
+
+int BTN_type_from_vector(int i, const std::vector<int>* v) {
+  return i >= 0 && i < static_cast<int>(v->size()) ? (*v)[i] : 0;
+}
+
+std::string BTN_name_from_vector(int i, const std::vector<std::string>* v) {
+  return i >= 0 && i < static_cast<int>(v->size()) ? (*v)[i] : std::string();
+}

@@ -1,0 +1,138 @@
+// The plain widgets: push button, check box, radio button, tab.
+//
+// Main thread. Reads mnw; writes stls (hover help) and the caller's variable.
+
+#include "corekit/draw/oglp.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_draw.h"
+#include "corekit/window/hl_init.h"
+#include "corekit/window/hl_mnw.h"
+
+namespace {
+
+// Draws a button's face and its label.
+void plot_action(float x, float y, float dx, bool pressed, bool lit, const std::string& label) {
+  constexpr int face_up = 2, face_down = 3;
+  BTN_frame1(pressed ? face_down : face_up, x, y, dx, 0);
+  BTN_util_draw_label(x, y - 3, 1, label, lit);
+}
+
+// A variable of another type than int, as a check box edits it.
+template <typename value_type>
+int bool_of(float x, float y, value_type* value, const std::string& label) {
+  int as_int = *value ? 1 : 0;
+  const int hit = BTN_bool(x, y, &as_int, label, 0);
+  if (hit) *value = static_cast<value_type>(as_int);
+  return hit;
+}
+
+}  // namespace
+
+// One call is one frame. The press is all that counts: holding and releasing do nothing more, and a
+// press that arrives while the mouse is elsewhere is lost to the button.
+//
+//   mouse     clicked  popup_code   on  mode   drawn                              result
+//   outside   any      any          0   any    face up                            0
+//   outside   any      any          1   any    face down over face up             0
+//   inside    0        any          any any    the same; help to the hover text   0
+//   inside    1        a menu       any any    the same                           0
+//   inside    1        -1           0   0      face up                            1
+//   inside    1        -1           0   1, 2   face up, then down, and swapped    1
+//   inside    1        -1           1   any    face down                          1
+//
+// The swap inside the call shows the press before the action that follows, which may take long.
+// What the page has not drawn yet is missing from that one picture.
+int BTN_action(float x, float y, float dx, int on, int mode, const std::string& label,
+               const std::string& note) {
+  constexpr float half_dy = 10, label_rim = 21, note_gap = 10, note_rise = 7, note_wrap = 500;
+  constexpr int note_colour = 45;
+  if (!ogl_inited) return 0;
+  std::string left, right, help;
+  BTN_expand_label(label, &left, &right, &help);
+  if (dx <= 0) dx = static_cast<float>(OGL_string_width(left)) + label_rim;
+  const float half = dx / 2;
+
+  plot_action(x, y, dx, false, false, on ? std::string() : left);
+  if (on) plot_action(x, y, dx, true, mode == 2, left);
+  if (!note.empty()) {
+    OGL_string(note_colour, x + half + note_gap, y + note_rise, note, note_wrap);
+  }
+
+  BTN_hover(x - half, y - half_dy, x + half, y + half_dy, help);
+  if (!BTN_click_in(x - half, y - half_dy, x + half, y + half_dy)) return 0;
+  if (!on && mode) {
+    plot_action(x, y, dx, true, false, left);
+    OGL_sbuff();
+  }
+  return 1;
+}
+
+// One call is one frame. The value turns in the frame of the press, and is drawn turned in it.
+//
+//   mouse on the box   clicked  popup_code   *value            result
+//   no                 any      any          as it was         0
+//   yes                0        any          as it was; help   0
+//   yes                1        a menu       as it was         0
+//   yes                1        -1           turned            1
+int BTN_bool(float x, float y, int* value, const std::string& label, int radio) {
+  constexpr float half = 9, rise = 3, label_gap = 12;
+  struct cell {
+    float u, v;
+  };
+  constexpr cell boxes[] = {{148, 187}, {92, 132}}, marks[] = {{148, 206}, {92, 151}};
+  if (!ogl_inited) return 0;
+  std::string left, right, help;
+  BTN_expand_label(label, &left, &right, &help);
+
+  BTN_hover(x - 8, y - 4, x + 8, y + 12, help);
+  const int hit = BTN_click_in(x - 8, y - 4, x + 8, y + 12);
+  if (hit) *value = !*value;
+
+  const int kind = radio ? 1 : 0;
+  BTN_util_element(x, y + rise, boxes[kind].u, boxes[kind].v, half, half, 0);
+  if (*value) BTN_util_element(x, y + rise, marks[kind].u, marks[kind].v, half, half, 0);
+  BTN_util_draw_label(x - label_gap, y, 0, left, 0);
+  BTN_util_draw_label(x + label_gap, y, 2, right, 0);
+  return hit;
+}
+
+int BTN_is_int(float x, float y, int* value, int my_value, const std::string& label) {
+  int mine = *value == my_value;
+  const int hit = BTN_bool(x, y, &mine, label, 1);
+  // A click on the button that is set would clear it; a radio button stays set.
+  if (mine) *value = my_value;
+  return hit;
+}
+
+int BTN_xbol(float x, float y, bool* value, const std::string& label) {
+  return bool_of(x, y, value, label);
+}
+
+int BTN_xchr(float x, float y, char* value, const std::string& label) {
+  return bool_of(x, y, value, label);
+}
+
+int BTN_xbyt(float x, float y, unsigned char* value, const std::string& label) {
+  return bool_of(x, y, value, label);
+}
+
+int BTN_tab(int column, int row, int* value, int my_value, const std::string& label) {
+  constexpr float pitch_dx = 88, first_x = 53, pitch_dy = 32, first_y = 38;
+  constexpr float cell_dx = 98, cell_dy = 26, cell_u = 204, cell_v = 459, cell_v_selected = 486;
+  constexpr float no_wrap = 9999;
+  constexpr int selected_colour = 41, other_colour = 42;
+  if (!ogl_inited) return 0;
+  const float x = static_cast<float>(column) * pitch_dx + first_x;
+  const float y = mnw.win_dy - first_y - pitch_dy * static_cast<float>(row);
+  std::string left, right, help;
+  BTN_expand_label(label, &left, &right, &help);
+
+  BTN_hover(x - 50, y - 13, x + 40, y + 13, help);
+  const int hit = BTN_click_in(x - 50, y - 13, x + 40, y + 13);
+  if (hit) *value = my_value;
+  const bool selected = *value == my_value;
+  BTN_cell(x - cell_dx / 2, y - cell_dy / 2, cell_u, selected ? cell_v_selected : cell_v, cell_dx,
+           cell_dy, 0);
+  OGL_string(selected ? selected_colour : other_colour, x - 40, y - 4, left, no_wrap);
+  return hit;
+}

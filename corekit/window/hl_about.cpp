@@ -1,0 +1,235 @@
+// The about box. Each frame takes the download of the list or the self-update a step on, then
+// draws.
+//
+// Main thread. Writes `about`, the files "serverlist9.txt" and "installer.zip" below
+// "Resources/preferences/", and what the installer's archive holds into the working folder.
+
+#include "corekit/window/hl_about.h"
+
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_app.h"
+#include "corekit/base/hl_string.h"
+#include "corekit/base/hl_types.h"
+#include "corekit/draw/oglp.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/files/io_utils_ouf.h"
+#include "corekit/files/io_zip.h"
+#include "corekit/files/xmap.h"
+#include "corekit/net/http.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/window/hl_mnw.h"
+
+about_record about;
+
+namespace {
+
+constexpr int list_slot = 0, installer_slot = 1;
+constexpr char list_path[] = "Resources/preferences/serverlist9.txt";
+constexpr char zip_path[] = "Resources/preferences/installer.zip";
+
+constexpr int title_colour = 49, text_colour = 47, state_colour = 58;
+constexpr float text_x = 35, text_top = 250, line_dy = 14, state_y = 50, button_y = 17;
+
+// --- the list of releases -----------------------------------------------------------------------
+
+std::string rest_of_line(xmap_class& map) {
+  std::string text;
+  map.TXT_str_scan_eoln(&text);
+  return text;
+}
+
+// What net_check would end the program over is put right: the list is written by hand.
+about_installer read_installer(xmap_class& map) {
+  about_installer read;
+  read.server = rest_of_line(map);
+  read.path = rest_of_line(map);
+  while (!read.server.empty() && (read.server.back() == '/' || read.server.back() == ' '))
+    read.server.pop_back();
+  if (!read.path.empty() && read.path.front() != '/') read.path.insert(0, "/");
+  return read;
+}
+
+void read_line(xmap_class& map) {
+  std::string key;
+  map.TXT_str_scan_space(&key);
+  if (key == "BETA") {
+    about.version_str_net_beta = rest_of_line(map);
+  } else if (key == "FINAL") {
+    about.version_str_net = rest_of_line(map);
+    about.version_str_found = 1;
+  } else if (key == "BETA_INSTALLER_MAC") {
+    about.beta_installer = read_installer(map);
+  } else if (key == "FINAL_INSTALLER_MAC") {
+    about.final_installer = read_installer(map);
+  } else if (key == "BETA_VERSION") {
+    about.version_beta = str_to_int(rest_of_line(map));
+  } else if (key == "FINAL_VERSION") {
+    about.version_final = str_to_int(rest_of_line(map));
+  } else {
+    map.TXT_str_scan_eoln(nullptr);
+  }
+}
+
+// --- the self-update ----------------------------------------------------------------------------
+
+void settle(const std::string& message) {
+  about.err_msg = message;
+  about.ins_state = about_settled;
+}
+
+std::string with_code(const std::string& format, int code) {
+  return str_fill(format, {tr(error_str(code)), std::to_string(code)});
+}
+
+void check_list() {
+  // The folder is there beside a whole installation; an installer on its own has to make it.
+  make_folder("Resources/");
+  make_folder("Resources/preferences/");
+  if (http.net_check(list_slot, APP_web_host(), "/serverlist9.txt", list_path) != http_done) return;
+  if (about_read_list(list_path)) about_compare(skyvane_version);
+}
+
+void step_download() {
+  switch (http.net_check(installer_slot, about.installer.server, about.installer.path, zip_path)) {
+    case http_failed:
+      delete_file(zip_path);
+      settle(tr("I was unable to download the installer from the net."));
+      return;
+    case http_done:
+      break;
+    default:
+      return;
+  }
+  const int code = zip_to_file(zip_path, "", &about.installer_app_name, 0);
+  delete_file(zip_path);
+  if (code != 0) {
+    settle(with_code(tr("There was an error unzipping the installer: %s (%d)"), code));
+    return;
+  }
+  std::string& name = about.installer_app_name;
+  if (!name.empty() && name.back() == '/') name.pop_back();
+  about.ins_state = about_launch;
+}
+
+void step_launch() {
+  const int code = APP_launch(about.installer_app_name, app_path);
+  settle(with_code(tr("There was an error launching the installer: %s (%d)"), code));
+}
+
+// --- drawing ------------------------------------------------------------------------------------
+
+std::string version_line() {
+  if (!about.version_str_found) {
+    return str_fill(tr("I could not reach the Skyvane web site, %s."), {APP_web_host()});
+  }
+  return tr("The current ") + (about.is_beta ? tr("beta version") : tr("version")) +
+         tr(" of Skyvane is now ") +
+         (about.is_beta ? about.version_str_net_beta : about.version_str_net) + ".";
+}
+
+std::string state_line() {
+  if (about.ins_state == about_settled) return about.err_msg;
+  if (about.ins_state != about_download && about.ins_state != about_launch) return "";
+  const std::string downloading = tr("Downloading the installer...");
+  const int64_t length = http.slot_length(installer_slot);
+  if (length <= 0) return downloading;
+  const int64_t percent = http.slot_received(installer_slot) * 100 / length;
+  return downloading + std::to_string(percent) + tr("% complete");
+}
+
+void plot_text() {
+  const float wrap = mnw.win_dx - 2 * text_x;
+  OGL_string(title_colour, text_x, text_top, skyvane_version_title, wrap);
+  float y = text_top - 2 * line_dy;
+  const std::string lines[] = {
+      tr("Skyvane, its scenery and this program are made by Tessaron Labs."),
+      tr("Thanks to all who have flown the test releases."), "",
+      std::string("http://") + APP_web_host() + "/", version_line()};
+  for (const std::string& line : lines) {
+    OGL_string(text_colour, text_x, y, line, wrap);
+    y -= line_dy;
+  }
+  OGL_string(state_colour, text_x, state_y, state_line(), wrap);
+}
+
+void plot_buttons() {
+  constexpr float width = 180;
+  if (BTN_action(191, button_y, width, 0, 1, tr("Skyvane Web Site"), "")) {
+    go_to_URL(std::string("http://") + APP_web_host() + "/");
+  }
+  if (about.ins_state != about_offer) return;
+  const std::string label = about.is_beta ? tr(" Get New Beta! ") : tr("Update Skyvane!");
+  if (BTN_action(492, button_y, width, 0, 1, label, "")) about.ins_state = about_download;
+}
+
+}  // namespace
+
+int about_read_list(const std::string& path) {
+  constexpr int versions[] = {820, 0};
+  xmap_class map(path);
+  if (!map.file_start || !map.check_file(ouf_text, versions, "SERVERS", nullptr)) return 0;
+  while (map.cursor < map.file_end)
+    read_line(map);
+  return about.version_str_found;
+}
+
+void about_compare(int version) {
+  about.is_latest = 1;
+  about.is_beta = 0;
+  about.err_msg.clear();
+  about.ins_state = about_settled;
+  if (about.version_final == -1) {
+    about.err_msg = tr("Can't connect to the net to find latest version.");
+  } else if (about.version_final == version) {
+    about.err_msg = tr("Your version of Skyvane is up to date.");
+  } else if (about.version_final > version) {
+    about.is_latest = 0;
+  } else if (about.version_beta < version + 1) {
+    about.err_msg = tr("You have the latest Skyvane beta.");
+  } else {
+    about.is_beta = 1;
+    about.is_latest = 0;
+  }
+  if (about.is_latest) return;
+
+  about.installer = about.is_beta ? about.beta_installer : about.final_installer;
+  if (!about.installer.server.empty() && !about.installer.path.empty()) {
+    about.ins_state = about_offer;
+    return;
+  }
+  // The two sentences stand crossed on purpose.
+  const std::string sentence = about.is_beta
+                                   ? tr("There is a new version of Skyvane.  Please visit %s.")
+                                   : tr("There is a newer beta of Skyvane.  Please visit %s.");
+  about.err_msg = str_fill(sentence, {APP_web_host()});
+}
+
+void about_step_on() {
+  if (!about.version_str_found) {
+    check_list();
+  } else if (about.ins_state == about_download) {
+    step_download();
+  } else if (about.ins_state == about_launch) {
+    step_launch();
+  } else {
+    return;
+  }
+  frame_soon = frame_in_a_tick;
+}
+
+void MACIBM_about() {
+  MACIBM_startwind(win_about, 0);
+  if (about.version_str_found) about_compare(skyvane_version);
+  while (mnw.win_id == win_about) {
+    about_step_on();
+    OGL_plot_back_col();
+    BTN_fillwin(1, 21);
+    BTN_subwin(0, 15, -1, 35, -1, -1, "", nullptr, nullptr);
+    plot_text();
+    plot_buttons();
+    MACIBM_event_proc();
+  }
+  // A transfer would go on only while its box asks; the next opening begins it anew.
+  http.drop(list_slot);
+  http.drop(installer_slot);
+}

@@ -1,0 +1,143 @@
+// Start and finish of the runtime.
+//
+// Main thread. Steps of the start: paths, log, tables, log header, command line, threads, window
+// (hl_init_window.cpp), language. The finish takes the same down in reverse.
+
+#include "corekit/window/hl_init.h"
+
+#include <unistd.h>
+
+#include <climits>
+#include <cstdlib>
+
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/Platform/PLT_window.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/UTL_debug.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/exce.h"
+#include "corekit/base/hl_app.h"
+#include "corekit/base/hl_math.h"
+#include "corekit/base/hl_thread.h"
+#include "corekit/base/hl_types.h"
+#include "corekit/draw/oglp_watch.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/files/pref.h"
+#include "corekit/widgets/keys.h"
+#include "corekit/window/hl_init_window.h"
+#include "corekit/window/hl_mnw.h"
+#include "corekit/window/hl_mnw_context.h"
+
+int app_done = 0;
+int ogl_inited = 0;
+int app_headless = 0;
+std::string start_folder;
+
+namespace {
+
+constexpr char log_name[] = "Skyvane Installer Log.txt";
+
+constexpr const char* language_folders[] = {
+    "text/english/", "text/french/",    "text/german/", "text/italian/",
+    "text/spanish/", "text/portugese/", "text/korean/",
+};
+constexpr int language_count = 7;
+
+void remember_start_folder() {
+  char folder[PATH_MAX];
+  start_folder = getcwd(folder, sizeof folder) ? folder : "/";
+  if (start_folder.back() != '/') start_folder += '/';
+}
+
+// The program's files, "Resources/" and the log, are found relative to the folder that holds it.
+std::string enter_app_folder() {
+  std::string folder;
+  get_OS_abs_path(os_dir_this_app, folder);
+  if (folder.empty() || chdir(folder.c_str()) != 0) return start_folder;
+  return folder;
+}
+
+}  // namespace
+
+std::string from_start_folder(const std::string& path) {
+  return !path.empty() && path[0] == '/' ? path : start_folder + path;
+}
+
+std::string folder_from_start(const std::string& folder) {
+  std::string path = from_start_folder(folder);
+  if (path.back() != '/') path += '/';
+  // The user reads it, and the list of copies compares it: no detours, as far as it exists.
+  const bool has_detour =
+      path.find("/./") != std::string::npos || path.find("/../") != std::string::npos;
+  char resolved[PATH_MAX];
+  if (!has_detour || !realpath(path.c_str(), resolved)) return path;
+  path = resolved;
+  return path == "/" ? path : path + '/';
+}
+
+void MACIBM_init(int argc, const char* const* argv) {
+  UTL_debug_init();
+  // Without TZ the C library looks the zone up again for the date of every file that is unpacked,
+  // on all threads at once.
+  setenv("TZ", ":/etc/localtime", 0);
+  remember_start_folder();
+  // The working folder, not a stored prefix, locates the program's files: app_path ends up empty
+  // on purpose, and so the log names an empty folder below.
+  app_path.clear();
+  if (is_build) g_case_sensitive = 0;
+  const std::string app_folder = enter_app_folder();
+  xer_open(app_folder + log_name);
+
+  hl_math_init();
+  xer_header();
+  xer << "\nSky-Root folder:'" << app_path << "', case sensitive=" << g_case_sensitive << "\n\n";
+  xer.flush();
+
+  cmdline.init_unix(argc, argv);
+  layout_watched = cmdline.has_option("--check_layout");
+  app_headless = APP_without_window() ? 1 : 0;
+  // From here on an alert may open a message box, and not before it is known that one may be shown.
+  if (!app_headless) PLT_use_display();
+  THREAD_init();
+
+  mnw.req_dx = 800;
+  mnw.req_dy = 600;
+  mnw.req_depth = 32;
+  mnw.alias_req = 0;
+  mnw.language = 0;
+  if (app_headless) {
+    THREAD_make_workers();
+  } else {
+    init_window();
+  }
+  MACIBM_setupforlang();
+  MACIBM_show_init(UTL_translate_string("Will init plugins."));
+  MACIBM_show_init(UTL_translate_string("Starting application."));
+}
+
+void MACIBM_setupforlang() {
+  if (mnw.language <= 0 || mnw.language >= language_count) {
+    UTL_translate_clear();
+    return;
+  }
+  UTL_translate_load(std::string("Resources/") + language_folders[mnw.language] + "Installer2.txt");
+}
+
+void MACIBM_finishup(int save) {
+  // A window belongs to the main thread; a failing worker that ends the program leaves it alone.
+  const bool may_close = !THREAD_is_inited() || THREAD_is_main_thread();
+  if (save) {
+    // A frame-rate test leaves no trace in the user's settings.
+    if (!cmdline.has_option("--fps_test")) {
+      pref.IO_set(11, 1);
+      keys.keys_io(1);
+    }
+    THREAD_shutdown();
+  }
+  if (may_close) {
+    MACIBM_setres(0);
+    MACIBM_nuke_context(0);
+  }
+  PLT_drop_temp_folder();
+  xer.close();
+}
