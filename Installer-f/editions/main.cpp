@@ -47,7 +47,6 @@ void log_folders() {
 // run to run, on purpose.
 void set_defaults() {
   stg = stg_record();
-  stg.target_os = target_mac;
   install_name = no_install_name;
 }
 

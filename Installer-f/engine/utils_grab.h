@@ -52,7 +52,3 @@ void grab_reset();
 
 // Deletes the archive left beside the place of each live stream's file. Before grab_reset.
 void grab_discard_partial();
-
-// Streams that a speed in kilobytes per second deserves; `manual` above 0 overrides. More than
-// stream_limit means as many as there are.
-int wanted_streams(float rate, int manual);

@@ -337,7 +337,7 @@ void new_format(const std::string& path) {
       "In other words, you need to get a new installer!",
       "You can get one from the download section of our web site.", "", t_alert, source_name, 355);
   go_to_URL("http://" + std::string(product_web_host) + "/demo.html");
-  stg.directory_state = manifest_refused;
+  set_directory_state(manifest_refused);
   stg.new_format_state = 2;
   app_done = 1;
 }

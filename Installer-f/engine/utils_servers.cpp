@@ -2,7 +2,7 @@
 // unpacking, its reading.
 //
 // Main thread. Writes server_name, server_path, server_desc, install_name, and of stg the fields
-// directory_state, server_count and server_index.
+// server_count and server_index.
 
 #include "Installer-f/engine/utils_servers.h"
 
@@ -151,7 +151,7 @@ void fetch_manifest() {
   int code = zip_to_file(zip, temp_path, nullptr, 0);
   if (code == 0 && APL_file_size(manifest) < 1) code = code_bad_zip;
   if (code == 0) {
-    stg.directory_state = manifest_unpacked;
+    set_directory_state(manifest_unpacked);
   } else {
     __MACIBM_alert(0, "The installer cannot extract a file.",
                    UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
@@ -206,9 +206,9 @@ void UTL_download_directory() {
   } else if (stg.directory_state == manifest_none) {
     fetch_manifest();
   } else if (stg.directory_state == manifest_unpacked) {
-    stg.directory_state =
+    set_directory_state(
         read_directory(temp_path + "directory.txt",
                        UTL_translate_string("Scanning directory text file to see if you already "
-                                            "have the latest version..."));
+                                            "have the latest version...")));
   }
 }

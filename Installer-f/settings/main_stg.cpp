@@ -4,6 +4,10 @@
 
 stg_record stg;
 
+void set_directory_state(int state) {
+  stg.directory_state = state;
+}
+
 std::string dest_dir_path;
 std::string temp_path;
 std::string dvd_path;

@@ -1,4 +1,4 @@
-// Main thread. Writes dvd_path, install_name, stg.directory_state, stg.server_count, current_disk.
+// Main thread. Writes dvd_path, install_name, stg.server_count, current_disk.
 
 #include "Installer-f/wizard/main_dvd_util.h"
 
@@ -180,9 +180,9 @@ void UTIL_scan_dvd() {
                    tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
                    tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
   }
-  stg.directory_state = read_directory(
+  set_directory_state(read_directory(
       plain, UTL_translate_string(
-                 "Scanning directory text file to see if you already have Skyvane installed..."));
+                 "Scanning directory text file to see if you already have Skyvane installed...")));
 }
 
 int UTIL_verify_disk() {

@@ -113,7 +113,7 @@ bool begin_transfer(const patch_flow& flow) {
 int check_servers(const check_flow& flow, int first_time, wizard_screen& screen) {
   // A return to this page reads the manifest anew.
   if (first_time && stg.directory_state == manifest_loaded) {
-    stg.directory_state = manifest_unpacked;
+    set_directory_state(manifest_unpacked);
   }
   screen.title = tr(flow.title);
   screen.back = flow.back;
