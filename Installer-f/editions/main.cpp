@@ -11,8 +11,10 @@
 #include "Installer-f/builder/make_installer.h"
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_ask.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_launch.h"
 #include "Installer-f/wizard/main_unattended.h"
@@ -58,6 +60,7 @@ void take_handed_over_path(int argc, char** argv) {
 }
 
 int run_wizard() {
+  engine_ask.modified = select_alert;
   if (cmdline.has_option("--unattended")) {
     unattended_on = 1;
     if (const int refused = unattended_begin()) return refused;

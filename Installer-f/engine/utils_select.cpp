@@ -1,29 +1,39 @@
 // Selection, the program's judgement of what belongs to the user and what belongs to it.
 //
-// Steps of choose_files: clear the flags; judge each current version by what is on disk, asking
-// where that is unknown to every release; last, share out the progress of what is to be fetched.
+// Steps of choose_files: judge each current version by what is on disk; take back what lies below a
+// shipped file; ask about those whose state no release knows; last, share out the progress of what
+// is to be fetched. Each step goes through the table once at most: a manifest may hold half a
+// million files.
 //
-// Main thread. Writes the two filter globals, need_fetch, need_delete and progress_start of the
-// current versions, and stg.sector_selected.
+// Main thread. Writes the two filter globals, engine_ask's default, need_fetch, need_delete and
+// progress_start of the current versions, and stg.sector_selected.
 
 #include "Installer-f/engine/utils_select.h"
 
 #include <algorithm>
 #include <set>
 #include <string_view>
-#include <unordered_set>
+#include <vector>
 
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_select_above.h"
 #include "Installer-f/settings/main_stg.h"
-#include "Installer-f/wizard/main_ask.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_string.h"
 
 int32_t g_want_sim = 1;
 int32_t g_want_global = 1;
 
-int (*ask_about_modified)(const std::string& location, int gone) = select_alert;
+namespace {
+
+int keep_it(const std::string&, int) {
+  return answer_keep;
+}
+
+}  // namespace
+
+engine_questions engine_ask = {keep_it};
 
 namespace {
 
@@ -37,7 +47,7 @@ struct folder_answers {
   std::set<std::string, std::less<>> keep;
 };
 
-enum verdict { leave_it, act_on_it, cancelled };
+enum verdict { leave_it, act_on_it, ask_user, cancelled };
 
 // A file in the state of any release, the current one included, is the program's own.
 bool is_ours(const file_history_struct& history) {
@@ -46,7 +56,7 @@ bool is_ours(const file_history_struct& history) {
                      [&](const file_version_struct& version) { return have == version.sig_want; });
 }
 
-verdict ask_user(const file_version_struct& file, int gone, folder_answers& answers) {
+verdict put_question(const file_version_struct& file, int gone, folder_answers& answers) {
   const std::string location = install_location(file.path);
   const std::string_view folder = path_folder(location);
   if (answers.overwrite.contains(folder)) return act_on_it;
@@ -54,7 +64,7 @@ verdict ask_user(const file_version_struct& file, int gone, folder_answers& answ
 
   xer << "File: " << location << "  sig_want=" << file.sig_want
       << "  sig_have=" << file.sig_have.view() << '\n';
-  switch (ask_about_modified(location, gone)) {
+  switch (engine_ask.modified(location, gone)) {
     case answer_overwrite:
       return act_on_it;
     case answer_keep:
@@ -70,47 +80,80 @@ verdict ask_user(const file_version_struct& file, int gone, folder_answers& answ
   }
 }
 
-verdict judge(const file_history_struct& history, int gone, bool same, folder_answers& answers) {
-  if (history.current().sig_have == sig_none) return gone ? leave_it : act_on_it;
-  if (same) return leave_it;
-  if (is_ours(history)) return act_on_it;
-  return ask_user(history.current(), gone, answers);
+// A tile of a sector that the user has taken away is a file that the release has dropped.
+bool is_taken_away(const file_version_struct& file) {
+  return file.is_global && !sector_is_selected(file);
 }
 
-// --- files below a file -----------------------------------------------------------------------
-// A release may ship a link where an earlier one shipped a folder, and a damaged or hostile
-// manifest may list both. What lies below such a path is reached through the link, so it is
-// somebody else's: nothing there may be fetched or deleted.
-class shipped_files {
- public:
-  shipped_files() {
-    for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
-      const file_history_struct& history = sim_info[i];
-      if (history.current().sig_want == sig_gone) continue;
-      if (want_this_f(i, static_cast<int>(history.versions.size()) - 1)) {
-        places_.insert(installed_part(history.current().path));
-      }
+bool is_dropped(const file_version_struct& file) {
+  return file.sig_want == sig_gone || is_taken_away(file);
+}
+
+verdict judge(const file_history_struct& history) {
+  const file_version_struct& current = history.current();
+  if (current.sig_have == sig_none) return is_dropped(current) ? leave_it : act_on_it;
+  if (current.sig_have == current.sig_want && !is_taken_away(current)) return leave_it;
+  return is_ours(history) ? act_on_it : ask_user;
+}
+
+// The record alone, for the walks through the table.
+bool is_for_this_run(const file_version_struct& record) {
+  if (record.is_global ? !g_want_global : !g_want_sim) return false;
+  return record.os == stg.target_os || record.os == os_every ||
+         (record.os == os_linux_of_all && stg.target_os == target_linux);
+}
+
+void set_flags(file_version_struct& file, bool act) {
+  const bool dropped = is_dropped(file);
+  file.need_fetch = act && !dropped;
+  file.need_delete = act && dropped;
+}
+
+// Sets the flags of all that can be judged without the user, and adds their paths to `above`. The
+// others' places, in order.
+std::vector<int32_t> judge_silently(files_above& above) {
+  std::vector<int32_t> unknown;
+  for (size_t i = 0; i < sim_info.size(); ++i) {
+    file_history_struct& history = sim_info[i];
+    file_version_struct& current = history.current();
+    current.need_fetch = current.need_delete = 0;
+    if (!is_for_this_run(current)) continue;
+    above.add(current.path);
+    const verdict decision = judge(history);
+    if (decision != leave_it) set_flags(current, decision == act_on_it);
+    if (decision == ask_user) unknown.push_back(static_cast<int32_t>(i));
+  }
+  above.look(is_for_this_run);
+  return unknown;
+}
+
+// Leaves alone what lies below a shipped file, and asks nothing about it.
+void spare_what_lies_below(const files_above& above, std::vector<int32_t>& unknown) {
+  std::erase_if(unknown, [&](int32_t i) { return above.stand_above(sim_info[i].current().path); });
+  for (file_history_struct& history : sim_info) {
+    file_version_struct& current = history.current();
+    if (!is_for_this_run(current) || !above.stand_above(current.path)) continue;
+    set_flags(current, false);
+    if (current.sig_want != sig_gone) {
+      xer << "WARNING: leaving alone a file below another file: " << current.path << '\n';
     }
   }
+}
 
-  // Whether a folder on the way to `path` is itself a file of the release.
-  bool stand_above(std::string_view path) {
-    const std::string_view folder = path_folder(installed_part(path));
-    if (folder == last_folder_) return last_answer_;  // neighbours lie in one folder
-    last_folder_ = folder;
-    last_answer_ = false;
-    for (size_t slash = folder.find('/'); slash != folder.npos;
-         slash = folder.find('/', slash + 1)) {
-      if (places_.contains(folder.substr(0, slash))) last_answer_ = true;
-    }
-    return last_answer_;
+// False when the user cancelled: the flags of the files after that one are clear then.
+bool ask_about(const std::vector<int32_t>& unknown) {
+  folder_answers answers;
+  for (const int32_t i : unknown) {
+    file_version_struct& current = sim_info[i].current();
+    const verdict decision = put_question(current, is_dropped(current), answers);
+    set_flags(current, decision == act_on_it);
+    if (decision != cancelled) continue;
+    for (size_t rest = static_cast<size_t>(i) + 1; rest < sim_info.size(); ++rest)
+      set_flags(sim_info[rest].current(), false);
+    return false;
   }
-
- private:
-  std::unordered_set<std::string_view> places_;  // installed parts of what is wanted
-  std::string_view last_folder_ = "/";           // no folder of a manifest
-  bool last_answer_ = false;
-};
+  return true;
+}
 
 // Where on the way from 0 to 1 each file begins, by installed size.
 void share_progress() {
@@ -133,10 +176,7 @@ void set_install_filter(int want_sim, int want_global) {
 }
 
 int want_this_f(int history, int version) {
-  const file_version_struct& record = sim_info[history].versions[version];
-  if (record.is_global ? !g_want_global : !g_want_sim) return 0;
-  return record.os == stg.target_os || record.os == os_every ||
-         (record.os == os_linux_of_all && stg.target_os == target_linux);
+  return is_for_this_run(sim_info[history].versions[version]);
 }
 
 bool sector_is_selected(const file_version_struct& tile) {
@@ -157,51 +197,28 @@ void scenery_from_install() {
   }
 }
 
-int choose_files() {
-  folder_answers answers;
-  // All of them first, so that a cancelled run leaves nothing of an earlier one behind.
-  for (file_history_struct& history : sim_info) {
-    history.current().need_fetch = 0;
-    history.current().need_delete = 0;
-  }
-
-  shipped_files shipped;
-  for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
-    file_history_struct& history = sim_info[i];
-    file_version_struct& current = history.current();
-    if (!want_this_f(i, static_cast<int>(history.versions.size()) - 1)) continue;
-    if (shipped.stand_above(current.path)) {
-      if (current.sig_want != sig_gone) {
-        xer << "WARNING: leaving alone a file below another file: " << current.path << '\n';
-      }
-      continue;
-    }
-
-    int gone = current.sig_want == sig_gone;
-    bool same = current.sig_have == current.sig_want;
-    // A tile of a sector that the user has taken away is a file that the release has dropped.
-    if (current.is_global && !sector_is_selected(current)) {
-      gone = 1;
-      same = false;
-    }
-    const verdict decision = judge(history, gone, same, answers);
-    if (decision == cancelled) return 0;
-    current.need_fetch = decision == act_on_it && !gone;
-    current.need_delete = decision == act_on_it && gone;
-  }
+bool choose_files() {
+  files_above above;
+  std::vector<int32_t> unknown = judge_silently(above);
+  if (!above.none()) spare_what_lies_below(above, unknown);
+  if (!ask_about(unknown)) return false;
   share_progress();
-  return 1;
+  return true;
 }
 
 int dropped_files_left() {
-  int count = 0;
-  shipped_files shipped;
-  for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
-    const file_history_struct& history = sim_info[i];
+  files_above above;
+  std::vector<std::string_view> dropped;
+  for (const file_history_struct& history : sim_info) {
     const file_version_struct& current = history.current();
     if (current.sig_want != sig_gone || current.sig_have == sig_none) continue;
-    if (!want_this_f(i, static_cast<int>(history.versions.size()) - 1)) continue;
-    if (is_ours(history) && !shipped.stand_above(current.path)) ++count;
+    if (!is_for_this_run(current) || !is_ours(history)) continue;
+    dropped.push_back(current.path);
+    above.add(current.path);
   }
-  return count;
+  if (dropped.empty()) return 0;
+  above.look(is_for_this_run);
+  return static_cast<int>(std::count_if(dropped.begin(), dropped.end(), [&](std::string_view path) {
+    return !above.stand_above(path);
+  }));
 }

@@ -26,14 +26,30 @@ bool sector_is_selected(const file_version_struct& tile);
 void scenery_take_all();      // selects every sector that the manifest offers
 void scenery_from_install();  // selects the sectors that have a tile on disk
 
-// Sets need_fetch, need_delete and progress_start of every current version. Returns 1, or 0 when
-// the user cancelled the installation at a question: the flags of the files after that one are
-// clear, and the caller must not go on to the transfer.
-int choose_files();
+// Sets need_fetch, need_delete and progress_start of every current version. False when the user
+// cancelled the installation at a question: the flags of the files after that one are clear, and
+// the caller must not go on to the transfer.
+bool choose_files();
 
 // Files on disk that the release has dropped and that choose_files would delete without a question.
 int dropped_files_left();
 
-// Puts the question about a file that the user seems to have changed; select_alert, unless a run
-// brings answers of its own.
-extern int (*ask_about_modified)(const std::string& location, int gone);
+// --- questions -----------------------------------------------------------------------------------
+
+// What to do with a file that the user seems to have changed.
+enum modified_answer : int {
+  answer_overwrite = 1,  // also deletes, when the release has dropped the file
+  answer_keep = 2,
+  answer_cancel_install = 3,    // also when the question cannot be put
+  answer_overwrite_folder = 4,  // this, and every such file of its folder
+  answer_keep_folder = 5,
+};
+
+// What the engine asks of whoever runs it, and how: the wizard installs its own at start. Each call
+// blocks until there is an answer.
+struct engine_questions {
+  // A modified_answer about the file at the full path `location`; `gone` non-zero when it is to be
+  // deleted. Until one is installed the user's file is kept.
+  int (*modified)(const std::string& location, int gone);
+};
+extern engine_questions engine_ask;

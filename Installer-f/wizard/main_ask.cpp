@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Installer-f/engine/utils_disc.h"
+#include "Installer-f/engine/utils_select.h"
 #include "Installer-f/wizard/main_unattended.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/draw/oglp.h"

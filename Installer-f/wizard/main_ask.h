@@ -13,13 +13,6 @@ int UTIL_cancel_install(const std::string& header, const std::string& advice,
                         const std::string& label_1, const std::string& line_1,
                         const std::string& label_2, const std::string& line_2);
 
-// What to do with a file that the user seems to have changed.
-enum modified_answer : int {
-  answer_overwrite = 1,  // also deletes, when the release has dropped the file
-  answer_keep = 2,
-  answer_cancel_install = 3,    // also when the question cannot be put
-  answer_overwrite_folder = 4,  // this, and every such file of its folder
-  answer_keep_folder = 5,
-};
+// What to do with a file that the user seems to have changed: a modified_answer of the engine.
 // `location` is the file's full path; `gone` non-zero words the question for a deletion.
 int select_alert(const std::string& location, int gone);

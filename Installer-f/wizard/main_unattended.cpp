@@ -13,6 +13,7 @@
 
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"

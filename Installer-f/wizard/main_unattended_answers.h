@@ -5,8 +5,8 @@
 
 #include <string>
 
+#include "Installer-f/engine/utils_select.h"
 #include "Installer-f/settings/main_stg.h"
-#include "Installer-f/wizard/main_ask.h"
 #include "Installer-f/wizard/main_dvd.h"
 #include "Installer-f/wizard/main_wizard.h"
 

@@ -5,7 +5,6 @@
 #include <numeric>
 
 #include "Installer-f/engine/utils_sizes.h"
-#include "Installer-f/wizard/main_ask.h"
 #include "engine_tree.h"
 
 namespace {
@@ -29,12 +28,14 @@ class EngineSelect : public engine_tree {
     dest_dir_path = "/copy/";
     answers.clear();
     questions.clear();
-    ask_about_modified = scripted_user;
+    engine_ask.modified = scripted_user;
   }
   void TearDown() override {
-    ask_about_modified = select_alert;
+    engine_ask = kept_questions;
     engine_tree::TearDown();
   }
+  const engine_questions kept_questions = engine_ask;
+
   // A file with three shipped versions, of which the disk has `have`.
   file_version_struct& file(std::string_view path, std::string_view have,
                             std::string_view want = "new") {

@@ -5,7 +5,6 @@
 #include "Installer-f/engine/utils_dirs.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/engine/utils_verify.h"
-#include "Installer-f/wizard/main_ask.h"
 #include "engine_tree.h"
 
 namespace {
@@ -19,12 +18,13 @@ class UpdateLeft : public engine_tree {
  protected:
   void SetUp() override {
     engine_tree::SetUp();
-    ask_about_modified = refuse_question;
+    engine_ask.modified = refuse_question;
   }
   void TearDown() override {
-    ask_about_modified = select_alert;
+    engine_ask = kept_questions;
     engine_tree::TearDown();
   }
+  const engine_questions kept_questions = engine_ask;
 };
 
 TEST_F(UpdateLeft, CountsWhatWouldGoWithoutAQuestion) {

@@ -1,5 +1,6 @@
 // The wizard's modal questions: every answer, long texts that keep to their place, an alert above.
 
+#include "Installer-f/engine/utils_select.h"
 #include "Installer-f/wizard/main_ask.h"
 #include "corekit/base/exce.h"
 #include "tests/unit/window_fixture.h"
