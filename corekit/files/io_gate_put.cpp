@@ -1,0 +1,188 @@
+// Files and links put into their place by the gate.
+//
+// Steps: reach the folder, making what is missing; at the first visit, remove what a stopped
+// process left there; make the file under a hidden name, lock it, write it, give it its mode and
+// time; move it over what is there. Any thread; the counter of hidden names is the only state.
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+
+#include "corekit/files/io_gate.h"
+#include "corekit/files/io_utils.h"
+
+namespace {
+constexpr char this_file[] = "Files/io_gate_put";
+constexpr int name_tries = 8;
+constexpr mode_t modes_kept = 0755;
+
+int fail(int code, int line) {
+  return io_fail(code, this_file, line);
+}
+
+// --- hidden names --------------------------------------------------------------------------------
+
+// What the hidden names of this process begin with. The number keeps a process apart from another
+// of the same id on a shared volume, the id keeps a child apart from its parent.
+std::string own_prefix() {
+  static const uint64_t number = [] {
+    uint64_t drawn = 0;
+    if (getrandom(&drawn, sizeof drawn, 0) != sizeof drawn) drawn = uint64_t(time(nullptr));
+    return drawn & 0xFFFFFFFFFFFFu;
+  }();
+  char text[64];
+  std::snprintf(text, sizeof text, "%s_%lx_%lx_", gate_part_prefix.data(), long(getpid()),
+                static_cast<unsigned long>(number));
+  return text;
+}
+
+std::string next_part() {
+  static std::atomic<unsigned> count = 0;
+  return own_prefix() + std::to_string(count.fetch_add(1, std::memory_order_relaxed));
+}
+
+// A new file of a hidden name, locked. A sweeper of another process may have had it in the moment
+// before the lock; then another one is made.
+int make_part(int folder, std::string& part, io_handle& file) {
+  for (int tries = 0; tries < name_tries; ++tries) {
+    part = next_part();
+    file = io_handle(
+        openat(folder, part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!file && errno == EEXIST) continue;
+    if (!file) return fail(errno, 10);
+    const bool locked = flock(file.get(), LOCK_EX | LOCK_NB) == 0;
+    struct stat info;
+    // A volume without locks is one that no sweeper can lock on either.
+    if (!locked && errno == EWOULDBLOCK) continue;
+    if (fstat(file.get(), &info) == 0 && info.st_nlink > 0) return 0;
+  }
+  return fail(EEXIST, 11);
+}
+
+// Removes a hidden file if the process that made it is gone.
+void remove_abandoned(int folder, const char* name) {
+  struct stat info;
+  if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (S_ISREG(info.st_mode)) {
+    const io_handle file(openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    // One that may not be read can be nobody's at work.
+    if (file && flock(file.get(), LOCK_EX | LOCK_NB) != 0) return;
+    unlinkat(folder, name, 0);
+  } else if (S_ISLNK(info.st_mode)) {
+    unlinkat(folder, name, 0);
+  }
+}
+
+// --- in place ------------------------------------------------------------------------------------
+
+// Moves `part` over what is called `leaf`. An empty folder there holds nothing to lose and makes
+// room; any other stays.
+int move_in(int folder, const std::string& part, const std::string& leaf) {
+  if (renameat(folder, part.c_str(), folder, leaf.c_str()) == 0) return 0;
+  const int code = errno;
+  if (code == EISDIR && unlinkat(folder, leaf.c_str(), AT_REMOVEDIR) == 0 &&
+      renameat(folder, part.c_str(), folder, leaf.c_str()) == 0) {
+    return 0;
+  }
+  return fail(code, 20);
+}
+
+// What cannot be set is passed over: a volume that keeps neither is no reason to refuse the file.
+void set_attributes(int file, const gate_attributes& attributes) {
+  if (attributes.mode != 0) fchmod(file, (attributes.mode & modes_kept) | 0400);
+  const timespec times[2] = {{attributes.modified, 0}, {attributes.modified, 0}};
+  if (attributes.modified != time_t(-1)) futimens(file, times);
+}
+
+// Fills the open file. It stays open, and with it the lock: a part without one is anybody's.
+// Closing a second handle brings out what some volumes, such as NFS, tell only at that point.
+int fill(const io_handle& file, const void* bytes, size_t size, const gate_attributes& attributes) {
+  if (const int code = io_write_all(file.get(), bytes, size)) return fail(code, 30);
+  set_attributes(file.get(), attributes);
+  io_handle second(fcntl(file.get(), F_DUPFD_CLOEXEC, 0));
+  return second ? fail(second.close(), 31) : fail(errno, 32);
+}
+
+// The last resort where a folder takes no new file but lets an old one be written. Not one with a
+// second name: that is somebody's copy.
+int write_over(int folder, const std::string& leaf, const void* bytes, size_t size,
+               const gate_attributes& attributes) {
+  io_handle file(
+      openat(folder, leaf.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat info;
+  if (!file || fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_nlink != 1) {
+    return fail(EACCES, 40);
+  }
+  if (ftruncate(file.get(), 0) != 0) return fail(errno, 41);
+  return fill(file, bytes, size, attributes);
+}
+}  // namespace
+
+// `handle` need not be open for reading.
+void gate_class::sweep_once(std::string_view folder, int handle) {
+  {
+    const std::lock_guard<std::mutex> guard(lock_);
+    if (!swept_.emplace(folder).second) return;
+  }
+  const int listing = openat(handle, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  DIR* const dir = listing < 0 ? nullptr : fdopendir(listing);
+  if (!dir) {
+    if (listing >= 0) close(listing);
+    return;
+  }
+  const std::string own = own_prefix();
+  std::vector<std::string> found;  // a folder is read to its end before it is changed
+  while (const dirent* const entry = readdir(dir)) {
+    const std::string_view name = entry->d_name;
+    if (name.starts_with(gate_part_prefix) && !name.starts_with(own)) found.emplace_back(name);
+  }
+  for (const std::string& name : found)
+    remove_abandoned(handle, name.c_str());
+  closedir(dir);
+}
+
+int gate_class::put_file(std::string_view path, const void* bytes, size_t size,
+                         const gate_attributes& attributes) {
+  place at;
+  std::string leaf, part;
+  if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 50);
+  const int folder = at.folder.get();
+  sweep_once(path.substr(0, path.size() - std::min(path.size(), leaf.size() + 1)), folder);
+
+  io_handle file;
+  int code = make_part(folder, part, file);
+  if (code == 0) {
+    code = fill(file, bytes, size, attributes);
+    if (code == 0) code = move_in(folder, part, leaf);
+    if (code != 0) unlinkat(folder, part.c_str(), 0);
+  }
+  return code == EACCES ? write_over(folder, leaf, bytes, size, attributes) : code;
+}
+
+int gate_class::put_link(std::string_view path, const std::string& target) {
+  place at;
+  std::string leaf;
+  if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 60);
+  const int folder = at.folder.get();
+  if (!stays_inside(at, target)) return fail(gate_leads_out, 61);
+
+  for (int tries = 0; tries < name_tries; ++tries) {
+    const std::string part = next_part();
+    if (symlinkat(target.c_str(), folder, part.c_str()) != 0) {
+      if (errno == EEXIST) continue;
+      return fail(errno, 62);
+    }
+    const int code = move_in(folder, part, leaf);
+    if (code == 0) return 0;
+    unlinkat(folder, part.c_str(), 0);
+    if (code != ENOENT) return code;  // else another process has swept it away
+  }
+  return fail(EEXIST, 63);
+}
