@@ -9,8 +9,12 @@
 
 #include "Installer-f/builder/make_installer.h"
 
+#include "Installer-f/builder/make_installer_bld.h"
 #include "Installer-f/builder/make_installer_comp.h"
+#include "Installer-f/builder/make_installer_places.h"
+#include "Installer-f/builder/make_installer_say.h"
 #include "Installer-f/builder/make_installer_scan.h"
+#include "Installer-f/builder/make_installer_tree.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_utils.h"
@@ -18,17 +22,6 @@
 #include "corekit/files/io_zip.h"
 #include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_mnw.h"
-
-int fog_fals = install_earth;
-std::string src_fold = "/Skyvane 9.00/";
-std::string dst_fold_base = "/DVD_Masters/";
-std::string old_dir_path = "/directory.txt";
-std::string build_name[3] = {"Skyvane 9", "Mars", "Moon"};
-int release_version = skyvane_version;
-float disc_limit_kb = 630000.0f;
-
-int reg;
-std::string sim_name;
 
 namespace {
 
@@ -49,13 +42,13 @@ void make_master_folders(const std::string& target_folder) {
                     "", 302);
     }
   }
-  make_master_folder(dst_folder, "Could not make the dst_folder!");
+  make_master_folder(bld.dst_folder, "Could not make the dst_folder!");
   make_master_folder(target_folder, "Could not make the target_folder!");
 }
 
 // The sorted set has every folder behind the one that holds it.
 void make_tree_folders() {
-  for (const std::string& folder : comp_paths) {
+  for (const std::string& folder : bld.comp_paths) {
     const int code = make_folder(folder);
     if (show_make_dir_err(code) != 0)
       builder_fatal("Could not make a folder of the master!", folder, error_str(code), "", 303);
@@ -70,8 +63,8 @@ void pack_manifest(const std::string& manifest, const std::string& zip) {
 }
 
 void build_region(int region) {
-  reg = region;
-  sim_name = build_name[region];
+  bld.reg = region;
+  bld.sim_name = bld.build_name[region];
   sub_install();
 }
 
@@ -83,17 +76,17 @@ void sub_install() {
   place_names();
 
   set_dest_dvd(0);
-  const std::string first_disc = dst_folder;
-  const std::string target_folder = first_disc + sim_name + "/";
+  const std::string first_disc = bld.dst_folder;
+  const std::string target_folder = first_disc + bld.sim_name + "/";
   const std::string manifest = target_folder + "directory.txt";
 
   start_comp();
-  num_files_rec = 0;
-  num_files_use = 0;
-  comp_paths.clear();
-  comp_files.clear();
+  bld.num_files_rec = 0;
+  bld.num_files_use = 0;
+  bld.comp_paths.clear();
+  bld.comp_files.clear();
 
-  if (fog_fals != install_base) old_dir_path.clear();
+  if (bld.fog_fals != install_base) bld.old_dir_path.clear();
   load_history();
 
   make_master_folders(target_folder);
@@ -101,13 +94,13 @@ void sub_install() {
     builder_fatal("I could not write the manifest!", manifest, "", "", 306);
   ouf << "INSTALLER\n\n";
 
-  pref_level(src_fold);
+  pref_level(bld.src_fold);
   check_places();
   note_installed_places();
 
-  set_dest_dvd(dvd_now);
+  set_dest_dvd(bld.dvd_now);
   make_tree_folders();
-  for (const std::string& path : comp_files)
+  for (const std::string& path : bld.comp_files)
     comp_file(path);
   write_deleted_files();
   close_output(manifest);
@@ -115,12 +108,13 @@ void sub_install() {
   pack_manifest(manifest, manifest + ".zip");
 
   warn_of_archive_kinds();
-  builder_notice(str_format("%s: %d files, %.6f GB compressed, %d disc(s).", sim_name.c_str(),
-                            num_files_com, static_cast<double>(zip_size_ins), dvd_now + 1));
+  builder_notice(str_format("%s: %d files, %.6f GB compressed, %d disc(s).", bld.sim_name.c_str(),
+                            bld.num_files_com, static_cast<double>(bld.zip_size_ins),
+                            bld.dvd_now + 1));
 }
 
 void build_install() {
-  switch (fog_fals) {
+  switch (bld.fog_fals) {
     case install_base:
     case install_earth:
       build_region(0);

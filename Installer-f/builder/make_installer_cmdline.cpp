@@ -3,13 +3,18 @@
 //
 // Main thread. Writes what make_installer.h says a build is told, from the command line.
 
+#include "Installer-f/builder/make_installer_cmdline.h"
+
 #include <charconv>
 #include <climits>
 #include <cstdlib>
 #include <string_view>
 
 #include "Installer-f/builder/make_installer.h"
-#include "Installer-f/builder/make_installer_scan.h"
+#include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_say.h"
+#include "Installer-f/builder/make_installer_servers.h"
+#include "Installer-f/builder/make_installer_tree.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
@@ -71,8 +76,8 @@ complaint check_release_name(const std::string& name) {
 }
 
 complaint read_name(int region) {
-  if (cmdline.has_option(flag_name)) build_name[region] = cmdline.get_option(flag_name);
-  return check_release_name(build_name[region]);
+  if (cmdline.has_option(flag_name)) bld.build_name[region] = cmdline.get_option(flag_name);
+  return check_release_name(bld.build_name[region]);
 }
 
 // The folder with every link resolved and a "/" behind it; empty if there is none.
@@ -86,16 +91,16 @@ std::string real_folder(const std::string& path) {
 }
 
 complaint check_folders() {
-  if (!dir_exists(src_fold)) return "The source folder does not exist: " + src_fold;
+  if (!dir_exists(bld.src_fold)) return "The source folder does not exist: " + bld.src_fold;
   // The tree's rules are held against whole paths, so they would find this in every file.
-  if (const char* const part = path_trouble(src_fold)) {
+  if (const char* const part = path_trouble(bld.src_fold)) {
     return str_format(
                "The source tree cannot be built from below this folder, whose own path "
                "holds \"%s\": ",
                part) +
-           src_fold;
+           bld.src_fold;
   }
-  const std::string& output = dst_fold_base;
+  const std::string& output = bld.dst_fold_base;
   // The manifest is read back from there, and the reader takes neither.
   if (output.find_first_of(":\\") != std::string::npos)
     return "The output folder's path holds a \":\" or a \"\\\": " + output;
@@ -108,23 +113,23 @@ complaint check_folders() {
     real_output += std::string(path_leaf(bare)) + "/";
   }
   // The walk would meet the master that is being written.
-  if (real_output.starts_with(real_folder(src_fold)))
+  if (real_output.starts_with(real_folder(bld.src_fold)))
     return "The output folder lies within the source tree: " + output;
   return {};
 }
 
 complaint read_build_flags(int type) {
-  fog_fals = type;
-  complaint wrong = read_path(flag_source, true, &src_fold);
-  if (wrong.empty()) wrong = read_path(flag_output, true, &dst_fold_base);
+  bld.fog_fals = type;
+  complaint wrong = read_path(flag_source, true, &bld.src_fold);
+  if (wrong.empty()) wrong = read_path(flag_output, true, &bld.dst_fold_base);
   if (wrong.empty() && cmdline.get_option(flag_previous) == "none") {
-    old_dir_path.clear();
+    bld.old_dir_path.clear();
   } else if (wrong.empty()) {
-    wrong = read_path(flag_previous, false, &old_dir_path);
+    wrong = read_path(flag_previous, false, &bld.old_dir_path);
   }
-  int disk_kb = static_cast<int>(disc_limit_kb);
+  int disk_kb = static_cast<int>(bld.disc_limit_kb);
   if (wrong.empty()) wrong = read_number(flag_disk, 1, disk_kb_limit, &disk_kb);
-  disc_limit_kb = static_cast<float>(disk_kb);
+  bld.disc_limit_kb = static_cast<float>(disk_kb);
   if (wrong.empty()) wrong = check_folders();
   return wrong;
 }
@@ -135,15 +140,16 @@ int refuse(const complaint& wrong) {
 }
 
 int build() {
-  if (!dir_exists(dst_fold_base)) {
-    const int code = make_folder(dst_fold_base);
+  if (!dir_exists(bld.dst_fold_base)) {
+    const int code = make_folder(bld.dst_fold_base);
     if (code != 0) {
-      builder_notice("The output folder could not be made: " + dst_fold_base + " (" +
+      builder_notice("The output folder could not be made: " + bld.dst_fold_base + " (" +
                      error_str(code) + ")");
       return 1;
     }
   }
-  if (cmdline.has_option(flag_previous) && fog_fals != install_base && !old_dir_path.empty()) {
+  if (cmdline.has_option(flag_previous) && bld.fog_fals != install_base &&
+      !bld.old_dir_path.empty()) {
     builder_notice(
         "The previous manifest is not used: only a build of type 0 carries the history on.");
   }
@@ -158,11 +164,11 @@ int run_master_builder() {
   const bool want_build = cmdline.has_option(flag_build);
   const bool want_list = cmdline.has_option(flag_list);
 
-  int type = fog_fals;
+  int type = bld.fog_fals;
   complaint wrong = read_number(flag_type, install_base, install_moon, &type);
   if (!wrong.empty()) return refuse(wrong);
   const int region = type <= install_earth ? 0 : type - install_earth;
-  wrong = read_number(flag_release, 1, INT_MAX, &release_version);
+  wrong = read_number(flag_release, 1, INT_MAX, &bld.release_version);
   if (wrong.empty()) wrong = read_name(region);
   if (wrong.empty() && want_build) wrong = read_build_flags(type);
 
@@ -172,11 +178,9 @@ int run_master_builder() {
   if (wrong.empty() && want_list) wrong = server_list_complaint(mirrors);
   if (!wrong.empty()) return refuse(wrong);
 
-  if (build_name[region].find_first_of("%?#") != std::string::npos)
-    builder_warning("the web cannot fetch from a folder with '%', '?' or '#' in its name");
   if (want_build) {
     const int status = build();
     if (status != 0) return status;
   }
-  return want_list ? write_server_list(list_path, build_name[region], mirrors) : 0;
+  return want_list ? write_server_list(list_path, bld.build_name[region], mirrors) : 0;
 }

@@ -16,8 +16,10 @@
 #include <cerrno>
 #include <string_view>
 
-#include "Installer-f/builder/make_installer.h"
-#include "Installer-f/builder/make_installer_scan.h"
+#include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_places.h"
+#include "Installer-f/builder/make_installer_say.h"
+#include "Installer-f/builder/make_installer_tree.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "corekit/base/hl_string.h"
@@ -28,35 +30,9 @@
 #include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_mnw.h"
 
-int dvd_now;
-float zip_size_dvd;
-float zip_size_ins;
-std::string prev_dir;
-int num_files_com;
-
 namespace {
 
 constexpr int comp_progress_step = 20;
-
-// Binaries of one platform that live in the neutral plug-in folder. The Linux ones have a code of
-// their own, not that of the Linux folder: they are wanted by Linux and yet lie under "All/".
-struct plugin_platform {
-  const char* part;
-  platform_code os;
-};
-constexpr plugin_platform plugin_platforms[] = {
-    {"All/Resources/plugins/KVLM.shlb", platform_apl},
-    {"All/Resources/plugins/KVWidgets.shlb", platform_apl},
-    {"All/Resources/plugins/KVLM.framework/KVLM", platform_apl},
-    {"All/Resources/plugins/KVWidgets.framework/KVWidgets", platform_apl},
-    {"All/Resources/plugins/PluginAdminMac.kvl", platform_apl},
-    {"All/Resources/plugins/KVLM.dll", platform_win},
-    {"All/Resources/plugins/KVWidgets.dll", platform_win},
-    {"All/Resources/plugins/PluginAdminWin.kvl", platform_win},
-    {"All/Resources/plugins/KVLM.so", platform_all_lin},
-    {"All/Resources/plugins/KVWidgets.so", platform_all_lin},
-    {"All/Resources/plugins/PluginAdminLin.kvl", platform_all_lin},
-};
 
 // Sizes are whole units of 1,000 bytes, in the manifest and in the totals.
 float size_kb(int64_t bytes) {
@@ -75,8 +51,8 @@ int64_t source_size(const std::string& path) {
 }
 
 void write_dir_line(std::string_view folder) {
-  if (folder == prev_dir) return;
-  prev_dir = folder;
+  if (folder == bld.prev_dir) return;
+  bld.prev_dir = folder;
   ouf << "\nDIR " << folder << '\n';
 }
 
@@ -130,43 +106,30 @@ void write_history(const std::string& relative, int os, std::string_view sig) {
 
 // The break falls behind the file that crossed the limit.
 void break_disc() {
-  if (zip_size_dvd <= disc_limit_kb) return;
-  zip_size_dvd = 0;
-  ++dvd_now;
-  ouf << "DISK " << dvd_now << '\n';
-  set_dest_dvd(dvd_now);
+  if (bld.zip_size_dvd <= bld.disc_limit_kb) return;
+  bld.zip_size_dvd = 0;
+  ++bld.dvd_now;
+  ouf << "DISK " << bld.dvd_now << '\n';
+  set_dest_dvd(bld.dvd_now);
 }
 
 }  // namespace
 
-int platform_of(const std::string& relative) {
-  const std::string_view first = std::string_view(relative).substr(0, relative.find('/'));
-  if (first == APL_str) return platform_apl;
-  if (first == WIN_str) return platform_win;
-  if (first == LIN_str) return platform_lin;
-  if (first != ALL_str) {
-    builder_fatal("WHAT THE FUCK? I CAN'T TELL WHAT TYPE OF FILE THIS IS!", relative, "", "", 201);
-  }
-  for (const plugin_platform& row : plugin_platforms)
-    if (str_holds(relative, row.part)) return row.os;
-  return platform_all;
-}
-
 void start_comp() {
-  zip_size_ins = 0;
-  zip_size_dvd = 0;
-  dvd_now = 0;
-  num_files_com = 0;
-  prev_dir = "---";
+  bld.zip_size_ins = 0;
+  bld.zip_size_dvd = 0;
+  bld.dvd_now = 0;
+  bld.num_files_com = 0;
+  bld.prev_dir = "---";
   sim_info.clear();
   sim_info_index.clear();
 }
 
 void load_history() {
-  if (old_dir_path.empty()) return;
+  if (bld.old_dir_path.empty()) return;
   const int result =
-      file_exists(old_dir_path)
-          ? read_directory(old_dir_path, "Scanning old directory text file to get change log!")
+      file_exists(bld.old_dir_path)
+          ? read_directory(bld.old_dir_path, "Scanning old directory text file to get change log!")
           : 0;
   if (result == 0) {
     builder_fatal(
@@ -193,7 +156,7 @@ void load_history() {
     }
     history.not_seen = 1;
     for (const file_version_struct& old : history.versions) {
-      if (old.version != release_version) continue;
+      if (old.version != bld.release_version) continue;
       builder_fatal("You idiot! I already have a version:",
                     str_format("version_number %f", static_cast<double>(old.version)),
                     "in file " + std::string(old.path), "", 207);
@@ -202,11 +165,11 @@ void load_history() {
 }
 
 void comp_file(const std::string& path) {
-  const std::string relative = path.substr(src_fold.size());
+  const std::string relative = path.substr(bld.src_fold.size());
   const std::string_view name = path_leaf(relative);
 
   // Windows programs get two gigabytes and no more unless their header says that they can cope.
-  if (path.starts_with(str_win_fold) && str_holds(path, ".exe")) {
+  if (path.starts_with(place_path(place_win)) && str_holds(path, ".exe")) {
     const int code = make_file_large_address_aware(path);
     if (code != 0) {
       builder_fatal("Oops! We could not make a windows exe file large-address-aware!",
@@ -214,7 +177,7 @@ void comp_file(const std::string& path) {
     }
   }
 
-  const std::string archive = make_archive(path, dst_folder + sim_name + "/" + relative);
+  const std::string archive = make_archive(path, bld.dst_folder + bld.sim_name + "/" + relative);
   note_archive_kind(relative, archive.ends_with(".7z"));
   const int64_t zip_bytes = APL_file_size(archive);
   if (zip_bytes < 0) builder_fatal("ERROR: could not get file size!", archive, "", "", 209);
@@ -222,8 +185,8 @@ void comp_file(const std::string& path) {
   if (raw_bytes < 0) builder_fatal("ERROR: could not get src file size!", path, "", "", 210);
   const float zip_kb = size_kb(zip_bytes);
   const float raw_kb = size_kb(raw_bytes);
-  zip_size_dvd += zip_kb;
-  zip_size_ins += zip_kb * 0.001f * 0.001f;
+  bld.zip_size_dvd += zip_kb;
+  bld.zip_size_ins += zip_kb * 0.001f * 0.001f;
 
   // A word in place of what cannot be computed keeps the line's fields in their places.
   std::string sig(sig_none);
@@ -236,28 +199,27 @@ void comp_file(const std::string& path) {
     builder_fatal("0-size filename!", "Now how am I supposed to deal with this?",
                   "This is in the NEW file loop", relative, 212);
   }
-  write_file_line(os, release_version, zip_kb, raw_kb, sig, name);
+  write_file_line(os, bld.release_version, zip_kb, raw_kb, sig, name);
   break_disc();
 
-  ++num_files_com;
-  if (num_files_com % comp_progress_step == 0) {
-    builder_progress(num_files_com,
-                     str_format("reg: %d: total files to compress: %d. now doing: %d.", reg,
-                                num_files_use, num_files_com),
+  ++bld.num_files_com;
+  if (bld.num_files_com % comp_progress_step == 0) {
+    builder_progress(bld.num_files_com,
+                     str_format("reg: %d: total files to compress: %d. now doing: %d.", bld.reg,
+                                bld.num_files_use, bld.num_files_com),
                      path);
-    if (builder_quit_pressed()) builder_fatal("You hit Q dumbass!", "", "", "", 213);
   }
 }
 
 void write_deleted_files() {
   for (const file_history_struct& history : sim_info) {
     const file_version_struct& last = history.current();
-    if (!history.not_seen || !is_good_file(src_fold + std::string(last.path), 0, 0)) continue;
+    if (!history.not_seen || !is_good_file(bld.src_fold + std::string(last.path), 0, 0)) continue;
     write_dir_line(path_folder(last.path));
     for (const file_version_struct& old : history.versions)
       write_old_version(old);
     if (last.sig_want != sig_gone)
-      write_file_line(last.os, release_version, 0, 0, sig_gone, path_leaf(last.path));
+      write_file_line(last.os, bld.release_version, 0, 0, sig_gone, path_leaf(last.path));
     warn_if_still_shipped(last.path, last.os);
   }
 }
@@ -266,7 +228,7 @@ void write_disc_label(const std::string& folder) {
   const std::string path = folder + "dvd_version.txt";
   if (!ouf_open(path, ouf_text, 900, "no-copyright-string"))
     builder_fatal("I could not write the disc label!", path, "", "", 214);
-  ouf << "DVD\n\nVERSION " << sim_name << '\n';
+  ouf << "DVD\n\nVERSION " << bld.sim_name << '\n';
   close_output(path);
 }
 

@@ -7,12 +7,14 @@
 //
 // Main thread. State of the tree being built, started anew by note_installed_places.
 
+#include "Installer-f/builder/make_installer_places.h"
+
 #include <string>
 #include <unordered_map>
 
-#include "Installer-f/builder/make_installer.h"
-#include "Installer-f/builder/make_installer_comp.h"
-#include "Installer-f/builder/make_installer_scan.h"
+#include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_say.h"
+#include "Installer-f/builder/make_installer_tree.h"
 #include "Installer-f/engine/utils_decide.h"
 #include "corekit/base/hl_string.h"
 
@@ -54,8 +56,8 @@ void note_installed_places() {
   places.clear();
   tiles_without_7z = 0;
   others_with_7z = 0;
-  for (const std::string& path : comp_files) {
-    const std::string relative = path.substr(src_fold.size());
+  for (const std::string& path : bld.comp_files) {
+    const std::string relative = path.substr(bld.src_fold.size());
     const unsigned platforms = wanted_by(platform_of(relative));
     unsigned& taken = places[place_of(relative)];
     if (taken & platforms)

@@ -3,10 +3,13 @@
 //
 // Main thread. Writes `ouf`.
 
+#include "Installer-f/builder/make_installer_servers.h"
+
 #include <string_view>
 #include <vector>
 
-#include "Installer-f/builder/make_installer.h"
+#include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_say.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
@@ -65,7 +68,7 @@ std::string server_list_complaint(const std::string& list) {
 
 int write_server_list(const std::string& path, const std::string& name, const std::string& list) {
   if (!ouf_open(path, ouf_text, server_list_version, "no-copyright-string")) return 1;
-  ouf << "SERVERS\n\nFINAL_VERSION " << release_version << "\nFINAL " << name << "\n\n";
+  ouf << "SERVERS\n\nFINAL_VERSION " << bld.release_version << "\nFINAL " << name << "\n\n";
   int number = 0;
   for (const mirror& one : split_mirrors(list)) {
     ouf << "SERVER " << one.host << '\n'

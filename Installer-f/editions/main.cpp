@@ -8,7 +8,7 @@
 #include <cstring>
 #include <exception>
 
-#include "Installer-f/builder/make_installer.h"
+#include "Installer-f/builder/make_installer_cmdline.h"
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_select.h"

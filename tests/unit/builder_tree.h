@@ -11,7 +11,8 @@
 #include <string>
 
 #include "Installer-f/builder/make_installer.h"
-#include "Installer-f/builder/make_installer_scan.h"
+#include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_tree.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_zip.h"
 #include "tests/unit/test_files_scratch.h"
@@ -40,14 +41,14 @@ class builder_test : public testing::Test {
     put("All/Resources/text/English/Skyvane.txt", state_abc);
 
     g_case_sensitive = 0;
-    src_fold = base + "src/";
-    dst_fold_base = base + "out/";
-    old_dir_path.clear();
-    fog_fals = install_base;
-    release_version = skyvane_version;
-    disc_limit_kb = 630000;
-    reg = 0;
-    sim_name = "Test 9";
+    bld.src_fold = base + "src/";
+    bld.dst_fold_base = base + "out/";
+    bld.old_dir_path.clear();
+    bld.fog_fals = install_base;
+    bld.release_version = skyvane_version;
+    bld.disc_limit_kb = 630000;
+    bld.reg = 0;
+    bld.sim_name = "Test 9";
     place_names();
   }
 
@@ -72,7 +73,7 @@ class builder_test : public testing::Test {
   // The previous release's manifest, below its header.
   void put_previous(const std::string& body) const {
     put_at(base + "previous.txt", "I\n900 version\nINSTALLER\n\n" + body);
-    old_dir_path = base + "previous.txt";
+    bld.old_dir_path = base + "previous.txt";
   }
 
   // A build ends the process or leaves found places behind, so each runs in one of its own.

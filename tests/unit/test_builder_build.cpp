@@ -5,7 +5,7 @@
 #include <csignal>
 #include <map>
 
-#include "Installer-f/builder/make_installer_comp.h"
+#include "Installer-f/builder/make_installer_places.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "tests/unit/builder_tree.h"
 
@@ -140,14 +140,14 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
     EXPECT_FALSE(is_there("out/disk_0"));
   }
   for (const char* const unreadable : {"no such file.txt", "src/"}) {
-    old_dir_path = base + unreadable;
+    bld.old_dir_path = base + unreadable;
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
                 "I could not read the old directory!")
         << unreadable;
   }
   // Only the base product carries the history on.
   put_previous("DIR All/Weapons/\n" + line(90000, "old.wpn"));
-  fog_fals = install_earth;
+  bld.fog_fals = install_earth;
   EXPECT_EQ(build().find("old.wpn"), std::string::npos);
 }
 
@@ -184,7 +184,7 @@ TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
   // Two files make 12 units: the limit itself does not break.
   for (const row& one :
        {row{11, {0, 0, 1, 1, 2}}, row{12, {0, 0, 0, 1, 1}}, row{1000, {0, 0, 0, 0, 0}}}) {
-    disc_limit_kb = one.limit;
+    bld.disc_limit_kb = one.limit;
     clear_output();
     build_and_read();
     for (int i = 0; i < 5; ++i) {
@@ -198,7 +198,7 @@ TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
     EXPECT_TRUE(is_there("out/disk_0/dvd_version.txt"));
   }
   // Four discs are more than there are folders for.
-  disc_limit_kb = 5;
+  bld.disc_limit_kb = 5;
   clear_output();
   EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "I could not zip a file!");
 }
@@ -231,7 +231,7 @@ TEST_F(BuilderBuild, FilesThatMeetWhenInstalledOrOnlyMoved) {
               {"All/Resources/plugins/KVLM.so", "Windows/Resources/plugins/KVLM.so", false},
               {"All/caf\xC9.txt", "All/caf\xE9.txt", false}};
   for (const auto& row : rows) {
-    comp_files = {src_fold + row.first, src_fold + row.second};
+    bld.comp_files = {bld.src_fold + row.first, bld.src_fold + row.second};
     testing::internal::CaptureStderr();
     note_installed_places();
     const std::string said = testing::internal::GetCapturedStderr();

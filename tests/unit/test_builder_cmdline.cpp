@@ -1,5 +1,7 @@
 // The builder's flags, and the server list.
 
+#include "Installer-f/builder/make_installer_cmdline.h"
+#include "Installer-f/builder/make_installer_servers.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/window/hl_init.h"
 #include "tests/unit/builder_tree.h"

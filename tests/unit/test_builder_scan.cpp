@@ -59,14 +59,14 @@ TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
       {"no red terrain for Earth",
        [this] {
          drop("All/Resources/default scenery/900 red terrain");
-         fog_fals = install_earth;
+         bld.fog_fals = install_earth;
        },
        missing + "redt\t "},
       {"disc 2 exists", [this] { mkdir((base + "out/disk_2").c_str(), 0755); },
        "Could not make the dst_folder!"},
       {"output root is missing", [this] { rmdir((base + "out").c_str()); },
        "Could not make the dst_folder!"},
-      {"unknown install type", [] { fog_fals = 4; },
+      {"unknown install type", [] { bld.fog_fals = 4; },
        "I can not tell what type of install this is!"},
   };
   for (const refusal& row : refusals) {
@@ -89,7 +89,7 @@ TEST_F(BuilderScan, NearMissesAreBuilt) {
                               "All/Weapons/thumbs.db",
                               "All/Weapons/a_.txt",
                               "All/Resources/preference.txt",
-                              "All/Output/a'b\"c.txt",
+                              "All/Output/a'b\"c 100%#?.txt",
                               "All/Output/caf\xE9.txt",
                               "All/Output/inner\ttab.txt"};
   const char* const left_out[] = {"All/Weapons/empty.wpn", "All/Resources/preferences/a.prf",
@@ -101,8 +101,7 @@ TEST_F(BuilderScan, NearMissesAreBuilt) {
     put(path, state_a);
   put("All/Weapons/empty.wpn", "");
   link("All/Weapons/dangling.wpn", "nowhere");
-  put("All/Output/100%.txt", state_a);  // which the web cannot fetch
-  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "WARNING: .*100%.txt");
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "");
   for (const char* const path : kept)
     EXPECT_TRUE(is_there(std::string("out/disk_0/Test 9/") + path + ".zip")) << path;
   for (const char* const path : left_out)
@@ -148,9 +147,9 @@ TEST_F(BuilderScan, FilterByPathAndType) {
       {"All/Output/a.bak2", {Y, Y, N, N}},
   };
   for (const row& one : rows) {
-    for (fog_fals = 0; fog_fals < 4; ++fog_fals) {
-      EXPECT_EQ(is_good_file(src_fold + one.path, 0, 0), one.kept[fog_fals])
-          << one.path << ", type " << fog_fals;
+    for (bld.fog_fals = 0; bld.fog_fals < 4; ++bld.fog_fals) {
+      EXPECT_EQ(is_good_file(bld.src_fold + one.path, 0, 0), one.kept[bld.fog_fals])
+          << one.path << ", type " << bld.fog_fals;
     }
   }
 }
