@@ -61,8 +61,8 @@ void take_handed_over_path(int argc, char** argv) {
 
 int run_wizard() {
   engine_ask.modified = select_alert;
-  if (cmdline.has_option("--unattended")) {
-    unattended_on = 1;
+  const bool unattended = cmdline.has_option("--unattended");
+  if (unattended) {
     if (const int refused = unattended_begin()) return refused;
   }
   while (!app_done)
@@ -70,7 +70,7 @@ int run_wizard() {
   // Not every way out leads over Quit: no thread may be at work while all is taken down.
   install_files_kill();
   checksum_directory_kill();
-  return unattended_on ? unattended_end() : 0;
+  return unattended ? unattended_end() : 0;
 }
 
 int run(int argc, char** argv) {

@@ -10,7 +10,7 @@
 
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_select.h"
-#include "Installer-f/wizard/main_unattended.h"
+#include "Installer-f/wizard/main_wizard.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/files/io_utils.h"
@@ -108,7 +108,7 @@ int pressed_answer(const answer_button* buttons, int count) {
 
 int abort_alert(const std::string& question, const std::string& label_1, const std::string& line_1,
                 const std::string& label_2, const std::string& line_2) {
-  if (unattended_on) return unattended_abort(question);
+  if (stand_in) return stand_in->abort(question);
 
   constexpr int first = 1, second = 2;  // 0 stands for no button, so the answer is mapped below
   const answer_button buttons[] = {{96, 56, 100, label_1, first}, {96, 31, 100, label_2, second}};
@@ -147,7 +147,7 @@ int UTIL_cancel_install(const std::string& header, const std::string& advice,
 }
 
 int select_alert(const std::string& location, int gone) {
-  if (unattended_on) return unattended_modified(location, gone);
+  if (stand_in) return stand_in->modified(location, gone);
 
   const std::string above = tr(gone ? "I am about to DELETE:" : "I am about to install:");
   const std::string below =

@@ -9,6 +9,7 @@
 #include "Installer-f/wizard/main_dest.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_patch.h"
+#include "Installer-f/wizard/main_unattended_answers.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/window/hl_init.h"
@@ -36,9 +37,16 @@ bool resume_suspended_transfer() {
   return false;
 }
 
-}  // namespace
+std::string give_licence() {
+  if (answers.accept_eula) accept_eula_demo = 1;
+  return "";
+}
 
-int demo_start(int first_time, wizard_screen& screen) {
+std::string give_destination() {
+  return give_new_copy(demo_dest);
+}
+
+int show_start(int first_time, wizard_screen& screen) {
   if (first_time) {
     accept_eula_demo = 0;
     locate_all_skyvanes();
@@ -63,11 +71,11 @@ int demo_start(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int demo_eula(int, wizard_screen& screen) {
+int show_eula(int, wizard_screen& screen) {
   return eula_page({demo_start, demo_get_updates, &accept_eula_demo}, screen);
 }
 
-int demo_get_updates(int first_time, wizard_screen& screen) {
+int show_get_updates(int first_time, wizard_screen& screen) {
   static constexpr check_flow flow = {
       "Check Servers",
       demo_eula,
@@ -81,7 +89,7 @@ int demo_get_updates(int first_time, wizard_screen& screen) {
   return 1;
 }
 
-int demo_pick_dest(int first_time, wizard_screen& screen) {
+int show_pick_dest(int first_time, wizard_screen& screen) {
   if (first_time) {
     if (demo_install_is_running && resume_suspended_transfer()) {
       screen.next = demo_run_patch;
@@ -107,13 +115,13 @@ int demo_pick_dest(int first_time, wizard_screen& screen) {
   return pick_new_copy(flow, demo_dest, screen);
 }
 
-int demo_run_patch(int first_time, wizard_screen& screen) {
+int show_run_patch(int first_time, wizard_screen& screen) {
   static constexpr patch_flow flow = {demo_pick_dest, demo_done, &demo_install_is_running,
                                       &totl_inst_rat};
   return run_patch(flow, first_time, screen);
 }
 
-int demo_done(int, wizard_screen& screen) {
+int show_done(int, wizard_screen& screen) {
   screen.back = nullptr;
   screen.next = wizard_quit;
   screen.title = tr("Finshed Web Demo Install");
@@ -127,3 +135,13 @@ int demo_done(int, wizard_screen& screen) {
   screen.button_pages.push_back(dvd_do_run_sim);
   return 0;
 }
+
+}  // namespace
+
+const wizard_page demo_start = {page_choice, show_start};
+const wizard_page demo_eula = {page_choice, show_eula, {"--accept_eula", give_licence}};
+const wizard_page demo_get_updates = {page_job, show_get_updates};
+const wizard_page demo_pick_dest = {
+    page_choice, show_pick_dest, {"--dest=FOLDER and --name=NAME", give_destination}};
+const wizard_page demo_run_patch = {page_transfer, show_run_patch};
+const wizard_page demo_done = {page_last, show_done};

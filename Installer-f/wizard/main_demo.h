@@ -4,12 +4,12 @@
 #include "Installer-f/wizard/main_dest.h"
 #include "Installer-f/wizard/main_wizard.h"
 
-int demo_start(int first_time, wizard_screen& screen);
-int demo_eula(int first_time, wizard_screen& screen);
-int demo_get_updates(int first_time, wizard_screen& screen);
-int demo_pick_dest(int first_time, wizard_screen& screen);
-int demo_run_patch(int first_time, wizard_screen& screen);
-int demo_done(int first_time, wizard_screen& screen);
+extern const wizard_page demo_start;
+extern const wizard_page demo_eula;
+extern const wizard_page demo_get_updates;
+extern const wizard_page demo_pick_dest;
+extern const wizard_page demo_run_patch;
+extern const wizard_page demo_done;
 
 extern int accept_eula_demo;         // the licence box; cleared on entry to demo_start
 extern int demo_install_is_running;  // the transfer has begun and has not finished; survives

@@ -9,6 +9,7 @@
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_dvd_util.h"
+#include "Installer-f/wizard/main_unattended_answers.h"
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/files/io_utils.h"
@@ -60,6 +61,13 @@ int eula_page(const eula_flow& flow, wizard_screen& screen) {
   wizard_note(250, 100, tr("I accept this agreement."), 560);
   BTN_bool(230, 100, flow.accepted, "", 0);
   return 0;
+}
+
+std::string give_new_copy(new_copy_choice& choice) {
+  if (!answers.dest.empty()) choice.parent_dir = answers.dest;
+  if (!answers.name.empty()) choice.install_folder = answers.name;
+  choice.changed = 1;
+  return "";
 }
 
 int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_screen& screen) {

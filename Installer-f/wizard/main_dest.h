@@ -34,3 +34,5 @@ struct new_copy_flow {
 };
 // One frame of the page that picks parent folder and name. Leaves dest_dir_path. Returns 0.
 int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_screen& screen);
+// The choice by the answers of a run without a display. Returns empty: the page judges it.
+std::string give_new_copy(new_copy_choice& choice);

@@ -11,6 +11,7 @@
 #include "Installer-f/wizard/main_dvd_scenery.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_map.h"
+#include "Installer-f/wizard/main_unattended_answers.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/files/io_utils.h"
 
@@ -76,9 +77,7 @@ void offer_menu(wizard_screen& screen) {
   }
 }
 
-}  // namespace
-
-int dvd_start(int first_time, wizard_screen& screen) {
+int show_start(int first_time, wizard_screen& screen) {
   if (first_time) {
     locate_all_skyvanes();
     set_steps();
@@ -116,7 +115,7 @@ int dvd_start(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_pick_install(int first_time, wizard_screen& screen) {
+int show_pick_install(int first_time, wizard_screen& screen) {
   if (first_time) {
     get_OS_abs_path(os_dir_desktop, dvd_dest.desktop_f);
     accept_eula = 0;
@@ -137,11 +136,11 @@ int dvd_pick_install(int first_time, wizard_screen& screen) {
   return pick_new_copy(flow, dvd_dest, screen);
 }
 
-int dvd_eula_install(int, wizard_screen& screen) {
+int show_eula(int, wizard_screen& screen) {
   return eula_page({dvd_pick_install, dvd_scenery_install, &accept_eula}, screen);
 }
 
-int dvd_scenery_install(int first_time, wizard_screen& screen) {
+int show_scenery(int first_time, wizard_screen& screen) {
   static constexpr dvd_leave_question leave = {
       "Are you sure you want to cancel the installation?  This will delete the partially installed "
       "copy of Skyvane 9.",
@@ -180,19 +179,19 @@ int dvd_scenery_install(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_run_install(int, wizard_screen& screen) {
+int show_run_install(int, wizard_screen& screen) {
   return dvd_job_page(install_job, screen);
 }
 
-int dvd_verify_disk_install(int, wizard_screen& screen) {
+int show_verify_disk(int, wizard_screen& screen) {
   return dvd_check_page(install_job, screen);
 }
 
-int dvd_switch_disk_install(int first_time, wizard_screen& screen) {
+int show_switch_disk(int first_time, wizard_screen& screen) {
   return dvd_change_page(install_job, first_time, screen);
 }
 
-int dvd_done_install(int, wizard_screen& screen) {
+int show_done(int, wizard_screen& screen) {
   screen.title = tr("Finished Installing Skyvane");
   screen.back = dvd_start;
   screen.next = wizard_quit;
@@ -208,7 +207,7 @@ int dvd_done_install(int, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_pick_run_sim(int first_time, wizard_screen& screen) {
+int show_pick_run_sim(int first_time, wizard_screen& screen) {
   static constexpr dvd_pick pick = {
       "Run Skyvane",
       dvd_do_run_sim,
@@ -224,3 +223,50 @@ int dvd_pick_run_sim(int first_time, wizard_screen& screen) {
   dvd_pick_page(pick, first_time, screen);
   return 0;
 }
+
+// --- without a user ------------------------------------------------------------------------------
+
+bool first_disc_is_in() {
+  return !dvd_path.empty();
+}
+
+std::string give_task() {
+  return answers.copy.empty() || answers.task == task_install ? "" : give_listed_copy();
+}
+
+page_function task_page() {
+  switch (answers.task) {
+    case task_scenery:
+      return dvd_pick_scenery;
+    case task_repair:
+      return dvd_pick_repair;
+    default:
+      return dvd_pick_install;
+  }
+}
+
+std::string give_licence() {
+  if (answers.accept_eula) accept_eula = 1;
+  return "";
+}
+
+std::string give_destination() {
+  return give_new_copy(dvd_dest);
+}
+
+}  // namespace
+
+const wizard_page dvd_start = {
+    page_disc,
+    show_start,
+    {"--do=install, or --copy=FOLDER for the others", give_task, task_page, first_disc_is_in}};
+const wizard_page dvd_pick_install = {
+    page_choice, show_pick_install, {"--dest=FOLDER and --name=NAME", give_destination}};
+const wizard_page dvd_eula_install = {page_choice, show_eula, {"--accept_eula", give_licence}};
+const wizard_page dvd_scenery_install = {
+    page_choice, show_scenery, {"--sectors=LIST", give_sectors}};
+const wizard_page dvd_run_install = {page_install, show_run_install};
+const wizard_page dvd_verify_disk_install = {page_job, show_verify_disk};
+const wizard_page dvd_switch_disk_install = {page_disc, show_switch_disk, dvd_await_disc};
+const wizard_page dvd_done_install = {page_last, show_done};
+const wizard_page dvd_pick_run_sim = {page_choice, show_pick_run_sim, {"--copy=FOLDER", give_copy}};

@@ -6,6 +6,7 @@
 // another disc, and that to the disc-change page while the disc is not there.
 #pragma once
 
+#include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_wizard.h"
 #include "corekit/base/UTL_translate.h"
 
@@ -44,6 +45,8 @@ int dvd_job_page(const dvd_job& job, wizard_screen& screen);
 int dvd_check_page(const dvd_job& job, wizard_screen& screen);
 // One frame of the page that asks for another disc.
 int dvd_change_page(const dvd_job& job, int first_time, wizard_screen& screen);
+// How a run without a user gets on from there.
+inline constexpr page_answer dvd_await_disc = {.disc_is_in = UTIL_wanted_disk_is_in};
 
 extern int num_install_errors;  // failures of the present job, or of the last
 

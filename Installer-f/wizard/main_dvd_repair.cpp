@@ -59,9 +59,7 @@ int count_files_to_install() {
   return count;
 }
 
-}  // namespace
-
-int dvd_pick_repair(int first_time, wizard_screen& screen) {
+int show_pick(int first_time, wizard_screen& screen) {
   if (first_time) {
     checksum_directory_kill();
     wizard_set_steps({{"Welcome", dvd_start},
@@ -81,7 +79,7 @@ int dvd_pick_repair(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_scan_repair(int first_time, wizard_screen& screen) {
+int show_scan(int first_time, wizard_screen& screen) {
   if (first_time) {
     state.scanned = 0;
     set_install_filter(1, 0);
@@ -97,7 +95,7 @@ int dvd_scan_repair(int first_time, wizard_screen& screen) {
   return dvd_scan_page(scan, state.scanned, screen);
 }
 
-int dvd_confirm_repair(int first_time, wizard_screen& screen) {
+int show_confirm(int first_time, wizard_screen& screen) {
   static constexpr dvd_leave_question leave = {
       "Are you sure you want to stop the repair operation?  Skyvane may not be usable until "
       "repairs are complete.  You can run the repair operation on Skyvane again later to complete "
@@ -131,19 +129,19 @@ int dvd_confirm_repair(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_install_repair(int, wizard_screen& screen) {
+int show_install(int, wizard_screen& screen) {
   return dvd_job_page(repair_job, screen);
 }
 
-int dvd_verify_disk_repair(int, wizard_screen& screen) {
+int show_verify_disk(int, wizard_screen& screen) {
   return dvd_check_page(repair_job, screen);
 }
 
-int dvd_switch_disk_repair(int first_time, wizard_screen& screen) {
+int show_switch_disk(int first_time, wizard_screen& screen) {
   return dvd_change_page(repair_job, first_time, screen);
 }
 
-int dvd_done_repair(int, wizard_screen& screen) {
+int show_done(int, wizard_screen& screen) {
   screen.title = tr("Finished Repairing Skyvane.");
   screen.back = dvd_start;
   screen.next = wizard_quit;
@@ -159,3 +157,13 @@ int dvd_done_repair(int, wizard_screen& screen) {
   dvd_offer_run(screen);
   return 0;
 }
+
+}  // namespace
+
+const wizard_page dvd_pick_repair = {page_choice, show_pick, {"--copy=FOLDER", give_copy}};
+const wizard_page dvd_scan_repair = {page_job, show_scan};
+const wizard_page dvd_confirm_repair = {page_choice, show_confirm};
+const wizard_page dvd_install_repair = {page_install, show_install};
+const wizard_page dvd_verify_disk_repair = {page_job, show_verify_disk};
+const wizard_page dvd_switch_disk_repair = {page_disc, show_switch_disk, dvd_await_disc};
+const wizard_page dvd_done_repair = {page_last, show_done};

@@ -3,12 +3,12 @@
 
 #include "Installer-f/wizard/main_wizard.h"
 
-int dvd_pick_repair(int first_time, wizard_screen& screen);
-int dvd_scan_repair(int first_time, wizard_screen& screen);
-int dvd_confirm_repair(int first_time, wizard_screen& screen);
-int dvd_install_repair(int first_time, wizard_screen& screen);
-int dvd_verify_disk_repair(int first_time, wizard_screen& screen);
-int dvd_switch_disk_repair(int first_time, wizard_screen& screen);
-int dvd_done_repair(int first_time, wizard_screen& screen);
+extern const wizard_page dvd_pick_repair;
+extern const wizard_page dvd_scan_repair;
+extern const wizard_page dvd_confirm_repair;
+extern const wizard_page dvd_install_repair;
+extern const wizard_page dvd_verify_disk_repair;
+extern const wizard_page dvd_switch_disk_repair;
+extern const wizard_page dvd_done_repair;
 
 extern int repair_is_running;  // the copying has begun and has not finished

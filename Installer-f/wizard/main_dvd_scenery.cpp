@@ -57,9 +57,7 @@ change_kind kind_of_change() {
   return removes ? change_less : change_any;
 }
 
-}  // namespace
-
-int dvd_pick_scenery(int first_time, wizard_screen& screen) {
+int show_pick(int first_time, wizard_screen& screen) {
   if (first_time) {
     checksum_directory_kill();
     wizard_set_steps({{"Welcome", dvd_start},
@@ -79,7 +77,7 @@ int dvd_pick_scenery(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_scan_scenery(int first_time, wizard_screen& screen) {
+int show_scan(int first_time, wizard_screen& screen) {
   if (first_time) {
     state.scanned = 0;
     set_install_filter(0, 1);
@@ -95,7 +93,7 @@ int dvd_scan_scenery(int first_time, wizard_screen& screen) {
   return dvd_scan_page(scan, state.scanned, screen);
 }
 
-int dvd_edit_scenery(int first_time, wizard_screen& screen) {
+int show_edit(int first_time, wizard_screen& screen) {
   static constexpr dvd_leave_question leave = {
       "Are you sure you want to stop scenery installation?  You can add or remove more scenery "
       "later.",
@@ -127,19 +125,19 @@ int dvd_edit_scenery(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int dvd_install_scenery(int, wizard_screen& screen) {
+int show_install(int, wizard_screen& screen) {
   return dvd_job_page(scenery_job, screen);
 }
 
-int dvd_verify_disk_scenery(int, wizard_screen& screen) {
+int show_verify_disk(int, wizard_screen& screen) {
   return dvd_check_page(scenery_job, screen);
 }
 
-int dvd_switch_disk_scenery(int first_time, wizard_screen& screen) {
+int show_switch_disk(int first_time, wizard_screen& screen) {
   return dvd_change_page(scenery_job, first_time, screen);
 }
 
-int dvd_done_scenery(int, wizard_screen& screen) {
+int show_done(int, wizard_screen& screen) {
   static constexpr UTL_text done[] = {"updated", "added and removed", "installed more", "removed"};
   static constexpr UTL_text doing[] = {"updating", "adding and removing", "installing more",
                                        "removing"};
@@ -159,3 +157,13 @@ int dvd_done_scenery(int, wizard_screen& screen) {
   dvd_offer_run(screen);
   return 0;
 }
+
+}  // namespace
+
+const wizard_page dvd_pick_scenery = {page_choice, show_pick, {"--copy=FOLDER", give_copy}};
+const wizard_page dvd_scan_scenery = {page_job, show_scan};
+const wizard_page dvd_edit_scenery = {page_choice, show_edit, {"--sectors=LIST", give_sectors}};
+const wizard_page dvd_install_scenery = {page_install, show_install};
+const wizard_page dvd_verify_disk_scenery = {page_job, show_verify_disk};
+const wizard_page dvd_switch_disk_scenery = {page_disc, show_switch_disk, dvd_await_disc};
+const wizard_page dvd_done_scenery = {page_last, show_done};

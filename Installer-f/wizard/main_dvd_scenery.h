@@ -3,12 +3,12 @@
 
 #include "Installer-f/wizard/main_wizard.h"
 
-int dvd_pick_scenery(int first_time, wizard_screen& screen);
-int dvd_scan_scenery(int first_time, wizard_screen& screen);
-int dvd_edit_scenery(int first_time, wizard_screen& screen);
-int dvd_install_scenery(int first_time, wizard_screen& screen);
-int dvd_verify_disk_scenery(int first_time, wizard_screen& screen);
-int dvd_switch_disk_scenery(int first_time, wizard_screen& screen);
-int dvd_done_scenery(int first_time, wizard_screen& screen);
+extern const wizard_page dvd_pick_scenery;
+extern const wizard_page dvd_scan_scenery;
+extern const wizard_page dvd_edit_scenery;
+extern const wizard_page dvd_install_scenery;
+extern const wizard_page dvd_verify_disk_scenery;
+extern const wizard_page dvd_switch_disk_scenery;
+extern const wizard_page dvd_done_scenery;
 
 extern int scenery_install_is_running;  // the copying has begun and has not finished

@@ -11,6 +11,7 @@
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_launch.h"
+#include "Installer-f/wizard/main_unattended_answers.h"
 #include "Installer-f/wizard/main_wizard.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
@@ -252,6 +253,21 @@ void UTIL_pick_install() {
   }
 }
 
+std::string give_copy() {
+  if (!answers.copy.empty()) dest_dir_path = answers.copy;
+  return "";
+}
+
+std::string give_listed_copy() {
+  dest_dir_path = answers.copy;
+  if (!path_is_to_a_sim()) return "There is no installed copy at " + answers.copy + ".";
+  register_new_skyvane();
+  locate_all_skyvanes();
+  return std::count(all_skyroots.begin(), all_skyroots.end(), answers.copy) != 0
+             ? ""
+             : "This copy cannot be put on the list of installed copies: " + answers.copy + ".";
+}
+
 int UTIL_disk_space(const std::string& enough_text, const std::string& short_text) {
   unsigned long long total = 0, available = 0;
   if (get_free_space(dest_dir_path, &total, &available) != 0) return 1;
@@ -268,7 +284,7 @@ int UTIL_disk_space(const std::string& enough_text, const std::string& short_tex
   return free_kb > stg.todo_raw_kb ? 1 : 0;
 }
 
-int dvd_do_run_sim(int, wizard_screen&) {
-  launch_app(dest_dir_path + "Skyvane.app", "");
-  return 0;
-}
+const wizard_page dvd_do_run_sim = {page_job, [](int, wizard_screen&) {
+                                      launch_app(dest_dir_path + "Skyvane.app", "");
+                                      return 0;
+                                    }};

@@ -4,7 +4,7 @@
 
 #include <string>
 
-struct wizard_screen;
+#include "Installer-f/wizard/main_wizard.h"
 
 // Scans the mounted volumes for the product's disc: the one that holds `marker`, a path relative to
 // its root. Leaves its mount path in dvd_path, or leaves that empty.
@@ -43,10 +43,14 @@ void UTIL_notice_lost_disk(int index);
 // Draws the list of installed copies, with a button to find one that is missing from it. Leaves the
 // choice in dest_dir_path.
 void UTIL_pick_install();
+// The choice by the answers of a run without a display. Returns empty: the page judges it.
+std::string give_copy();
+// The same, and the copy is put on the list as "Find It" does. Returns what is wrong with it.
+std::string give_listed_copy();
 
 // Draws the figures of the volume that holds dest_dir_path, with one of the two texts; 1 if the job
 // fits. A volume that does not tell waives the check.
 int UTIL_disk_space(const std::string& enough_text, const std::string& short_text);
 
 // A page that starts the simulator of the copy at dest_dir_path.
-int dvd_do_run_sim(int first_time, wizard_screen& screen);
+extern const wizard_page dvd_do_run_sim;

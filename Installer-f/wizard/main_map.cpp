@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/wizard/main_unattended_answers.h"
+#include "Installer-f/wizard/main_unattended_disc.h"
 #include "Installer-f/wizard/main_wizard.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
@@ -114,6 +116,18 @@ int map_paint(const map_mouse& mouse, map_drag& of, int (&selected)[sector_count
     }
   }
   return painted;
+}
+
+std::string give_sectors() {
+  if (!answers.sectors_given) return "";
+  // "all" means all that there are.
+  const bool all = std::count(std::begin(answers.sectors), std::end(answers.sectors), 0) == 0;
+  const std::string missing =
+      all ? "" : unattended_missing_sector(answers.sectors, stg.sector_available);
+  if (!missing.empty()) return "These discs have no scenery for " + missing + ".";
+  std::copy(std::begin(answers.sectors), std::end(answers.sectors), stg.sector_selected);
+  recalc_disk_sizes();
+  return "";
 }
 
 void UTIL_world_map() {

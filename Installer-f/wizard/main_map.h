@@ -15,11 +15,15 @@
 // Main thread only.
 #pragma once
 
+#include <string>
+
 #include "Installer-f/settings/main_stg.h"
 
 // One frame of the widget: draws the map, and edits stg.sector_selected by the mouse and the "all"
 // and "none" faces. Works the sizes out anew after each edit.
 void UTIL_world_map();
+// The choice by the answers of a run without a display. Returns what is wrong with them, or empty.
+std::string give_sectors();
 
 // --- the same without drawing --------------------------------------------------------------------
 

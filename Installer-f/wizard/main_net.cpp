@@ -27,9 +27,9 @@ void forget_transfer() {
   grab_reset();
 }
 
-// With one copy and nothing handed over, the choice alternates from frame to frame: the user
-// reaches either the update with the copy set or the list with none chosen, and both lead on. Kept
-// so on purpose; it also drops a choice that was made on the list when the user comes back.
+// With one copy and nothing handed over, the choice alternates from visit to visit: the first leads
+// to the update with the copy set, and who comes back is led to the list with none chosen. So is
+// who comes back with a choice made on the list, which is dropped.
 void choose_copy() {
   if (!cmd_line_path.empty()) {
     dest_dir_path = cmd_line_path;
@@ -46,9 +46,7 @@ bool copy_is_current() {
   return stg.todo_raw_kb == 0 && stg.todo_install_count == 0 && dropped_files_left() == 0;
 }
 
-}  // namespace
-
-int net_start(int first_time, wizard_screen& screen) {
+int show_start(int first_time, wizard_screen& screen) {
   if (first_time) {
     locate_all_skyvanes();
     std::vector<wizard_step> steps = {{"Welcome", net_start}};
@@ -61,8 +59,8 @@ int net_start(int first_time, wizard_screen& screen) {
                                {"Finish", net_done}});
     wizard_set_steps(steps);
     forget_transfer();
+    choose_copy();
   }
-  choose_copy();
   screen.title = tr("Skyvane 9 Web Updater");
   screen.prefs_enabled = 1;
   if (dest_dir_path.empty() && all_skyroots.empty()) {
@@ -76,7 +74,7 @@ int net_start(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int net_pick_dest(int first_time, wizard_screen& screen) {
+int show_pick_dest(int first_time, wizard_screen& screen) {
   if (first_time) forget_transfer();
   screen.title = tr("Pick Destination");
   screen.prefs_enabled = 1;
@@ -90,7 +88,7 @@ int net_pick_dest(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int net_get_updates(int first_time, wizard_screen& screen) {
+int show_get_updates(int first_time, wizard_screen& screen) {
   static constexpr check_flow flow = {
       "Search for Updates",
       net_pick_dest,
@@ -121,7 +119,7 @@ int net_get_updates(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int net_check_disk(int first_time, wizard_screen& screen) {
+int show_check_disk(int first_time, wizard_screen& screen) {
   if (first_time) forget_transfer();
   screen.title = tr("Check Disk Space");
   screen.back = net_get_updates;
@@ -144,12 +142,12 @@ int net_check_disk(int first_time, wizard_screen& screen) {
   return 0;
 }
 
-int net_run_patch(int first_time, wizard_screen& screen) {
+int show_run_patch(int first_time, wizard_screen& screen) {
   static constexpr patch_flow flow = {net_check_disk, net_done, nullptr, &state.totl_inst_rat};
   return run_patch(flow, first_time, screen);
 }
 
-int net_done(int, wizard_screen& screen) {
+int show_done(int, wizard_screen& screen) {
   screen.back = nullptr;
   screen.next = wizard_quit;
   screen.title = tr("Finshed Web Update");
@@ -167,3 +165,12 @@ int net_done(int, wizard_screen& screen) {
   screen.button_pages.push_back(dvd_do_run_sim);
   return 0;
 }
+
+}  // namespace
+
+const wizard_page net_start = {page_choice, show_start, {"--copy=FOLDER"}};
+const wizard_page net_pick_dest = {page_choice, show_pick_dest, {"--copy=FOLDER", give_copy}};
+const wizard_page net_get_updates = {page_job, show_get_updates};
+const wizard_page net_check_disk = {page_choice, show_check_disk};
+const wizard_page net_run_patch = {page_transfer, show_run_patch};
+const wizard_page net_done = {page_last_update, show_done};

@@ -3,9 +3,9 @@
 
 #include "Installer-f/wizard/main_wizard.h"
 
-int net_start(int first_time, wizard_screen& screen);
-int net_pick_dest(int first_time, wizard_screen& screen);
-int net_get_updates(int first_time, wizard_screen& screen);
-int net_check_disk(int first_time, wizard_screen& screen);
-int net_run_patch(int first_time, wizard_screen& screen);
-int net_done(int first_time, wizard_screen& screen);
+extern const wizard_page net_start;
+extern const wizard_page net_pick_dest;
+extern const wizard_page net_get_updates;
+extern const wizard_page net_check_disk;
+extern const wizard_page net_run_patch;
+extern const wizard_page net_done;

@@ -1,17 +1,11 @@
-// The answers of a run without a display: the flags of the command line, read and judged once, and
-// put into the pages' choices when their pages come up.
+// The answers of a run without a display: the flags of the command line, read and judged once.
 //
-// Main thread. Writes answers, cmd_line_path, and the pages' choices.
+// Main thread. Writes answers and cmd_line_path.
 
 #include "Installer-f/wizard/main_unattended_answers.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <iterator>
 
-#include "Installer-f/engine/utils_sizes.h"
-#include "Installer-f/wizard/main_demo.h"
-#include "Installer-f/wizard/main_dvd.h"
 #include "Installer-f/wizard/main_net.h"
 #include "Installer-f/wizard/main_unattended.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
@@ -23,12 +17,6 @@
 answer_set answers;
 
 namespace {
-
-void answer_dest(new_copy_choice& choice) {
-  if (!answers.dest.empty()) choice.parent_dir = answers.dest;
-  if (!answers.name.empty()) choice.install_folder = answers.name;
-  choice.changed = 1;
-}
 
 bool accept(const std::string& complaint) {
   if (!complaint.empty()) complain(complaint);
@@ -93,8 +81,13 @@ bool read_modified() {
 bool read_disc_answers() {
   if (cmdline.has_option("--do")) {
     const std::string word = cmdline.get_option("--do");
-    answers.flow = unattended_flow(word);
-    if (!answers.flow) {
+    if (word == "install") {
+      answers.task = task_install;
+    } else if (word == "scenery") {
+      answers.task = task_scenery;
+    } else if (word == "repair") {
+      answers.task = task_repair;
+    } else {
       complain("--do wants install, scenery or repair, not '" + word + "'.");
       return false;
     }
@@ -125,47 +118,4 @@ int unattended_read_answers() {
     return unattended_refused;
   }
   return 0;
-}
-
-// --- into the pages -----------------------------------------------------------------------------
-
-bool answer_eula() {
-  if (answers.accept_eula) accept_eula_demo = accept_eula = 1;
-  return true;
-}
-
-bool answer_demo_dest() {
-  answer_dest(demo_dest);
-  return true;
-}
-
-bool answer_dvd_dest() {
-  answer_dest(dvd_dest);
-  return true;
-}
-
-bool answer_copy() {
-  if (!answers.copy.empty()) dest_dir_path = answers.copy;
-  return true;
-}
-
-bool answer_dvd_start() {
-  if (answers.copy.empty() || answers.flow == dvd_pick_install) return true;
-  return accept(unattended_take_copy(answers.copy));
-}
-
-bool answer_sectors() {
-  if (!answers.sectors_given) return true;
-  // "all" means all that there are.
-  const bool all = std::count(std::begin(answers.sectors), std::end(answers.sectors), 0) == 0;
-  const std::string missing =
-      all ? "" : unattended_missing_sector(answers.sectors, stg.sector_available);
-  if (!missing.empty()) return accept("These discs have no scenery for " + missing + ".");
-  std::copy(std::begin(answers.sectors), std::end(answers.sectors), stg.sector_selected);
-  recalc_disk_sizes();
-  return true;
-}
-
-page_function wanted_flow() {
-  return answers.flow;
 }

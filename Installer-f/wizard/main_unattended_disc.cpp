@@ -1,13 +1,9 @@
-// Main thread. unattended_take_copy writes dest_dir_path and all_skyroots.
+// Any thread: nothing but the arguments is read or written.
 
 #include "Installer-f/wizard/main_unattended_disc.h"
 
 #include <algorithm>
 
-#include "Installer-f/engine/utils_registry.h"
-#include "Installer-f/wizard/main_dvd.h"
-#include "Installer-f/wizard/main_dvd_repair.h"
-#include "Installer-f/wizard/main_dvd_scenery.h"
 #include "corekit/base/hl_string.h"
 
 namespace {
@@ -36,13 +32,6 @@ int cell_of(std::string_view name) {
 }
 
 }  // namespace
-
-page_function unattended_flow(const std::string& word) {
-  if (word == "install") return dvd_pick_install;
-  if (word == "scenery") return dvd_pick_scenery;
-  if (word == "repair") return dvd_pick_repair;
-  return nullptr;
-}
 
 std::string unattended_read_sectors(const std::string& text, int (&selected)[sector_count]) {
   std::fill(std::begin(selected), std::end(selected), text == "all" ? 1 : 0);
@@ -75,14 +64,4 @@ std::string unattended_missing_sector(const int (&wanted)[sector_count],
     }
   }
   return "";
-}
-
-std::string unattended_take_copy(const std::string& folder) {
-  dest_dir_path = folder;
-  if (!path_is_to_a_sim()) return "There is no installed copy at " + folder + ".";
-  register_new_skyvane();
-  locate_all_skyvanes();
-  const bool known =
-      std::find(all_skyroots.begin(), all_skyroots.end(), folder) != all_skyroots.end();
-  return known ? "" : "This copy cannot be put on the list of installed copies: " + folder + ".";
 }

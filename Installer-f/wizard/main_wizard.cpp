@@ -4,12 +4,9 @@
 
 #include "Installer-f/wizard/main_wizard.h"
 
-#include <algorithm>
-
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_prefs.h"
-#include "Installer-f/wizard/main_unattended.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/draw/colr.h"
@@ -21,6 +18,7 @@
 std::vector<std::string> step_names;
 std::vector<page_function> step_funcs;
 std::vector<std::string> wizard_notes;
+const wizard_stand_in* stand_in = nullptr;
 
 namespace {
 
@@ -102,8 +100,8 @@ constexpr float row_y = 12, row_dy = 22, row_tex = 46;  // the bottom row and it
 // Draws the bottom row, and adds what was pressed in it to `press`.
 void draw_bottom_row(const wizard_screen& screen, wizard_press& press) {
   const bool last_page = screen.next == wizard_quit;
-  const int back_set = screen.back != nullptr;
-  const int next_set = screen.next != nullptr;
+  const int back_set = screen.back ? 1 : 0;
+  const int next_set = screen.next ? 1 : 0;
   const auto face = [](float x, float tex_x, float dx, int hot, int enabled) {
     return interface_rect(x, row_y, tex_x, row_tex, dx, row_dy, hot, enabled ? 0 : 2) != 0;
   };
@@ -131,7 +129,7 @@ void act(const wizard_screen& screen, const wizard_press& press, int result) {
 }  // namespace
 
 void APP_update() {
-  static page_function last = nullptr;  // the page of the frame before
+  static page_function last;  // the page of the frame before
 
   wizard_notes.clear();
   draw_backdrop();
@@ -143,14 +141,14 @@ void APP_update() {
 
   wizard_screen screen;
   const page_function page = g_wizard;
-  const int first_time = page != last;
+  const int first_time = page == last ? 0 : 1;
   last = page;
   const int result = page(first_time, screen);
 
   wizard_press press;
   press.extra = draw_record(screen);
   draw_bottom_row(screen, press);
-  if (unattended_on) press = unattended_press(page, first_time, screen, result);
+  if (stand_in) press = stand_in->press(page, first_time, screen, result);
   act(screen, press, result);
 }
 
@@ -160,10 +158,10 @@ void APP_quit_request() {
   app_done = 1;
 }
 
-int wizard_quit(int, wizard_screen&) {
-  app_done = 1;
-  return 1;
-}
+const wizard_page wizard_quit = {page_job, [](int, wizard_screen&) {
+                                   app_done = 1;
+                                   return 1;
+                                 }};
 
 void wizard_set_steps(const std::vector<wizard_step>& steps) {
   step_labels.clear();
@@ -189,11 +187,10 @@ void wizard_note(float x, float y, const std::string& text, float wrap_dx) {
 int interface_rect(float x, float y, float tex_x, float tex_y, float dx, float dy, int hot,
                    int state) {
   if (!ogl_inited) return 0;
-  const bool inside =
-      mnw.mouse_x >= x && mnw.mouse_x <= x + dx && mnw.mouse_y >= y && mnw.mouse_y <= y + dy;
+  const int inside = BTN_mouse_in(x, y, x + dx, y + dy);
   // A face is three images: idle on top of the stack, pressed under it, hover at the bottom.
   if (hot && inside) tex_y -= (mnw.mouse_held ? 1 : 2) * (dy + 1);
   OGL_2dquad_d(ref_elements, col_white, state == 2 ? 0.5f : 1.0f, x, y, tex_x / 1024, tex_y / 128,
                dx, dy, dx / 1024, dy / 128, 5);
-  return mnw.mouse_clicked && inside;
+  return BTN_click_in(x, y, x + dx, y + dy);
 }

@@ -85,7 +85,8 @@ TEST_F(DiscPages, StartPage) {
     all_skyroots.assign(static_cast<size_t>(row.copies), root);
     const wizard_screen screen = show(dvd_start, 0, 0);
     EXPECT_TRUE(screen.text.starts_with(row.text)) << screen.text;
-    EXPECT_EQ(screen.next, row.next ? dvd_pick_install : nullptr) << row.text;
+    EXPECT_EQ(screen.next == dvd_pick_install, row.next) << row.text;
+    EXPECT_EQ(static_cast<bool>(screen.next), row.next) << row.text;
     ASSERT_EQ(screen.button_names.size(), row.buttons.size()) << row.text;
     EXPECT_EQ(screen.button_pages.size(), row.buttons.size()) << row.text;
     for (size_t i = 0; i < row.buttons.size(); ++i)
@@ -126,7 +127,8 @@ TEST_F(DiscPages, DiscLabel) {
 // Only a copy that is listed is a choice; a destination that was given up is none.
 TEST_F(DiscPages, PickingACopy) {
   all_skyroots = {root + "a/", root + "b/"};
-  for (const page_function page : {dvd_pick_scenery, dvd_pick_repair, dvd_pick_run_sim}) {
+  const page_function pages[] = {dvd_pick_scenery, dvd_pick_repair, dvd_pick_run_sim};
+  for (const page_function page : pages) {
     dest_dir_path = root + "never made/";
     EXPECT_EQ(show(page, 1, 0).next, nullptr);
     dest_dir_path = root + "b/";

@@ -40,12 +40,10 @@ int play(script& page, int first_time, wizard_screen& screen) {
   }
   return page.result;
 }
-int page_a(int first_time, wizard_screen& screen) {
-  return play(a, first_time, screen);
-}
-int page_b(int first_time, wizard_screen& screen) {
-  return play(b, first_time, screen);
-}
+constexpr wizard_page page_a = {
+    page_choice, [](int first_time, wizard_screen& screen) { return play(a, first_time, screen); }};
+constexpr wizard_page page_b = {
+    page_choice, [](int first_time, wizard_screen& screen) { return play(b, first_time, screen); }};
 
 class Wizard : public gl_fixture {
  protected:

@@ -51,11 +51,12 @@ void window_fixture::SetUp() {
 
   page_calls = 0;
   page_body = nullptr;
-  g_wizard = [](int, wizard_screen&) {
-    ++page_calls;
-    if (page_body) page_body();
-    return 0;
-  };
+  static constexpr wizard_page page = {page_choice, [](int, wizard_screen&) {
+                                         ++page_calls;
+                                         if (page_body) page_body();
+                                         return 0;
+                                       }};
+  g_wizard = page;
   app_done = 0;
   mnw = mnw_record();
   mnw_keys = key_handlers();

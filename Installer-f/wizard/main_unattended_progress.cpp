@@ -1,0 +1,72 @@
+// Main thread.
+
+#include "Installer-f/wizard/main_unattended_progress.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_patch.h"
+#include "Installer-f/wizard/main_unattended_say.h"
+
+namespace {
+
+std::string megabytes(float kb) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(kb) / 1000);
+  return text;
+}
+
+std::string clock_time(float seconds) {
+  const long whole = std::min(static_cast<long>(seconds), 359999L);
+  char text[32];
+  std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60, whole % 60);
+  return text;
+}
+
+std::string transfer_line(float fraction) {
+  const patch_figures figures = patch_progress();
+  char percent[16];
+  std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(fraction * 100));
+  std::string line = percent;
+  line += "  " + megabytes(figures.done_kb) + " of " + megabytes(stg.todo_zip_kb);
+  line += "  " + std::to_string(static_cast<long>(figures.kb_per_second)) + " kB/s";
+  line += "  " + clock_time(figures.seconds_left) + " left";
+  return line;
+}
+
+std::string progress_line(page_kind kind, float fraction) {
+  if (kind == page_transfer) return transfer_line(fraction);
+  char percent[16];
+  std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(fraction * 100));
+  if (kind != page_install) return percent;
+  return std::string(percent) + "  " + megabytes(fraction * stg.todo_raw_kb) + " of " +
+         megabytes(stg.todo_raw_kb);
+}
+
+int last_step = -1;  // last 5 % step printed of the present page
+
+}  // namespace
+
+void progress_begin() {
+  last_step = -1;
+}
+
+void progress_show(page_kind kind, const wizard_screen& screen) {
+  float fraction = screen.progress;
+  if (kind == page_transfer) {
+    // The page's own figure is smoothed for the eye; a log wants the plain one.
+    fraction = stg.todo_raw_kb > 0 ? std::min(next.done_raw_kb / stg.todo_raw_kb, 1.0f) : 0.0f;
+  }
+  if (fraction < 0) return;
+  if (say_has_terminal()) {
+    say_live(progress_line(kind, fraction));
+    return;
+  }
+  const int step = static_cast<int>(fraction * 20);
+  if (step == last_step) return;
+  last_step = step;
+  if (kind == page_transfer || kind == page_install) say(progress_line(kind, fraction));
+}
