@@ -2,6 +2,7 @@
 // and continued there. Here MD5 tells a file's versions apart; it guards against nothing.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 struct MD5_state {
@@ -16,3 +17,19 @@ void MD5Update(MD5_state& state, const void* bytes, uint16_t count);
 void MD5UpdateWide(MD5_state& state, const void* bytes, uint32_t count);
 // Closes the digest; the state must be started anew before it is used again.
 void MD5Final(uint8_t (&digest)[16], MD5_state& state);
+
+// --- the parts, for a caller that has whole blocks ----------------------------------------------
+
+inline constexpr size_t MD5_block = 64;    // bytes that are digested at once
+inline constexpr size_t MD5_padding = 72;  // the most bytes that MD5_pad writes
+inline constexpr uint32_t MD5_start_chain[4] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476};
+
+// Digests `blocks` whole blocks.
+void MD5_digest_blocks(uint32_t (&chain)[4], const uint8_t* bytes, size_t blocks);
+
+// Ends a stream of `byte_count` bytes by writing its padding at `end`, behind the last of them.
+// Returns how many bytes that took, 9 to MD5_padding: the stream is whole blocks then.
+size_t MD5_pad(uint8_t* end, uint64_t byte_count);
+
+// The finished chain as the digest's bytes.
+void MD5_store(uint8_t (&digest)[16], const uint32_t (&chain)[4]);

@@ -1,0 +1,148 @@
+// The lanes against the scalar code, in every set of instructions that this machine has.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Installer-f/engine/utils_md5.h"
+#include "Installer-f/engine/utils_md5_lanes.h"
+
+namespace {
+
+std::string hex(const uint32_t (&chain)[4]) {
+  uint8_t digest[16];
+  MD5_store(digest, chain);
+  std::string text;
+  for (const uint8_t byte : digest)
+    for (const int half : {byte >> 4, byte & 15})
+      text += "0123456789abcdef"[half];
+  return text;
+}
+
+std::string scalar_digest(const std::string& bytes) {
+  MD5_state state;
+  MD5Init(state);
+  MD5UpdateWide(state, bytes.data(), static_cast<uint32_t>(bytes.size()));
+  uint8_t digest[16];
+  MD5Final(digest, state);
+  return hex(state.chain);
+}
+
+// Digests all streams, `width` of them at once: a lane whose stream has ended takes the next one,
+// and once there is none, the last lane moves into its place. Streams begin at every offset.
+std::vector<std::string> lane_digests(const MD5_lane_code& code, int width,
+                                      const std::vector<std::string>& streams) {
+  struct stream_in_lane {
+    size_t stream, left;
+  };
+  std::vector<std::string> bytes(streams.size()), digests(streams.size());
+  std::vector<stream_in_lane> in_lane;
+  MD5_lanes lanes;
+  size_t next = 0;
+  const auto load = [&](int lane) {
+    const size_t offset = next % 19;
+    bytes[next].assign(offset + streams[next].size() + MD5_padding, 'x');
+    std::memcpy(bytes[next].data() + offset, streams[next].data(), streams[next].size());
+    auto* const begin = reinterpret_cast<uint8_t*>(bytes[next].data()) + offset;
+    const size_t size = streams[next].size();
+    MD5_lane_load(lanes, lane, MD5_start_chain);
+    lanes.at[lane] = begin;
+    in_lane[static_cast<size_t>(lane)] = {next++, (size + MD5_pad(begin + size, size)) / MD5_block};
+  };
+  for (int lane = 0; lane < width && next < streams.size(); ++lane) {
+    in_lane.emplace_back();
+    load(lane);
+  }
+  while (!in_lane.empty()) {
+    size_t blocks = in_lane[0].left;
+    for (const stream_in_lane& each : in_lane)
+      blocks = std::min(blocks, each.left);
+    MD5_digest_lanes(code, lanes, static_cast<int>(in_lane.size()), blocks);
+    for (stream_in_lane& each : in_lane)
+      each.left -= blocks;
+    for (int lane = static_cast<int>(in_lane.size()) - 1; lane >= 0; --lane) {
+      if (in_lane[static_cast<size_t>(lane)].left != 0) continue;
+      uint32_t chain[4];
+      MD5_lane_store(lanes, lane, chain);
+      digests[in_lane[static_cast<size_t>(lane)].stream] = hex(chain);
+      if (next < streams.size()) {
+        load(lane);
+        continue;
+      }
+      const int last = static_cast<int>(in_lane.size()) - 1;
+      MD5_lane_store(lanes, last, chain);
+      MD5_lane_load(lanes, lane, chain);
+      lanes.at[lane] = lanes.at[last];
+      in_lane[static_cast<size_t>(lane)] = in_lane.back();
+      in_lane.pop_back();
+    }
+  }
+  return digests;
+}
+
+void expect_same(const std::vector<std::string>& streams) {
+  std::vector<std::string> expected;
+  for (const std::string& stream : streams)
+    expected.push_back(scalar_digest(stream));
+  for (const MD5_lane_code& code : MD5_lane_codes()) {
+    for (const int width : {1, 2, code.worth, code.lanes / 2, code.lanes / 2 + 1, code.lanes}) {
+      if (width < 1 || width > code.lanes) continue;
+      SCOPED_TRACE(std::string(code.name) + ", lanes in use: " + std::to_string(width));
+      EXPECT_EQ(lane_digests(code, width, streams), expected);
+    }
+  }
+}
+
+TEST(EngineMd5Lanes, Codes) {
+  ASSERT_FALSE(MD5_lane_codes().empty());
+  EXPECT_EQ(MD5_lane_codes().back().lanes, 1);
+  for (const MD5_lane_code& code : MD5_lane_codes()) {
+    EXPECT_LE(code.lanes, MD5_lanes_most) << code.name;
+    std::printf("%s: %d lanes\n", code.name, code.lanes);
+  }
+}
+
+TEST(EngineMd5Lanes, TheVectorsOfTheStandard) {  // RFC 1321, appendix A.5
+  const struct {
+    std::string text, digest;
+  } rows[] = {
+      {"", "d41d8cd98f00b204e9800998ecf8427e"},
+      {"a", "0cc175b9c0f1b6a831c399e269772661"},
+      {"abc", "900150983cd24fb0d6963f7d28e17f72"},
+      {"message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
+      {"abcdefghijklmnopqrstuvwxyz", "c3fcd3d76192e4007dfb496cca67e13b"},
+      {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789",
+       "d174ab98d277d9f5a5611c2c9f419d9f"},
+      {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
+       "57edf4a22be3c955ac49da2e2107b67a"},
+  };
+  std::vector<std::string> streams, digests;
+  for (const auto& row : rows) {
+    streams.push_back(row.text);
+    digests.push_back(row.digest);
+    EXPECT_EQ(scalar_digest(row.text), row.digest);
+  }
+  for (const MD5_lane_code& code : MD5_lane_codes())
+    EXPECT_EQ(lane_digests(code, code.lanes, streams), digests) << code.name;
+}
+
+TEST(EngineMd5Lanes, EveryLength) {
+  std::mt19937 random(1);
+  std::vector<std::string> streams;
+  for (size_t size = 0; size <= 300; ++size) {
+    streams.emplace_back(size, '\0');
+    for (char& byte : streams.back())
+      byte = static_cast<char>(random());
+  }
+  expect_same(streams);
+  std::shuffle(streams.begin(), streams.end(), random);
+  for (size_t i = 0; i < streams.size(); i += 23)
+    streams[i].resize(streams[i].size() * 100, static_cast<char>(i));
+  expect_same(streams);
+}
+
+}  // namespace
