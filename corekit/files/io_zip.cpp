@@ -1,15 +1,12 @@
-// Zip archives, read and written. minizip knows the container; libdeflate does the packing and
-// unpacking, since every entry is one whole buffer and it takes half the time of zlib.
+// Zip archives, read. minizip knows the container; libdeflate does the unpacking, since every entry
+// is one whole buffer and it takes half the time of zlib.
 //
-// Reading: the archive is loaded into memory, and each entry is dispatched by its name and mode to
-// a folder, a fork, a link or a plain file. Writing: one entry, data or link. Any thread; writes
-// sErrFile, sErrLine and the log.
+// The archive is loaded into memory, and each entry is dispatched by its name and mode to a folder,
+// a fork, a link or a plain file. Any thread; writes sErrFile, sErrLine and the log.
 
 #include "corekit/files/io_zip.h"
 
-#include <libdeflate.h>
 #include <minizip/unzip.h>
-#include <minizip/zip.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,7 +18,6 @@
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_zip_parts.h"
-#include "corekit/files/xmap.h"
 
 namespace {
 
@@ -203,130 +199,6 @@ int unzip_all(zip_reader& zip, const std::string& zip_path, const std::string& f
   return err;
 }
 
-// --- writing -------------------------------------------------------------------------------------
-
-// A date for the entry: the format counts years from 1980 to 2107.
-tm_zip entry_date(time_t when) {
-  tm t = {};
-  if (!localtime_r(&when, &t) || t.tm_year < 80) {
-    t = {};
-    t.tm_year = 80;
-    t.tm_mday = 1;
-  } else if (t.tm_year > 207) {
-    t.tm_year = 207;
-    t.tm_mon = 11;
-    t.tm_mday = 31;
-  }
-  tm_zip date = {};
-  date.tm_sec = uInt(t.tm_sec);
-  date.tm_min = uInt(t.tm_min);
-  date.tm_hour = uInt(t.tm_hour);
-  date.tm_mday = uInt(t.tm_mday);
-  date.tm_mon = uInt(t.tm_mon);
-  date.tm_year = uInt(t.tm_year + 1900);
-  return date;
-}
-
-// minizip says only that a system call failed; errno says which way.
-int writer_code(int err, int line) {
-  return io_fail(err == ZIP_ERRNO && errno != 0 ? errno : err, source_name, line);
-}
-
-// What an entry is made of: its packed bytes, and the size and CRC of the plain ones.
-struct packed_entry {
-  const unsigned char* data = nullptr;
-  size_t size = 0;
-  size_t plain_size = 0;
-  uint32_t plain_crc = 0;
-  int method = 0;
-  zip_memory own;
-};
-
-packed_entry stored_entry(const std::string& text) {
-  packed_entry entry;
-  entry.data = reinterpret_cast<const unsigned char*>(text.data());
-  entry.size = entry.plain_size = text.size();
-  entry.plain_crc = libdeflate_crc32(0, entry.data, entry.size);
-  return entry;
-}
-
-int deflate_entry(const unsigned char* data, size_t size, packed_entry& entry) {
-  if (size > zip_size_limit) return io_fail(zip_too_large, source_name, 240);
-  const std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> engine(
-      libdeflate_alloc_compressor(6), libdeflate_free_compressor);
-  if (!engine) return io_fail(zip_no_memory, source_name, 241);
-  const size_t room = libdeflate_deflate_compress_bound(engine.get(), size);
-  entry.own.reset(static_cast<unsigned char*>(malloc(room)));
-  if (!entry.own) return io_fail(zip_no_memory, source_name, 242);
-  entry.data = entry.own.get();
-  entry.size = libdeflate_deflate_compress(engine.get(), data, size, entry.own.get(), room);
-  entry.plain_size = size;
-  entry.plain_crc = libdeflate_crc32(0, data, size);
-  entry.method = Z_DEFLATED;
-  // The table of contents behind the entry needs a place that 32 bits can tell, too.
-  return entry.size > zip_size_limit - 4096 ? io_fail(zip_too_large, source_name, 243) : 0;
-}
-
-// A whole archive with one entry.
-int write_archive(const std::string& zip_path, const std::string& name, const zip_fileinfo& info,
-                  const packed_entry& entry) {
-  const zipFile zip = zipOpen64(zip_path.c_str(), APPEND_STATUS_CREATE);
-  if (!zip) return io_fail(zip_cannot_create, source_name, 250);
-  // Made by Unix: without this mark other unpackers disregard the mode.
-  constexpr uLong made_by = (3u << 8) | 20;
-  errno = 0;
-  int err = zipOpenNewFileInZip4_64(zip, name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr,
-                                    entry.method, Z_DEFAULT_COMPRESSION, 1, -MAX_WBITS,
-                                    DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, made_by, 0, 0);
-  for (size_t done = 0; err == ZIP_OK && done < entry.size;) {
-    const unsigned step = unsigned(std::min<size_t>(entry.size - done, 1u << 30));
-    err = zipWriteInFileInZip(zip, entry.data + done, step);
-    done += step;
-  }
-  if (err == ZIP_OK) err = zipCloseFileInZipRaw64(zip, entry.plain_size, entry.plain_crc);
-  if (err != ZIP_OK) err = writer_code(err, 251);
-  errno = 0;
-  const int close_err = zipClose(zip, nullptr);
-  return err == ZIP_OK && close_err != ZIP_OK ? writer_code(close_err, 252) : err;
-}
-
-int pack_link(const std::string& path, const std::string& zip_path, const std::string& name) {
-  char target[path_limit + 1];
-  const ssize_t length = readlink(path.c_str(), target, sizeof target);
-  if (length < 0) return io_fail(errno, source_name, 260);
-  if (size_t(length) > path_limit) return io_fail(zip_name_too_long, source_name, 261);
-  zip_fileinfo info = {};
-  info.external_fa = 0xA1ED0000;
-  return write_archive(zip_path, name, info, stored_entry(std::string(target, size_t(length))));
-}
-
-// `source` as the mapped reader takes it, without app_path.
-int pack_file(const std::string& source, const struct stat& st, const std::string& zip_path,
-              const std::string& name) {
-  const xmap_class map(source);
-  if (!map.file_start) return io_fail(zip_source_unread, source_name, 270);
-  packed_entry entry;
-  const size_t size = size_t(map.file_end - map.file_start);
-  if (int err = deflate_entry(map.file_start, size, entry)) return err;
-  zip_fileinfo info = {};
-  info.tmz_date = entry_date(st.st_mtime);
-  info.external_fa = uLong(st.st_mode) << 16;
-  return write_archive(zip_path, name, info, entry);
-}
-
-int pack(const std::string& in_path, const std::string& zip_path) {
-  std::string path = app_path + in_path;
-  if (g_case_sensitive) findPath(path);
-  const std::string name(path_leaf(in_path));
-  struct stat st;
-  if (name.empty() || lstat(path.c_str(), &st) != 0) {
-    return io_fail(zip_source_unread, source_name, 280);
-  }
-  if (S_ISLNK(st.st_mode)) return pack_link(path, zip_path, name);
-  if (!S_ISREG(st.st_mode)) return io_fail(zip_source_unread, source_name, 281);
-  return pack_file(in_path, st, zip_path, name);
-}
-
 }  // namespace
 
 int zip_to_file(const std::string& zip_path, const std::string& out_folder, std::string* name,
@@ -348,14 +220,5 @@ int zip_to_file(const std::string& zip_path, const std::string& out_folder, std:
   const int err = unzip_all(zip, path, app_path + out_folder, name, use_name && name);
   unzClose(zip.file);
   if (err != 0) zip_log("Zip to file failed with error err = " + std::to_string(err) + "\n");
-  return err;
-}
-
-int file_to_zip(const std::string& in_path, const std::string& zip_path) {
-  const int err = pack(in_path, app_path + zip_path);
-  if (err != 0) {
-    zip_log("file_to_zip failed with error " + std::to_string(err) + ".\nfile = " + sErrFile +
-            " line = " + std::to_string(sErrLine) + "\n");
-  }
   return err;
 }

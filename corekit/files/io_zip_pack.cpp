@@ -1,0 +1,278 @@
+// Writing zip archives. Every archive has one entry, and all that its headers say is known before
+// the first byte is written: so it is composed in memory and goes out in one call. libdeflate packs
+// it, since it takes half the time of zlib; zlib streams what is too large for memory.
+//
+// Any thread; writes sErrFile, sErrLine and, in file_to_zip, the log.
+
+#include "corekit/files/io_zip_pack.h"
+
+#include <fcntl.h>
+#include <libdeflate.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "corekit/base/hl_string.h"
+#include "corekit/files/io_handle.h"
+#include "corekit/files/io_utils.h"
+#include "corekit/files/io_zip.h"
+#include "corekit/files/io_zip_head.h"
+#include "corekit/files/io_zip_parts.h"
+
+namespace {
+
+constexpr char source_name[] = "Files/io_zip_pack";
+
+constexpr int stopped = ECANCELED;
+constexpr int deflate_level = 6;
+constexpr size_t stream_step = 1u << 20;    // bytes of a streamed file at a time
+constexpr size_t memory_kept = 8u << 20;    // of each buffer, from file to file
+constexpr uint32_t link_mode = 0xA1ED0000;  // a link, rwxr-xr-x
+bool same_time(const timespec& a, const timespec& b) {
+  return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
+
+// Memory that is kept from use to use and only ever grows within one.
+struct buffer {
+  zip_memory bytes;
+  size_t size = 0;
+
+  // At least `wanted` bytes, their content lost; null without memory.
+  unsigned char* get(size_t wanted) {
+    if (size < wanted) {
+      bytes.reset();
+      bytes.reset(static_cast<unsigned char*>(malloc(wanted)));
+      size = bytes ? wanted : 0;
+    }
+    return bytes.get();
+  }
+  void trim() {
+    if (size > memory_kept) *this = {};
+  }
+};
+
+}  // namespace
+
+struct zip_packer::engine {
+  std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> deflate{
+      nullptr, libdeflate_free_compressor};
+  buffer plain;    // a whole file, or a piece of one
+  buffer archive;  // a whole archive, or a piece of packed bytes
+
+  int pack_link(const zip_packer& told, const std::string& path, const std::string& zip_path,
+                zip_packed& packed);
+  int pack_whole(const zip_packer& told, int file, entry_facts& entry, const std::string& zip_path,
+                 zip_packed& packed);
+  int pack_stream(const zip_packer& told, int file, entry_facts& entry, const std::string& zip_path,
+                  zip_packed& packed);
+  int stream_entry(const zip_packer& told, int file, entry_facts& entry, int out,
+                   zip_packed& packed);
+  int deflate_piece(z_stream& stream, int flush, int out, uint64_t& written);
+  int write_archive(const std::string& zip_path, size_t size);
+};
+
+namespace {
+
+void show(const zip_packer& told, const void* bytes, size_t size) {
+  if (told.look) told.look(told.look_with, bytes, size);
+}
+
+bool must_stop(const zip_packer& told) {
+  return told.stop && told.stop->load(std::memory_order_relaxed);
+}
+
+int create(const std::string& zip_path, io_handle& out) {
+  out = io_handle(open(zip_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  return out ? 0 : io_fail(zip_cannot_create, source_name, 170);
+}
+
+// A file whose bytes moved under the reader would be packed as no one ever saw it.
+int check_unchanged(int file, zip_packed& packed) {
+  struct stat now;
+  if (fstat(file, &now) != 0) return io_fail(errno, source_name, 177);
+  packed.changed = now.st_size != packed.plain_bytes || !same_time(now.st_mtim, packed.modified);
+  return packed.changed ? io_fail(zip_source_unread, source_name, 179) : 0;
+}
+
+}  // namespace
+
+int zip_packer::engine::write_archive(const std::string& zip_path, size_t size) {
+  io_handle out;
+  if (int err = create(zip_path, out)) return err;
+  const int write_err = io_write_all(out.get(), archive.bytes.get(), size);
+  const int close_err = out.close();
+  return io_fail(write_err ? write_err : close_err, source_name, 190);
+}
+
+int zip_packer::engine::pack_link(const zip_packer& told, const std::string& path,
+                                  const std::string& zip_path, zip_packed& packed) {
+  char target[path_limit + 1];
+  const ssize_t length = readlink(path.c_str(), target, sizeof target);
+  if (length < 0) return io_fail(errno, source_name, 197);
+  if (size_t(length) > path_limit) return io_fail(zip_name_too_long, source_name, 198);
+  show(told, target, size_t(length));
+
+  entry_facts entry;
+  entry.name = path_leaf(path);
+  entry.crc = libdeflate_crc32(0, target, size_t(length));
+  entry.packed_size = entry.plain_size = static_cast<uint32_t>(length);
+  entry.attributes = link_mode;
+  const size_t size = head_size(entry) + size_t(length) + tail_size(entry);
+  unsigned char* const at = archive.get(size);
+  if (!at) return io_fail(zip_no_memory, source_name, 208);
+  put_head(at, entry);
+  std::memcpy(at + head_size(entry), target, size_t(length));
+  put_tail(at + head_size(entry) + length, entry);
+  packed.plain_bytes = length;
+  packed.archive_bytes = static_cast<int64_t>(size);
+  return write_archive(zip_path, size);
+}
+
+int zip_packer::engine::pack_whole(const zip_packer& told, int file, entry_facts& entry,
+                                   const std::string& zip_path, zip_packed& packed) {
+  if (!deflate) deflate.reset(libdeflate_alloc_compressor(deflate_level));
+  const size_t size = size_t(packed.plain_bytes);
+  unsigned char* const bytes = plain.get(size + 1);
+  if (!deflate || !bytes) return io_fail(zip_no_memory, source_name, 223);
+  size_t got = 0;
+  // One byte more than there should be, to notice a file that grows.
+  if (int err = io_read_all(file, bytes, size + 1, got)) return io_fail(err, source_name, 226);
+  packed.changed = got != size;
+  if (packed.changed) return io_fail(zip_source_unread, source_name, 228);
+  if (int err = check_unchanged(file, packed)) return err;
+  if (must_stop(told)) return stopped;
+  show(told, bytes, size);
+  if (must_stop(told)) return stopped;
+
+  const size_t head = head_size(entry);
+  const size_t room = libdeflate_deflate_compress_bound(deflate.get(), size);
+  unsigned char* const at = archive.get(head + room + tail_size(entry));
+  if (!at) return io_fail(zip_no_memory, source_name, 237);
+  entry.crc = libdeflate_crc32(0, bytes, size);
+  const size_t deflated = libdeflate_deflate_compress(deflate.get(), bytes, size, at + head, room);
+  entry.packed_size = static_cast<uint32_t>(deflated);
+  entry.plain_size = static_cast<uint32_t>(size);
+  put_head(at, entry);
+  put_tail(at + head + deflated, entry);
+  packed.archive_bytes = static_cast<int64_t>(head + deflated + tail_size(entry));
+  if (must_stop(told)) return stopped;
+  return write_archive(zip_path, size_t(packed.archive_bytes));
+}
+
+// Writes what zlib has made of its present input.
+int zip_packer::engine::deflate_piece(z_stream& stream, int flush, int out, uint64_t& written) {
+  for (;;) {
+    stream.next_out = archive.bytes.get();
+    stream.avail_out = stream_step;
+    if (::deflate(&stream, flush) == Z_STREAM_ERROR) return io_fail(EINVAL, source_name, 255);
+    const size_t made = stream_step - stream.avail_out;
+    if (int err = io_write_all(out, archive.bytes.get(), made))
+      return io_fail(err, source_name, 258);
+    written += made;
+    if (stream.avail_out != 0) return 0;
+  }
+}
+
+int zip_packer::engine::stream_entry(const zip_packer& told, int file, entry_facts& entry, int out,
+                                     zip_packed& packed) {
+  z_stream stream = {};
+  if (deflateInit2(&stream, deflate_level, Z_DEFLATED, -MAX_WBITS, MAX_MEM_LEVEL - 1,
+                   Z_DEFAULT_STRATEGY) != Z_OK) {
+    return io_fail(zip_no_memory, source_name, 269);
+  }
+  const std::unique_ptr<z_stream, int (*)(z_stream*)> ends(&stream, deflateEnd);
+  uint64_t read = 0, written = 0;
+  const uint64_t size = static_cast<uint64_t>(packed.plain_bytes);
+  for (bool more = true; more;) {
+    if (must_stop(told)) return stopped;
+    size_t got = 0;
+    if (int err = io_read_all(file, plain.bytes.get(), stream_step, got))
+      return io_fail(err, source_name, 278);
+    read += got;
+    more = got == stream_step;
+    packed.changed = read > size || (!more && read < size);
+    if (packed.changed) return io_fail(zip_source_unread, source_name, 282);
+    show(told, plain.bytes.get(), got);
+    entry.crc = libdeflate_crc32(entry.crc, plain.bytes.get(), got);
+    stream.next_in = plain.bytes.get();
+    stream.avail_in = static_cast<uInt>(got);
+    if (int err = deflate_piece(stream, more ? Z_NO_FLUSH : Z_FINISH, out, written)) return err;
+    if (written > zip_size_limit - 4096) return io_fail(zip_too_large, source_name, 288);
+  }
+  entry.packed_size = static_cast<uint32_t>(written);
+  entry.plain_size = static_cast<uint32_t>(size);
+  return check_unchanged(file, packed);
+}
+
+// The headers come last, when they are known: the first one's place is left open.
+int zip_packer::engine::pack_stream(const zip_packer& told, int file, entry_facts& entry,
+                                    const std::string& zip_path, zip_packed& packed) {
+  if (!plain.get(stream_step) || !archive.get(stream_step))
+    return io_fail(zip_no_memory, source_name, 299);
+  io_handle out;
+  if (int err = create(zip_path, out)) return err;
+  const off_t head = static_cast<off_t>(head_size(entry));
+  if (lseek(out.get(), head, SEEK_SET) != head) return io_fail(errno, source_name, 303);
+  if (int err = stream_entry(told, file, entry, out.get(), packed)) return err;
+
+  put_tail(archive.bytes.get(), entry);
+  int err = io_write_all(out.get(), archive.bytes.get(), tail_size(entry));
+  put_head(archive.bytes.get(), entry);
+  if (err == 0 && lseek(out.get(), 0, SEEK_SET) != 0) err = errno;
+  if (err == 0) err = io_write_all(out.get(), archive.bytes.get(), head_size(entry));
+  const int close_err = out.close();
+  packed.archive_bytes = head + entry.packed_size + static_cast<int64_t>(tail_size(entry));
+  return io_fail(err ? err : close_err, source_name, 313);
+}
+
+zip_packer::zip_packer() : engine_(std::make_unique<engine>()) {}
+zip_packer::~zip_packer() = default;
+
+int zip_packer::pack(const std::string& path, const std::string& zip_path, zip_packed& packed) {
+  packed = {};
+  entry_facts entry;
+  entry.name = path_leaf(path);
+  if (entry.name.empty()) return io_fail(zip_source_unread, source_name, 323);
+  const io_handle file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat info;
+  if (!file && errno == ELOOP) {
+    if (lstat(path.c_str(), &info) != 0) return io_fail(errno, source_name, 327);
+  } else if (!file || fstat(file.get(), &info) != 0) {
+    return io_fail(zip_source_unread, source_name, 329);
+  }
+  packed.modified = info.st_mtim;
+  packed.mode = info.st_mode;
+  if (!file) return engine_->pack_link(*this, path, zip_path, packed);
+  if (!S_ISREG(info.st_mode)) return io_fail(zip_source_unread, source_name, 334);
+  packed.plain_bytes = info.st_size;
+  const auto size = static_cast<uint64_t>(info.st_size);
+  if (size > zip_size_limit) return io_fail(zip_too_large, source_name, 337);
+
+  entry.method = Z_DEFLATED;
+  entry.date = entry_date(std::min(info.st_mtim.tv_sec, newest));
+  entry.attributes = static_cast<uint32_t>(info.st_mode) << 16;
+  const int err = size <= whole_limit
+                      ? engine_->pack_whole(*this, file.get(), entry, zip_path, packed)
+                      : engine_->pack_stream(*this, file.get(), entry, zip_path, packed);
+  engine_->plain.trim();
+  engine_->archive.trim();
+  return err;
+}
+
+int file_to_zip(const std::string& in_path, const std::string& zip_path) {
+  std::string path = app_path + in_path;
+  if (g_case_sensitive) findPath(path);
+  zip_packer packer;
+  zip_packed packed;
+  const int err = packer.pack(path, app_path + zip_path, packed);
+  if (err != 0) {
+    zip_log("file_to_zip failed with error " + std::to_string(err) + ".\nfile = " + sErrFile +
+            " line = " + std::to_string(sErrLine) + "\n");
+  }
+  return err;
+}

@@ -1,0 +1,121 @@
+// The packer that builds masters: in memory and streamed, what it shows, and when it gives up.
+
+#include <fcntl.h>
+
+#include <atomic>
+#include <cerrno>
+#include <functional>
+
+#include "corekit/files/io_utils.h"
+#include "corekit/files/io_zip_pack.h"
+#include "tests/unit/test_archive_util.h"
+
+namespace {
+
+class ArchivePack : public ArchiveTest {
+ protected:
+  // A file of `size` bytes, most of them a hole.
+  void write_large(const std::string& path, uint64_t size) const {
+    write_text(path, noise(100000, 3));
+    ASSERT_EQ(truncate(path.c_str(), off_t(size)), 0);
+  }
+};
+
+// Adds up what it is shown.
+struct viewer {
+  size_t bytes = 0;
+  int pieces = 0;
+  std::function<void()> act = [] {};
+  static void look(void* with, const void*, size_t size) {
+    auto& self = *static_cast<viewer*>(with);
+    self.bytes += size;
+    ++self.pieces;
+    self.act();
+  }
+};
+
+TEST_F(ArchivePack, WholeAndStreamed) {
+  zip_packer packer;
+  packer.look = viewer::look;
+  const uint64_t limit = zip_packer::whole_limit;
+  for (const uint64_t size : {uint64_t{0}, uint64_t{1}, uint64_t{70000}, limit, limit + 1}) {
+    SCOPED_TRACE(size);
+    const std::string source = base + "source.bin", zip = base + "a.zip";
+    write_large(source, size);
+    viewer seen;
+    packer.look_with = &seen;
+    zip_packed packed;
+    ASSERT_EQ(packer.pack(source, zip, packed), 0);
+    EXPECT_EQ(packed.plain_bytes, int64_t(size));
+    EXPECT_EQ(packed.archive_bytes, file_stat(zip).st_size);
+    EXPECT_EQ(packed.modified.tv_nsec, file_stat(source).st_mtim.tv_nsec);
+    EXPECT_EQ(packed.mode, file_stat(source).st_mode);
+    EXPECT_EQ(seen.bytes, size);
+    EXPECT_EQ(seen.pieces > 1, size > limit);
+    run("unzip -tq '" + zip + "' && unzip -p '" + zip + "' | cmp - '" + source + "'");
+    // A packer that has packed others makes the same bytes as a new one.
+    ASSERT_EQ(file_to_zip(source, base + "b.zip"), 0);
+    run("cmp '" + zip + "' '" + base + "b.zip'");
+  }
+}
+
+TEST_F(ArchivePack, DatesEndAtTheNewest) {
+  setenv("TZ", "UTC", 1);
+  zip_packer packer;
+  packer.newest = 1709618828;  // 5 March 2024, 06:07:08
+  for (const auto& [modified, shown] :
+       {std::pair{time_t{1709618828 + 2}, "20240305.060708"}, {1234567890, "20090213.233130"}}) {
+    write_text(base + "a", "x");
+    const timespec times[2] = {{modified, 0}, {modified, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, (base + "a").c_str(), times, 0), 0);
+    zip_packed packed;
+    ASSERT_EQ(packer.pack(base + "a", base + "a.zip", packed), 0);
+    const std::string listing = run("unzip -Z -T -s '" + base + "a.zip'");
+    EXPECT_NE(listing.find(shown), std::string::npos) << listing;
+  }
+}
+
+TEST_F(ArchivePack, GivesUp) {
+  const std::string source = base + "source.bin", zip = base + "a.zip";
+  write_large(source, zip_packer::whole_limit + 5000000);
+  const std::atomic<bool> stop = true;
+  viewer seen;
+  zip_packer packer;
+  packer.look = viewer::look;
+  packer.look_with = &seen;
+  zip_packed packed;
+  packer.stop = &stop;
+  EXPECT_EQ(packer.pack(source, zip, packed), ECANCELED);
+  packer.stop = nullptr;
+
+  // Somebody writes to the file while it is being read: in place, behind its end, cutting it.
+  const auto touch = [&source] { utimensat(AT_FDCWD, source.c_str(), nullptr, 0); };
+  const auto size = file_stat(source).st_size;
+  const std::function<void()> meddling[] = {
+      touch, [&] { ASSERT_EQ(truncate(source.c_str(), size + 1), 0); },
+      [&] { ASSERT_EQ(truncate(source.c_str(), size - 2), 0); }};
+  for (const auto& one : meddling) {
+    write_large(source, uint64_t(size));
+    seen.pieces = 0;
+    seen.act = [&] {
+      if (seen.pieces == 1) one();
+    };
+    EXPECT_EQ(packer.pack(source, zip, packed), 20006);
+    EXPECT_TRUE(packed.changed);
+  }
+  seen.act = [] {};
+  write_text(source, "x");
+  const struct {
+    std::string from, to;
+    int code;
+  } rows[] = {{base + "none", zip, 20006},
+              {base, zip, 20006},
+              {source, base + "none/a.zip", 20003},
+              {source, "/dev/full", 28}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(packer.pack(row.from, row.to, packed), row.code) << row.from << " " << row.to;
+    EXPECT_FALSE(packed.changed);
+  }
+}
+
+}  // namespace
