@@ -23,86 +23,7 @@ namespace {
 
 constexpr char source_name[] = "Files/io_zip";
 
-constexpr std::string_view fork_prefix = "__MACOSX";
-
-// --- minizip's view of an archive in memory ------------------------------------------------------
-
-struct memory_stream {
-  const zip_bytes* bytes;
-  uint64_t at = 0;
-  bool fell_short = false;
-};
-
-voidpf stream_open(voidpf opaque, const void*, int) {
-  return opaque;
-}
-
-uLong stream_read(voidpf, voidpf stream, void* buffer, uLong wanted) {
-  auto& s = *static_cast<memory_stream*>(stream);
-  const uLong count = std::min<uLong>(wanted, s.bytes->size - s.at);
-  if (count > 0) memcpy(buffer, s.bytes->data + s.at, count);
-  s.at += count;
-  s.fell_short = count < wanted;
-  return count;
-}
-
-uLong stream_write(voidpf, voidpf, const void*, uLong) {
-  return 0;
-}
-
-ZPOS64_T stream_tell(voidpf, voidpf stream) {
-  return static_cast<memory_stream*>(stream)->at;
-}
-
-// `offset` may be a negative number in unsigned form: the sum wraps to the place that is meant.
-long stream_seek(voidpf, voidpf stream, ZPOS64_T offset, int origin) {
-  auto& s = *static_cast<memory_stream*>(stream);
-  uint64_t to = offset;
-  if (origin == ZLIB_FILEFUNC_SEEK_CUR) to += s.at;
-  if (origin == ZLIB_FILEFUNC_SEEK_END) to += s.bytes->size;
-  if (to > s.bytes->size) return -1;
-  s.at = to;
-  return 0;
-}
-
-int stream_close(voidpf, voidpf) {
-  return 0;
-}
-
-// minizip asks after a read that fell short, and would else take what is missing for zeros.
-int stream_error(voidpf, voidpf stream) {
-  return static_cast<memory_stream*>(stream)->fell_short;
-}
-
-// The stream must live as long as the handle.
-unzFile open_in_memory(memory_stream& stream) {
-  zlib_filefunc64_def calls = {};
-  calls.zopen64_file = stream_open;
-  calls.zread_file = stream_read;
-  calls.zwrite_file = stream_write;
-  calls.ztell64_file = stream_tell;
-  calls.zseek64_file = stream_seek;
-  calls.zclose_file = stream_close;
-  calls.zerror_file = stream_error;
-  calls.opaque = &stream;
-  return unzOpen2_64("", &calls);
-}
-
 // --- reading -------------------------------------------------------------------------------------
-
-// The entry's date as local time; -1 if there is no such time. mktime carries fields that are out
-// of range, which a damaged date holds, over into the next.
-time_t entry_time(const tm_unz& date) {
-  tm t = {};
-  t.tm_sec = int(date.tm_sec);
-  t.tm_min = int(date.tm_min);
-  t.tm_hour = int(date.tm_hour);
-  t.tm_mday = int(date.tm_mday);
-  t.tm_mon = int(date.tm_mon);
-  t.tm_year = int(date.tm_year) - 1900;
-  t.tm_isdst = -1;
-  return mktime(&t);
-}
 
 // Attributes of 0 leave the default permissions and the present time. Failures are passed over: a
 // disk that keeps neither is no reason to refuse the file.
@@ -111,14 +32,15 @@ void set_attributes(int fd, const unz_file_info& info) {
   // An archive of a system without Unix modes has none to give; its files stay readable.
   const mode_t mode = mode_t(info.external_fa >> 16);
   if (mode != 0) fchmod(fd, mode & 0777);
-  const time_t when = entry_time(info.tmu_date);
+  const time_t when = zip_entry_time(info);
   const timespec times[2] = {{when, 0}, {when, 0}};
   if (when != time_t(-1)) futimens(fd, times);
 }
 
 int unzip_file(const zip_reader& zip, const std::string& path, const unz_file_info& info) {
+  zip_room room;
   zip_bytes bytes;
-  if (int err = zip_read_entry(zip, info, bytes)) return err;
+  if (int err = zip_read_entry(zip, info, room, bytes)) return err;
   int fd = -1;
   if (int err = zip_create_file(path, fd)) return err;
   const int write_err = zip_write_file(fd, bytes);
@@ -130,7 +52,7 @@ int unzip_file(const zip_reader& zip, const std::string& path, const unz_file_in
 // The entry that is current, under the name `name`, below the prefix `folder`.
 int unzip_entry(zip_reader& zip, const unz_file_info& info, const std::string& folder,
                 const std::string& name) {
-  const bool is_fork = name.starts_with(fork_prefix);
+  const bool is_fork = name.starts_with(zip_fork_prefix);
   const bool is_folder = name.ends_with('/');
   if (is_fork && is_folder) return 0;
 
@@ -138,7 +60,7 @@ int unzip_entry(zip_reader& zip, const unz_file_info& info, const std::string& f
   if (int err = zip_place(folder, name, path)) return err;
   if (is_fork) {
     // Behind the prefix and its "/" stands the name that the fork's file would have.
-    const size_t leaf = std::min(name.size(), fork_prefix.size() + 1);
+    const size_t leaf = std::min(name.size(), zip_fork_prefix.size() + 1);
     return unzip_resource_fork(&zip, folder + name.substr(leaf), info);
   }
   if (is_folder) {
@@ -148,20 +70,6 @@ int unzip_entry(zip_reader& zip, const unz_file_info& info, const std::string& f
   const unsigned mode = unsigned(info.external_fa >> 16);
   if ((mode & 0xA000) == 0xA000) return unzip_symlink(&zip, path, info);
   return unzip_file(zip, path, info);
-}
-
-// The info and the stored name of the current entry.
-int entry_info(unzFile file, unz_file_info& info, std::string& name) {
-  char stored[257] = {};
-  const int err =
-      unzGetCurrentFileInfo(file, &info, stored, sizeof stored - 1, nullptr, 0, nullptr, 0);
-  if (err != UNZ_OK) {
-    zip_log("unzGetCurrentFileInfo err != UNZ_OK! err=" + std::to_string(err) + "\n");
-    return io_fail(err, source_name, 220);
-  }
-  // Names of more than 256 bytes arrive cut; they keep one byte too many, to be refused for length.
-  name.assign(stored, std::min<size_t>(info.size_filename, sizeof stored));
-  return 0;
 }
 
 int unzip_all(zip_reader& zip, const std::string& zip_path, const std::string& folder,
@@ -175,7 +83,7 @@ int unzip_all(zip_reader& zip, const std::string& zip_path, const std::string& f
   while (err == UNZ_OK) {
     unz_file_info info = {};
     std::string stored;
-    if ((err = entry_info(zip.file, info, stored)) != UNZ_OK) break;
+    if ((err = zip_entry_info(zip, info, stored)) != UNZ_OK) break;
     const std::string as = first && use_name ? *name : stored;
     if (first && name) *name = stored;
     first = false;
@@ -204,12 +112,12 @@ int unzip_all(zip_reader& zip, const std::string& zip_path, const std::string& f
 int zip_to_file(const std::string& zip_path, const std::string& out_folder, std::string* name,
                 int use_name) {
   const std::string path = app_path + zip_path;
-  zip_reader zip;
-  const int load_err = zip_load(path, zip.archive);
+  zip_room room;
+  zip_bytes bytes;
+  const int load_err = zip_load(path, room, bytes);
   if (load_err == zip_no_memory) return load_err;
-  memory_stream stream{&zip.archive};
-  if (load_err == 0) zip.file = open_in_memory(stream);
-  if (!zip.file) {
+  zip_reader zip(bytes);
+  if (load_err != 0 || !zip.file) {
     zip_log(
         "OK I am about to report that I could not open a zip file for extraction!\n"
         "That incoming file is " +
@@ -218,7 +126,6 @@ int zip_to_file(const std::string& zip_path, const std::string& out_folder, std:
     return io_fail(zip_cannot_open, source_name, 290);
   }
   const int err = unzip_all(zip, path, app_path + out_folder, name, use_name && name);
-  unzClose(zip.file);
   if (err != 0) zip_log("Zip to file failed with error err = " + std::to_string(err) + "\n");
   return err;
 }

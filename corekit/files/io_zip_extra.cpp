@@ -23,21 +23,25 @@ constexpr unsigned char kAppleHeader[24] = {0x00, 0x05, 0x16, 0x07, 0x00, 0x02};
 
 }  // namespace
 
+bool zip_fork_is_sound(const zip_bytes& block) {
+  return block.size >= sizeof kAppleHeader &&
+         memcmp(block.data, kAppleHeader, sizeof kAppleHeader) == 0;
+}
+
 int unzip_resource_fork(void* zip, const std::string& /*path*/, const unz_file_info_s& info) {
+  zip_room room;
   zip_bytes block;
-  if (int err = zip_read_entry(*static_cast<zip_reader*>(zip), info, block)) return err;
-  if (block.size < sizeof kAppleHeader ||
-      memcmp(block.data, kAppleHeader, sizeof kAppleHeader) != 0) {
-    return io_fail(zip_bad_fork, source_name, 310);
-  }
+  if (int err = zip_read_entry(*static_cast<zip_reader*>(zip), info, room, block)) return err;
+  if (!zip_fork_is_sound(block)) return io_fail(zip_bad_fork, source_name, 310);
   // A damaged transfer shows in the header, and a fork without its file is dropped anyway; as no
   // file has a fork here, the parts are not looked at.
   return 0;
 }
 
 int unzip_symlink(void* zip, const std::string& path, const unz_file_info_s& info) {
+  zip_room room;
   zip_bytes text;
-  if (int err = zip_read_entry(*static_cast<zip_reader*>(zip), info, text)) return err;
+  if (int err = zip_read_entry(*static_cast<zip_reader*>(zip), info, room, text)) return err;
   const std::string target(reinterpret_cast<const char*>(text.data), text.size);
   if (target.find('\0') != std::string::npos) return io_fail(zip_cannot_read, source_name, 320);
   unlink(path.c_str());

@@ -16,6 +16,7 @@
 
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/files/io_handle.h"
 #include "corekit/files/io_utils.h"
 
 namespace {
@@ -26,9 +27,6 @@ constexpr size_t entry_name_limit = 256;
 
 // Deflate's densest: a match of 258 bytes in two bits. The tail covers a last part of a byte.
 constexpr uint64_t deflate_ratio = 1032;
-
-// Linux moves at most this much in one call.
-constexpr size_t io_step = 0x7FFFF000;
 
 bool climbs(std::string_view path) {
   while (!path.empty()) {
@@ -72,17 +70,18 @@ std::string printable(std::string_view text) {
   return out;
 }
 
-int inflate_entry(const zip_bytes& packed, zip_bytes& out) {
-  const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)> engine(
-      libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
-  out.own.reset(static_cast<unsigned char*>(malloc(out.size + 1)));
-  if (!engine || !out.own) return io_fail(zip_no_memory, source_name, 110);
+int inflate_entry(const zip_bytes& packed, zip_room& room, zip_bytes& out) {
+  thread_local const std::unique_ptr<libdeflate_decompressor,
+                                     decltype(&libdeflate_free_decompressor)>
+      engine(libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
+  unsigned char* const memory = room.need(out.size);
+  if (!engine || !memory) return io_fail(zip_no_memory, source_name, 110);
   // Without a place for the actual size, yielding less than `out.size` is a failure.
-  if (libdeflate_deflate_decompress(engine.get(), packed.data, packed.size, out.own.get(), out.size,
+  if (libdeflate_deflate_decompress(engine.get(), packed.data, packed.size, memory, out.size,
                                     nullptr) != LIBDEFLATE_SUCCESS) {
     return io_fail(zip_cannot_read, source_name, 111);
   }
-  out.data = out.own.get();
+  out.data = memory;
   return 0;
 }
 
@@ -95,35 +94,46 @@ void zip_log(const std::string& text) {
   xer.flush();
 }
 
-int zip_load(const std::string& path, zip_bytes& out) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) return io_fail(errno, source_name, 120);
-  int err = 0;
+unsigned char* zip_room::need(size_t size) {
+  constexpr size_t least = 256 * 1024, kept_for_good = 32u << 20;
+  const bool too_large = size_ > kept_for_good && size <= kept_for_good;
+  if (memory_ && size <= size_ && !too_large) return memory_.get();
+  size_ = std::max(size, least);
+  memory_.reset();  // first, so that both are never there at once
+  memory_.reset(static_cast<unsigned char*>(malloc(size_)));
+  if (!memory_) size_ = 0;
+  return memory_.get();
+}
+
+unsigned char* zip_room::grow(size_t size, size_t kept) {
+  if (memory_ && size <= size_) return memory_.get();
+  if (kept == 0) return need(size);
+  auto* const grown = static_cast<unsigned char*>(realloc(memory_.get(), size));
+  if (!grown) return nullptr;
+  (void)memory_.release();
+  memory_.reset(grown);
+  size_ = size;
+  return grown;
+}
+
+int zip_load(int fd, uint64_t most, zip_room& room, zip_bytes& out) {
+  out = {};
   struct stat st;
-  if (fstat(fd, &st) != 0) {
-    err = errno;
-  } else if (!S_ISREG(st.st_mode)) {
-    err = S_ISDIR(st.st_mode) ? EISDIR : zip_source_unread;
-  } else {
-    out.own.reset(static_cast<unsigned char*>(malloc(size_t(st.st_size) + 1)));
-    if (!out.own) err = zip_no_memory;
+  if (fstat(fd, &st) != 0) return io_fail(errno, source_name, 120);
+  if (!S_ISREG(st.st_mode)) {
+    return io_fail(S_ISDIR(st.st_mode) ? EISDIR : int(zip_source_unread), source_name, 121);
   }
+  if (uint64_t(st.st_size) > most) return io_fail(zip_too_large, source_name, 122);
+  unsigned char* const memory = room.need(size_t(st.st_size));
+  if (!memory) return io_fail(zip_no_memory, source_name, 123);
   // A file that shrinks meanwhile counts as what was there; the format's own checks then find it.
-  const size_t wanted = err == 0 ? size_t(st.st_size) : 0;
-  out.data = out.own.get();
-  out.size = 0;
-  while (err == 0 && out.size < wanted) {
-    const ssize_t got = read(fd, out.own.get() + out.size, std::min(wanted - out.size, io_step));
-    if (got > 0) {
-      out.size += size_t(got);
-    } else if (got == 0) {
-      break;
-    } else if (errno != EINTR) {
-      err = errno;
-    }
-  }
-  close(fd);
-  return io_fail(err, source_name, 121);
+  out.data = memory;
+  return io_fail(io_read_all(fd, memory, size_t(st.st_size), out.size), source_name, 124);
+}
+
+int zip_load(const std::string& path, zip_room& room, zip_bytes& out) {
+  const io_handle file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  return file ? zip_load(file.get(), UINT64_MAX, room, out) : io_fail(errno, source_name, 125);
 }
 
 int zip_place(const std::string& folder, std::string_view name, std::string& path) {
@@ -145,22 +155,15 @@ int zip_create_file(const std::string& path, int& fd) {
 }
 
 int zip_write_file(int fd, const zip_bytes& bytes) {
-  for (size_t done = 0; done < bytes.size;) {
-    const ssize_t put = write(fd, bytes.data + done, std::min(bytes.size - done, io_step));
-    if (put >= 0) {
-      done += size_t(put);
-    } else if (errno != EINTR) {
-      return io_fail(errno, source_name, 141);
-    }
-  }
-  return 0;
+  return io_fail(io_write_all(fd, bytes.data, bytes.size), source_name, 141);
 }
 
 int zip_close_file(int fd) {
   return close(fd) == 0 || errno == EINTR ? 0 : io_fail(errno, source_name, 142);
 }
 
-int zip_read_entry(const zip_reader& zip, const unz_file_info_s& info, zip_bytes& out) {
+int zip_read_entry(const zip_reader& zip, const unz_file_info_s& info, zip_room& room,
+                   zip_bytes& out) {
   const uint64_t packed_size = info.compressed_size;
   const uint64_t size = info.uncompressed_size;
   const bool deflated = info.compression_method == Z_DEFLATED;
@@ -192,7 +195,7 @@ int zip_read_entry(const zip_reader& zip, const unz_file_info_s& info, zip_bytes
   out.data = packed.data;
   // Some writers mark an empty file as deflated and give it no bytes at all.
   if (deflated && size > 0) {
-    if (int err = inflate_entry(packed, out)) return err;
+    if (int err = inflate_entry(packed, room, out)) return err;
   }
   if (libdeflate_crc32(0, out.data, out.size) != info.crc) {
     return io_fail(zip_cannot_read, source_name, 154);

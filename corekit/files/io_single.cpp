@@ -1,0 +1,153 @@
+// The one file of an archive; see io_single.h. The 7z half is in io_7z.cpp.
+//
+// Steps for a zip: look at the whole table of contents, one file and its fork or nothing; check the
+// fork; unpack the file and compare it with its sum. Any thread; the memory is each thread's own.
+
+#include "corekit/files/io_single.h"
+
+#include <minizip/unzip.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "corekit/base/hl_string.h"
+#include "corekit/files/io_zip_parts.h"
+
+namespace {
+
+constexpr uint64_t most_fork = 16u << 20;
+
+thread_local zip_room archive_room, content_room;
+thread_local std::string content_name;
+
+bool is_7z(const zip_bytes& archive) {
+  constexpr unsigned char magic[6] = {'7', 'z', 0xBC, 0xAF, 0x27, 0x1C};
+  return archive.size >= sizeof magic && memcmp(archive.data, magic, sizeof magic) == 0;
+}
+
+// The mark that ends a table of contents, with nothing before it.
+bool is_empty_zip(const zip_bytes& archive) {
+  return archive.size >= 22 && memcmp(archive.data, "PK\5\6", 4) == 0;
+}
+
+enum entry_kind { plain_entry, link_entry, fork_entry, other_entry };
+
+entry_kind kind_of(const unz_file_info& info, std::string_view name) {
+  if (name.empty() || name.ends_with('/')) return other_entry;
+  if (name.starts_with(zip_fork_prefix)) return fork_entry;
+  const unsigned mode = unsigned(info.external_fa >> 16);
+  if ((mode & 0xA000) == 0xA000) return link_entry;
+  const unsigned type = mode & S_IFMT;
+  return type == 0 || type == S_IFREG ? plain_entry : other_entry;  // no folders, devices, pipes
+}
+
+// What the table of contents says, and where in it the entry stands.
+struct listed_entry {
+  unz_file_info info = {};
+  std::string name;
+  unz_file_pos position = {};
+};
+
+single_outcome list_entries(const zip_reader& zip, listed_entry& file, listed_entry& fork) {
+  if (!zip.file) return is_empty_zip(zip.archive) ? single_empty : single_damaged;
+  int err = unzGoToFirstFile(zip.file);
+  if (err == UNZ_END_OF_LIST_OF_FILE) return single_empty;
+  for (size_t count = 0; err == UNZ_OK; err = unzGoToNextFile(zip.file), ++count) {
+    if (count == single_entries) return single_other_file;
+    listed_entry entry;
+    if (zip_entry_info(zip, entry.info, entry.name) != 0 ||
+        unzGetFilePos(zip.file, &entry.position) != UNZ_OK) {
+      return single_damaged;
+    }
+    const entry_kind kind = kind_of(entry.info, entry.name);
+    listed_entry& taken = kind == fork_entry ? fork : file;
+    if (kind == other_entry || !taken.name.empty()) return single_other_file;
+    taken = std::move(entry);
+  }
+  if (err != UNZ_END_OF_LIST_OF_FILE) return single_damaged;
+  return single_names_match(file.name, fork.name) ? single_ok : single_other_file;
+}
+
+single_outcome read_entry(const zip_reader& zip, listed_entry& entry, uint64_t most, zip_room& room,
+                          zip_bytes& bytes) {
+  if (entry.info.uncompressed_size > most) return single_too_large;
+  if (unzGoToFilePos(zip.file, &entry.position) != UNZ_OK) return single_damaged;
+  return single_of_code(zip_read_entry(zip, entry.info, room, bytes));
+}
+
+}  // namespace
+
+bool single_names_match(std::string_view file, std::string_view fork) {
+  if (file.empty()) return false;
+  if (fork.empty()) return true;
+  std::string own(zip_fork_prefix);
+  own.append("/").append(path_folder(file)).append("._").append(path_leaf(file));
+  return fork == own;
+}
+
+single_outcome single_of_code(int code) {
+  switch (code) {
+    case 0:
+      return single_ok;
+    case zip_no_memory:
+      return single_no_memory;
+    case zip_too_large:
+      return single_too_large;
+    default:
+      return single_damaged;
+  }
+}
+
+single_outcome single_from_zip(const zip_bytes& archive, uint64_t most, zip_room& room,
+                               single_file& file, std::string& name) {
+  const zip_reader zip(archive);
+  listed_entry content, fork;
+  if (const single_outcome outcome = list_entries(zip, content, fork)) return outcome;
+  zip_bytes bytes;
+  if (!fork.name.empty()) {
+    if (const single_outcome outcome = read_entry(zip, fork, most_fork, room, bytes))
+      return outcome;
+    if (!zip_fork_is_sound(bytes)) return single_damaged;
+  }
+  if (const single_outcome outcome = read_entry(zip, content, most, room, bytes)) return outcome;
+  file.bytes = bytes.data;
+  file.size = bytes.size;
+  file.is_link = kind_of(content.info, content.name) == link_entry;
+  if (content.info.external_fa != 0) {
+    file.mode = mode_t(content.info.external_fa >> 16) & 0777;
+    file.modified = zip_entry_time(content.info);
+  }
+  name = std::move(content.name);
+  return single_ok;
+}
+
+single_outcome io_read_single(const unsigned char* archive, size_t size, uint64_t most,
+                              single_file& file) {
+  file = {};
+  if (size == 0) return single_empty;
+  const zip_bytes bytes{archive, size};
+  const single_outcome outcome =
+      is_7z(bytes) ? single_from_7z(bytes, most, content_room, file, content_name)
+                   : single_from_zip(bytes, most, content_room, file, content_name);
+  file.name = content_name;
+  return outcome;
+}
+
+single_outcome io_load_archive(int fd, uint64_t most, const unsigned char*& bytes, size_t& size) {
+  zip_bytes loaded;
+  const int code = zip_load(fd, most, archive_room, loaded);
+  bytes = loaded.data;
+  size = loaded.size;
+  if (code == zip_no_memory || code == zip_too_large) return single_of_code(code);
+  errno = code;
+  return code == 0 ? single_ok : single_unread;
+}
+
+bool io_archive_is_of(int fd, uint64_t most, std::string_view leaf) {
+  zip_bytes archive;
+  if (zip_load(fd, most, archive_room, archive) != 0) return false;
+  const zip_reader zip(archive);
+  listed_entry file, fork;
+  return list_entries(zip, file, fork) == single_ok && file.name == leaf;
+}
