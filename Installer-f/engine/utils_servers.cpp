@@ -32,7 +32,11 @@ namespace {
 
 constexpr int list_slot = 0;
 constexpr float list_pause = 2.0f;  // frame clock: from a list that leads nowhere to the next try
+constexpr int64_t list_budget = 1'000'000;  // bytes
 constexpr int manifest_slot = 1;
+// Bytes of the packed manifest: some 1.2 million lines, five times what a table of every release so
+// far could hold.
+constexpr int64_t manifest_budget = 64'000'000;
 constexpr int list_version = 820;
 constexpr int code_bad_zip = 20002;  // "We were unable to read from a zip file..."
 
@@ -100,7 +104,9 @@ void drop_list() {
 void fetch_list() {
   if (xtim.now_sec < list_not_before) return;
   const std::string list = temp_path + "serverlist9.txt";
-  if (http.net_check(list_slot, product_web_host, "/serverlist9.txt", list) != http_done) return;
+  if (http.net_check(list_slot, product_web_host, "/serverlist9.txt", list, list_budget) !=
+      http_done)
+    return;
   switch (read_server_list(list)) {
     case list_refused:
       new_format(list);
@@ -136,7 +142,7 @@ void fetch_manifest() {
   const std::string zip = temp_path + "directory.txt.zip";
   const int server = std::clamp(stg.server_index, 0, stg.server_count - 1);
   switch (http.net_check(manifest_slot, server_name[server],
-                         server_path[server] + "directory.txt.zip", zip)) {
+                         server_path[server] + "directory.txt.zip", zip, manifest_budget)) {
     case http_failed:
       stg.server_index = uniform_server(stg.server_count);
       return;

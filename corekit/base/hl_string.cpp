@@ -63,3 +63,11 @@ std::string str_fill(std::string_view format, std::initializer_list<std::string>
   }
   return out;
 }
+
+std::string str_printable(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) {
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
+  }
+  return out;
+}

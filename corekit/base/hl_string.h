@@ -28,3 +28,6 @@ std::string_view path_folder(std::string_view path);
 // `format` with each "%s" and "%d" replaced by the next of `parts`. For translated formats: a
 // translation is data, and must never reach printf.
 std::string str_fill(std::string_view format, std::initializer_list<std::string> parts);
+
+// Text of others' making as a log or a terminal may show it: control characters become "?".
+std::string str_printable(std::string_view text);

@@ -176,6 +176,12 @@ PCSBSocket::status_value PCSBSocket::GetStatus() {
   return status_;
 }
 
+bool PCSBSocket::IsIdle() const {
+  char byte;
+  return status_ == status_Connected && recv(socket_, &byte, 1, MSG_PEEK) < 0 &&
+         (errno == EWOULDBLOCK || errno == EINTR);
+}
+
 bool PCSBSocket::GetAddresses(ConnectionData* data) const {
   sockaddr_in peer = {};
   sockaddr_in own = {};

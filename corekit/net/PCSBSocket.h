@@ -55,6 +55,9 @@ class PCSBSocket {
   int GetOSError() const { return os_error_; }  // errno at the moment of status_Error
   // The peer has closed its sending side. That alone does not end the connection.
   bool ReceivedRelease() const { return received_release_; }
+  // A connection on which nothing waits: no byte to be read, not closed by the peer. False on any
+  // doubt.
+  bool IsIdle() const;
   bool GetAddresses(ConnectionData* data) const;  // false if the socket is not connected
   int Descriptor() const { return socket_; }      // for an owner that waits for many; stays ours
 

@@ -3,15 +3,16 @@
 
 #include "corekit/net/http.h"
 
-#include <poll.h>
-
 #include <map>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/xtim.h"
+#include "corekit/net/http_address.h"
 #include "corekit/net/http_down.h"
 #include "corekit/window/hl_alert.h"
 
@@ -22,6 +23,7 @@ namespace {
 
 constexpr unsigned short http_port = 80;
 constexpr float silence_limit = 30.0f;  // seconds of the frame clock
+constexpr float kept_limit = 15.0f;     // seconds for which an unused connection is believed in
 constexpr float report_pause = 1.0f;    // seconds between two equal reports of a slot
 constexpr char source_name[] = "OOPS_cpp/http";
 
@@ -38,18 +40,18 @@ http_class::http_class() = default;
 http_class::~http_class() = default;
 
 int http_class::net_check(int slot, const std::string& server, const std::string& file,
-                          const std::string& local) {
+                          const std::string& local, int64_t max_bytes) {
   if (slot < 0 || slot >= slot_count) {
     MACIBM_fault(source_name, 398, "Too many download objects requested!");
     return http_failed;
   }
-  if (!slots_[slot]) start(slot, server, file, local);
-  slots_[slot]->DoProcessing();
-  return judge(slot, server, file);
+  if (!slots_[slot].down) start(slot, server, file, local, max_bytes);
+  slots_[slot].down->DoProcessing();
+  return judge(slots_[slot], server, file);
 }
 
 void http_class::start(int slot, const std::string& server, const std::string& file,
-                       const std::string& local) {
+                       const std::string& local, int64_t max_bytes) {
   if (!started_) {
     started_ = true;
     PCSBSocket::StartupNetworking(true);
@@ -69,15 +71,22 @@ void http_class::start(int slot, const std::string& server, const std::string& f
                  "include the hard drive,which is a dir char on unix!",
                  file);
   }
-  const std::map<std::string, std::string> headers = {
-      {"Connection", "close"}, {"Host", server}, {"User-agent", agent_name()}};
-  slots_[slot] = std::make_unique<down_class>(server.c_str(), http_port, file.c_str(), false,
-                                              headers, nullptr, 0, local.c_str());
+  const bool keep = slot >= first_kept_slot;
+  const std::map<std::string, std::string> headers = {{"Connection", keep ? "keep-alive" : "close"},
+                                                      {"Host", server},
+                                                      {"User-agent", agent_name()}};
+  slot_record& record = slots_[slot];
+  const bool leads_there = record.line && xtim.now_sec <= record.line_since + kept_limit &&
+                           record.line_place == place_to_connect(server, http_port);
+  if (!leads_there) record.line.reset();
+  record.down = std::make_unique<down_class>(
+      server.c_str(), http_port, file.c_str(), false, headers, nullptr, 0, local.c_str(),
+      down_terms{max_bytes, keep, std::move(record.line), &record.body});
 }
 
 // Whether the slot's transfer is over, and how; frees the slot if it is.
-int http_class::judge(int slot, const std::string& server, const std::string& file) {
-  const down_class& down = *slots_[slot];
+int http_class::judge(slot_record& slot, const std::string& server, const std::string& file) {
+  const down_class& down = *slot.down;
   const down_class::state_value state = down.state();
   const bool done = state == down_class::state_closed;
   const bool complete = down.complete();
@@ -86,68 +95,93 @@ int http_class::judge(int slot, const std::string& server, const std::string& fi
 
   if (!done && !complete && !failed) {
     if (xtim.now_sec <= down.last_activity() + silence_limit) return http_running;
-    down_class::forget_address(ProxyHost(server.c_str(), http_port));
-    drop(slot);  // without a report: a server that has fallen silent has nothing to tell
-    return http_failed;
+    return fail(slot, "");  // a server that has fallen silent has nothing to tell
   }
   if (down.response_code() >= 200 && down.response_code() <= 299 && complete && !failed) {
-    drop(slot);
+    end(slot);
     return http_done;
   }
 
   std::ostringstream text;
+  if (*down.error_text() != '\0') text << "WARNING: " << down.error_text() << ".\n";
   text << "HTTP Error for " << down.local_path() << "\n"
-       << "   server     =" << server << "\n"
-       << "   file       =" << file << "\n"
+       << "   server     =" << str_printable(server) << "\n"
+       << "   file       =" << str_printable(file) << "\n"
        << "   IsDone     =" << done << "\n"
        << "   IsComplete =" << complete << "\n"
        << "   IsErr      =" << failed << "\n"
        << "   GetStat    =" << static_cast<int>(state) << "\n"
        << "   GetOSErr   =" << down.os_error() << "\n"
        << "   response   =" << down.response_text() << " (#" << down.response_code() << ")\n\n";
-  report(slot, text.str());
-  down_class::forget_address(ProxyHost(server.c_str(), http_port));
-  drop(slot);
+  return fail(slot, text.str());
+}
+
+// Failures are tried again and again, so a server that refuses could fill the disk with its report:
+// the same one of the same slot is logged once a second.
+int http_class::fail(slot_record& slot, const std::string& report) {
+  const float since = xtim.now_sec - slot.last_report_time;
+  if (!report.empty() && (report != slot.last_report || since < 0 || since >= report_pause)) {
+    xer << report;
+    slot.last_report = report;
+    slot.last_report_time = xtim.now_sec;
+  }
+  http_forget_address(slot.down->place().host);
+  end(slot);
   return http_failed;
 }
 
-// Failures are tried again without a pause, so a server that refuses could fill the disk with its
-// report: the same one of the same slot is logged once a second.
-void http_class::report(int slot, const std::string& text) {
-  const float since = xtim.now_sec - last_report_time_[slot];
-  if (text == last_report_[slot] && since >= 0 && since < report_pause) return;
-  xer << text;
-  last_report_[slot] = text;
-  last_report_time_[slot] = xtim.now_sec;
+// Frees the slot, whose connection is kept if it is good for more.
+void http_class::end(slot_record& slot) {
+  slot.line = slot.down->take_line();
+  slot.line_place = slot.down->place();
+  slot.line_since = xtim.now_sec;
+  slot.down.reset();
 }
 
-void http_class::wait(unsigned slots, int milliseconds) const {
-  pollfd lines[slot_count] = {};
-  int used = 0;
-  for (int slot = 0; slot < slot_count; ++slot) {
-    if ((slots >> slot & 1) == 0) continue;
-    pollfd& line = lines[used++];
-    if (!slots_[slot] || !slots_[slot]->waits_for(&line.fd, &line.events)) return;
-  }
-  if (used > 0) poll(lines, static_cast<nfds_t>(used), milliseconds);
+std::vector<char>& http_class::body(int slot) {
+  return slots_[slot].body;
 }
 
 void http_class::drop(int slot) {
-  slots_[slot].reset();
+  slots_[slot].down.reset();
+  slots_[slot].line.reset();
+}
+
+// --- waiting -------------------------------------------------------------------------------------
+
+int http_class::poll_lines(unsigned slots, pollfd* lines) const {
+  int used = 0;
+  for (int slot = 0; slot < slot_count; ++slot) {
+    if ((slots >> slot & 1) == 0) continue;
+    pollfd& line = lines[used++] = {};
+    const down_class* const down = slots_[slot].down.get();
+    if (down == nullptr || !down->waits_for(&line.fd, &line.events)) return 0;
+  }
+  return used;
+}
+
+void http_class::wait(unsigned slots, int milliseconds) {
+  pollfd lines[slot_count];
+  const int used = poll_lines(slots, lines);
+  if (used == 0 || poll(lines, static_cast<nfds_t>(used), milliseconds) < 0) return;
+  int at = 0;
+  for (int slot = 0; slot < slot_count; ++slot) {
+    if ((slots >> slot & 1) != 0 && lines[at++].revents == 0) slots_[slot].down->rest();
+  }
 }
 
 // --- progress ------------------------------------------------------------------------------------
 
 bool http_class::slot_active(int slot) const {
-  return slots_[slot] != nullptr;
+  return slots_[slot].down != nullptr;
 }
 
 int64_t http_class::slot_received(int slot) const {
-  return slots_[slot] ? slots_[slot]->received() : 0;
+  return slots_[slot].down ? slots_[slot].down->received() : 0;
 }
 
 int64_t http_class::slot_length(int slot) const {
-  return slots_[slot] ? slots_[slot]->content_length() : -1;
+  return slots_[slot].down ? slots_[slot].down->content_length() : -1;
 }
 
 int64_t http_class::total_received() const {
@@ -171,4 +205,8 @@ std::string ProxyHost(const char* host, unsigned short port) {
 
 unsigned short ProxyPort(const char* host, unsigned short port) {
   return UseProxy(host, port) ? static_cast<unsigned short>(http._proxy_port_int & 0xFFFF) : port;
+}
+
+net_place place_to_connect(const std::string& host, unsigned short port) {
+  return {ProxyHost(host.c_str(), port), ProxyPort(host.c_str(), port)};
 }

@@ -1,10 +1,16 @@
 // The polled HTTP client: GET of one file into one local file, in one of six slots.
 //
 // Call net_check once a frame with the same arguments until it returns something other than 0.
-// Each call moves the slot's transfer by one non-blocking write and one read. There is no callback
-// and no thread; main thread only. No redirect is followed, no transfer is resumed, no chunked body
-// is decoded, and a response without "Content-Length" never succeeds.
+// Each call moves the slot's transfer by one non-blocking write or read. There is no callback and
+// no thread; main thread only. No redirect is followed and no transfer is resumed. Answers are
+// framed by RFC 9112, by length or in chunks; one that has neither fails at once.
+//
+// The slots of the transfer streams keep their connection from one file to the next, as long as
+// both go to the same place (a mirror, or the proxy). A kept connection that the server has closed
+// is opened anew without a word. drop() closes it.
 #pragma once
+
+#include <poll.h>
 
 #include <cstdint>
 #include <memory>
@@ -12,6 +18,14 @@
 #include <vector>
 
 class down_class;
+class PCSBSocket;
+
+// Where a connection leads to: a server, or the proxy on the way to it.
+struct net_place {
+  std::string host;
+  unsigned short port = 0;
+  bool operator==(const net_place&) const = default;
+};
 
 enum net_result : int {
   http_running = 0,
@@ -21,7 +35,9 @@ enum net_result : int {
 
 class http_class {
  public:
-  static constexpr int slot_count = 6;  // 0 list, 1 manifest or installer, 2 to 5 transfer streams
+  static constexpr int slot_count = 6;       // 0 list, 1 manifest or installer, 2 to 5 streams
+  static constexpr int first_kept_slot = 2;  // this and the later ones keep their connections
+  static constexpr int64_t default_budget = 512'000'000;  // bytes; for who knows no better
 
   http_class();
   ~http_class();
@@ -31,20 +47,33 @@ class http_class {
   // Starts the slot's transfer if it is free, moves it by a step, and judges it.
   //
   // `server` is a bare host name, no slash at its end; `file` an absolute path that begins with
-  // "/", in which blanks are escaped and nothing else; `local` the target, below app_path. Its
-  // folder must exist. A breach of these is a fatal alert. After 1 or 2 the slot is free. A
-  // transfer fails 30 seconds (of the frame clock) after the last byte of its body.
+  // "/", any bytes, which are percent-encoded; `local` the target, below app_path. Its folder must
+  // exist. A breach of these is a fatal alert. After 1 or 2 the slot is free. A transfer fails 30
+  // seconds (of the frame clock) after the last byte of its body, or when a minute brings less than
+  // 6,000 bytes, and as soon as its body is, or says that it is, longer than `max_bytes`: no more
+  // than that is ever written.
+  //
+  // With an empty `local` the body stays in memory: see body().
   int net_check(int slot, const std::string& server, const std::string& file,
-                const std::string& local);
+                const std::string& local, int64_t max_bytes = default_budget);
+  // The body that the slot's last transfer without a local file has left. The caller may move it
+  // away; the slot's next such transfer clears it, keeping its memory.
+  std::vector<char>& body(int slot);
+  // Gives up what runs in a slot, without a report, and closes its connection. The part that has
+  // come stays on disk.
+  void drop(int slot);
+
+  // --- waiting -----------------------------------------------------------------------------------
   // Waits until the network has something for one of the slots whose bits are set in `slots`, at
   // most `milliseconds`. Returns at once if one of them is free or waits for nothing.
-  void wait(unsigned slots, int milliseconds) const;
-  // Gives up what runs in a slot, without a report. The part that has come stays on disk.
-  void drop(int slot);
+  void wait(unsigned slots, int milliseconds);
+  // The same for who polls other things as well: fills `lines` (slot_count entries) with what these
+  // slots wait for, and returns their number; 0 also if one of them must not be waited for.
+  int poll_lines(unsigned slots, pollfd* lines) const;
 
   // --- progress, for the pages -------------------------------------------------------------------
   bool slot_active(int slot) const;       // a transfer is under way
-  int64_t slot_received(int slot) const;  // body bytes written so far; 0 for a free slot
+  int64_t slot_received(int slot) const;  // body bytes so far; 0 for a free slot
   int64_t slot_length(int slot) const;    // body bytes announced; -1 while unknown or free
   int64_t total_received() const;         // body bytes of all transfers since start; only grows
 
@@ -54,15 +83,24 @@ class http_class {
   int _proxy_port_int = 0;  // 0: no proxy, however the host is set
 
  private:
-  void start(int slot, const std::string& server, const std::string& file,
-             const std::string& local);
-  int judge(int slot, const std::string& server, const std::string& file);
-  void report(int slot, const std::string& text);
+  struct slot_record {
+    std::unique_ptr<down_class> down;
+    std::unique_ptr<PCSBSocket> line;  // a connection between two transfers, or null,
+    net_place line_place;              // where it leads to,
+    float line_since = 0;              // and since when it has been idle, frame clock
+    std::vector<char> body;
+    std::string last_report;     // of the last failure,
+    float last_report_time = 0;  // and when it was logged, frame clock
+  };
+
+  void start(int slot, const std::string& server, const std::string& file, const std::string& local,
+             int64_t max_bytes);
+  int judge(slot_record& slot, const std::string& server, const std::string& file);
+  int fail(slot_record& slot, const std::string& report);
+  void end(slot_record& slot);
 
   bool started_ = false;
-  std::unique_ptr<down_class> slots_[slot_count];
-  std::string last_report_[slot_count];      // of the slot's last failure,
-  float last_report_time_[slot_count] = {};  // and when it was logged, frame clock
+  slot_record slots_[slot_count];
 };
 
 extern http_class http;
@@ -74,3 +112,4 @@ extern std::vector<std::string> gProxyExclude;
 bool UseProxy(const char* host, unsigned short port);
 std::string ProxyHost(const char* host, unsigned short port);
 unsigned short ProxyPort(const char* host, unsigned short port);
+net_place place_to_connect(const std::string& host, unsigned short port);

@@ -1,24 +1,26 @@
-// down_class: one request out, one response in.
+// down_class: one request out, one answer in.
 //
-// The constructor finds the server and puts the request together. Each DoProcessing sends, reads
-// once, parses the head as far as it has come, and writes the body to its file. It is this side
-// that closes, as soon as the announced length is there. Main thread; writes total_received, the
-// table of looked-up addresses and the receive buffer, all of which the objects share.
+// The constructor finds the server, or takes over a connection, and puts the request together. Each
+// DoProcessing sends, or reads once and hands the body to its file. It is this side that closes as
+// soon as the answer has ended, unless the connection is to be kept. Main thread; writes
+// total_received and the receive buffer, which the objects share.
 
 #include "corekit/net/http_down.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/files/io_utils.h"
-#include "corekit/net/http.h"
+#include "corekit/net/http_address.h"
+#include "corekit/net/http_request.h"
 
 int64_t down_class::total_received = 0;
 
@@ -27,251 +29,208 @@ namespace {
 constexpr int code_no_connection = 20009;
 constexpr int code_no_server = 20011;
 
+// A body that brings less than this is one that somebody holds us up with: the slowest line in use
+// shared by four streams brings more.
+constexpr float pace_seconds = 60.0f;  // frame clock
+constexpr size_t pace_least = 6000;    // bytes in that time
+
 char readChunk[65536];
 
-// --- addresses -----------------------------------------------------------------------------------
-// Each small file is a connection of its own. Asking the resolver for every one would cost more
-// than the file, so an answer is kept for a minute, or until a transfer from that host fails. That
-// there is no answer is kept for a moment too: transfers are tried again without a pause, and with
-// the network down each question may stop the interface for as long as the resolver waits.
-constexpr float address_lifetime = 60.0f;  // seconds of the frame clock
-constexpr float failure_lifetime = 2.0f;
-constexpr size_t address_limit = 16;  // more than the list has mirrors
-
-struct known_address {
-  std::string host;
-  uint32_t address;  // 0 if the lookup failed
-  float looked_up;   // frame clock
-};
-std::vector<known_address> known_addresses;
-
-bool is_stale(const known_address& entry) {
-  const float lifetime = entry.address == 0 ? failure_lifetime : address_lifetime;
-  return xtim.now_sec < entry.looked_up || xtim.now_sec > entry.looked_up + lifetime;
-}
-
-// Address of `host`, 0 on failure. `fresh` tells whether the resolver was asked.
-uint32_t address_of(const std::string& host, bool* fresh) {
-  std::erase_if(known_addresses, is_stale);
-  for (const known_address& entry : known_addresses) {
-    if (entry.host == host) {
-      *fresh = false;
-      return entry.address;
-    }
+int error_of(http_fault fault) {
+  switch (fault) {
+    case fault_none:
+      return 0;
+    case fault_head_size:
+      return EMSGSIZE;
+    case fault_body_size:
+      return EFBIG;
+    default:
+      return EPROTO;
   }
-  if (known_addresses.size() == address_limit) known_addresses.erase(known_addresses.begin());
-  *fresh = true;
-  const uint32_t address = PCSBSocket::LookupAddress(host.c_str());
-  known_addresses.push_back({host, address, xtim.now_sec});
-  return address;
-}
-
-// --- request -------------------------------------------------------------------------------------
-
-// Adds text to the request's head. A line end in it would begin a header of the text's own
-// choosing, so it is left out.
-void add_text(std::vector<char>& request, std::string_view text) {
-  for (const char c : text) {
-    if (c != '\r' && c != '\n') request.push_back(c);
-  }
-}
-
-void add_line_end(std::vector<char>& request) {
-  request.push_back('\r');
-  request.push_back('\n');
-}
-
-std::string with_blanks_escaped(std::string_view file) {
-  std::string out;
-  out.reserve(file.size() + 16);
-  for (const char c : file) {
-    if (c == ' ') {
-      out += "%20";
-    } else {
-      out += c;
-    }
-  }
-  return out;
 }
 
 }  // namespace
 
-void down_class::forget_address(const std::string& host) {
-  std::erase_if(known_addresses, [&](const known_address& entry) {
-    return entry.host == host && entry.address != 0;
-  });
-}
+// --- begin ---------------------------------------------------------------------------------------
 
 down_class::down_class(const char* server, unsigned short port, const char* file, bool post,
                        const std::map<std::string, std::string>& headers, const char* body,
-                       int body_length, const char* local_path)
-    : last_activity_(xtim.now_sec) {
+                       int body_length, const char* local_path, down_terms terms)
+    : server_{server, port},
+      place_(place_to_connect(server, port)),
+      keep_(terms.keep),
+      socket_(std::move(terms.line)),
+      answer_(terms.max_body),
+      memory_(terms.memory),
+      last_activity_(xtim.now_sec),
+      pace_start_(xtim.now_sec) {
   if (local_path != nullptr && *local_path != '\0') local_path_ = app_path + local_path;
+  if (memory_ != nullptr) memory_->clear();
 
-  bool fresh = false;
-  const uint32_t address = address_of(ProxyHost(server, port), &fresh);
-  if (address == 0) {
-    if (fresh) {
-      xer << "Translated server " << server << " to IP addy: 0.0.0.0 and port = " << port << "\n";
-    }
-    error_ = code_no_server;
-    return;
-  }
-  response_code_ = -1;
-  socket_ = std::make_unique<PCSBSocket>(static_cast<unsigned short>(0), false);
-  if (socket_->GetStatus() != PCSBSocket::status_Error) {
-    socket_->Connect(address, ProxyPort(server, port));
-  }
-
-  add_text(outgoing_, post ? "POST " : "GET ");
+  std::string_view through;
   if (UseProxy(server, port)) {
     const auto host = headers.find("Host");
-    add_text(outgoing_, "http://");
-    add_text(outgoing_, host == headers.end() ? std::string_view() : host->second);
-  }
-  add_text(outgoing_, with_blanks_escaped(file));
-  add_text(outgoing_, " HTTP/1.1");
-  add_line_end(outgoing_);
-  for (const auto& [key, value] : headers) {
-    add_text(outgoing_, key);
-    add_text(outgoing_, ": ");
-    add_text(outgoing_, value);
-    add_line_end(outgoing_);
+    if (host != headers.end()) through = host->second;
   }
   const bool has_body = body != nullptr && body_length > 0;
-  if (has_body) {
-    add_text(outgoing_, "Content-Length: " + std::to_string(body_length));
-    add_line_end(outgoing_);
-  }
-  add_line_end(outgoing_);
-  if (has_body) outgoing_.insert(outgoing_.end(), body, body + body_length);
+  request_ = http_request_text(
+      post, through, file, headers,
+      has_body ? std::string_view(body, static_cast<size_t>(body_length)) : std::string_view());
+
+  is_reused_ = socket_ != nullptr && socket_->IsIdle();
+  if (!is_reused_) connect();
 }
 
 down_class::~down_class() {
   close_file();
 }
 
+void down_class::connect() {
+  socket_.reset();
+  sent_ = 0;
+  bool fresh = false;
+  const uint32_t address = http_address_of(place_.host, &fresh);
+  if (address == 0) {
+    if (fresh) {
+      xer << "Translated server " << str_printable(server_.host)
+          << " to IP addy: 0.0.0.0 and port = " << server_.port << "\n";
+    }
+    error_ = code_no_server;
+    return;
+  }
+  socket_ = std::make_unique<PCSBSocket>(static_cast<unsigned short>(0), false);
+  if (socket_->GetStatus() != PCSBSocket::status_Error) {
+    socket_->Connect(address, place_.port);
+  }
+}
+
+// The connection is at its end, and nothing more is asked of it. A server may close one that it has
+// kept, at any time and without a word: if nothing of the answer has come, another is opened, once.
+void down_class::lose_line() {
+  if (is_reused_ && !answer_.has_begun()) {
+    is_reused_ = false;
+    connect();
+    return;
+  }
+  if (socket_->GetStatus() != PCSBSocket::status_Error) socket_->Disconnect();
+  close_file();
+}
+
 // --- one step ------------------------------------------------------------------------------------
 
 void down_class::DoProcessing() {
-  if (!socket_) return;
+  if (std::exchange(resting_, -1.0f) == xtim.now_sec) return;
+  if (!socket_ || error_ != 0 || answer_.ended()) return;
   switch (socket_->GetStatus()) {
     case PCSBSocket::status_Connected:
       break;
     case PCSBSocket::status_Closed:
     case PCSBSocket::status_Error:
-      close_file();
+      lose_line();
       return;
     default:
       return;
   }
 
-  if (!outgoing_.empty()) {
-    const long sent =
-        socket_->http_WriteData(outgoing_.data(), static_cast<long>(outgoing_.size()));
-    if (sent > 0) outgoing_.erase(outgoing_.begin(), outgoing_.begin() + sent);
+  if (sent_ < request_.size()) {
+    send_request();
+    return;  // no answer is here yet
   }
   const long got = socket_->ReadData(readChunk, sizeof readChunk);
-  if (got < 1) return;
+  if (got > 0) {
+    take_bytes({readChunk, static_cast<size_t>(got)});
+  } else if (got < 0 || socket_->ReceivedRelease()) {
+    lose_line();
+  }
+}
 
-  if (!header_done_) {
-    incoming_.insert(incoming_.end(), readChunk, readChunk + got);
-    parse_head();
-    if (!header_done_) return;
-    std::vector<char> body;
-    body.swap(incoming_);
-    take_body(body.data(), body.size());
+void down_class::send_request() {
+  const long sent =
+      socket_->http_WriteData(request_.data() + sent_, static_cast<long>(request_.size() - sent_));
+  if (sent < 0) {
+    lose_line();
   } else {
-    take_body(readChunk, static_cast<size_t>(got));
+    sent_ += static_cast<size_t>(sent);
   }
 }
 
-// Reads whole lines from the front of `incoming_` until the head is done or the bytes run out.
-void down_class::parse_head() {
-  const char* const bytes = incoming_.data();
-  const size_t count = incoming_.size();
-  size_t at = 0;
-  while (!header_done_ && count - at >= 2) {
-    if (bytes[at] == '\r' && bytes[at + 1] == '\n') {
-      at += 2;
-      // After a head of 100 (or one without a status line) comes another, which is the answer.
-      if (response_code_ > 199) begin_body();
-      continue;
-    }
-    const std::string_view rest(bytes + at, count - at);
-    const size_t end = rest.find("\r\n", 1);
-    if (end == std::string_view::npos) break;
-    parse_head_line(rest.substr(0, end));
-    at += end + 2;
+void down_class::take_bytes(std::string_view bytes) {
+  size_t body_bytes = 0;
+  while (!bytes.empty() && !answer_.ended() && answer_.fault() == fault_none) {
+    const bool head_was_done = answer_.head_done();
+    std::string_view body;
+    bytes.remove_prefix(answer_.take(bytes, &body));
+    if (!head_was_done && answer_.head_done() && answer_.fault() == fault_none) begin_body();
+    if (!body.empty()) take_body(body);
+    body_bytes += body.size();
   }
-  incoming_.erase(incoming_.begin(), incoming_.begin() + static_cast<ptrdiff_t>(at));
-  head_bytes_ += at;
-  const size_t unfinished = header_done_ ? 0 : incoming_.size();
-  if (head_bytes_ + unfinished > head_limit) error_ = EMSGSIZE;
+  if (answer_.head_done()) last_activity_ = xtim.now_sec;
+  if (answer_.fault() != fault_none) {
+    error_ = error_of(answer_.fault());
+  } else if (answer_.ended()) {
+    end_answer(!bytes.empty());
+  } else {
+    watch_pace(body_bytes);
+  }
 }
 
-void down_class::parse_head_line(std::string_view line) {
-  constexpr size_t code_at = 9;   // behind "HTTP/1.1 "
-  constexpr size_t text_at = 13;  // and behind the code and a blank
-  if (line.starts_with("HTTP/") && line.size() > text_at) {
-    response_text_ = line.substr(text_at);
-    response_code_ = std::atoi(std::string(line.substr(code_at, 3)).c_str());
+// The head has ended.
+void down_class::begin_body() {
+  pace_start_ = xtim.now_sec;
+  if (local_path_.empty()) return;
+  constexpr mode_t mode = 0666;
+  output_file_ = open(local_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
+  if (output_file_ < 0) error_ = errno;
+}
+
+void down_class::take_body(std::string_view bytes) {
+  if (local_path_.empty()) {
+    if (memory_ == nullptr) return;
+    memory_->insert(memory_->end(), bytes.begin(), bytes.end());
+  } else if (output_file_ < 0) {
     return;
   }
-  const size_t colon = line.find(": ");
-  if (colon == std::string_view::npos || colon + 2 == line.size()) return;
-  response_headers_.emplace(line.substr(0, colon), line.substr(colon + 2));
-}
-
-// The head has ended: opens the file and learns the length.
-void down_class::begin_body() {
-  header_done_ = true;
-  if (!local_path_.empty()) {
-    output_file_ = std::fopen(local_path_.c_str(), "wbe");
-    if (output_file_ == nullptr) error_ = errno;
-  }
-  // The key in this case alone: a server that writes it otherwise counts as giving no length.
-  const auto length = response_headers_.find("Content-Length");
-  if (length == response_headers_.end()) return;
-  const long long announced = std::strtoll(length->second.c_str(), nullptr, 10);
-  if (announced < 0 || announced > INT_MAX) {
-    error_ = EFBIG;  // no archive of a release is that large; the server is not to be believed
-  } else {
-    content_length_ = announced;
+  received_ += static_cast<int64_t>(bytes.size());
+  total_received += static_cast<int64_t>(bytes.size());
+  while (output_file_ >= 0 && !bytes.empty()) {
+    const ssize_t put = write(output_file_, bytes.data(), bytes.size());
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) {
+      error_ = put < 0 ? errno : ENOSPC;
+      return;
+    }
+    bytes.remove_prefix(static_cast<size_t>(put));
   }
 }
 
-// Takes body bytes as they came, and hangs up once all that was announced is there. A body that
-// goes on beyond that is counted too, so that it fails.
-void down_class::take_body(const char* bytes, size_t count) {
-  last_activity_ = xtim.now_sec;
-  if (local_path_.empty()) {
-    // Not counted as received: it has not been passed on.
-    incoming_.insert(incoming_.end(), bytes, bytes + count);
-    if (incoming_.size() > memory_limit) error_ = EMSGSIZE;
-  } else if (output_file_ != nullptr && count > 0) {
-    received_ += static_cast<int64_t>(count);
-    total_received += static_cast<int64_t>(count);
-    if (std::fwrite(bytes, 1, count, output_file_) != count) error_ = errno;
-  }
-  const int64_t have = received_ + static_cast<int64_t>(incoming_.size());
-  if (content_length_ >= 0 && have >= content_length_) {
-    socket_->Disconnect();
-    close_file();
-  }
+// Where the connection is to be closed, bytes behind the answer say that the length was not true;
+// where it is kept, they are nobody's, and it is closed so that nobody takes them for his.
+void down_class::end_answer(bool has_more) {
+  has_excess_ = has_more && !keep_;
+  if (!keep_ || has_more || !answer_.may_go_on()) socket_->Disconnect();
+  close_file();
+}
+
+void down_class::watch_pace(size_t body_bytes) {
+  pace_bytes_ += body_bytes;
+  if (xtim.now_sec <= pace_start_ + pace_seconds) return;
+  if (answer_.head_done() && pace_bytes_ < pace_least) error_ = ETIMEDOUT;
+  pace_start_ = xtim.now_sec;
+  pace_bytes_ = 0;
 }
 
 // A full disk may show only now, so the file is closed before the transfer is judged.
 void down_class::close_file() {
-  if (output_file_ == nullptr) return;
-  if (std::fclose(output_file_) != 0 && error_ == 0) error_ = errno;
-  output_file_ = nullptr;
+  if (output_file_ < 0) return;
+  if (close(output_file_) != 0 && error_ == 0) error_ = errno;
+  output_file_ = -1;
 }
 
 // --- what it has come to -------------------------------------------------------------------------
 
 down_class::state_value down_class::state() const {
   if (!socket_) return state_no_socket;
+  if (answer_.ended()) return state_closed;
   switch (socket_->GetStatus()) {
     case PCSBSocket::status_Connected:
       break;
@@ -282,13 +241,26 @@ down_class::state_value down_class::state() const {
     default:
       return state_connecting;
   }
-  if (!outgoing_.empty()) return state_sending;
-  return header_done_ ? state_body : state_waiting;
+  if (sent_ < request_.size()) return state_sending;
+  return answer_.head_done() ? state_body : state_waiting;
 }
 
 int down_class::os_error() const {
   if (error_ != 0) return error_;
   return socket_ ? socket_->GetOSError() : code_no_connection;
+}
+
+const char* down_class::error_text() const {
+  if (answer_.fault() != fault_none) return http_fault_text(answer_.fault());
+  if (error_ == ETIMEDOUT) return "the answer comes too slowly to be waited for";
+  return "";
+}
+
+std::unique_ptr<PCSBSocket> down_class::take_line() {
+  if (!socket_ || !complete() || socket_->GetStatus() != PCSBSocket::status_Connected) {
+    return nullptr;
+  }
+  return std::move(socket_);
 }
 
 bool down_class::waits_for(int* descriptor, short* events) const {
@@ -306,4 +278,8 @@ bool down_class::waits_for(int* descriptor, short* events) const {
   }
   *descriptor = socket_->Descriptor();
   return true;
+}
+
+void down_class::rest() {
+  resting_ = xtim.now_sec;
 }

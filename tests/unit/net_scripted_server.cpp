@@ -75,11 +75,17 @@ bool scripted_server::send_piece() {
   return true;
 }
 
-// False when the server is to stop.
-bool scripted_server::wait_readable(int descriptor) {
-  pollfd entries[] = {{stop_pipe_[0], POLLIN, 0}, {descriptor, POLLIN, 0}};
-  poll(entries, 2, -1);
-  return entries[0].revents == 0;
+// One of them that can be read, or -1 when the server is to stop.
+int scripted_server::wait_readable(const std::vector<int>& descriptors) {
+  std::vector<pollfd> entries = {{stop_pipe_[0], POLLIN, 0}};
+  for (const int descriptor : descriptors)
+    entries.push_back({descriptor, POLLIN, 0});
+  poll(entries.data(), entries.size(), -1);
+  if (entries[0].revents != 0) return -1;
+  for (const pollfd& entry : entries) {
+    if (entry.revents != 0) return entry.fd;
+  }
+  return -1;
 }
 
 bool scripted_server::wait_turn() {
@@ -90,8 +96,17 @@ bool scripted_server::wait_turn() {
 }
 
 void scripted_server::run() {
-  while (wait_readable(listener_)) {
-    const int caller = accept(listener_, nullptr, nullptr);
+  for (;;) {
+    std::vector<int> all = kept_open_;
+    all.push_back(listener_);
+    int caller = wait_readable(all);
+    if (caller < 0) break;
+    if (caller == listener_) {
+      caller = accept(listener_, nullptr, nullptr);
+      ++connections_;
+    } else {
+      std::erase(kept_open_, caller);
+    }
     if (caller >= 0) serve(caller);
   }
   for (const int caller : kept_open_)
@@ -104,7 +119,7 @@ void scripted_server::serve(int caller) {
   std::string head;
   while (!head.ends_with("\r\n\r\n")) {
     char byte = 0;
-    if (!wait_readable(caller) || recv(caller, &byte, 1, 0) != 1) {
+    if (wait_readable({caller}) < 0 || recv(caller, &byte, 1, 0) != 1) {
       close(caller);
       return;
     }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <fstream>
 #include <functional>
@@ -16,7 +17,7 @@
 
 struct scripted_reply {
   std::vector<std::string> pieces;  // sent one after the other
-  bool keep_open = false;           // else the connection is closed after the last piece
+  bool keep_open = false;           // for another request; else it is closed after the last piece
 };
 
 // A body of the announced length behind a status line.
@@ -35,6 +36,7 @@ class scripted_server {
 
   int port() const { return port_; }
   std::vector<std::string> requests();  // the heads so far
+  size_t connections() { return connections_; }
   // Lets the next piece of the present reply go and returns once the system has it. False when
   // there is none.
   bool send_piece();
@@ -42,7 +44,7 @@ class scripted_server {
  private:
   void run();
   void serve(int caller);
-  bool wait_readable(int descriptor);
+  int wait_readable(const std::vector<int>& descriptors);
   bool wait_turn();
 
   answer_function answer_;
@@ -51,6 +53,7 @@ class scripted_server {
   int stop_pipe_[2] = {-1, -1};
   int port_ = 0;
   std::vector<int> kept_open_;  // the server's thread only
+  std::atomic<size_t> connections_ = 0;
 
   std::mutex guard_;  // of what follows
   std::condition_variable changed_;

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/net/http_down.h"
 #include "net_scripted_server.h"
@@ -68,17 +69,20 @@ using NetDown = NetHttp;
 // Nothing until the frame clock has passed 30 seconds, then a failure without a word in the log.
 constexpr int silence = -1;
 
-// What a server sends and what is to come of it.
+// What a server sends and what is to come of it, in a slot that closes and in one that keeps.
 struct http_case {
   std::string label, sent;
   int result;
   std::optional<std::string> body = {};  // of the local file
-  const facts* log = nullptr;
-  bool keep_open = false;  // else the server closes after the last byte
+  const char* warning = nullptr;         // that stands in the log before the report
+  bool keep_open = false;                // else the server closes after the last byte
+  const facts* log = nullptr;            // of a slot that closes
+  int result_kept = result;
+  int64_t budget = 10'000'000;
 };
 
-void run_case(const http_case& c, const std::vector<std::string>& pieces) {
-  SCOPED_TRACE(c.label);
+void run_case(const http_case& c, int slot, const std::vector<std::string>& pieces) {
+  SCOPED_TRACE(c.label + " in slot " + std::to_string(slot));
   const log_file log;
   const std::string local = scratch_folder() + "got.zip";
   scripted_server server(
@@ -88,7 +92,8 @@ void run_case(const http_case& c, const std::vector<std::string>& pieces) {
       true);
   use_proxy_port(server.port());
   xtim.now_sec = 100.0f;
-  const auto check = [&] { return http.net_check(0, host, "/f.zip", local); };
+  const auto check = [&] { return http.net_check(slot, host, "/f.zip", local, c.budget); };
+  const int expected = slot < http_class::first_kept_slot ? c.result : c.result_kept;
 
   int result = http_running;
   until_over([&] {
@@ -99,7 +104,7 @@ void run_case(const http_case& c, const std::vector<std::string>& pieces) {
   // One poll after each piece, so that the client sees it as it was cut.
   while (result == http_running && server.send_piece())
     result = check();
-  if (c.result == silence) {
+  if (expected == silence) {
     // What was sent is there in a poll or two; more of them must not change the verdict.
     for (int polls = 0; polls < 50 && result == http_running; ++polls)
       result = check();
@@ -111,19 +116,26 @@ void run_case(const http_case& c, const std::vector<std::string>& pieces) {
     EXPECT_EQ(log.content(), "");
   } else {
     if (result == http_running) result = until_over(check);
-    EXPECT_EQ(result, c.result);
+    EXPECT_EQ(result, expected);
   }
-  EXPECT_FALSE(http.slot_active(0));
+  EXPECT_FALSE(http.slot_active(slot));
   if (c.body) {
     EXPECT_EQ(bytes_of(local), *c.body);
   }
-  if (c.log) {
+  EXPECT_LE(bytes_of(local).size(), static_cast<size_t>(c.budget));
+  if (c.warning) {
+    EXPECT_EQ(log.content().find("WARNING: "s + c.warning), 0u) << log.content();
+  } else {
+    EXPECT_EQ(log.content().find("WARNING"), std::string::npos) << log.content();
+  }
+  if (c.log && slot < http_class::first_kept_slot) {
     EXPECT_EQ(log.content(), report(local, host, "/f.zip", *c.log));
   }
-  http.drop(0);
+  http.drop(slot);
 }
 
-const std::string ok = "HTTP/1.1 200 OK\r\n", of_two = "Content-Length: 2\r\n\r\n";
+const std::string ok = "HTTP/1.1 200 OK\r\n", of_two = "Content-Length: 2\r\n\r\n",
+                  chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
 
 TEST_F(NetHttp, BrokenConventionsAreFatal) {
   const auto exits = testing::ExitedWithCode(1);
@@ -134,72 +146,299 @@ TEST_F(NetHttp, BrokenConventionsAreFatal) {
 }
 
 TEST_F(NetHttp, AnswersOfAServer) {
-  std::string endless, digits;
+  std::string endless, digits, chunks, tiny;
   for (int i = 0; i < 4000; ++i)
     endless += "HTTP/1.1 100 Go on\r\n\r\n";
   for (int i = 0; i < 100000; ++i)
     digits += "0123456789";
+  for (int i = 0; i < 1000; ++i)
+    chunks += "3e8\r\n" + digits.substr(0, 1000) + "\r\n";
+  for (int i = 0; i < 2000; ++i)
+    tiny += "1;" + std::string(100, 'e') + "\r\nx\r\n";
   const facts not_found = {1, 1, 0, 3, 0, "Not Found (#404)"},
-              too_long = {1, 0, 0, 3, 0, "OK (#200)"}, no_end = {0, 0, 1, 6, 90, "OK (#200)"},
-              too_large = {0, 0, 1, 5, 27, "OK (#200)"};
+              too_long = {1, 0, 0, 3, 0, "OK (#200)"}, cut = {1, 0, 0, 3, 0, "OK (#200)"},
+              none = {1, 0, 0, 3, 0, " (#-1)"};
   const auto any = std::nullopt;
+  constexpr char endless_head[] = "the head of the answer does not end",
+                 no_end[] = "the answer has neither a length nor chunks",
+                 no_length[] = "the answer's length is no number",
+                 coding[] = "the answer comes in a transfer coding",
+                 damaged[] = "the answer's chunks are damaged",
+                 too_large[] = "the answer is larger than the file can be";
+  constexpr bool open = true;
   const http_case rows[] = {
+      // by length
       {"plain", ok + "Content-Length: 9\r\n\r\nh\x00\r\nabcde"s, http_done, "h\x00\r\nabcde"s},
       {"many reads", ok + "Content-Length: 1000000\r\n\r\n" + digits, http_done, digits},
       {"a head of 100 and one without a status line first",
-       "HTTP/1.1 100 Continue\r\nX: y\r\n\r\nX: y\r\n\r\nHTTP/1.0 200 OK\r\n" + of_two + "ok",
+       "HTTP/1.1 100 Continue\r\nContent-Length: 7\r\n\r\nX: y\r\n\r\nHTTP/1.0 200 OK\r\n" +
+           of_two + "ok",
        http_done, "ok"},
-      {"of two equal keys the first one counts",
-       ok + "Content-Length: 2\r\nContent-Length: 50\r\n\r\nok", http_done, "ok"},
+      {"a name in any case, no blank or more of them",
+       ok + "cONTENT-lENGTH\t:2\r\nX:  y \r\n\r\nok", http_done, "ok"},
       {"lines that are no key and value; a lone CR or LF ends none",
-       ok + "no colon\r\nEmpty: \r\nTight:value\r\nX: a\rContent-Length: 9\n\r\n" + of_two + "ok",
+       ok + "no colon\r\nEmpty: \r\nX: a\rContent-Length: 9\n\r\n folded\r\n" + of_two + "ok",
        http_done, "ok"},
       {"an empty body is complete with its head", ok + "Content-Length: 0\r\n\r\n", http_done, "",
-       nullptr, true},
+       nullptr, open},
       {"the last good status", "HTTP/1.1 299 Odd\r\n" + of_two + "ok", http_done, "ok"},
       {"the first bad one, which names another place",
        "HTTP/1.1 300 Many\r\nLocation: http://elsewhere.example/\r\n" + of_two + "ok", http_failed},
       {"a refusal is fetched and then judged", "HTTP/1.1 404 Not Found\r\n" + of_two + "no",
-       http_failed, "no", &not_found},
-      {"more body than announced is a failure, not a file", ok + of_two + "abc", http_failed, any,
-       &too_long},
-      {"a length that is no number reads as 0", ok + "Content-Length: many\r\n\r\nabc",
-       http_failed},
-      {"the largest length that is believed", ok + "Content-Length: 2147483647\r\n\r\nabc", silence,
-       "abc", nullptr, true},
-      {"refused at once", ok + "Content-Length: 2147483648\r\n\r\nabc", http_failed, any,
-       &too_large, true},
-      {"negative", ok + "Content-Length: -1\r\n\r\nabc", http_failed, any, &too_large, true},
+       http_failed, "no", nullptr, false, &not_found},
+      {"bytes behind the body: the length lied, or they are nobody's", ok + of_two + "abc",
+       http_failed, "ab", nullptr, false, &too_long, http_done},
+      {"equal lengths are one", ok + "Content-Length: 2\r\nContent-Length: 2 , 2\r\n\r\nok",
+       http_done, "ok"},
+      {"lengths that differ", ok + "Content-Length: 2\r\nContent-Length: 50\r\n\r\nok", http_failed,
+       "", no_length, open},
+      {"and on one line", ok + "Content-Length: 2, 3\r\n\r\nok", http_failed, "", no_length, open},
+      {"no number", ok + "Content-Length: many\r\n\r\nabc", http_failed, "", no_length, open},
+      {"hexadecimal", ok + "Content-Length: 0x2\r\n\r\nab", http_failed, "", no_length, open},
+      {"signed", ok + "Content-Length: +2\r\n\r\nab", http_failed, "", no_length, open},
+      {"negative", ok + "Content-Length: -1\r\n\r\nabc", http_failed, "", no_length, open},
+      {"folded", ok + "Content-Length: 2\r\n 0\r\n\r\nab", http_failed, "", no_length, open},
+      {"as long as granted", ok + of_two + "ok", http_done, "ok", nullptr, open, nullptr, http_done,
+       2},
+      {"longer than granted", ok + of_two + "ok", http_failed, "", too_large, open, nullptr,
+       http_failed, 1},
+      {"beyond 64 bits", ok + "Content-Length: 9223372036854775808\r\n\r\nabc", http_failed, "",
+       too_large, open},
+      {"in chunks as well", ok + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\nabc",
+       http_failed, "", coding, open},
+      {"no content, as it says, and as long", "HTTP/1.1 204 No Content\r\n\r\n", http_failed, "",
+       no_end, open},
+      // in chunks
+      {"chunks", chunked + "3\r\nabc\r\n00A;x=\"y\"\r\n0123456789\r\n0\r\n\r\n", http_done,
+       "abc0123456789", nullptr, open},
+      {"trailers", chunked + "3 ; x\r\nabc\r\n0\r\nContent-Length: 9\r\n: \r\n\r\n", http_done,
+       "abc", nullptr, open},
+      {"many reads of chunks", chunked + chunks + "0\r\n\r\n", http_done, digits, nullptr, open},
+      {"no bytes in chunks", chunked + "0\r\n\r\n", http_done, "", nullptr, open},
+      {"their name in any case", ok + "TRANSFER-encoding:Chunked\r\n\r\n0\r\n\r\n", http_done, "",
+       nullptr, open},
+      {"bytes behind the chunks", chunked + "0\r\n\r\nX", http_failed, "", nullptr, open, &too_long,
+       http_done},
+      {"a refusal in chunks",
+       "HTTP/1.1 404 Not Found\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nno\r\n0\r\n\r\n",
+       http_failed, "no", nullptr, open, &not_found},
+      {"chunks that together are too many", chunked + "2\r\nab\r\n2\r\ncd\r\n0\r\n\r\n",
+       http_failed, "ab", too_large, open, nullptr, http_failed, 3},
+      {"the largest size there is", chunked + "ffffffffffffffff\r\nabc", http_failed, "", too_large,
+       open},
+      {"and a larger one", chunked + "10000000000000001\r\na", http_failed, "", too_large, open},
+      {"negative", chunked + "-1\r\nabc", http_failed, "", damaged, open},
+      {"no size", chunked + "\r\nabc", http_failed, "", damaged, open},
+      {"hexadecimal twice", chunked + "0x3\r\nabc", http_failed, "", damaged, open},
+      {"a lone LF", chunked + "3\nabc\n0\n\r\n", http_failed, "", damaged, open},
+      {"a chunk longer than it said", chunked + "3\r\nabcd\r\n", http_failed, "abc", damaged, open},
+      {"a size that does not end", chunked + "3;" + std::string(2000, 'x'), http_failed, "",
+       damaged, open},
+      {"mostly extensions", chunked + tiny, http_failed, any, damaged, open, nullptr, http_failed,
+       100'000},
+      {"trailers that do not end", chunked + "0\r\n" + std::string(70000, 'x'), http_failed, "",
+       endless_head, open},
+      {"chunks that are packed", ok + "Transfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n",
+       http_failed, "", coding, open},
+      {"chunks in chunks",
+       ok + "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
+       http_failed, "", coding, open},
+      {"a folded coding", ok + "Transfer-Encoding: chunked\r\n , gzip\r\n\r\n0\r\n\r\n",
+       http_failed, "", coding, open},
+      {"a cut in a chunk", chunked + "5\r\nabc", http_failed, "abc", nullptr, false, &cut},
+      {"a cut before the last chunk", chunked + "3\r\nabc\r\n", http_failed, "abc", nullptr, false,
+       &cut},
+      {"a cut in the trailers", chunked + "0\r\n", http_failed, "", nullptr, false, &cut},
+      // no end
+      {"neither length nor chunks", ok + "\r\nall there is", http_failed, "", no_end, open},
+      {"said to end with the connection",
+       "HTTP/1.0 200 OK\r\nConnection: close\r\n\r\nall there is", http_failed, "", no_end},
       {"a head of nearly 64 KB", ok + "X: " + std::string(65400, 'x') + "\r\n" + of_two + "ok",
        http_done, "ok"},
       {"a line that never ends does not fill the memory", ok + "X: " + std::string(70000, 'x'),
-       http_failed, any, &no_end, true},
-      {"nor do heads of 100 for ever", endless, http_failed, any, nullptr, true},
-      {"no answer", "", silence},
-      {"a stop in the head", ok + "Content-Le", silence, any, nullptr, true},
-      {"nothing behind the code, so no status line", "HTTP/1.1 200\r\n" + of_two + "ok", silence},
-      {"without a length nothing is complete", ok + "\r\nall there is", silence, "all there is"},
-      {"chunks give no length", ok + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n",
-       silence},
-      {"the key counts in its usual case alone", ok + "content-length: 3\r\n\r\nabc", silence,
-       "abc"},
-      {"a close before the end says nothing", ok + of_two + "o", silence, "o"},
+       http_failed, "", endless_head, open},
+      {"nor do heads of 100 for ever", endless, http_failed, "", endless_head, open},
+      {"no answer", "", silence, any, nullptr, open},
+      {"a stop in the head", ok + "Content-Le", silence, any, nullptr, open},
+      {"nothing behind the code, so no status line", "HTTP/1.1 200\r\n" + of_two + "ok", silence,
+       any, nullptr, open},
+      {"a stop in the body", ok + of_two + "o", silence, "o", nullptr, open},
+      {"a stop before the last chunk", chunked + "1\r\no\r\n", silence, "o", nullptr, open},
+      {"a close instead of an answer", "", http_failed, any, nullptr, false, &none},
+      {"a close before the end", ok + of_two + "o", http_failed, "o", nullptr, false, &cut},
   };
-  for (const http_case& row : rows)
-    run_case(row, {row.sent});
+  for (const http_case& row : rows) {
+    run_case(row, 0, {row.sent});
+    run_case(row, 2, {row.sent});
+  }
 }
 
 TEST_F(NetHttp, AnAnswerInPieces) {
-  const std::string whole =
-      "HTTP/1.1 100 Continue\r\n\r\n" + ok + "Content-Length: 7\r\n\r\n\r\n\r\n123";
-  std::vector<std::string> bytes;
-  for (const char byte : whole)
-    bytes.emplace_back(1, byte);
-  run_case({"byte by byte", "", http_done, "\r\n\r\n123"}, bytes);
-  for (size_t at = 1; at < whole.size(); ++at) {
-    run_case({"cut at " + std::to_string(at), "", http_done, "\r\n\r\n123"},
-             {whole.substr(0, at), whole.substr(at)});
+  const std::string
+      first = "HTTP/1.1 100 Continue\r\n\r\n" + ok,
+      bodies[] = {
+          "Content-Length: 7\r\n\r\n\r\n\r\n123",
+          "Transfer-Encoding: chunked\r\n\r\n4;x\r\n\r\n\r\n\r\n3\r\n123\r\n0\r\nX: y\r\n\r\n"};
+  for (const std::string& rest : bodies) {
+    const std::string whole = first + rest;
+    std::vector<std::string> bytes;
+    for (const char byte : whole)
+      bytes.emplace_back(1, byte);
+    run_case({"byte by byte", "", http_done, "\r\n\r\n123"}, 0, bytes);
+    // Every cut, and every pair of them, without a socket between.
+    for (size_t one = 0; one < whole.size(); ++one) {
+      for (size_t two = one; two < whole.size(); ++two) {
+        http_answer answer(7);
+        std::string body;
+        for (std::string_view part : {std::string_view(whole).substr(0, one),
+                                      std::string_view(whole).substr(one, two - one),
+                                      std::string_view(whole).substr(two)}) {
+          for (std::string_view taken; !part.empty(); body += taken)
+            part.remove_prefix(answer.take(part, &taken));
+          if (part.empty() && answer.ended()) break;
+        }
+        ASSERT_TRUE(answer.ended() && body == "\r\n\r\n123") << one << " " << two;
+      }
+    }
   }
+}
+
+// The clock goes on by a second a step, and each brings a little of a body of 100,000 bytes.
+TEST_F(NetHttp, ABodyThatTricklesIsGivenUp) {
+  const struct {
+    const char* label;
+    size_t bytes;  // a second
+    int steps, result;
+  } rows[] = {{"too slow", 90, 61, http_failed},
+              {"slow", 110, 200, http_running},
+              {"in time", 2000, 50, http_done}};
+  for (const auto& row : rows) {
+    const log_file log;
+    std::vector<std::string> pieces = {ok + "Content-Length: 100000\r\n\r\n"};
+    pieces.resize(100000 / row.bytes + 1, std::string(row.bytes, 'x'));
+    scripted_server server([&](const std::string&) { return scripted_reply{pieces, true}; }, true);
+    use_proxy_port(server.port());
+    const std::string local = scratch_folder() + "x";
+    int result = http_running;
+    int64_t sent = 0;
+    const auto step = [&] { return result = http.net_check(2, host, "/x", local); };
+    until_over([&] { return step() || !server.requests().empty(); });
+    for (int i = 0; i <= row.steps && result == http_running && server.send_piece(); ++i) {
+      until_over([&] { return step() || http.slot_received(2) >= sent; });
+      sent += static_cast<int64_t>(row.bytes);
+      xtim.now_sec += 1.0f;
+    }
+    EXPECT_EQ(result, row.result) << row.label;
+    EXPECT_EQ(str_holds(log.content(), "WARNING: the answer comes too slowly"),
+              row.result == http_failed);
+    http.drop(2);
+  }
+}
+
+// --- kept connections ---------------------------------------------------------------------------
+
+TEST_F(NetHttp, ConnectionsAreKeptWhileTheyAreGood) {
+  const std::string good = ok + of_two + "ok", close = "Connection: close\r\n",
+                    old = "HTTP/1.0 200 OK\r\n", stay = "Connection: Keep-Alive, x\r\n";
+  const struct {
+    const char* label;
+    int slot;
+    // What the server answers, request by request; empty: it closes instead. Every answer leaves
+    // the connection open but those that end with "!".
+    std::vector<std::string> answers;
+    std::vector<int> results;
+    size_t connections;
+    float pause = 0;  // between two files
+  } rows[] = {
+      {"one for all", 2, {good, good, good}, {1, 1, 1}, 1},
+      {"in chunks", 5, {chunked + "0\r\n\r\n", good}, {1, 1}, 1},
+      {"a refusal does not harm it", 2, {"HTTP/1.1 404 No\r\n" + of_two + "no", good}, {2, 1}, 1},
+      {"the list and the manifest keep none", 1, {good, good}, {1, 1}, 2},
+      {"the server says that it closes", 2, {ok + close + of_two + "ok", good}, {1, 1}, 2},
+      {"one among many says so",
+       2,
+       {ok + "CONNECTION:x , CLOSE\r\n" + of_two + "ok", good},
+       {1, 1},
+       2},
+      {"old protocol", 2, {old + of_two + "ok", good}, {1, 1}, 2},
+      {"old protocol that keeps", 2, {old + stay + of_two + "ok", good}, {1, 1}, 1},
+      {"idle too long", 2, {good, good}, {1, 1}, 2, 16.0f},
+      {"the server closes and says nothing", 2, {good + "!", good + "!", good}, {1, 1, 1}, 3},
+      {"it closes with the next request in hand", 2, {good, "!", good}, {1, 1}, 2},
+      {"and again: that is a failure", 2, {good, "!", "!", good}, {1, 2, 1}, 3},
+      {"it dies within the answer", 2, {good, ok + "!", good}, {1, 2, 1}, 2},
+      {"bytes behind an answer", 2, {good + good, good}, {1, 1}, 2},
+      {"a first connection that dies is a failure", 2, {"!", good}, {2, 1}, 2},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    const log_file log;
+    size_t served = 0;
+    scripted_server server([&](const std::string&) {
+      std::string answer = row.answers[served++];
+      const bool ends = answer.ends_with('!');
+      if (ends) answer.pop_back();
+      return scripted_reply{{answer}, !ends};
+    });
+    use_proxy_port(server.port());
+    const std::string local = scratch_folder() + "x";
+    size_t failures = 0;
+    for (const int expected : row.results) {
+      EXPECT_EQ(until_over([&] { return http.net_check(row.slot, host, "/x", local); }), expected);
+      xtim.now_sec += row.pause;
+      failures += expected == http_failed ? 1 : 0;
+    }
+    EXPECT_EQ(server.requests().size(), row.answers.size());
+    EXPECT_EQ(server.connections(), row.connections);
+    EXPECT_EQ(failures == 0, log.content().empty()) << log.content();
+    http.drop(row.slot);
+  }
+}
+
+// Another mirror is another connection, and a stream that changes its mirror while a file is under
+// way does not send the next request to the wrong one.
+TEST_F(NetHttp, AKeptConnectionLeadsToOnePlace) {
+  const auto answer = [](const std::string&) { return scripted_reply{{ok + of_two + "ok"}, true}; };
+  scripted_server one(answer), two(answer);
+  const std::string local = scratch_folder() + "x";
+  const auto fetch = [&] {
+    return until_over([&] { return http.net_check(3, host, "/x", local); });
+  };
+  use_proxy_port(one.port());
+  EXPECT_EQ(http.net_check(3, host, "/x", local), http_running);
+  use_proxy_port(two.port());
+  EXPECT_EQ(fetch(), http_done);
+  EXPECT_EQ(one.requests().size(), 1u);
+  EXPECT_EQ(fetch(), http_done);
+  EXPECT_EQ(two.requests().size(), 1u);
+  EXPECT_EQ(fetch(), http_done);
+  EXPECT_EQ(two.connections(), 1u);
+  http.drop(3);
+  EXPECT_EQ(fetch(), http_done);
+  EXPECT_EQ(two.connections(), 2u) << "drop closes";
+  http.drop(3);
+}
+
+// A wait ends when an answer comes, and a transfer that has nothing to read is left alone.
+TEST_F(NetHttp, Waiting) {
+  scripted_server server([](const std::string&) { return whole_answer("fine"); }, true);
+  use_proxy_port(server.port());
+  EXPECT_EQ(http.net_check(2, host, "/x", ""), http_running);
+  pollfd lines[http_class::slot_count];
+  EXPECT_EQ(http.poll_lines(1u << 2, lines), 1);
+  EXPECT_EQ(http.poll_lines(3u << 2, lines), 0) << "a free slot";
+  until_over([&] {
+    http.wait(1u << 2, 1000);
+    return http.net_check(2, host, "/x", "") || !server.requests().empty();
+  });
+  EXPECT_EQ(http.poll_lines(1u << 2, lines), 1);
+  EXPECT_EQ(lines[0].events, POLLIN);
+  http.wait(1u << 2, 0);
+  server.send_piece();
+  EXPECT_EQ(http.net_check(2, host, "/x", ""), http_running) << "nothing was there when it waited";
+  http.wait(1u << 2, 10000);
+  EXPECT_EQ(http.net_check(2, host, "/x", ""), http_done);
+  EXPECT_EQ(std::string(http.body(2).begin(), http.body(2).end()), "fine");
 }
 
 // --- net_check ----------------------------------------------------------------------------------
@@ -241,21 +480,23 @@ TEST_F(NetHttp, AFailedLookupIsReportedAndNotRepeatedAtOnce) {
   }
 }
 
-// Blanks of the path are escaped, a "%" goes out as it is; the conventions are checked at the start
+// What a path's segment may not hold is percent-encoded; the conventions are checked at the start
 // alone.
 TEST_F(NetHttp, TheRequest) {
   scripted_server server([](const std::string&) { return whole_answer("fine"); });
   use_proxy_port(server.port());
   const std::string local = scratch_folder() + "x";
-  int result = http.net_check(0, host, "/a b/c %25d.zip", local);
+  int result = http.net_check(0, host, "/a b/c%25#?\"\xe9\x7f\r\n~+&'(x).zip", local);
   if (result == http_running) {
     result = until_over([&] { return http.net_check(0, "host/", "x", local); });
   }
   EXPECT_EQ(result, http_done);
   EXPECT_EQ(bytes_of(local), "fine");
-  EXPECT_EQ(server.requests()[0],
-            "GET http://www.skyvane.example/a%20b/c%20%25d.zip HTTP/1.1\r\nConnection: close\r\n"
-            "Host: www.skyvane.example\r\nUser-agent: Installer-APL/10r1\r\n\r\n");
+  EXPECT_EQ(
+      server.requests()[0],
+      "GET http://www.skyvane.example/a%20b/c%2525%23%3F%22%E9%7F%0D%0A~+&'(x).zip HTTP/1.1\r\n"
+      "Connection: close\r\n"
+      "Host: www.skyvane.example\r\nUser-agent: Installer-APL/10r1\r\n\r\n");
 }
 
 TEST_F(NetHttp, ALocalFileThatCannotBeWritten) {
@@ -296,29 +537,26 @@ TEST_F(NetHttp, ProxyRules) {
 
 // --- down_class ---------------------------------------------------------------------------------
 
-void run_until_closed(down_class& down) {
-  until_over([&] {
-    down.DoProcessing();
-    return down.state() == down_class::state_closed || down.error() != 0 ? 1 : 0;
-  });
-}
-
 TEST_F(NetDown, DirectFormsOfTheRequest) {
   scripted_server server([](const std::string&) { return whole_answer("kept in memory"); });
   const auto port = static_cast<unsigned short>(server.port());
+  std::vector<char> memory;
   down_class get("127.0.0.1", port, "/a b  c%", false,
-                 {{"Zeta", "1"}, {"Host", "h\r\nEvil: yes"}, {"Alpha", "2"}}, nullptr, 0, "");
+                 {{"Zeta", "1"}, {"Host", "h\r\nEvil: yes"}, {"Alpha", "2"}}, nullptr, 0, "",
+                 {100, false, nullptr, &memory});
   EXPECT_EQ(get.response_code(), -1);
-  run_until_closed(get);
-  EXPECT_EQ(std::string(get.incoming().begin(), get.incoming().end()), "kept in memory");
-  EXPECT_EQ(get.received(), 0);
+  until_over([&] {
+    get.DoProcessing();
+    return get.complete() ? 1 : 0;
+  });
+  EXPECT_EQ(std::string(memory.begin(), memory.end()), "kept in memory");
+  EXPECT_EQ(get.received(), 14);
   EXPECT_EQ(get.content_length(), 14);
-  EXPECT_EQ(get.response_headers().at("Content-Length"), "14");
   EXPECT_EQ(get.response_code(), 200);
   EXPECT_EQ(get.response_text(), "OK");
   ASSERT_EQ(server.requests().size(), 1u);
   EXPECT_EQ(server.requests()[0],
-            "GET /a%20b%20%20c% HTTP/1.1\r\nAlpha: 2\r\nHost: hEvil: yes\r\nZeta: 1\r\n\r\n")
+            "GET /a%20b%20%20c%25 HTTP/1.1\r\nAlpha: 2\r\nHost: hEvil: yes\r\nZeta: 1\r\n\r\n")
       << "sorted keys, and no line end from a value";
 }
 
