@@ -1,18 +1,22 @@
 // Folders: made before the transfer, removed when a deletion has left them empty.
 //
 // Steps of make_dirs: the destination, parent by parent; the folders of the files to be fetched,
-// parents first; the fixed folders; room for the links of the plug-in frameworks. A symbolic link
-// of the user's in place of a folder counts as that folder: what then arrives goes where the link
-// leads, which is how a user moves, say, the scenery to another disk.
+// parents first; the fixed folders; room for the links of the plug-in frameworks. All of it goes
+// through the gate of the copy, which a job opens here. A symbolic link of the user's in place of a
+// folder counts as that folder: what then arrives goes where the link leads, which is how a user
+// moves, say, the scenery to another disk.
 //
 // Main thread. Writes sig_have and sig_match of deleted files, and stg.activity.
 
 #include "Installer-f/engine/utils_dirs.h"
 
+#include <cerrno>
+#include <memory>
 #include <vector>
 
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_translate.h"
@@ -38,23 +42,26 @@ constexpr const char* frameworks[] = {
     "Resources/plugins/KVWidgets.framework/",
 };
 
-// make_folder; reports a real failure and returns its code, else 0.
-int make_or_report(const std::string& folder) {
-  const int code = make_folder(folder);
-  if (!show_make_dir_err(code)) return 0;
-  make_dir_error(folder, code);
+// Makes a folder of the copy; reports a real failure and returns its code, else 0.
+int make_or_report(gate_class& gate, std::string_view folder) {
+  const int code = gate.make_folder(folder);
+  // Below a link of the release nothing is made, and what the manifest has there is not put there.
+  if (!show_make_dir_err(code) || code == gate_below_link) return 0;
+  make_dir_error(dest_dir_path + std::string(folder), code);
   return code;
 }
 
-int make_destination() {
-  if (dest_dir_path == "/") return 0;
-  std::string whole = dest_dir_path;
-  if (!whole.empty()) whole.pop_back();  // none chosen is reported as a folder that is not there
-  for (size_t slash = whole.find('/', 1); slash != std::string::npos;
-       slash = whole.find('/', slash + 1)) {
-    if (const int code = make_or_report(whole.substr(0, slash))) return code;
+// The gate of the copy; null, with the code in `code`, after the user has been told why.
+std::shared_ptr<gate_class> make_destination(int& code) {
+  std::string failed;
+  code = gate_make_destination(dest_dir_path, failed);
+  if (code == 0) {
+    if (auto gate = open_copy_gate()) return gate;
+    code = errno;
+    failed = dest_dir_path;
   }
-  return make_or_report(whole);
+  make_dir_error(failed, code);
+  return nullptr;
 }
 
 // The folders that the files to be fetched need, below the destination. In byte order a folder
@@ -78,36 +85,40 @@ std::set<std::string_view> folders_to_fetch_into() {
 
 // Moves `name` aside unless it is the link that belongs there. Nothing is deleted, and a failure
 // means that there is nothing to move, or that an earlier run has moved it.
-void clear_for_link(const std::string& folder, const std::string& name) {
-  if (!is_sim_link((folder + name).c_str(), nullptr)) rename_file(folder, name, "_" + name);
+void clear_for_link(gate_class& gate, const std::string& folder, const std::string& name) {
+  if (!gate.is_link(folder + name)) gate.rename(folder + name, "_" + name);
 }
 
 }  // namespace
 
 int make_dirs() {
-  if (const int code = make_destination()) return code;
+  int code = 0;
+  const auto gate = make_destination(code);
+  if (!gate) return code;
   for (const std::string_view folder : folders_to_fetch_into())
-    if (const int code = make_or_report(dest_dir_path + std::string(folder))) return code;
+    if ((code = make_or_report(*gate, folder)) != 0) return code;
 
   for (const char* folder : fixed_folders)
-    make_or_report(dest_dir_path + folder);  // the copy is of use without them
+    make_or_report(*gate, folder);  // the copy is of use without them
 
   for (const char* framework : frameworks)
-    clear_for_link(dest_dir_path + framework + "Versions/", "Current");
+    clear_for_link(*gate, std::string(framework) + "Versions/", "Current");
   for (const char* framework : frameworks)
-    clear_for_link(dest_dir_path + framework, "Resources");
+    clear_for_link(*gate, framework, "Resources");
+  log_gate_notes(*gate);
   return 0;
 }
 
 void delete_files() {
   std::set<std::string> folders;
+  const auto gate = copy_gate();
   for (file_history_struct& history : sim_info) {
     file_version_struct& current = history.current();
     if (!current.need_delete) continue;
 
     const std::string location = install_location(current.path);
     stg.activity = activity_deleting;
-    const int code = delete_file(location);
+    const int code = gate ? gate->remove_file(installed_part(current.path)) : ENOENT;
     if (stg.log_actions) xer << "DELETING  file " << location << ", with result=" << code << ".\n";
     note_emptied_folders(location, folders);
     if (show_del_err(code)) {
@@ -140,13 +151,18 @@ void note_emptied_folders(std::string_view location, std::set<std::string>& fold
 }
 
 void remove_emptied_folders(const std::set<std::string>& folders) {
+  const auto gate = copy_gate();
   std::vector<std::string> names;
   std::vector<int> is_folder;
-  for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+  for (auto folder = folders.rbegin(); gate && folder != folders.rend(); ++folder) {
     // A hidden file does not show here, but it makes the removal fail, and so the folder stays.
     if (opensave_getitems(*folder, 0, names, is_folder) != 0) continue;
-    const int code = delete_file(*folder);
+    std::string_view inside = *folder;
+    inside.remove_prefix(dest_dir_path.size());
+    inside.remove_suffix(1);
+    const int code = gate->remove_folder(inside);
     if (stg.log_actions)
       xer << "cleanup: DELETING  file " << *folder << ", with result=" << code << ".\n";
   }
+  if (gate) log_gate_notes(*gate);
 }

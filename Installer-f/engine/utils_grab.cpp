@@ -10,10 +10,12 @@
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_dirs.h"
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_stream.h"
 #include "Installer-f/settings/main_stg.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
-#include "corekit/files/io_utils.h"
+#include "corekit/files/io_single.h"
 #include "corekit/net/http.h"
 
 transfer_record next;
@@ -71,15 +73,23 @@ void grab_reset() {
 }
 
 // The names are those beside the installed files, and not the streams' own under temp_path. That is
-// so on purpose: the next transfer simply writes over the streams' files.
+// so on purpose: the next transfer simply writes over the streams' files. An archive of the user's
+// may have such a name as well: one that is not of that very file is his, and stays.
 void grab_discard_partial() {
   if (dest_dir_path.empty()) return;  // no copy chosen yet: there is nowhere to look
-  for (int s = 0; s < stream_limit; ++s) {
+  const auto gate = copy_gate();
+  for (int s = 0; gate && s < stream_limit; ++s) {
     const int32_t file = next.stream_file[s];
     if (next.stream_active[s] == 0 || file < 0 || file >= static_cast<int32_t>(sim_info.size())) {
       continue;
     }
-    const std::string_view path = sim_info[static_cast<size_t>(file)].current().path;
-    if (manifest_path_is_safe(path)) delete_file(install_location(path) + ".zip");
+    const file_version_struct& wanted = sim_info[static_cast<size_t>(file)].current();
+    const std::string_view inside = installed_part(wanted.path);
+    const std::string archive = std::string(inside) + ".zip";
+    io_handle found;
+    if (gate->open_file(archive, found) == 0 &&
+        io_archive_is_of(found.get(), place_budget(wanted.zip_kb), path_leaf(inside))) {
+      gate->remove_file(archive);
+    }
   }
 }

@@ -50,5 +50,6 @@ void grab_wait(int milliseconds);
 // HTTP slots still hold. Leaves next.finished and stg.extract_failed as they are.
 void grab_reset();
 
-// Deletes the archive left beside the place of each live stream's file. Before grab_reset.
+// Deletes the archive left beside the place of each live stream's file, if it is one of ours: with
+// that very file in it, and nothing else. Before grab_reset.
 void grab_discard_partial();

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_place.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_math.h"
@@ -19,7 +20,6 @@
 #include "corekit/base/xtim.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
-#include "corekit/files/io_zip.h"
 #include "corekit/files/xmap.h"
 #include "corekit/net/http.h"
 #include "corekit/window/hl_alert.h"
@@ -38,7 +38,6 @@ constexpr int manifest_slot = 1;
 // far could hold.
 constexpr int64_t manifest_budget = 64'000'000;
 constexpr int list_version = 820;
-constexpr int code_bad_zip = 20002;  // "We were unable to read from a zip file..."
 
 // --- list ----------------------------------------------------------------------------------------
 
@@ -151,11 +150,7 @@ void fetch_manifest() {
     default:
       return;
   }
-  // An archive without the manifest must not leave that of an earlier download to be read.
-  const std::string manifest = temp_path + "directory.txt";
-  delete_file(manifest);
-  int code = zip_to_file(zip, temp_path, nullptr, 0);
-  if (code == 0 && APL_file_size(manifest) < 1) code = code_bad_zip;
+  const int code = place_manifest(zip).code;
   if (code == 0) {
     set_directory_state(manifest_unpacked);
   } else {

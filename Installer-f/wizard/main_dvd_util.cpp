@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"
@@ -22,7 +23,6 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
-#include "corekit/files/io_zip.h"
 #include "corekit/files/xmap.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/window/hl_alert.h"
@@ -176,7 +176,7 @@ void UTIL_scan_dvd() {
 
   const std::string zip = dvd_path + install_name + "/directory.txt.zip";
   const std::string plain = temp_path + "directory.txt";
-  if (const int code = zip_to_file(zip, temp_path, nullptr, 0)) {
+  if (const int code = place_manifest(zip).code) {
     __MACIBM_alert(win_main, "DVD scan: The installer cannot extract a file.",
                    tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
                    tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);

@@ -109,12 +109,16 @@ TEST_F(EngineDirs, DeletesAndCleansUp) {
   write("copy/top", "s");
   write("copy/e/5", "kept");
   write("elsewhere/6", "s");
-  link("../elsewhere", "copy/link");
+  write("elsewhere/7", "mine");
+  link("../elsewhere", "copy/link");     // the user's, who keeps a folder on another disk
+  link("../elsewhere", "copy/shipped");  // by its name one that the release ships
   drop("ALL_os/a/b/1");
   drop("ALL_os/c/3");
   drop("ALL_os/d/4");
   drop("ALL_os/top");
   drop("ALL_os/link/6");
+  add("ALL_os/Shipped", {"s"});
+  drop("ALL_os/shipped/7");
   drop("ALL_os/absent/7");
   add("ALL_os/e/5", {"s"});
 
@@ -125,13 +129,15 @@ TEST_F(EngineDirs, DeletesAndCleansUp) {
        {"copy", "copy/c/mine", "copy/d/.hidden", "copy/e/5", "copy/link", "elsewhere"})
     EXPECT_TRUE(there(kept)) << kept;
   EXPECT_FALSE(there("elsewhere/6"));
-  for (size_t i = 0; i < 6; ++i) {
+  EXPECT_EQ(read("elsewhere/7"), "mine");
+  for (size_t i = 0; i < 5; ++i) {
     EXPECT_EQ(sim_info[i].current().sig_have, sig_none);
     EXPECT_EQ(sim_info[i].current().sig_match, 0);
   }
   EXPECT_EQ(stg.activity, activity_deleting);
   for (const char* line : {"DELETING  file ", "a/b/1, with result=0.\n",
-                           "absent/7, with result=2.\n", "cleanup: DELETING  file "})
+                           "absent/7, with result=2.\n", "shipped/7, with result=40.\n",
+                           "is a link of the user's to ../elsewhere", "cleanup: DELETING  file "})
     EXPECT_NE(log().find(line), std::string::npos) << line;
   EXPECT_LT(log().find("cleanup: DELETING  file " + dest_dir_path + "a/b/,"),
             log().find("cleanup: DELETING  file " + dest_dir_path + "a/,"));

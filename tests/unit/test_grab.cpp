@@ -275,11 +275,12 @@ TEST_F(Grab, ProgressOfFilesInFlightAndItsReset) {
   EXPECT_EQ(stg.extract_failed, 1) << "left for the last page";
 }
 
-TEST_F(Grab, DiscardDeletesTheArchivesOfLiveStreamsAlone) {
-  for (const char* path : {"ALL_os/a", "ALL_os/b", "ALL_os/c", "ALL_os/../up"})
+TEST_F(Grab, DiscardDeletesOurArchivesOfLiveStreamsAlone) {
+  for (const char* path : {"ALL_os/a", "ALL_os/b", "ALL_os/c", "ALL_os/../up", "ALL_os/photos"})
     add(wanted_file(path));
-  for (const char* name : {"a.zip", "b.zip", "c.zip", "a"})
-    put(name, "x");
+  for (const char* name : {"a", "b", "c"})
+    put(name + std::string(".zip"), archive_of(name, "x"));
+  put("a", "x");
   const std::string above = dest_dir_path + "../up.zip";
   std::ofstream(above) << "x";
   next.stream_file[0] = 1;   // live
@@ -288,6 +289,13 @@ TEST_F(Grab, DiscardDeletesTheArchivesOfLiveStreamsAlone) {
   next.stream_active[3] = 1;
   next.stream_file[3] = 3;  // live, outside the destination
   grab_discard_partial();
+  // The user's own, beside the file of a stream that is live.
+  next.stream_file[0] = 4;
+  for (const std::string& own : {archive_of("holiday", "x"), std::string("no archive")}) {
+    put("photos.zip", own);
+    grab_discard_partial();
+    EXPECT_EQ(bytes_of(dest_dir_path + "photos.zip"), own);
+  }
   EXPECT_TRUE(file_exists(dest_dir_path + "a"));
   EXPECT_TRUE(file_exists(dest_dir_path + "a.zip"));
   EXPECT_FALSE(file_exists(dest_dir_path + "b.zip"));
