@@ -1,19 +1,21 @@
 // The server list and the manifest's download, a step a call: the list, the manifest's archive, its
 // unpacking, its reading.
 //
-// Main thread. Writes server_name, server_path, server_desc, install_name, and of stg the fields
-// server_count and server_index.
+// Main thread. Writes of stg the fields server_count and server_index; the reading of the list is
+// in utils_servers_list.cpp.
 
 #include "Installer-f/engine/utils_servers.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <string_view>
 
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/settings/main_stg.h"
+#include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_math.h"
 #include "corekit/base/hl_string.h"
@@ -24,64 +26,57 @@
 #include "corekit/net/http.h"
 #include "corekit/window/hl_alert.h"
 
-std::string server_name[server_limit + 1];
-std::string server_path[server_limit + 1];
-std::string server_desc[server_limit + 1];
-
 namespace {
 
 constexpr int list_slot = 0;
 constexpr float list_pause = 2.0f;  // frame clock: from a list that leads nowhere to the next try
-constexpr int64_t list_budget = 1'000'000;  // bytes
 constexpr int manifest_slot = 1;
 // Bytes of the packed manifest: some 1.2 million lines, five times what a table of every release so
 // far could hold.
 constexpr int64_t manifest_budget = 64'000'000;
-constexpr int list_version = 820;
 
 // --- list ----------------------------------------------------------------------------------------
 
-// Steps over `word` if the cursor stands on it and a delimiter or the end of the file follows.
-bool take_keyword(xmap_class& map, std::string_view word) {
-  const std::string_view rest(reinterpret_cast<const char*>(map.cursor),
-                              static_cast<size_t>(map.file_end - map.cursor));
-  if (!rest.starts_with(word)) return false;
-  constexpr std::string_view delimiters(" \t\r\n\0", 5);
-  if (rest.size() > word.size() && delimiters.find(rest[word.size()]) == rest.npos) return false;
-  map.cursor += word.size();
-  return true;
-}
-
-void skip_blanks(xmap_class& map) {
-  while (map.cursor < map.file_end && (*map.cursor == ' ' || *map.cursor == '\t'))
-    ++map.cursor;
-}
-
-// Never holds a CR or LF, so nothing of it can end a line of a request.
-std::string rest_of_line(xmap_class& map) {
-  std::string text;
-  map.TXT_str_scan_eoln(&text);
-  return text;
-}
-
-// A list is written by hand, and net_check ends the program over a slash in the wrong place.
-void tidy_mirror(std::string& name, std::string& path) {
-  while (!name.empty() && (name.back() == '/' || name.back() == ' ' || name.back() == '\t')) {
-    name.pop_back();
+// One read a frame would be slower than many a line: reads while there is something, for a while.
+int fetch(int slot, const std::string& server, const std::string& file, const std::string& local,
+          int64_t budget) {
+  constexpr uint64_t longest_us = 10000;
+  const uint64_t start = PLT_microseconds();
+  for (;;) {
+    const int64_t before = http.slot_received(slot);
+    const int result = http.net_check(slot, server, file, local, budget);
+    if (result != http_running || http.slot_received(slot) == before ||
+        PLT_microseconds() - start >= longest_us) {
+      return result;
+    }
   }
-  if (path.empty() || path.front() != '/') path.insert(path.begin(), '/');
 }
 
-void read_mirror(xmap_class& map) {
-  const int at = stg.server_count;
-  server_name[at] = rest_of_line(map);
-  server_path[at] = rest_of_line(map) + install_name + "/";
-  server_desc[at] = rest_of_line(map);
-  tidy_mirror(server_name[at], server_path[at]);
-  stg.server_count = std::min(stg.server_count + 1, server_limit);
+// Whether a file begins as HTML does.
+bool is_web_page(const std::string& path) {
+  constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+  char bytes[64];
+  std::ifstream in(path, std::ios::binary);
+  in.read(bytes, sizeof bytes);
+  std::string_view text(bytes, static_cast<size_t>(in.gcount()));
+  if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
+  const size_t first = text.find_first_not_of(" \t\r\n");
+  return first != text.npos && text[first] == '<';
+}
+
+// A hotel's log-in page, most likely. Told once a run; the fetch goes on, and succeeds once the
+// user has logged in.
+void tell_foreign(UTL_text what) {
+  static bool told = false;
+  if (told) return;
+  told = true;
+  __MACIBM_alert(0, what, "Perhaps the network that you use wants you to log in first.",
+                 "Please look with your web browser. I will go on trying.", "", t_alert,
+                 "Installer-f/utils", 1172);
 }
 
 float list_not_before = 0;  // frame clock
+float manifest_not_before = 0;
 
 // Who wants the test release while there is none has to say so: nothing is fetched in its place
 // that was not asked for. Told once a run.
@@ -103,10 +98,16 @@ void drop_list() {
 void fetch_list() {
   if (xtim.now_sec < list_not_before) return;
   const std::string list = temp_path + "serverlist9.txt";
-  if (http.net_check(list_slot, product_web_host, "/serverlist9.txt", list, list_budget) !=
-      http_done)
+  if (fetch(list_slot, product_web_host, "/serverlist9.txt", list, server_list_budget) !=
+      http_done) {
     return;
+  }
   switch (read_server_list(list)) {
+    case list_foreign:
+      tell_foreign(is_web_page(list) ? "A web page came in place of the list of servers."
+                                     : "Something else came in place of the list of servers.");
+      drop_list();
+      return;
     case list_refused:
       new_format(list);
       return;
@@ -138,10 +139,11 @@ int uniform_server(int count) {
 }
 
 void fetch_manifest() {
+  if (xtim.now_sec < manifest_not_before) return;
   const std::string zip = temp_path + "directory.txt.zip";
   const int server = std::clamp(stg.server_index, 0, stg.server_count - 1);
-  switch (http.net_check(manifest_slot, server_name[server],
-                         server_path[server] + "directory.txt.zip", zip, manifest_budget)) {
+  switch (fetch(manifest_slot, server_name[server], server_path[server] + "directory.txt.zip", zip,
+                manifest_budget)) {
     case http_failed:
       stg.server_index = uniform_server(stg.server_count);
       return;
@@ -153,6 +155,10 @@ void fetch_manifest() {
   const int code = place_manifest(zip).code;
   if (code == 0) {
     set_directory_state(manifest_unpacked);
+  } else if (is_web_page(zip)) {
+    tell_foreign("A web page came in place of the list of files.");
+    stg.server_index = uniform_server(stg.server_count);
+    manifest_not_before = xtim.now_sec + list_pause;
   } else {
     __MACIBM_alert(0, "The installer cannot extract a file.",
                    UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
@@ -164,33 +170,6 @@ void fetch_manifest() {
 }
 
 }  // namespace
-
-int read_server_list(const std::string& path) {
-  constexpr int versions[] = {list_version, 0};
-  xmap_class map(path);
-  if (map.file_start == nullptr || map.check_file(ouf_text, versions, "SERVERS", nullptr) == 0) {
-    return list_refused;
-  }
-  stg.server_count = 0;
-  std::string beta, release;
-  while (map.cursor < map.file_end) {
-    skip_blanks(map);
-    if (take_keyword(map, "BETA")) {
-      beta = rest_of_line(map);
-      if (stg.beta_flag != 0) install_name = beta;
-    } else if (take_keyword(map, "FINAL")) {
-      release = rest_of_line(map);
-      if (stg.beta_flag == 0) install_name = release;
-    } else if (take_keyword(map, "SERVER")) {
-      read_mirror(map);
-    } else if (take_keyword(map, "ENDOFLIST")) {
-      break;
-    } else {
-      map.TXT_str_scan_eoln(nullptr);
-    }
-  }
-  return stg.beta_flag != 0 && beta.empty() && !release.empty() ? list_lacks_beta : list_read;
-}
 
 int biased_server(float fraction, int count) {
   const int drawn = static_cast<int>(static_cast<float>(count) * std::pow(fraction, 1.5f));

@@ -9,6 +9,7 @@
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_launch.h"
@@ -35,13 +36,6 @@ namespace {
 
 constexpr float bytes_per_kb = 1000.0f;
 constexpr float look_again_after = 0.5f;  // seconds between two looks at the same volumes
-
-// The release's name is a folder's name on the disc, and the default for one on the hard drive: a
-// label cannot lead anywhere else by it.
-bool is_plain_name(const std::string& name) {
-  return !name.empty() && name != "." && name != ".." &&
-         name.find_first_of("/\\:") == std::string::npos;
-}
 
 // The first of `volumes` that holds `marker`; empty without one.
 std::string volume_with(const std::vector<std::string>& volumes, const std::string& marker) {
@@ -123,7 +117,7 @@ void read_disc_label(const std::string& path) {
   while (label.cursor < label.file_end) {
     label.TXT_str_scan_space(&keyword);
     label.TXT_str_scan_eoln(&rest);
-    if (keyword == "VERSION" && is_plain_name(rest)) install_name = rest;
+    if (keyword == "VERSION" && release_is_plain(rest)) install_name = rest;
   }
 }
 

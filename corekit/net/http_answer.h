@@ -26,9 +26,9 @@ const char* http_fault_text(http_fault fault);
 
 class http_answer {
  public:
-  static constexpr size_t head_limit = 65536;        // bytes of all heads and trailers
-  static constexpr size_t chunk_line_limit = 1024;   // bytes of a chunk's size and extensions
-  static constexpr size_t reason_limit = 200;        // characters kept of a status line's text
+  static constexpr size_t head_limit = 65536;       // bytes of all heads and trailers
+  static constexpr size_t chunk_line_limit = 1024;  // bytes of a chunk's size and extensions
+  static constexpr size_t reason_limit = 200;       // characters kept of a status line's text
 
   // `max_body`: bytes that the body may have.
   explicit http_answer(int64_t max_body) : max_body_(max_body) {}
@@ -45,9 +45,9 @@ class http_answer {
   // Whether another answer may follow on the same connection. Once it has ended.
   bool may_go_on() const { return line_goes_on_ && !line_closes_; }
 
-  int code() const { return code_; }                  // -1 before the first status line
+  int code() const { return code_; }                     // -1 before the first status line
   const std::string& reason() const { return reason_; }  // printable
-  int64_t length() const { return length_; }          // of the body; -1 unknown
+  int64_t length() const { return length_; }             // of the body; -1 unknown
 
  private:
   enum phase_value {
@@ -76,11 +76,11 @@ class http_answer {
   const int64_t max_body_;
   phase_value phase_ = phase_head;
   http_fault fault_ = fault_none;
-  std::string line_;             // of an unfinished line, what came in earlier reads
-  size_t head_bytes_ = 0;        // of heads and trailers
+  std::string line_;              // of an unfinished line, what came in earlier reads
+  size_t head_bytes_ = 0;         // of heads and trailers
   int64_t chunk_line_bytes_ = 0;  // of all chunk sizes
   int64_t body_taken_ = 0;
-  int64_t left_ = 0;             // of the body, or of the present chunk
+  int64_t left_ = 0;  // of the body, or of the present chunk
   bool has_begun_ = false;
 
   int code_ = -1;

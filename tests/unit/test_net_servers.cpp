@@ -3,6 +3,7 @@
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
+#include "corekit/base/exce.h"
 #include "corekit/base/xtim.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_zip.h"
@@ -10,12 +11,15 @@
 #include "corekit/window/hl_init.h"
 #include "net_scripted_server.h"
 
+using namespace std::string_literals;
+
 namespace {
 
 class NetServers : public testing::Test {
  protected:
   NetServers() {
     stg = {};
+    app_done = 0;
     temp_path = scratch_folder();
     install_name = no_install_name;
     for (int slot = 0; slot < http_class::slot_count; ++slot)
@@ -106,17 +110,73 @@ TEST_F(NetServers, OddLists) {
   }
 }
 
-TEST_F(NetServers, RefusedHeadersAndTooManyMirrors) {
-  for (const char* list : {"", "I\n821 version\nSERVERS\n", "X\n820 version\nSERVERS\n",
-                           "I\n820 version\nSERVERSX\n", "I\n820 version\n", "<html>"}) {
-    EXPECT_EQ(read(list), 0) << list;
-    EXPECT_EQ(stg.server_count, -1) << list;
+TEST_F(NetServers, WhatIsNoListOfOurs) {
+  const struct {
+    std::string list;
+    int result;
+  } rows[] = {
+      {"I\n821 version\nSERVERS\n", list_refused},
+      {"A\r\n900 version of 2031\r\n\r\n SERVERS\r\nNEW x\r\n", list_refused},
+      {"", list_foreign},
+      {"X\n820 version\nSERVERS\n", list_foreign},
+      {"I\n820 version\nSERVERSX\n", list_foreign},
+      {"I\n820 version\n", list_foreign},
+      {"I\n900 version\nINSTALLER\n", list_foreign},
+      {"<!DOCTYPE html><html><body>Please log in.</body></html>", list_foreign},
+      {"Internet access for guests:\nroom number\nSERVER\n", list_foreign},
+      {std::string(header) + std::string(server_list_budget, '\n'), list_foreign},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(read(row.list), row.result) << row.list.substr(0, 60);
+    EXPECT_EQ(stg.server_count, -1);
   }
-  EXPECT_EQ(read_server_list(temp_path + "none"), 0);
+  EXPECT_EQ(read_server_list(temp_path + "none"), list_foreign);
+}
+
+// A mirror or a release that cannot be meant is left out, and the log names it without its control
+// characters.
+TEST_F(NetServers, AbsurdEntriesAreLeftOut) {
+  const struct {
+    const char* label;
+    std::string name, path;
+    bool is_good;
+  } rows[] = {
+      {"usual", "m-1_a.example", "/p q/\xe9%#?", true},
+      {"a number", "127.0.0.1", "/", true},
+      {"no name", "", "/p/", true},
+      {"as long as a name may be", std::string(253, 'n'), "/", true},
+      {"longer", std::string(254, 'n'), "/", false},
+      {"a port", "m.example:8080", "/", false},
+      {"a user", "a@m.example", "/", false},
+      {"a path", "m.example/x", "/", false},
+      {"a blank within", "m example", "/", false},
+      {"a control character", "m\x1b[31mx", "/", false},
+      {"one in the path", "m", "/\x07/", false},
+      {"a path without end", "m", "/" + std::string(1000, 'x'), false},
+      {"no letter", "m\xfc.example", "/", false},
+  };
+  for (const auto& row : rows) {
+    xer_open(temp_path + "log.txt");
+    ASSERT_EQ(read(header + ("SERVER " + row.name + "\n" + row.path + "\nde\x1b\x7fsc\n") +
+                   "SERVER last\n/\nd\n"),
+              list_read);
+    xer.close();
+    EXPECT_EQ(stg.server_count, row.is_good ? 2 : 1) << row.label;
+    EXPECT_EQ(server_name[stg.server_count - 1], "last") << row.label;
+    EXPECT_TRUE(!row.is_good || server_desc[0] == "de??sc") << row.label;
+    const std::string log = bytes_of(temp_path + "log.txt");
+    EXPECT_EQ(log.empty(), row.is_good) << row.label;
+    EXPECT_EQ(log.find_first_of("\x1b\x07"), log.npos) << row.label;
+  }
+  for (const char* release : {"..", ".", "a/b", "C:", "a\\b", "a\x1b", ""}) {
+    install_name = "before";
+    EXPECT_EQ(read(header + ("FINAL "s + release + "\n")), list_read);
+    EXPECT_EQ(install_name, "before") << release;
+  }
   std::string many = header;
   for (int i = 0; i < 14; ++i)
     many += "SERVER s" + std::to_string(i) + "\n/p/\nd\n";
-  ASSERT_EQ(read(many), 1);
+  ASSERT_EQ(read(many), list_read);
   EXPECT_EQ(stg.server_count, 10);
   EXPECT_EQ(server_name[9], "s9");
 }
@@ -219,6 +279,35 @@ TEST_F(NetServers, AListOfANewerFormatEndsTheProgram) {
   EXPECT_NE(testing::internal::GetCapturedStderr().find("you need to get a new installer!"),
             std::string::npos);
   EXPECT_EQ(stg.server_count, -1);
+}
+
+// A hotel answers every request with its log-in page, until the user has logged in there. The fetch
+// goes on, the user is told once, and no new installer is asked for.
+TEST_F(NetServers, ALogInPageIsAFailedFetch) {
+  const std::string page = "\xEF\xBB\xBF \r\n<!DOCTYPE html><html>Log in</html>";
+  for (const bool for_list : {true, false}) {
+    stg.server_count = for_list ? -1 : 1;
+    server_name[0] = "m";
+    server_path[0] = "/p/";
+    scripted_server server([&](const std::string&) { return whole_answer(page); });
+    use_proxy_port(server.port());
+    testing::internal::CaptureStderr();
+    for (size_t fetches = 1; fetches <= 3; ++fetches) {
+      while (server.requests().size() < fetches || http.slot_active(for_list ? 0 : 1))
+        UTL_download_directory();
+      UTL_download_directory();
+      EXPECT_FALSE(http.slot_active(for_list ? 0 : 1)) << "not again at once";
+      xtim.now_sec += 3;
+    }
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(told.find("A web page came in place of the list of servers."),
+              for_list ? 0 : told.npos)
+        << told;
+    EXPECT_EQ(told.find("A web page", 1), told.npos) << "once";
+    EXPECT_EQ(stg.server_count, for_list ? -1 : 1);
+    EXPECT_EQ(stg.directory_state, manifest_none);
+    EXPECT_EQ(app_done, 0);
+  }
 }
 
 TEST_F(NetServers, AMirrorIsDrawnAmongAllAfterAFailure) {
