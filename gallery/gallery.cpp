@@ -24,6 +24,7 @@
 #include "corekit/draw/TEX_png.h"
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp.h"
+#include "corekit/files/UTL_translate_load.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
 #include "corekit/window/hl_init.h"
@@ -139,38 +140,30 @@ bool wants_png(int argc, char** argv) {
 
 // --- what the runtime asks for ------------------------------------------------------------------
 
-void APP_update() {
+namespace {
+
+void update() {
   place_page();
   draw_page();
   scroll();
 }
 
-void APP_handlemenu(int, int) {}
-
-const char* APP_title() {
-  return "Skyvane Gallery";
-}
-
-std::string APP_usage() {
+std::string usage() {
   return "Shows all that the toolkit draws, on one page that the wheel and the bar scroll.\n\n"
          "--png=FILE        writes the page into FILE and ends; needs no display\n"
          "--dialogs=FOLDER  writes the dialogs that no page of the installer opens, likewise\n"
          "--texts=FILE      in the language of this file\n";
 }
 
-void APP_prefs_io(scan_class&) {}
-
-bool APP_without_window() {
-  return false;
-}
-
-void APP_quit_request() {
-  app_done = 1;
-}
+}  // namespace
 
 int main(int argc, char** argv) {
   // A page that goes into a file needs nobody to see it. A driver that was named stays.
   if (wants_png(argc, argv)) setenv("SDL_VIDEODRIVER", "offscreen", 0);
+  APP.title = "Skyvane Gallery";
+  APP.update = update;
+  APP.usage = usage;
+  APP.quit_request = [] { app_done = 1; };
   MACIBM_init(argc, argv);
   int status = 0;
   if (cmdline.has_option("--texts")) {

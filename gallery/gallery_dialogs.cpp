@@ -9,11 +9,13 @@
 
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/draw/TEX_png.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
+#include "corekit/window/butn_file.h"
 #include "corekit/window/hl_about.h"
-#include "corekit/window/hl_alert.h"
+#include "corekit/window/hl_alert_draw.h"
 #include "corekit/window/hl_mnw.h"
 #include "gallery/gallery.h"
 

@@ -8,6 +8,7 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
+#include "corekit/window/butn_file.h"
 #include "corekit/window/hl_mnw.h"
 #include "gallery/gallery.h"
 

@@ -15,12 +15,12 @@
 #include "Installer-f/builder/make_installer_say.h"
 #include "Installer-f/builder/make_installer_scan.h"
 #include "Installer-f/builder/make_installer_tree.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/io_zip.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_mnw.h"
 
 namespace {

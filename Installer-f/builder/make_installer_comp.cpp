@@ -22,12 +22,12 @@
 #include "Installer-f/builder/make_installer_tree.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_verify.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/io_zip.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_mnw.h"
 
 namespace {

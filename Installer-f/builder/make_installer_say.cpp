@@ -14,8 +14,8 @@
 
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_mnw.h"
 
 namespace {

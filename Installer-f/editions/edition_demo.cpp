@@ -1,10 +1,7 @@
 // All that makes this program the edition that it is: the page it starts on, and its title.
 
+#include "Installer-f/editions/edition.h"
+
 #include "Installer-f/wizard/main_demo.h"
-#include "corekit/base/hl_app.h"
 
-page_function g_wizard = demo_start;
-
-const char* APP_title() {
-  return "Skyvane Web Demo Installer 2.01r1";
-}
+const edition_record edition = {demo_start, "Skyvane Web Demo Installer 2.01r1"};

@@ -9,20 +9,22 @@
 #include <exception>
 
 #include "Installer-f/builder/make_installer_cmdline.h"
+#include "Installer-f/editions/edition.h"
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_app.h"
 #include "Installer-f/wizard/main_ask.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_launch.h"
 #include "Installer-f/wizard/main_unattended.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/pref.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 
@@ -98,6 +100,7 @@ int run(int argc, char** argv) {
 // Nothing here throws to report a failure; what arrives all the same, such as memory that has run
 // out, is shown like any other.
 int main(int argc, char** argv) {
+  wizard_serve(edition.start_page, edition.title);
   try {
     return run(argc, argv);
   } catch (const std::exception& e) {

@@ -21,10 +21,10 @@
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/base/mnw.h"
 #include "corekit/files/io_utils.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

@@ -15,13 +15,13 @@
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/base/mnw.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
 
 std::vector<file_history_struct> sim_info;
 std::set<std::string> deleted_files;

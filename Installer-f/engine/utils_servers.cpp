@@ -17,6 +17,7 @@
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_math.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
@@ -24,7 +25,6 @@
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
 #include "corekit/net/http.h"
-#include "corekit/window/hl_alert.h"
 
 namespace {
 

@@ -23,11 +23,11 @@
 #include "Installer-f/engine/utils_unpack.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/net/http.h"
-#include "corekit/window/hl_alert.h"
 
 std::string crnt_file_name;
 std::string crnt_file_path;

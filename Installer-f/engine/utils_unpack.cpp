@@ -12,11 +12,11 @@
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_7z.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_zip.h"
-#include "corekit/window/hl_alert.h"
 
 namespace {
 

@@ -14,6 +14,7 @@
 #include "corekit/base/UTL_translate.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/widgets/butn.h"
+#include "corekit/window/butn_file.h"
 
 namespace {
 

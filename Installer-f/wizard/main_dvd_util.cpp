@@ -18,6 +18,7 @@
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/xtim.h"
@@ -26,7 +27,7 @@
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
 #include "corekit/widgets/butn.h"
-#include "corekit/window/hl_alert.h"
+#include "corekit/window/butn_file.h"
 #include "corekit/window/hl_mnw.h"
 
 int current_disk = 0;

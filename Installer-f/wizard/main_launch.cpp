@@ -169,10 +169,6 @@ int launch_app(const std::string& app, const std::string& path) {
   return hand_over(order, 1);
 }
 
-int APP_launch(const std::string& app, const std::string& path) {
-  return launch_app(app, path);
-}
-
 void leave_disc(int argc, char** argv) {
   std::string program;
   get_OS_abs_path(os_dir_this_bundle, program);

@@ -89,7 +89,7 @@ void handle_prefs() {
   }
 }
 
-void APP_prefs_io(scan_class& scan) {
+void wizard_prefs_io(scan_class& scan) {
   scan.int_io(&stg.stream_count, "_stream_count");
   scan.int_io(&stg.log_actions, "_log_actions");
   scan.string_io(&http._proxy_host, "_proxy_host");

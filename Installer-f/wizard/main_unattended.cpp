@@ -18,10 +18,10 @@
 #include "Installer-f/wizard/main_unattended_answers.h"
 #include "Installer-f/wizard/main_unattended_progress.h"
 #include "Installer-f/wizard/main_unattended_say.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/net/http.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 
 namespace {

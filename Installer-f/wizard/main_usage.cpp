@@ -1,15 +1,16 @@
 // The installer's own command-line options: their description for the usage text, and the question
 // whether a run wants a window.
 
-#include "corekit/base/UTL_cmdline.h"
-#include "corekit/base/hl_app.h"
+#include "Installer-f/wizard/main_usage.h"
 
-bool APP_without_window() {
+#include "corekit/base/UTL_cmdline.h"
+
+bool wizard_without_window() {
   return cmdline.has_option("--unattended") || cmdline.has_option("--build_master") ||
          cmdline.has_option("--write_server_list");
 }
 
-std::string APP_usage() {
+std::string wizard_usage() {
   return R"(
 RUNNING WITHOUT A DISPLAY
 

@@ -8,7 +8,6 @@
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_prefs.h"
 #include "corekit/base/UTL_translate.h"
-#include "corekit/base/hl_app.h"
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
@@ -152,9 +151,7 @@ void APP_update() {
   act(screen, press, result);
 }
 
-void APP_handlemenu(int, int) {}
-
-void APP_quit_request() {
+void wizard_quit_request() {
   app_done = 1;
 }
 

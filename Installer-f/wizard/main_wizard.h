@@ -82,9 +82,15 @@ struct wizard_screen {
   void (*kill_proc)() = nullptr;            // called on Quit, before the program ends
 };
 
-extern page_function g_wizard;                 // the current page; an edition stores the first one
+extern page_function g_wizard;                 // the current page; an edition names the first one
 extern std::vector<std::string> step_names;    // step list at the left, already translated
 extern std::vector<page_function> step_funcs;  // the page of each step
+
+// One frame of the wizard: calls the current page, draws its record, acts on its buttons.
+void APP_update();
+
+// A request to quit that comes from outside the pages.
+void wizard_quit_request();
 
 // Ends the program. The flows set `next` to it on their last page.
 extern const wizard_page wizard_quit;

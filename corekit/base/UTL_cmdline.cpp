@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "corekit/base/cmnd.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_app.h"
-#include "corekit/widgets/cmnd.h"
 
 UTL_cmdline cmdline;
 
@@ -187,6 +187,6 @@ std::string UTL_cmdline::get_option(const char* flag) const {
 }
 
 std::string UTL_cmdline_usage() {
-  const std::string own = APP_usage();
+  const std::string own = APP.usage();
   return own.empty() ? usage : std::string(usage) + "\n" + own;
 }

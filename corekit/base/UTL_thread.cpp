@@ -13,8 +13,8 @@
 
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
-#include "corekit/window/hl_alert.h"
 
 namespace {
 

@@ -1,4 +1,5 @@
-// The translation table: loading it from a language file, and looking up.
+// The translation table: its entries, and looking up. The file of them is read in the floor above
+// (corekit/files/UTL_translate_load.cpp).
 //
 // Main thread only. Writes the table below, and the log.
 
@@ -9,12 +10,9 @@
 
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/exce.h"
-#include "corekit/files/io_utils_ouf.h"
-#include "corekit/files/xmap.h"
 
 namespace {
 
-constexpr int accepted_versions[] = {900, 0};
 constexpr char splitter[] = "====";
 constexpr size_t splitter_length = 4;
 
@@ -24,7 +22,9 @@ std::unordered_set<std::string> logged;                   // missing texts alrea
 bool has_translation = false;                             // a file was read to its end
 bool log_missing = false;
 
-void enter_line(const std::string& line) {
+}  // namespace
+
+void UTL_translate_add(const std::string& line) {
   const size_t split = line.find(splitter);
   if (split == std::string::npos) {
     xer << "ERROR: language file line " << line << " missing ==== splitter.\n";
@@ -50,33 +50,7 @@ void enter_line(const std::string& line) {
   }
 }
 
-// What stands behind the line's first word and one blank or tab. Further blanks are the beginning
-// of a text such as " minutes".
-std::string rest_of_line(xmap_class& map) {
-  const unsigned char* at = map.cursor;
-  const auto on_blank = [&] { return at != map.file_end && (*at == ' ' || *at == '\t'); };
-  if (on_blank()) ++at;
-  std::string rest, text;
-  for (; on_blank(); ++at)
-    rest += static_cast<char>(*at);
-  map.TXT_str_scan_eoln(&text);
-  return rest + text;
-}
-
-}  // namespace
-
-void UTL_translate_load(const std::string& path) {
-  UTL_translate_clear();
-  xmap_class map(path);
-  if (!map.file_start) return;
-  if (map.check_file(ouf_text, accepted_versions, "TRANSLATION", nullptr) == 0) return;
-
-  std::string word;
-  while (map.cursor < map.file_end) {
-    map.TXT_str_scan_space(&word);
-    const std::string rest = rest_of_line(map);
-    if (word == "STRING") enter_line(rest);
-  }
+void UTL_translate_use() {
   has_translation = true;
   log_missing = cmdline.has_option("--missing_strings");
 }

@@ -1,10 +1,6 @@
 // Translation: text that a user sees is written in English and looked up here just before it is
 // shown. The English text is the key, so where a table or an entry is missing the English stays.
-//
-// A language file is text: "A" or "I", "900 version", "TRANSLATION", then one entry a line:
-//   STRING <English>====<translation>
-// with line breaks written as \n and \r. One blank or tab parts STRING from the English, and all
-// further blanks of a line belong to the texts. Other lines are skipped. Main thread only.
+// Language files are read by UTL_translate_load (corekit/files). Main thread only.
 #pragma once
 
 #include <string>
@@ -14,9 +10,11 @@
 // UTL_translate_string and of tr: whatever is translated is written as one of these.
 using UTL_text = const char*;
 
-// Replaces the table by the file at `path`. A missing or unsuitable file leaves an empty table;
-// faulty lines are logged and skipped.
-void UTL_translate_load(const std::string& path);
+// Enters one line of a language file, what stands behind its STRING: "<English>====<translation>".
+// A faulty one, and a second translation of a text, are logged and skipped.
+void UTL_translate_add(const std::string& line);
+// The table is whole: from here on texts are looked up in it.
+void UTL_translate_use();
 
 // The translation of `text`, or `text` itself. With "--missing_strings" and a table loaded, a text
 // without translation is logged once, as a line ready for a language file.

@@ -8,10 +8,10 @@
 
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_thread.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_init.h"
 
 std::ofstream xer;
 
@@ -24,17 +24,9 @@ std::string figure(uint32_t value) {
   return value ? std::to_string(value) : unknown;
 }
 
-void log_lines(const exce_class& failure) {
-  for (const std::string* line :
-       {&failure.line_1, &failure.line_2, &failure.line_3, &failure.line_4}) {
-    xer << PLT_terminal_text(*line) << '\n';
-  }
-  xer.flush();
-}
-
 }  // namespace
 
-exce_class::exce_class(std::string l1, std::string l2, std::string l3, std::string l4,
+exce_class::exce_class(alert_line l1, alert_line l2, alert_line l3, alert_line l4,
                        const char* source_file, int source_line, int how_bad)
     : line_1(std::move(l1)),
       line_2(std::move(l2)),
@@ -44,24 +36,33 @@ exce_class::exce_class(std::string l1, std::string l2, std::string l3, std::stri
       line(source_line),
       severity(how_bad) {}
 
+void exce_class::log_lines() const {
+  for (const alert_line* text : {&line_1, &line_2, &line_3, &line_4})
+    xer << PLT_terminal_text(text->logged()) << '\n';
+}
+
+bool exce_class::is_empty() const {
+  return line_1.is_empty() && line_2.is_empty() && line_3.is_empty() && line_4.is_empty();
+}
+
 void exce_class::Report() const {
   if (THREAD_is_inited() && !THREAD_is_main_thread()) {
     xer << "EXCEPTION REPORTED FROM THREAD!!  File: " << file << ", line " << line << ".\n";
-    log_lines(*this);
+    log_lines();
+    xer.flush();
     app_done = 1;
-    MACIBM_finishup(1);
+    report_finish(1);
     return;
   }
-  // As texts, to be translated: a thread has sent them in English.
-  __MACIBM_alert(0, line_1.c_str(), line_2.c_str(), line_3.c_str(), line_4.c_str(), severity, file,
-                 line);
+  report(*this);
 }
 
 void exce_class::LogAndContinue() const {
   // A warning reads "fatal" here too, on purpose: only a note is not.
   xer << "Logging " << (severity ? "fatal" : "non-fatal") << " Exception thrown from file: " << file
       << ", line " << line << ".\n";
-  log_lines(*this);
+  log_lines();
+  xer.flush();
 }
 
 bool xer_open(const std::string& path) {
@@ -113,7 +114,7 @@ std::string xer_cpu_name(uint32_t cpu_type) {
 }
 
 void xer_header() {
-  xer << "Installer log.txt for " << APP_title() << " compiled on " << __DATE__ << ' ' << __TIME__
+  xer << "Installer log.txt for " << APP.title << " compiled on " << __DATE__ << ' ' << __TIME__
       << "\n\n"
          "This log file is generated automatically by Tessaron Labs applications and contains "
          "diagnostics about your graphics hardware, installation, and any error conditions.\n"

@@ -16,9 +16,7 @@
 
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/exce.h"
-#include "corekit/draw/OGL_extensions.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw_context.h"
+#include "corekit/base/hl_alert.h"
 
 struct THREAD_call {
   THREAD_call* next = nullptr;              // in free_calls
@@ -46,6 +44,8 @@ UTL_message_queue* quit_exce = nullptr;   // the same of severity t_exit
 UTL_message_queue* call_queue = nullptr;  // THREAD_call pointers, and stop orders
 UTL_critical_section free_calls_lock;     // guards free_calls and next_cookie
 THREAD_call* free_calls = nullptr;        // records for reuse, never freed before the shutdown
+
+const THREAD_contexts* contexts = nullptr;  // of the window layer; constant, not owned
 
 // The general workers; the three are parallel.
 std::vector<UTL_thread_handle> worker_threads;
@@ -103,7 +103,7 @@ void* xtaskproc(void*) {
 
 void* THREAD_launch(void* parameters) {
   auto* const start = static_cast<thread_start*>(parameters);
-  if (start->want_ogl && !MACIBM_set_context_loader(start->context)) start->want_ogl = 0;
+  if (start->want_ogl && !contexts->bind(start->context)) start->want_ogl = 0;
   const UTL_thread_function function = start->function;
   void* const argument = start->argument;
   UTL_message_queue_write(start->started, 0);
@@ -172,12 +172,16 @@ bool THREAD_is_main_thread() {
 
 // --- threads of one's own -----------------------------------------------------------------------
 
+void THREAD_use_contexts(const THREAD_contexts* supplied) {
+  contexts = supplied;
+}
+
 void THREAD_create(UTL_thread_function function, void* argument, UTL_thread_handle* thread,
                    UTL_thread_joiner* join, UTL_thread_identity* identity, int want_ogl) {
-  const int asked = want_ogl && glExt.threaded_avail;
+  const int asked = want_ogl && contexts && contexts->wanted();
   thread_start start = {function, argument, nullptr, asked, nullptr};
   if (asked) {
-    start.context = MACIBM_make_context_loader();
+    start.context = contexts->make();
     if (!start.context) start.want_ogl = 0;
   }
   UTL_message_queue_create(&start.started);
@@ -185,7 +189,7 @@ void THREAD_create(UTL_thread_function function, void* argument, UTL_thread_hand
   UTL_message_queue_read(start.started, queue_wait_forever);
   UTL_message_queue_destroy(start.started);
   // It was not to be made, or the thread could not bind it: the thread runs without.
-  if (start.want_ogl != asked) glExt.threaded_ogl_failed();
+  if (start.want_ogl != asked) contexts->failed();
 }
 
 // The C library's unwinding carries no object, so the reference to it below is bound to nothing. It
@@ -201,8 +205,8 @@ __attribute__((no_sanitize("null"))) void* THREAD_guard(UTL_thread_function func
     failure = caught;
     failure.MakeFatal();
   } catch (std::exception& caught) {
-    failure =
-        exce_class("Caught an unhandled C++ exception", caught.what(), "", "", source, 203, t_exit);
+    failure = exce_class("Caught an unhandled C++ exception", std::string(caught.what()), "", "",
+                         source, 203, t_exit);
   } catch (...) {
     failure = exce_class("Caught an unhandled unknown exception", "", "", "", source, 206, t_exit);
   }

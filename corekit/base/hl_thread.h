@@ -22,6 +22,16 @@ void THREAD_shutdown();      // lets the workers finish their calls, joins them,
 bool THREAD_is_inited();       // any thread
 bool THREAD_is_main_thread();  // any thread; also false before THREAD_init
 
+// What a thread needs that wants to load textures: an OpenGL context that shares with the window's.
+// The window layer supplies them; without it no thread has one.
+struct THREAD_contexts {
+  bool (*wanted)();            // whether the driver can be used by several threads
+  void* (*make)();             // null if that fails; main thread
+  int (*bind)(void* context);  // to the calling thread; 0 if that fails
+  void (*failed)();            // one could not be made or bound; main thread
+};
+void THREAD_use_contexts(const THREAD_contexts* contexts);  // before the threads that want them
+
 // --- threads of one's own -----------------------------------------------------------------------
 
 // Starts a thread and returns once it runs; its creator joins it. `want_ogl` non-zero asks for an

@@ -3,7 +3,7 @@
 #include "corekit/base/xtim.h"
 
 #include "corekit/Platform/PLT_system.h"
-#include "corekit/window/hl_mnw.h"
+#include "corekit/base/mnw.h"
 
 xtim_class xtim;
 

@@ -14,11 +14,11 @@
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/draw/OGL_faults.h"
 #include "corekit/draw/OGL_procs.h"
 #include "corekit/draw/oglp.h"
-#include "corekit/window/hl_alert.h"
 
 OGL_extensions glExt;
 

@@ -9,11 +9,11 @@
 #include <cstring>
 #include <vector>
 
+#include "corekit/base/hl_alert.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/TEX_out.h"
 #include "corekit/draw/TEX_s3tc.h"
 #include "corekit/files/xmap.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

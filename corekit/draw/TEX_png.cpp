@@ -16,13 +16,13 @@
 #include <vector>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_thread.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/TEX_out.h"
 #include "corekit/draw/colr.h"
 #include "corekit/files/xmap.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

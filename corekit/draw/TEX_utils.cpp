@@ -10,15 +10,15 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/TEX_bmp.h"
 #include "corekit/draw/TEX_png.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/xmap.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 alignas(16) unsigned char scratch_array[scratch_bytes];
 alignas(16) unsigned char scratch_array_temp[scratch_bytes];

@@ -8,12 +8,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/TEX_s3tc.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/colr.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

@@ -94,8 +94,6 @@ float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx,
 void OGL_number(int col, float x, float y, float value, int digits, int decimals, int charset);
 std::string OGL_number_text(float value, int digits, int decimals);  // the latter form's characters
 void OGL_gray_string(int col, float x, float y, const std::string& s);  // centred over a plate
-void OGL_boxed_string(float x, float y, const std::string& label, const std::string& s, int charset,
-                      int col);
 // Width of one byte, and of a whole string, in the proportional charset; units.
 int OGL_char_width(unsigned char ch);
 int OGL_string_width(std::string_view s);

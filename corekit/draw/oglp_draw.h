@@ -2,7 +2,7 @@
 #pragma once
 
 #include "corekit/Platform/PLT_gl.h"
-#include "corekit/window/hl_init.h"
+#include "corekit/base/hl_run.h"
 
 inline constexpr int interface_ref = 392;     // the interface image: glyphs, frames, cells
 inline constexpr float interface_side = 512;  // its side in pixels

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "corekit/base/hl_string.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/TEX_png.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
@@ -15,7 +16,6 @@
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/draw/tman.h"
 #include "corekit/files/io_utils.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

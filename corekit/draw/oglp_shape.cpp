@@ -5,11 +5,11 @@
 #include <cmath>
 
 #include "corekit/base/hl_math.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/draw/tman.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

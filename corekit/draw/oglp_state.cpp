@@ -8,11 +8,11 @@
 #include <cstdio>
 #include <cstring>
 
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/draw/tman.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

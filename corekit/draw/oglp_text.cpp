@@ -9,15 +9,14 @@
 #include <iterator>
 
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_glyphs.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/draw/tman.h"
-#include "corekit/widgets/butn.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 
@@ -267,19 +266,4 @@ void OGL_gray_string(int col, float x, float y, const std::string& s) {
   const float half = static_cast<float>(OGL_string_width(s)) / 2;
   OGL_grayrect(x - half - rim, y - rim, x + half + rim, y + above, plate_alpha);
   OGL_string(col, x, y, s, no_wrap, charset_text, just_centre);
-}
-
-void OGL_boxed_string(float x, float y, const std::string& label, const std::string& s, int charset,
-                      int col) {
-  constexpr float rim = 7, label_gap = 8, text_inset = 4, other_width = 100;
-  float width = other_width;
-  if (charset == charset_fixed) width = static_cast<float>(s.size()) * fixed_pitch + rim;
-  if (charset == charset_text) width = static_cast<float>(OGL_string_width(s)) + rim;
-
-  std::string left, right, help;
-  BTN_expand_label(label, &left, &right, &help);
-  BTN_frame1(9, x, y + 3, width, 0);
-  BTN_util_draw_label(x - width / 2 - label_gap, y, 0, left, 0);
-  BTN_util_draw_label(x + width / 2 + label_gap, y, 2, right, 0);
-  OGL_string(col, x - width / 2 + text_inset, y, s, no_wrap, charset);
 }

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
-#include "corekit/window/hl_mnw.h"
 
 bool layout_watched = false;
 

@@ -7,17 +7,18 @@
 
 #include <algorithm>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/mnw.h"
 #include "corekit/base/xtim.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/tman_load.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 tman_class tman;
+void (*tman_announce)(const std::string& text) = [](const std::string&) {};
 int gKillTex = 0;
 
 namespace {
@@ -134,7 +135,7 @@ void tman_class::announce_load(int manual_ref, tex_load_time when, const std::st
   const float now = xtim.now_sec;
   if (announced_ >= 0 && now < announced_ + pause) return;
   announced_ = now;
-  MACIBM_show_init("Loading bitmap " + name + ".");
+  tman_announce("Loading bitmap " + name + ".");
 }
 
 int tman_class::automatic_ref(const std::string& name, bool* found) {

@@ -161,6 +161,10 @@ class tman_class {
 
 extern tman_class tman;
 
+// Told of each load that a user may have to wait for, in words for him. The window layer shows them
+// on its splash.
+extern void (*tman_announce)(const std::string& text);
+
 // --- binding by OpenGL name --------------------------------------------------------------------
 extern int gKillTex;  // non-zero: every texture but the interface image binds as the blank
 

@@ -6,7 +6,6 @@
 
 #include "corekit/draw/tman.h"
 #include "corekit/draw/tman_load.h"
-#include "corekit/window/hl_init.h"
 
 void tman_class::force_load_tex(int ref) {
   const tman_lock hold(lock_);
@@ -27,7 +26,7 @@ void tman_class::load_all_scenery_texes() {
       if (ref_dat_[ref].load_time != tex_load_scenery) continue;
       name = ref_dat_[ref].name;
     }
-    MACIBM_show_init("Loading scenery texture " + name);
+    tman_announce("Loading scenery texture " + name);
     force_load_tex(ref);
   }
 }

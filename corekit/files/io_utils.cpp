@@ -13,9 +13,9 @@
 #include <climits>
 #include <cstdio>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_utils_int.h"
-#include "corekit/window/hl_alert.h"
 
 std::string app_path;
 int g_case_sensitive = 1;

@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_utils.h"
-#include "corekit/window/hl_alert.h"
 
 std::ofstream ouf;
 

@@ -13,11 +13,11 @@
 #include <climits>
 #include <iterator>
 
+#include "corekit/base/cmnd.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_int.h"
-#include "corekit/widgets/cmnd.h"
-#include "corekit/window/hl_alert.h"
 
 namespace {
 constexpr char this_file[] = "Files/io_utils_tree";

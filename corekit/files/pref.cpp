@@ -13,10 +13,10 @@
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/base/mnw.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
-#include "corekit/window/hl_mnw.h"
 
 pref_class pref;
 
@@ -183,7 +183,7 @@ void pref_class::IO_set(int kind, int direction) {
     }
     case pref_kind_installer: {
       scan_class scan(installer_path(), direction);
-      APP_prefs_io(scan);
+      APP.prefs_io(scan);
       break;
     }
     case pref_kind_calibration: {

@@ -14,11 +14,11 @@
 #include <cstring>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
-#include "corekit/window/hl_alert.h"
 
 std::atomic<int32_t> mapped_files_open = 0;
 

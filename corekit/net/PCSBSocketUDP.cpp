@@ -10,8 +10,8 @@
 
 #include <cerrno>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/net/PCSBSocket_address.h"
-#include "corekit/window/hl_alert.h"
 
 int PCSBSocketUDP::udp_init(unsigned short port, mode_value mode) {
   Cleanup();

@@ -9,12 +9,12 @@
 #include <utility>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/xtim.h"
 #include "corekit/net/http_address.h"
 #include "corekit/net/http_down.h"
-#include "corekit/window/hl_alert.h"
 
 http_class http;
 std::vector<std::string> gProxyExclude;

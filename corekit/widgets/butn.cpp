@@ -6,10 +6,10 @@
 
 #include <cstdlib>
 
+#include "corekit/base/hl_run.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn_draw.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
 
 stls_record stls;
 
@@ -94,4 +94,19 @@ int BTN_type_from_vector(int i, const std::vector<int>* v) {
 
 std::string BTN_name_from_vector(int i, const std::vector<std::string>* v) {
   return i >= 0 && i < static_cast<int>(v->size()) ? (*v)[i] : std::string();
+}
+
+void OGL_boxed_string(float x, float y, const std::string& label, const std::string& s, int charset,
+                      int col) {
+  constexpr float rim = 7, label_gap = 8, text_inset = 4, other_width = 100, fixed_pitch = 10;
+  float width = other_width;
+  if (charset == charset_fixed) width = static_cast<float>(s.size()) * fixed_pitch + rim;
+  if (charset == charset_text) width = static_cast<float>(OGL_string_width(s)) + rim;
+
+  std::string left, right, help;
+  BTN_expand_label(label, &left, &right, &help);
+  BTN_frame1(9, x, y + 3, width, 0);
+  BTN_util_draw_label(x - width / 2 - label_gap, y, 0, left, 0);
+  BTN_util_draw_label(x + width / 2 + label_gap, y, 2, right, 0);
+  OGL_string(col, x - width / 2 + text_inset, y, s, no_wrap, charset);
 }

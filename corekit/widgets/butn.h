@@ -92,6 +92,9 @@ void BTN_expand_label(const std::string& label, std::string* left, std::string* 
 // text over 12 characters goes on two lines, broken nearest to its middle; a leading "-" is dropped
 // and forbids that.
 void BTN_util_draw_label(float x, float y, int side, const std::string& text, int active);
+// A text in a box of its own, centred on x, with a label at either side.
+void OGL_boxed_string(float x, float y, const std::string& label, const std::string& s, int charset,
+                      int col);
 // Whether the mouse is in a rectangle given by its sides, edges included; and whether it was
 // pressed there in this frame. 0 while a menu is open.
 int BTN_mouse_in(float left, float bottom, float right, float top);
@@ -144,12 +147,3 @@ std::string BTN_name_from_vector(int i, const std::vector<std::string>* v);
 // there.
 int BTN_enterstring(float x, float y, std::string* text, int max_length, const std::string& label,
                     float dx, int auto_focus);
-
-// --- the platform's folder picker; non-zero with a path in `out` -------------------------------
-
-// The folder picker: the desktop's where it has one, else the browser of butn_value.h, from
-// `start_in` on. Modal. 1 with the folder, which has no "/" at its end, in `out`; 0, and `out` as
-// it was, when nothing was chosen or the program cannot use it. `mode` 2 is the only one, and
-// `flags` says nothing.
-int GetFilePathFromUser(int mode, const std::string& prompt, const std::string& action, int flags,
-                        const std::string& start_in, std::string& out);

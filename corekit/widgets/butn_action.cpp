@@ -2,11 +2,11 @@
 //
 // Main thread. Reads mnw; writes stls (hover help) and the caller's variable.
 
+#include "corekit/base/hl_run.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

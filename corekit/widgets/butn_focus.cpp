@@ -9,8 +9,8 @@
 
 #include <algorithm>
 
+#include "corekit/base/mnw.h"
 #include "corekit/widgets/butn.h"
-#include "corekit/window/hl_mnw.h"
 
 std::vector<focus_info_t> focus_ring;
 int focus_id = 0;

@@ -9,15 +9,15 @@
 #include <iterator>
 #include <vector>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

@@ -10,16 +10,16 @@
 
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_run.h"
+#include "corekit/base/mnw.h"
 #include "corekit/base/xtim.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
 #include "corekit/widgets/butn_text.h"
 #include "corekit/widgets/butn_value.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/widgets/keys.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
-#include "corekit/window/hl_mnw_menu.h"
 
 // --- popup list ----------------------------------------------------------------------------------
 

@@ -7,14 +7,14 @@
 #include <iterator>
 #include <utility>
 
+#include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_run.h"
+#include "corekit/base/mnw.h"
 #include "corekit/base/xtim.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
 #include "corekit/widgets/butn_value.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

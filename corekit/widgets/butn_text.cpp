@@ -23,14 +23,14 @@
 
 #include "corekit/Platform/PLT_clipboard.h"
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_run.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
 #include "corekit/widgets/butn_value.h"
 #include "corekit/widgets/keys.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
 
 OGLE_Rec* BTN_enterstring_ogle = nullptr;
 int BTN_enterstring_focused_field_id = 0;

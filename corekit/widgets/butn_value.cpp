@@ -10,12 +10,12 @@
 #include <cmath>
 #include <cstdint>
 
+#include "corekit/base/hl_run.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
 #include "corekit/widgets/keys.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

@@ -11,10 +11,10 @@
 #include "corekit/Platform/PLT_keys.h"
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/Platform/PLT_window.h"
+#include "corekit/base/cmnd.h"
+#include "corekit/base/mnw.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
-#include "corekit/widgets/cmnd.h"
-#include "corekit/window/hl_mnw.h"
 
 keys_class keys;
 
@@ -147,7 +147,7 @@ void keys_class::handle_key_raw(long kind, long message, long modifiers) {
     if (vkey == vk_delete || vkey == vk_back) delete_hit = 1;
     if (mnw.win_id != win_main && return_hit) {
       // Return presses a dialog's default button.
-      MACIBM_handleclick(1);
+      if (mnw_keys.leave_dialog) mnw_keys.leave_dialog();
       return;
     }
     if (ch) last_char = ch;

@@ -8,6 +8,7 @@
 
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_app.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/draw/oglp.h"
@@ -85,7 +86,7 @@ void check_list() {
   // The folder is there beside a whole installation; an installer on its own has to make it.
   make_folder("Resources/");
   make_folder("Resources/preferences/");
-  if (http.net_check(list_slot, APP_web_host(), "/serverlist9.txt", list_path) != http_done) return;
+  if (http.net_check(list_slot, APP.web_host, "/serverlist9.txt", list_path) != http_done) return;
   if (about_read_list(list_path)) about_compare(skyvane_version);
 }
 
@@ -112,7 +113,7 @@ void step_download() {
 }
 
 void step_launch() {
-  const int code = APP_launch(about.installer_app_name, app_path);
+  const int code = APP.launch(about.installer_app_name, app_path);
   settle(with_code(tr("There was an error launching the installer: %s (%d)"), code));
 }
 
@@ -120,7 +121,7 @@ void step_launch() {
 
 std::string version_line() {
   if (!about.version_str_found) {
-    return str_fill(tr("I could not reach the Skyvane web site, %s."), {APP_web_host()});
+    return str_fill(tr("I could not reach the Skyvane web site, %s."), {APP.web_host});
   }
   return tr("The current ") + (about.is_beta ? tr("beta version") : tr("version")) +
          tr(" of Skyvane is now ") +
@@ -144,7 +145,7 @@ void plot_text() {
   const std::string lines[] = {
       tr("Skyvane, its scenery and this program are made by Tessaron Labs."),
       tr("Thanks to all who have flown the test releases."), "",
-      std::string("http://") + APP_web_host() + "/", version_line()};
+      std::string("http://") + APP.web_host + "/", version_line()};
   for (const std::string& line : lines) {
     OGL_string(text_colour, text_x, y, line, wrap);
     y -= line_dy;
@@ -155,7 +156,7 @@ void plot_text() {
 void plot_buttons() {
   constexpr float width = 180;
   if (BTN_action(191, button_y, width, 0, 1, tr("Skyvane Web Site"), "")) {
-    go_to_URL(std::string("http://") + APP_web_host() + "/");
+    go_to_URL(std::string("http://") + APP.web_host + "/");
   }
   if (about.ins_state != about_offer) return;
   const std::string label = about.is_beta ? tr(" Get New Beta! ") : tr("Update Skyvane!");
@@ -201,7 +202,7 @@ void about_compare(int version) {
   const std::string sentence = about.is_beta
                                    ? tr("There is a new version of Skyvane.  Please visit %s.")
                                    : tr("There is a newer beta of Skyvane.  Please visit %s.");
-  about.err_msg = str_fill(sentence, {APP_web_host()});
+  about.err_msg = str_fill(sentence, {APP.web_host});
 }
 
 void about_step_on() {

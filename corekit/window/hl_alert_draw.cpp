@@ -13,7 +13,6 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 
@@ -83,7 +82,10 @@ void plot_backdrop() {
 
 }  // namespace
 
-void draw_alert(int window, const std::string* lines, int type, const std::string& where) {
+void draw_alert(const exce_class& failure, const std::string& where) {
+  const int type = failure.severity;
+  const std::string lines[4] = {failure.line_1.shown(), failure.line_2.shown(),
+                                failure.line_3.shown(), failure.line_4.shown()};
   restore_sane_state();
   const float mouse_x = mnw.mouse_x, mouse_y = mnw.mouse_y;
   const std::string label = UTL_translate_string(type == 0 ? alert_texts.accept : alert_texts.ok);
@@ -102,7 +104,7 @@ void draw_alert(int window, const std::string* lines, int type, const std::strin
     if (BTN_action(mnw.win_dx / 2, button_y, 0, 0, 1, label, "") || return_hit) {
       return_hit = 0;
       if (type == t_exit) return;
-      MACIBM_startwind(window, 0);
+      MACIBM_startwind(failure.window, 0);
       mnw.mouse_x = mouse_x;
       mnw.mouse_y = mouse_y;
       return;

@@ -16,22 +16,21 @@
 #include "corekit/base/UTL_debug.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_math.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/oglp_watch.h"
+#include "corekit/files/UTL_translate_load.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/pref.h"
 #include "corekit/widgets/keys.h"
+#include "corekit/window/hl_alert_draw.h"
 #include "corekit/window/hl_init_window.h"
 #include "corekit/window/hl_mnw.h"
 #include "corekit/window/hl_mnw_context.h"
-
-int app_done = 0;
-int ogl_inited = 0;
-int app_headless = 0;
-std::string start_folder;
 
 namespace {
 
@@ -57,25 +56,19 @@ std::string enter_app_folder() {
   return folder;
 }
 
+constexpr failure_sink alert_window = {draw_alert, MACIBM_finishup};
+constexpr THREAD_contexts loader_contexts = {
+    [] { return glExt.threaded_avail != 0; },
+    MACIBM_make_context_loader,
+    MACIBM_set_context_loader,
+    [] { glExt.threaded_ogl_failed(); },
+};
+
 }  // namespace
 
-std::string from_start_folder(const std::string& path) {
-  return !path.empty() && path[0] == '/' ? path : start_folder + path;
-}
-
-std::string folder_from_start(const std::string& folder) {
-  std::string path = from_start_folder(folder);
-  if (path.back() != '/') path += '/';
-  // The user reads it, and the list of copies compares it: no detours, as far as it exists.
-  const bool has_detour =
-      path.find("/./") != std::string::npos || path.find("/../") != std::string::npos;
-  char resolved[PATH_MAX];
-  if (!has_detour || !realpath(path.c_str(), resolved)) return path;
-  path = resolved;
-  return path == "/" ? path : path + '/';
-}
-
 void MACIBM_init(int argc, const char* const* argv) {
+  report_to(&alert_window);
+  THREAD_use_contexts(&loader_contexts);
   UTL_debug_init();
   // Without TZ the C library looks the zone up again for the date of every file that is unpacked,
   // on all threads at once.
@@ -95,7 +88,7 @@ void MACIBM_init(int argc, const char* const* argv) {
 
   cmdline.init_unix(argc, argv);
   layout_watched = cmdline.has_option("--check_layout");
-  app_headless = APP_without_window() ? 1 : 0;
+  app_headless = APP.without_window() ? 1 : 0;
   // From here on an alert may open a message box, and not before it is known that one may be shown.
   if (!app_headless) PLT_use_display();
   THREAD_init();

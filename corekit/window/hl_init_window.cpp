@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
@@ -20,12 +21,11 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/widgets/keys.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 #include "corekit/window/hl_mnw_context.h"
-#include "corekit/window/hl_mnw_menu.h"
 
 namespace {
 
@@ -113,6 +113,8 @@ void init_window() {
   MACIBM_clear_menus(1);
   MACIBM_startwind(win_none, 0);
   keys.start();
+  mnw_keys.leave_dialog = [] { MACIBM_handleclick(1); };
+  tman_announce = [](const std::string& text) { MACIBM_show_init(text); };
   OGL_pix_specs();
   ogl_inited = 1;
   if (mnw.language < 0) {
@@ -132,7 +134,7 @@ void MACIBM_show_init(const std::string& text, float fraction) {
   const float dx = mnw.win_dx, dy = mnw.win_dy, middle = std::round(dx / 2);
   colr.assign(white, 1, 1, 1);
   OGL_2dquad_d(t_background, white, 1, 0, 0, 0, 0, dx, dy, dx / 1024, dy / 1024, 5);
-  OGL_string(title_colour, middle, dy / 2 + 30, APP_title(), no_wrap, charset_text, just_centre);
+  OGL_string(title_colour, middle, dy / 2 + 30, APP.title, no_wrap, charset_text, just_centre);
   OGL_string(text_colour, middle, dy / 2, text, no_wrap, charset_text, just_centre);
   if (fraction > 0) {
     const float length = std::clamp(fraction * bar_dx, shortest_fill, bar_dx);

@@ -11,6 +11,7 @@
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
@@ -18,18 +19,9 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
-#include "corekit/window/hl_alert.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw_menu.h"
 #include "corekit/window/hl_mnw_paint.h"
-
-mnw_record mnw;
-key_handlers mnw_keys;
-
-int return_hit = 0;
-int escape_hit = 0;
-int delete_hit = 0;
-int frame_soon = frame_when_needed;
 
 namespace {
 
@@ -42,7 +34,6 @@ constexpr uint64_t idle_after_us = 500'000;
 constexpr uint64_t show_every_input_us = 16'000;
 constexpr uint64_t show_every_work_us = 50'000;
 constexpr uint64_t show_every_idle_us = 250'000;
-constexpr size_t url_limit = 499;
 
 // The pace of the frames. Times are of PLT_microseconds.
 struct frame_pace {
@@ -149,7 +140,7 @@ void run_page(bool in_dialog) {
   if (!show) {
     pace.is_stale = true;
     paint_frames(false);
-    APP_update();
+    APP.update();
     paint_frames(true);
     stls.hover_help.clear();
     return;
@@ -157,7 +148,7 @@ void run_page(bool in_dialog) {
   const bool calls_page = !in_dialog && !mnw.modal_up;
   if (calls_page) {
     pace.is_mixed = false;
-    APP_update();
+    APP.update();
   }
   if (!ogl_inited) return;
   if (calls_page && pace.is_mixed) {
@@ -222,7 +213,7 @@ void handle_close() {
     return_hit = 0;
     MACIBM_startwind(win_main, 0);
   } else {
-    APP_quit_request();
+    APP.quit_request();
   }
 }
 
@@ -280,7 +271,7 @@ void APL_handlewin(const PLT_event& event) {
       break;
     case plt_quit:
       if (mnw.modal_up) handle_close();
-      APP_quit_request();
+      APP.quit_request();
       break;
     case plt_activate:
     case plt_woken:
@@ -306,17 +297,7 @@ void MACIBM_event_proc() {
   xtim.xtim_update();
   if (mnw_keys.frame) mnw_keys.frame();
   mnw.cursor_mode = cursor_arrow;
-  menu_follow_mouse();
+  if (menu_follow_mouse()) MACIBM_handleclick(0);
   BTN_begin_focus_ring();
   run_page(in_dialog);
-}
-
-void go_to_URL(const std::string& url) {
-  if (url.size() > url_limit) {
-    __MACIBM_alert(win_main, "String too long!", url.substr(0, url_limit), "", "", t_exit,
-                   "GenC/hl_mnw", 412);
-  }
-  xer << "Web page: " << url << '\n';
-  if (!ogl_inited) return;
-  if (!PLT_open_url(url)) xer << "WARNING: no browser could be started.\n";
 }

@@ -37,7 +37,7 @@ int MACIBM_make_context(int index) {
   for (const format_attempt& attempt : attempts) {
     const PLT_pixel_format format = {attempt.aliased ? mnw.alias_req : 0, attempt.depth,
                                      attempt.stencil, attempt.color};
-    window_is_open = PLT_open_window(APP_title(), mnw.req_dx, mnw.req_dy, format);
+    window_is_open = PLT_open_window(APP.title, mnw.req_dx, mnw.req_dy, format);
     if (window_is_open) break;
     xer << str_format("No window with %d samples, %d bits of depth, %d of stencil: ",
                       format.samples, format.depth, format.stencil)

@@ -13,9 +13,9 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/widgets/butn.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
-#include "corekit/window/hl_mnw_menu.h"
 #include "corekit/window/hl_mnw_paint.h"
 
 int plot_init_lights = 0;

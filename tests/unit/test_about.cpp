@@ -197,7 +197,7 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
     EXPECT_EQ(mnw.win_id, win_main);
     const std::vector<std::string> requests = server.requests();
     ASSERT_EQ(requests.size(), row.asked ? 2u : 1u);
-    EXPECT_NE(requests[0].find(APP_web_host()), std::string::npos);
+    EXPECT_NE(requests[0].find(APP.web_host), std::string::npos);
     if (row.asked) {
       EXPECT_NE(requests[1].find(row.asked), std::string::npos) << requests[1];
     }

@@ -8,6 +8,7 @@
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
 #include "corekit/widgets/keys.h"
+#include "corekit/window/butn_file.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {

@@ -12,8 +12,8 @@
 #include "corekit/base/UTL_debug.h"
 #include "corekit/base/UTL_mempool.h"
 #include "corekit/base/UTL_new.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
-#include "corekit/window/hl_alert.h"
 #include "tests/unit/test_runtime_util.h"
 #include "tests/unit/test_tex_util.h"
 

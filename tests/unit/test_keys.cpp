@@ -8,8 +8,8 @@
 #include "corekit/Platform/PLT_keys.h"
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/Platform/PLT_window.h"
+#include "corekit/base/cmnd.h"
 #include "corekit/widgets/butn.h"
-#include "corekit/widgets/cmnd.h"
 #include "corekit/widgets/keys.h"
 #include "corekit/window/hl_mnw.h"
 

@@ -4,10 +4,10 @@
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/xtim.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_zip.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "net_scripted_server.h"
 

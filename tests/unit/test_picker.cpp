@@ -9,6 +9,7 @@
 
 #include "corekit/Platform/PLT_picker.h"
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/window/butn_file.h"
 #include "tests/unit/gl_fixture.h"
 
 namespace {

@@ -4,8 +4,8 @@
 #include <stdexcept>
 
 #include "corekit/base/UTL_workers.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_thread.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "tests/unit/test_runtime_util.h"
 

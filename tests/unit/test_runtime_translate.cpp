@@ -2,6 +2,7 @@
 
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/files/UTL_translate_load.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include "corekit/base/UTL_translate.h"
 #include "corekit/draw/oglp.h"
+#include "corekit/files/UTL_translate_load.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {

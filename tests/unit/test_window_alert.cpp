@@ -6,6 +6,7 @@
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_thread.h"
+#include "corekit/files/UTL_translate_load.h"
 #include "tests/unit/test_files_scratch.h"
 #include "tests/unit/window_fixture.h"
 

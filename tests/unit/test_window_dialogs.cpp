@@ -3,8 +3,8 @@
 #include "corekit/base/xtim.h"
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/window/hl_mnw.h"
-#include "corekit/window/hl_mnw_menu.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {

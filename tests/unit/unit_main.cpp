@@ -5,19 +5,13 @@
 
 #include <cstdlib>
 
-#include "Installer-f/wizard/main_wizard.h"
-#include "corekit/base/hl_app.h"
-
-page_function g_wizard = nullptr;
-
-const char* APP_title() {
-  return "Skyvane Unit Tests";
-}
+#include "Installer-f/wizard/main_app.h"
 
 int main(int argc, char** argv) {
   // No test meets the desktop that it runs on.
   for (const char* const bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
     setenv(bus, "unix:path=/nonexistent", 1);
+  wizard_serve(nullptr, "Skyvane Unit Tests");
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -7,9 +7,9 @@
 #include "corekit/base/xtim.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/widgets/keys.h"
 #include "corekit/window/hl_mnw.h"
-#include "corekit/window/hl_mnw_menu.h"
 #include "tests/unit/gl_fixture.h"
 
 class value_fixture : public gl_fixture {

@@ -10,9 +10,9 @@
 
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/Platform/PLT_window.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/draw/oglp.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 

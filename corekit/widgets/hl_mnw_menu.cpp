@@ -3,21 +3,21 @@
 // A popup list shows as many items as fit between its widget and the window's edge, and scrolls by
 // the wheel. Main thread. Writes menu, the popup's codes, and mnw.popup_code.
 
-#include "corekit/window/hl_mnw_menu.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 
 #include <algorithm>
 #include <iterator>
 
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/mnw.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
-#include "corekit/window/hl_alert.h"
-#include "corekit/window/hl_init.h"
-#include "corekit/window/hl_mnw.h"
 
 std::vector<menu_record> menu;
 int active_popup_code = 0;
@@ -161,7 +161,7 @@ void pick(int item) {
     select_popup_code = active_popup_code;
     popup_menu_select = item;
   } else {
-    APP_handlemenu(slot, menu[slot].items[item].number);
+    APP.handle_menu(slot, menu[slot].items[item].number);
   }
 }
 
@@ -253,20 +253,20 @@ void standard_gui() {
   if (is_open() && !menu[mnw.popup_code].items.empty()) plot_items(place_items());
 }
 
-void menu_follow_mouse() {
-  if (!is_open()) return;
+bool menu_follow_mouse() {
+  if (!is_open()) return false;
   if (escape_hit) {
     mnw.popup_code = -1;
-    return;
+    return false;
   }
   if (mnw.wheel) {
     const int count = static_cast<int>(menu[mnw.popup_code].items.size());
     first_item = std::clamp(place_items().first - mnw.wheel, 0, std::max(0, count - 1));
     mnw.wheel = 0;
   }
-  if (mnw.popup_code == popup_slot) return;
+  if (mnw.popup_code == popup_slot) return false;
   const int under = title_under_mouse();
-  if (under >= 0 && under != mnw.popup_code) MACIBM_handleclick(0);
+  return under >= 0 && under != mnw.popup_code;
 }
 
 int menu_take_press() {

@@ -2,10 +2,5 @@
 // the end-to-end tests can link another.
 
 #include "Installer-f/settings/main_stg.h"
-#include "corekit/base/hl_app.h"
 
 const char* const product_web_host = SKYVANE_WEB_HOST;
-
-const char* APP_web_host() {
-  return product_web_host;
-}

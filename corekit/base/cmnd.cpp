@@ -2,7 +2,7 @@
 //
 // Main thread. Writes cmnd.
 
-#include "corekit/widgets/cmnd.h"
+#include "corekit/base/cmnd.h"
 
 #include <algorithm>
 #include <cstdio>

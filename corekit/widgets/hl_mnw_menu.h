@@ -45,7 +45,7 @@ extern int popup_menu_select;  // the index of that item
 // Draws the bar, if any menu has a title, and the open menu. Once a frame, after all else.
 void standard_gui();
 
-// For the frame: the open menu follows the mouse along the bar. And for a press: 1 when a menu has
-// taken it, so that nothing below may.
-void menu_follow_mouse();
+// For the frame: whether the open menu is to follow the mouse to another title of the bar, as by a
+// press there. And for a press: 1 when a menu has taken it, so that nothing below may.
+bool menu_follow_mouse();
 int menu_take_press();

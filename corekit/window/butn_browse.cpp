@@ -4,12 +4,15 @@
 // Main thread. The browser that is up is one record; it writes the caller's path only when the user
 // confirms.
 
+#include "corekit/window/butn_file.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
@@ -18,7 +21,6 @@
 #include "corekit/files/xmap.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 

@@ -3,6 +3,8 @@
 // Main thread. Writes the caller's path. The picker is modal; while the desktop's is up, window 998
 // says so, and frames go on.
 
+#include "corekit/window/butn_file.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -10,13 +12,13 @@
 #include "corekit/Platform/PLT_picker.h"
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_text.h"
 #include "corekit/widgets/butn_value.h"
-#include "corekit/window/hl_alert.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 

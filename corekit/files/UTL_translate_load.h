@@ -1,0 +1,13 @@
+// Language files. Main thread.
+//
+// A language file is text: "A" or "I", "900 version", "TRANSLATION", then one entry a line:
+//   STRING <English>====<translation>
+// with line breaks written as \n and \r. One blank or tab parts STRING from the English, and all
+// further blanks of a line belong to the texts. Other lines are skipped.
+#pragma once
+
+#include <string>
+
+// Replaces the table by the file at `path`. A missing or unsuitable file leaves an empty table;
+// faulty lines are logged and skipped.
+void UTL_translate_load(const std::string& path);
