@@ -18,6 +18,7 @@
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/base/hl_url.h"
 #include "corekit/base/mnw.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"

@@ -9,8 +9,8 @@
 #include <string_view>
 
 #include "corekit/base/cmnd.h"
-#include "corekit/base/exce.h"
 #include "corekit/base/hl_app.h"
+#include "corekit/base/xer.h"
 
 UTL_cmdline cmdline;
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "corekit/base/exce.h"
+#include "corekit/base/xer.h"
 
 std::atomic<float> UTL_lazy_mempool::global_total = 0;
 

@@ -12,9 +12,9 @@
 #include <ctime>
 
 #include "corekit/Platform/PLT_system.h"
-#include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/base/xer.h"
 
 namespace {
 

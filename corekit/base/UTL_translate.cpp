@@ -9,7 +9,7 @@
 #include <unordered_set>
 
 #include "corekit/base/UTL_cmdline.h"
-#include "corekit/base/exce.h"
+#include "corekit/base/xer.h"
 
 namespace {
 

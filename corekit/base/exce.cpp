@@ -1,30 +1,137 @@
-// The failure record, and the log with its header. Writes xer; any thread may report, the rest is
-// the main thread's.
+// The failure record, and how it is shown: drawn by the window layer's sink or plain, logged, and
+// if fatal it ends the program.
+//
+// Any thread may make a record or report one from anywhere; the rest is the main thread's.
 
 #include "corekit/base/exce.h"
 
-#include <ios>
-#include <utility>
+#include <cstdio>
+#include <cstdlib>
 
-#include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_text.h"
-#include "corekit/base/hl_alert.h"
-#include "corekit/base/hl_app.h"
+#include "corekit/Platform/PLT_window.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/UTL_debug.h"
 #include "corekit/base/hl_run.h"
-#include "corekit/base/hl_thread.h"
 
-std::ofstream xer;
+int alerts_shown = 0;
 
 namespace {
 
-constexpr char unknown[] = "?";
+const failure_sink* the_sink = nullptr;
+const failure_post* the_post = nullptr;
+int in_alert = 0;  // recursion guard: 1 while an alert is being shown
 
-// A figure of the header, or "?" where the system does not tell.
-std::string figure(uint32_t value) {
-  return value ? std::to_string(value) : unknown;
+constexpr size_t plain_limit = 499;  // characters that the platform's plain alert takes
+
+void log_failure(const exce_class& failure, const std::string& where) {
+  failure.log_lines();
+  xer << where << '\n';
+  xer.flush();
+}
+
+void print_lines(const exce_class& failure) {
+  for (const alert_line* line :
+       {&failure.line_1, &failure.line_2, &failure.line_3, &failure.line_4}) {
+    if (!line->is_empty()) std::fprintf(stderr, "%s\n", PLT_terminal_text(line->shown()).c_str());
+  }
+  std::fflush(stderr);
+}
+
+// The plain form: two lines joined to a message, two to an explanation. `nested` says that an alert
+// was up already, so that this one must not raise another: it is cut to fit instead.
+void show_plain(const exce_class& failure, bool nested) {
+  std::string text[2] = {failure.line_1.shown() + " " + failure.line_2.shown(),
+                         failure.line_3.shown() + " " + failure.line_4.shown()};
+  for (std::string& part : text) {
+    if (part.size() <= plain_limit) continue;
+    if (nested) {
+      part.resize(plain_limit);
+    } else {
+      report(exce_class("String too long!", part, "", "", "corekit/GenH/hl_string", 137, t_exit));
+    }
+  }
+  PLT_plain_alert(text[0], text[1]);
+}
+
+void show(const exce_class& failure, const std::string& where, bool nested) {
+  if (failure.is_empty()) return;
+  if (!the_sink || !ogl_inited || nested) {
+    show_plain(failure, nested);
+    return;
+  }
+  // A test or a person at a terminal reads it there too.
+  if (failure.severity != 0) print_lines(failure);
+  the_sink->show(failure, where);
+}
+
+// Ends the process without running the destructors of the program's globals: worker threads may
+// still be reading them.
+[[noreturn]] void end_process() {
+  std::fflush(nullptr);
+  std::_Exit(1);
 }
 
 }  // namespace
+
+void report_to(const failure_sink* sink) {
+  the_sink = sink;
+}
+
+void report_across(const failure_post* post) {
+  the_post = post;
+}
+
+void report_from_anywhere(const exce_class& failure) {
+  if (the_post && the_post->is_elsewhere()) {
+    the_post->send(failure);
+    return;
+  }
+  report(failure);
+}
+
+void report_finish(int save) {
+  if (the_sink) the_sink->finish(save);
+}
+
+void report(const exce_class& failure) {
+  const int type = failure.severity;
+  const std::string where =
+      "(" + std::string(failure.file) + " line " + std::to_string(failure.line) + ")";
+
+  if (type == t_exit) UTL_append_crawl();
+
+  // An automatic frame-rate run must not wait for anyone.
+  if (cmdline.has_option("--fps_test")) {
+    log_failure(failure, where);
+    if (type == t_exit) end_process();
+    return;
+  }
+
+  const bool nested = in_alert != 0;
+  in_alert = 1;
+  ++alerts_shown;
+  show(failure, where, nested);
+
+  if (type == t_alert || type == t_exit || nested) {
+    dump_mem_stats(
+        "This is the dump_mem_stats call from the following code: if(type==t_exit || type == "
+        "t_alert || recursive_error)");
+    xer << '\n';
+    log_failure(failure, where);
+  }
+  if (type != t_exit && !nested) {
+    in_alert = 0;
+    return;
+  }
+
+  // An alert inside an alert always ends the program: whatever failed is failing again.
+  report_finish(0);
+  app_done = 1;
+  end_process();
+}
+
+// --- the record ---------------------------------------------------------------------------------
 
 exce_class::exce_class(alert_line l1, alert_line l2, alert_line l3, alert_line l4,
                        const char* source_file, int source_line, int how_bad)
@@ -46,7 +153,7 @@ bool exce_class::is_empty() const {
 }
 
 void exce_class::Report() const {
-  if (THREAD_is_inited() && !THREAD_is_main_thread()) {
+  if (the_post && the_post->is_elsewhere()) {
     xer << "EXCEPTION REPORTED FROM THREAD!!  File: " << file << ", line " << line << ".\n";
     log_lines();
     xer.flush();
@@ -63,70 +170,4 @@ void exce_class::LogAndContinue() const {
       << ", line " << line << ".\n";
   log_lines();
   xer.flush();
-}
-
-bool xer_open(const std::string& path) {
-  xer.close();
-  xer.clear();
-  xer.open(path, std::ios::out | std::ios::trunc);
-  xer << std::fixed;
-  return xer.is_open();
-}
-
-std::string xer_cpu_name(uint32_t cpu_type) {
-  struct known_type {
-    uint32_t type;
-    const char* name;
-  };
-  // Four characters as a number, the first one highest.
-  constexpr auto code = [](const char* text) constexpr {
-    uint32_t value = 0;
-    for (int i = 0; i < 4; ++i)
-      value = value << 8 | static_cast<unsigned char>(text[i]);
-    return value;
-  };
-  static constexpr known_type known[] = {
-      {0x108, "G3"},
-      {0x10C, "G4"},
-      {0x110, "G4/7450"},
-      {0x111, "G4/7455"},
-      {0x112, "G4/7447"},
-      {0x120, "G3/750FX"},
-      {0x139, "G5"},
-      {0x13C, "G5/FX"},
-      {code("i486"), "i486"},
-      {code("i586"), "Pentium"},
-      {code("i5pr"), "Pentium Pro"},
-      {code("i5ii"), "Pentium II"},
-      {code("i5iv"), "Pentium 4"},
-      {code("ixxx"), "X86"},
-  };
-  for (const known_type& row : known)
-    if (row.type == cpu_type) return std::string(" (") + row.name + ") ";
-
-  std::string letters;
-  for (int shift = 24; shift >= 0; shift -= 8) {
-    const uint32_t byte = cpu_type >> shift & 0xFF;
-    if (byte >= 0x20 && byte < 0x7F) letters += static_cast<char>(byte);
-  }
-  if (letters.size() == 4) return " (" + letters + ") ";
-  return cpu_type >> 24 == 'i' ? " (unknown intel) " : " (unknown PowerPC) ";
-}
-
-void xer_header() {
-  xer << "Installer log.txt for " << APP.title << " compiled on " << __DATE__ << ' ' << __TIME__
-      << "\n\n"
-         "This log file is generated automatically by Tessaron Labs applications and contains "
-         "diagnostics about your graphics hardware, installation, and any error conditions.\n"
-         "If you need to contact tech support or file a bug, please send us this file. NOTE: this "
-         "file is rewritten every time you start ANY of your Sky-Root applications.\n\n";
-
-  const PLT_machine machine = PLT_machine_figures();
-  xer << machine.system << ' ' << machine.version[0] << '.' << machine.version[1] << '.'
-      << machine.version[2] << '\n';
-  xer << "CPU type: " << figure(machine.cpu_type)
-      << (machine.cpu_type ? xer_cpu_name(machine.cpu_type) : " ")
-      << "CPU speed (mhz): " << figure(static_cast<uint32_t>(machine.cpu_mhz)) << ' '
-      << "Bus speed (mhz): " << figure(static_cast<uint32_t>(machine.bus_mhz)) << ' '
-      << "RAM (MB): " << figure(static_cast<uint32_t>(machine.ram_mb)) << '\n';
 }

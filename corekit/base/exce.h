@@ -1,15 +1,15 @@
-// The failure record that travels between threads, and the log stream.
+// The failure record that travels between threads, and the sink that shows it.
 //
 // Nothing throws exce_class to report a failure: the record is a message that goes by queue to the
-// main thread, which shows it. See hl_thread.h for the queues, hl_alert.h for the showing.
+// main thread, which shows it. See hl_thread.h for the queues.
 #pragma once
 
-#include <cstdint>
-#include <fstream>
 #include <string>
 #include <utility>
 
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_types.h"
+#include "corekit/base/xer.h"
 
 // One line of a failure. A literal is a text like any other that a user sees: it stays English on
 // its way from a thread to the main thread and in the log, and is looked up when it is shown. What
@@ -55,19 +55,36 @@ class exce_class {
   int window = 0;    // the win_id to return to when it has been shown
 };
 
-// --- the log ------------------------------------------------------------------------------------
+// --- the sink -----------------------------------------------------------------------------------
 
-// The log, "Skyvane Installer Log.txt" beside the application; rewritten on each run, fixed-point
-// numbers. A stream that could not be opened swallows what is written to it. It has no lock: the
-// main thread writes, and another one only when it has no other way left to report its failure.
-extern std::ofstream xer;
+// What the floors above know and this one does not. Before it is installed an alert has the plain
+// form, and a fatal one ends the process with nothing to take down.
+struct failure_sink {
+  // The drawn form; `where` names the source of a fatal one. Back when the user has read it. Called
+  // only with a window on (ogl_inited) and outside another alert.
+  void (*show)(const exce_class& failure, const std::string& where);
+  // Takes the runtime down; `save` as for MACIBM_finishup.
+  void (*finish)(int save);
+};
+void report_to(const failure_sink* sink);  // static; null takes it away
 
-// Opens the log at `path`, truncating. Returns false if that failed; the run goes on without.
-bool xer_open(const std::string& path);
+// Shows a failure, logs it, and ends the program if it is fatal. Main thread; others send theirs
+// (THREAD_send_exception).
+void report(const exce_class& failure);
 
-// Writes the log's header: title, notices, system and hardware lines.
-void xer_header();
+// Takes the runtime down, as the sink does it.
+void report_finish(int save);
 
-// The name that the header gives to a processor type: PLT_machine::cpu_type, its first character in
-// the highest byte. Begins and ends with a blank.
-std::string xer_cpu_name(uint32_t cpu_type);
+// Alerts shown since the program began. Main thread.
+extern int alerts_shown;
+
+// What the threads' floor knows: whether the caller is not the main thread, and how a record gets
+// there. Before it is installed there is one thread.
+struct failure_post {
+  bool (*is_elsewhere)();
+  void (*send)(const exce_class& failure);
+};
+void report_across(const failure_post* post);  // static; null takes it away
+
+// Shows the failure, or sends it to the thread that does. Any thread.
+void report_from_anywhere(const exce_class& failure);

@@ -1,126 +1,8 @@
-// The alert: from any thread, before any window exists, inside another alert.
-//
-// On another thread an alert becomes a record on a queue; on the main thread it is shown, drawn by
-// the window layer's sink or plain, logged, and if fatal ends the program. Owned by the main thread
-// but for the first step.
+// The alert: a failure record made of a caller's words. Any thread.
 
 #include "corekit/base/hl_alert.h"
 
-#include <cstdio>
-#include <cstdlib>
-
-#include "corekit/Platform/PLT_text.h"
-#include "corekit/Platform/PLT_window.h"
-#include "corekit/base/UTL_cmdline.h"
-#include "corekit/base/UTL_debug.h"
-#include "corekit/base/hl_run.h"
-#include "corekit/base/hl_thread.h"
 #include "corekit/base/mnw.h"
-
-int alerts_shown = 0;
-
-namespace {
-
-const failure_sink* the_sink = nullptr;
-int in_alert = 0;  // recursion guard: 1 while an alert is being shown
-
-constexpr size_t plain_limit = 499;  // characters that the platform's plain alert takes
-
-void log_failure(const exce_class& failure, const std::string& where) {
-  failure.log_lines();
-  xer << where << '\n';
-  xer.flush();
-}
-
-void print_lines(const exce_class& failure) {
-  for (const alert_line* line :
-       {&failure.line_1, &failure.line_2, &failure.line_3, &failure.line_4}) {
-    if (!line->is_empty()) std::fprintf(stderr, "%s\n", PLT_terminal_text(line->shown()).c_str());
-  }
-  std::fflush(stderr);
-}
-
-// The plain form: two lines joined to a message, two to an explanation. `nested` says that an alert
-// was up already, so that this one must not raise another: it is cut to fit instead.
-void show_plain(const exce_class& failure, bool nested) {
-  std::string text[2] = {failure.line_1.shown() + " " + failure.line_2.shown(),
-                         failure.line_3.shown() + " " + failure.line_4.shown()};
-  for (std::string& part : text) {
-    if (part.size() <= plain_limit) continue;
-    if (nested) {
-      part.resize(plain_limit);
-    } else {
-      __MACIBM_alert(win_main, "String too long!", part, "", "", t_exit, "corekit/GenH/hl_string",
-                     137);
-    }
-  }
-  PLT_plain_alert(text[0], text[1]);
-}
-
-void show(const exce_class& failure, const std::string& where, bool nested) {
-  if (failure.is_empty()) return;
-  if (!the_sink || !ogl_inited || nested) {
-    show_plain(failure, nested);
-    return;
-  }
-  // A test or a person at a terminal reads it there too.
-  if (failure.severity != 0) print_lines(failure);
-  the_sink->show(failure, where);
-}
-
-// Ends the process without running the destructors of the program's globals: worker threads may
-// still be reading them.
-[[noreturn]] void end_process() {
-  std::fflush(nullptr);
-  std::_Exit(1);
-}
-
-}  // namespace
-
-void report_to(const failure_sink* sink) {
-  the_sink = sink;
-}
-
-void report_finish(int save) {
-  if (the_sink) the_sink->finish(save);
-}
-
-void report(const exce_class& failure) {
-  const int type = failure.severity;
-  const std::string where =
-      "(" + std::string(failure.file) + " line " + std::to_string(failure.line) + ")";
-
-  if (type == t_exit) UTL_append_crawl();
-
-  // An automatic frame-rate run must not wait for anyone.
-  if (cmdline.has_option("--fps_test")) {
-    log_failure(failure, where);
-    if (type == t_exit) end_process();
-    return;
-  }
-
-  const bool nested = in_alert != 0;
-  in_alert = 1;
-  ++alerts_shown;
-  show(failure, where, nested);
-
-  if (type == t_alert || type == t_exit || nested) {
-    dump_mem_stats(
-        "This is the dump_mem_stats call from the following code: if(type==t_exit || type == "
-        "t_alert || recursive_error)");
-    xer << '\n';
-    log_failure(failure, where);
-  }
-  if (type != t_exit && !nested) {
-    in_alert = 0;
-    return;
-  }
-
-  // An alert inside an alert always ends the program: whatever failed is failing again.
-  report_finish(0);
-  app_done = 1;
-  end_process();
-}
 
 void MACIBM_fault(const char* file, int source_line, const std::string& line_1,
                   const std::string& line_2, const std::string& line_3, const std::string& line_4) {
@@ -132,9 +14,5 @@ void __MACIBM_alert(int window, const alert_line& line_1, const alert_line& line
                     int source_line) {
   exce_class failure(line_1, line_2, line_3, line_4, file, source_line, type);
   failure.window = window;
-  if (THREAD_is_inited() && !THREAD_is_main_thread()) {
-    THREAD_send_exception(failure);
-    return;
-  }
-  report(failure);
+  report_from_anywhere(failure);
 }

@@ -24,26 +24,3 @@ void __MACIBM_alert(int window, const alert_line& line_1, const alert_line& line
 void MACIBM_fault(const char* file, int source_line, const std::string& line_1,
                   const std::string& line_2 = "", const std::string& line_3 = "",
                   const std::string& line_4 = "");
-
-// Alerts shown since the program began. Main thread.
-extern int alerts_shown;
-
-// --- the sink -----------------------------------------------------------------------------------
-
-// What the floors above know and this one does not. Before it is installed an alert has the plain
-// form, and a fatal one ends the process with nothing to take down.
-struct failure_sink {
-  // The drawn form; `where` names the source of a fatal one. Back when the user has read it. Called
-  // only with a window on (ogl_inited) and outside another alert.
-  void (*show)(const exce_class& failure, const std::string& where);
-  // Takes the runtime down; `save` as for MACIBM_finishup.
-  void (*finish)(int save);
-};
-void report_to(const failure_sink* sink);  // static; null takes it away
-
-// Shows a failure, logs it, and ends the program if it is fatal. Main thread; others send theirs
-// (THREAD_send_exception).
-void report(const exce_class& failure);
-
-// Takes the runtime down, as the sink does it.
-void report_finish(int save);

@@ -1,4 +1,4 @@
-// The process-wide flags of a run, the folder that it was started in, and the way to the web. Set
+// The process-wide flags of a run, and the folder that it was started in. Set
 // by start and finish (corekit/window/hl_init.h), read everywhere. Main thread.
 #pragma once
 
@@ -16,6 +16,3 @@ extern std::string start_folder;
 std::string from_start_folder(const std::string& path);
 // The same for a folder, with a "/" at its end and, where it exists, without "." and ".." in it.
 std::string folder_from_start(const std::string& folder);
-
-// Opens `url` (at most 499 characters) in the user's browser; without a window only logs it.
-void go_to_URL(const std::string& url);

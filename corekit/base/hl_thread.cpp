@@ -101,6 +101,11 @@ void* xtaskproc(void*) {
   }
 }
 
+// A fault of the program: it stays English, for those who can mend it.
+exce_class unhandled(const std::string& kind, const std::string& what, int source_line) {
+  return exce_class(kind, what, "", "", source, source_line, t_exit);
+}
+
 void* THREAD_launch(void* parameters) {
   auto* const start = static_cast<thread_start*>(parameters);
   if (start->want_ogl && !contexts->bind(start->context)) start->want_ogl = 0;
@@ -122,6 +127,9 @@ void THREAD_init() {
   UTL_critical_section_create(&free_calls_lock);
   UTL_message_queue_create(&call_queue);
   threads_inited = 1;
+  static constexpr failure_post post = {[] { return !THREAD_is_main_thread(); },
+                                        THREAD_send_exception};
+  report_across(&post);
 }
 
 void THREAD_make_workers() {
@@ -159,6 +167,7 @@ void THREAD_shutdown() {
   drop_failures(warn_exce);
   drop_failures(quit_exce);
   threads_inited = 0;
+  report_across(nullptr);
   xer << "Clean exit from threads.\n";
 }
 
@@ -205,10 +214,9 @@ __attribute__((no_sanitize("null"))) void* THREAD_guard(UTL_thread_function func
     failure = caught;
     failure.MakeFatal();
   } catch (std::exception& caught) {
-    failure = exce_class("Caught an unhandled C++ exception", std::string(caught.what()), "", "",
-                         source, 203, t_exit);
+    failure = unhandled("Caught an unhandled C++ exception", caught.what(), 203);
   } catch (...) {
-    failure = exce_class("Caught an unhandled unknown exception", "", "", "", source, 206, t_exit);
+    failure = unhandled("Caught an unhandled unknown exception", "", 206);
   }
   THREAD_send_exception(failure);
   return nullptr;

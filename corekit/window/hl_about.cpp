@@ -11,6 +11,7 @@
 #include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/hl_url.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"

@@ -16,12 +16,10 @@
 #include "corekit/base/UTL_debug.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
-#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_math.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
-#include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/files/UTL_translate_load.h"
 #include "corekit/files/io_utils.h"
@@ -56,19 +54,11 @@ std::string enter_app_folder() {
   return folder;
 }
 
-constexpr failure_sink alert_window = {draw_alert, MACIBM_finishup};
-constexpr THREAD_contexts loader_contexts = {
-    [] { return glExt.threaded_avail != 0; },
-    MACIBM_make_context_loader,
-    MACIBM_set_context_loader,
-    [] { glExt.threaded_ogl_failed(); },
-};
-
 }  // namespace
 
 void MACIBM_init(int argc, const char* const* argv) {
-  report_to(&alert_window);
-  THREAD_use_contexts(&loader_contexts);
+  static constexpr failure_sink sink = {draw_alert, MACIBM_finishup};
+  report_to(&sink);
   UTL_debug_init();
   // Without TZ the C library looks the zone up again for the date of every file that is unpacked,
   // on all threads at once.

@@ -80,6 +80,13 @@ void take_palette() {
   colr.assign(mean_colour, (one.r + other.r) / 2, (one.g + other.g) / 2, (one.b + other.b) / 2);
 }
 
+constexpr THREAD_contexts loader_contexts = {
+    [] { return glExt.threaded_avail != 0; },
+    MACIBM_make_context_loader,
+    MACIBM_set_context_loader,
+    [] { glExt.threaded_ogl_failed(); },
+};
+
 void no_graphics() {
   __MACIBM_alert(
       win_main,
@@ -107,6 +114,7 @@ void init_window() {
   if (!MACIBM_make_context(0)) no_graphics();
   OGL_pix_specs();
   glExt.init_extensions();
+  THREAD_use_contexts(&loader_contexts);
   THREAD_make_workers();
   load_hardwired_textures();
   OGL_nrml_colors();

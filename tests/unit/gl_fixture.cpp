@@ -12,6 +12,8 @@
 #include "corekit/base/hl_math.h"
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp_draw.h"
+#include "corekit/window/hl_alert_draw.h"
+#include "corekit/window/hl_init.h"
 
 // The driver keeps its own for the life of the process.
 extern "C" const char* __lsan_default_suppressions() {
@@ -108,6 +110,11 @@ void clear_window() {
 
 }  // namespace
 
+void alerts_are_drawn() {
+  static constexpr failure_sink sink = {draw_alert, MACIBM_finishup};
+  report_to(&sink);
+}
+
 void gl_fixture::SetUp() {
   static const std::string trouble = make_window();
   ASSERT_EQ(trouble, "") << "no OpenGL context off the screen; is Mesa's software driver there?";
@@ -135,6 +142,7 @@ void gl_fixture::SetUp() {
   stls = stls_record();
   PLT_swap_hook = nullptr;
   ogl_inited = 1;
+  alerts_are_drawn();
   ogl_errors = 0;
   OGL_pix_specs();
   OGL_nrml_colors();

@@ -40,6 +40,9 @@ class gl_fixture : public testing::Test {
   void move(float x, float y);
 };
 
+// Installs the window layer's sink of failures, as the start does it.
+void alerts_are_drawn();
+
 struct gl_pixel {
   int r, g, b;
 };

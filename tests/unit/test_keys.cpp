@@ -157,6 +157,7 @@ TEST_F(Keys, WhatNoWidgetTakesSetsTheFramesFlags) {
 }
 
 TEST_F(Keys, ReturnPressesADialogsDefault) {
+  mnw_keys.leave_dialog = [] { MACIBM_handleclick(1); };
   const int command = cmnd.add_cmd("test/return", "");
   keys.bindings.push_back({vk_return, 0, command, 0});
   const struct {

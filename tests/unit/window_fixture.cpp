@@ -11,6 +11,7 @@
 #include "corekit/draw/tman.h"
 #include "corekit/window/hl_init_window.h"
 #include "corekit/window/hl_mnw_context.h"
+#include "tests/unit/gl_fixture.h"
 #include "tests/unit/test_runtime_util.h"
 
 int window_fixture::page_calls = 0;
@@ -65,6 +66,7 @@ void window_fixture::SetUp() {
   mnw.req_depth = 32;
   hl_math_init();
   THREAD_init();
+  alerts_are_drawn();
   PLT_use_display();
   init_window();
   ASSERT_EQ(ogl_inited, 1);

@@ -1,0 +1,87 @@
+// The log with its header. Writes xer; main thread, but for a failing one as its last resort.
+
+#include "corekit/base/xer.h"
+
+#include <ios>
+
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/base/hl_app.h"
+
+std::ofstream xer;
+
+namespace {
+
+constexpr char unknown[] = "?";
+
+// A figure of the header, or "?" where the system does not tell.
+std::string figure(uint32_t value) {
+  return value ? std::to_string(value) : unknown;
+}
+
+}  // namespace
+
+bool xer_open(const std::string& path) {
+  xer.close();
+  xer.clear();
+  xer.open(path, std::ios::out | std::ios::trunc);
+  xer << std::fixed;
+  return xer.is_open();
+}
+
+std::string xer_cpu_name(uint32_t cpu_type) {
+  struct known_type {
+    uint32_t type;
+    const char* name;
+  };
+  // Four characters as a number, the first one highest.
+  constexpr auto code = [](const char* text) constexpr {
+    uint32_t value = 0;
+    for (int i = 0; i < 4; ++i)
+      value = value << 8 | static_cast<unsigned char>(text[i]);
+    return value;
+  };
+  static constexpr known_type known[] = {
+      {0x108, "G3"},
+      {0x10C, "G4"},
+      {0x110, "G4/7450"},
+      {0x111, "G4/7455"},
+      {0x112, "G4/7447"},
+      {0x120, "G3/750FX"},
+      {0x139, "G5"},
+      {0x13C, "G5/FX"},
+      {code("i486"), "i486"},
+      {code("i586"), "Pentium"},
+      {code("i5pr"), "Pentium Pro"},
+      {code("i5ii"), "Pentium II"},
+      {code("i5iv"), "Pentium 4"},
+      {code("ixxx"), "X86"},
+  };
+  for (const known_type& row : known)
+    if (row.type == cpu_type) return std::string(" (") + row.name + ") ";
+
+  std::string letters;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    const uint32_t byte = cpu_type >> shift & 0xFF;
+    if (byte >= 0x20 && byte < 0x7F) letters += static_cast<char>(byte);
+  }
+  if (letters.size() == 4) return " (" + letters + ") ";
+  return cpu_type >> 24 == 'i' ? " (unknown intel) " : " (unknown PowerPC) ";
+}
+
+void xer_header() {
+  xer << "Installer log.txt for " << APP.title << " compiled on " << __DATE__ << ' ' << __TIME__
+      << "\n\n"
+         "This log file is generated automatically by Tessaron Labs applications and contains "
+         "diagnostics about your graphics hardware, installation, and any error conditions.\n"
+         "If you need to contact tech support or file a bug, please send us this file. NOTE: this "
+         "file is rewritten every time you start ANY of your Sky-Root applications.\n\n";
+
+  const PLT_machine machine = PLT_machine_figures();
+  xer << machine.system << ' ' << machine.version[0] << '.' << machine.version[1] << '.'
+      << machine.version[2] << '\n';
+  xer << "CPU type: " << figure(machine.cpu_type)
+      << (machine.cpu_type ? xer_cpu_name(machine.cpu_type) : " ")
+      << "CPU speed (mhz): " << figure(static_cast<uint32_t>(machine.cpu_mhz)) << ' '
+      << "Bus speed (mhz): " << figure(static_cast<uint32_t>(machine.bus_mhz)) << ' '
+      << "RAM (MB): " << figure(static_cast<uint32_t>(machine.ram_mb)) << '\n';
+}
