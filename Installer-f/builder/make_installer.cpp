@@ -18,10 +18,10 @@
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/mnw.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/io_zip.h"
-#include "corekit/window/hl_mnw.h"
 
 namespace {
 

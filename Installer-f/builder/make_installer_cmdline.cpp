@@ -16,9 +16,9 @@
 #include "Installer-f/builder/make_installer_servers.h"
 #include "Installer-f/builder/make_installer_tree.h"
 #include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
-#include "corekit/window/hl_init.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
-#include "corekit/window/hl_mnw.h"
+#include "corekit/base/mnw.h"
 
 namespace {
 
