@@ -7,13 +7,17 @@
 
 #include "Installer-f/engine/utils_disc.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <utility>
 
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_manifest.h"
-#include "Installer-f/engine/utils_unpack.h"
+#include "Installer-f/engine/utils_place.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
@@ -28,7 +32,13 @@ std::string install_err_msg;
 
 namespace {
 
-constexpr int code_bad_archive = 20002;  // "We were unable to read from a zip file..."
+// Archives in memory, between the two pools and in them. The address is given out before the bytes
+// are there, so several threads may be counting.
+constexpr size_t most_in_memory = 64u << 20;
+std::atomic<size_t> in_memory = 0;
+
+// Of the copy and of temp_path, as long as there are pools.
+std::shared_ptr<gate_class> job_gate, temp_gate;
 
 // Set while the pipeline is being given up, so that its tasks begin no further copy.
 std::atomic<bool> abandoned = false;
@@ -45,9 +55,11 @@ void pass_over_unwanted(int& index) {
 
 // Strictly in the manifest's order, which is the order of the discs.
 void feed(int& index, int disk) {
+  if (index >= file_count() || !copy_pool->has_free_slot()) return;
+  job_gate = copy_gate();
   while (index < file_count() && copy_pool->has_free_slot()) {
-    if (sim_info[index].current().disk != disk) return;
-    copy_pool->enqueue_task(new dvd_unpack_task(index));
+    if (sim_info[index].current().disk != disk) break;
+    copy_pool->enqueue_task(new dvd_unpack_task(index, job_gate, temp_gate));
     ++index;
     pass_over_unwanted(index);
   }
@@ -76,6 +88,7 @@ bool reap() {
     }
     delete task;
   }
+  if (any && job_gate) log_gate_notes(*job_gate);
   return any;
 }
 
@@ -84,11 +97,19 @@ void end_pools() {
   delete unzip_pool;
   copy_pool = nullptr;
   unzip_pool = nullptr;
+  if (job_gate) log_gate_notes(*job_gate);
+  job_gate = temp_gate = nullptr;
+}
+
+void open_temp() {
+  temp_gate = std::make_shared<gate_class>();
+  if (temp_gate->open(temp_path) != 0) temp_gate = nullptr;
 }
 
 }  // namespace
 
 int install_files(int& index, int disk) {
+  if (!copy_pool) open_temp();
   if (!copy_pool) copy_pool = new UTL_worker_threads(1, disc_queue_limit);
   if (!unzip_pool) unzip_pool = new UTL_worker_threads(UTL_count_processors(), disc_queue_limit);
 
@@ -110,6 +131,7 @@ int install_files(int& index, int disk) {
 }
 
 void install_files_kill() {
+  if (!copy_pool && !unzip_pool) return;
   abandoned = true;
   if (copy_pool && unzip_pool) {
     while (UTL_work_task* const task = copy_pool->wait_retired_tasks())
@@ -131,8 +153,12 @@ int install_files_get_error(std::string& message) {
 
 // --- one file ------------------------------------------------------------------------------------
 
-dvd_unpack_task::dvd_unpack_task(int32_t index)
-    : file_index(index), base_(dest_dir_path.size()), record_(&sim_info[index].current()) {
+dvd_unpack_task::dvd_unpack_task(int32_t index, std::shared_ptr<gate_class> copy,
+                                 std::shared_ptr<gate_class> temp)
+    : file_index(index),
+      copy_(std::move(copy)),
+      temp_(std::move(temp)),
+      record_(&sim_info[index].current()) {
   suffix = suffix_for_file(index);
   source.append(dvd_path).append(install_name).append("/").append(record_->path).append(suffix);
   // The suffix keeps its dot behind that of the format, as the name always had it.
@@ -140,6 +166,14 @@ dvd_unpack_task::dvd_unpack_task(int32_t index)
       .append(record_->sig_want)
       .append(str_format("_%d.%s", file_index, suffix.c_str()));
   dest_file = install_location(record_->path);
+  // The manifest tells the size of a zip. Other packers may do worse, but not worse than not
+  // packing.
+  most_archive_ = place_budget(record_->zip_kb);
+  if (suffix != ".zip") most_archive_ = std::max(most_archive_, 2 * place_budget(record_->raw_kb));
+}
+
+dvd_unpack_task::~dvd_unpack_task() {
+  drop_archive();
 }
 
 void dvd_unpack_task::do_it() {
@@ -156,29 +190,66 @@ void dvd_unpack_task::copy_archive() {
     outcome_ = not_begun;
     return;
   }
-  // A longer path would end the program in the file services; here it is one file that fails.
-  const size_t longest = std::max({source.size(), temp_file.size(), dest_file.size()});
-  error_code = longest > path_limit ? ENAMETOOLONG : copy_file(source, temp_file);
+  if (source.size() > path_limit) {
+    error_code = ENAMETOOLONG;
+  } else {
+    // Not waiting for the other end of a pipe.
+    const io_handle file(
+        open((app_path + source).c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    error_code = file ? copy_from(file.get()) : errno;
+  }
   if (error_code != 0) outcome_ = copy_failed;
+}
+
+// Into memory if there is room for it, else to the hard drive.
+int dvd_unpack_task::copy_from(int disc_file) {
+  struct stat info;
+  if (fstat(disc_file, &info) != 0) return errno;
+  if (!S_ISREG(info.st_mode)) return ENOENT;
+  const uint64_t size = uint64_t(info.st_size);
+  if (size > most_archive_) return EFBIG;
+  if (in_memory.fetch_add(size) + size <= most_in_memory) {
+    archive_ = std::make_unique_for_overwrite<unsigned char[]>(size);
+    archive_size_ = size;
+    size_t got = 0;
+    if (const int code = io_read_all(disc_file, archive_.get(), size, got)) return code;
+    return got == size ? 0 : EIO;
+  }
+  in_memory -= size;
+  if (!temp_) return ENOENT;
+  in_temp_ = true;
+  return temp_->put_copy(path_leaf(temp_file), disc_file, most_archive_);
 }
 
 void dvd_unpack_task::unpack_archive() {
   // What failed before passes through here only to be reported.
-  if (outcome_ != went_well) return;
-  // Several threads may be at work in one folder.
-  const std::string part = std::string(part_name) + "_" + std::to_string(file_index);
-  int chmod_code = 0;
-  error_code = unpack_into_place(temp_file, dest_file, base_, part, record_->sig_want, chmod_code);
-  if (error_code == unpack_wrong_file) error_code = code_bad_archive;
-  // Also after a failure: what is on the hard drive is bounded by the queues.
-  delete_file(temp_file);
-  if (error_code != 0) {
-    outcome_ = unpack_failed;
-    return;
+  if (outcome_ == went_well) {
+    const place_order order{installed_part(record_->path), record_->sig_want,
+                            place_budget(record_->raw_kb)};
+    io_handle file;
+    if (!copy_) {
+      error_code = ENOENT;
+    } else if (!in_temp_) {
+      error_code = place_archive(*copy_, archive_.get(), archive_size_, order).code;
+    } else if ((error_code = temp_->open_file(path_leaf(temp_file), file)) == 0) {
+      error_code = place_archive_file(*copy_, file.get(), most_archive_, order).code;
+    }
+    if (error_code != 0) {
+      outcome_ = unpack_failed;
+    } else {
+      // What was unpacked has been compared with its signature on the way.
+      record_->sig_have = record_->sig_want;
+      record_->sig_match = 1;
+    }
   }
-  // Nothing is hashed again: a repair does that.
-  record_->sig_have = record_->sig_want;
-  record_->sig_match = 1;
+  drop_archive();  // also after a failure: what is on the way is bounded
+}
+
+void dvd_unpack_task::drop_archive() {
+  if (archive_) in_memory -= archive_size_;
+  archive_.reset();
+  if (in_temp_) temp_->remove_file(path_leaf(temp_file));
+  in_temp_ = false;
 }
 
 int dvd_unpack_task::check_error(std::string& message) {

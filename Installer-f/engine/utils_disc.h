@@ -1,17 +1,21 @@
-// The disc pipeline: every file goes through two stages, a copy of its archive from the disc to the
-// hard drive by one thread, so that the drive's head does not jump, and its unpacking by as many
-// threads as there are processors.
+// The disc pipeline: every file goes through two stages, a copy of its archive from the disc by one
+// thread, so that the drive's head does not jump, and its unpacking by as many threads as there are
+// processors.
 //
 //   sim_info -> copy_pool (1 thread) -> unzip_pool (one a processor) -> its place
 //
+// Archives are copied into memory; when those on the way have grown to 64 MB, to the hard drive.
+//
 // The main thread feeds, hands over and reaps, once a frame, and never waits but in
-// install_files_kill. The limits of the two pools bound how many archives lie on the hard drive.
+// install_files_kill. The limits of the two pools bound how many archives are on the way.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "corekit/base/UTL_workers.h"
+#include "corekit/files/io_gate.h"
 
 struct file_version_struct;
 
@@ -50,7 +54,11 @@ int install_files_get_error(std::string& message);
 // of them. The same object goes through both pools.
 class dvd_unpack_task : public UTL_work_task {
  public:
-  explicit dvd_unpack_task(int32_t index);  // of the history to install; main thread
+  // `index` is that of the history to install; `copy` and `temp` are the gates of the destination
+  // and of temp_path, null if there is no such folder. Main thread.
+  dvd_unpack_task(int32_t index, std::shared_ptr<gate_class> copy,
+                  std::shared_ptr<gate_class> temp);
+  ~dvd_unpack_task() override;
 
   void do_it() override;
   int check_error(std::string& message) override;
@@ -58,16 +66,22 @@ class dvd_unpack_task : public UTL_work_task {
   int32_t file_index;      // into sim_info
   int32_t phase = 0;       // 0 copy to do, 1 unpack to do
   std::string source;      // the archive on the disc
-  std::string temp_file;   // the archive on the hard drive
+  std::string temp_file;   // the archive on the hard drive, if it goes by there
   std::string suffix;      // ".zip" or ".7z"
   std::string dest_file;   // the file's place
   int32_t error_code = 0;  // 0 or the failure's code
 
  private:
   void copy_archive();
+  int copy_from(int disc_file);
   void unpack_archive();
+  void drop_archive();
 
-  size_t base_;                  // length of the destination's path
+  std::shared_ptr<gate_class> copy_, temp_;
   file_version_struct* record_;  // the worker writes its sig_have and sig_match
+  uint64_t most_archive_;        // bytes
+  std::unique_ptr<unsigned char[]> archive_;
+  size_t archive_size_ = 0;
+  bool in_temp_ = false;
   enum { went_well, copy_failed, unpack_failed, not_begun } outcome_ = went_well;
 };

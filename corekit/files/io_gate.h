@@ -2,7 +2,7 @@
 // its mode changed there, goes through here and nowhere else.
 //
 //   open                          the destination, once; everything else is named below it
-//   put_file, put_link            a whole file or link in its place, or nothing
+//   put_file, put_copy, put_link  a whole file or link in its place, or nothing
 //   make_folder, make_folders     one level; all that are missing
 //   remove_file, remove_folder    what is at the path itself, never what it leads to
 //   rename                        within its folder, over nothing
@@ -33,6 +33,7 @@
 #include <sys/types.h>
 
 #include <atomic>
+#include <cstdint>
 #include <ctime>
 #include <functional>
 #include <map>
@@ -75,6 +76,10 @@ class gate_class {
   int put_file(std::string_view path, const void* bytes, size_t size,
                const gate_attributes& attributes = {});
 
+  // The same with what the open file `source` holds from its start, read piece by piece; no mode
+  // and no time. EFBIG if that is more than `most` bytes, and then nothing is put there.
+  int put_copy(std::string_view path, int source, uint64_t most);
+
   // The same with a link, unless it leads out of the destination (gate_leads_out; nothing is made).
   // The text must be relative, with ".." only at its start; where it would really lead, by what is
   // on disk, must be inside. Below a link of the user's, "inside" means below where that leads.
@@ -111,6 +116,8 @@ class gate_class {
   bool may_follow(int at, std::string_view way, const char* name);
   bool stays_inside(const place& from, std::string_view target);
   void sweep_once(std::string_view folder, int handle);
+  int put_part(std::string_view path, const std::function<int(const io_handle& file)>& fill,
+               place& at, std::string& leaf);
 
   io_handle root_;
   size_t root_length_ = 0;  // characters of its path, which count towards the limit of a path

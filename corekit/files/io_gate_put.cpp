@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 #include "corekit/files/io_gate.h"
 #include "corekit/files/io_utils.h"
@@ -101,13 +102,29 @@ void set_attributes(int file, const gate_attributes& attributes) {
   if (attributes.modified != time_t(-1)) futimens(file, times);
 }
 
-// Fills the open file. It stays open, and with it the lock: a part without one is anybody's.
-// Closing a second handle brings out what some volumes, such as NFS, tell only at that point.
 int fill(const io_handle& file, const void* bytes, size_t size, const gate_attributes& attributes) {
   if (const int code = io_write_all(file.get(), bytes, size)) return fail(code, 30);
   set_attributes(file.get(), attributes);
+  return 0;
+}
+
+int copy_into(const io_handle& file, int source, uint64_t most) {
+  constexpr size_t piece = 256 * 1024;
+  thread_local const auto buffer = std::make_unique_for_overwrite<unsigned char[]>(piece);
+  for (size_t got = piece; got == piece;) {
+    if (const int code = io_read_all(source, buffer.get(), piece, got)) return fail(code, 31);
+    if (got > most) return fail(EFBIG, 32);
+    most -= got;
+    if (const int code = io_write_all(file.get(), buffer.get(), got)) return fail(code, 33);
+  }
+  return 0;
+}
+
+// Closing a second handle brings out what some volumes, such as NFS, tell only at that point. The
+// first one stays open, and with it the lock: a part without one is anybody's.
+int told_at_close(const io_handle& file) {
   io_handle second(fcntl(file.get(), F_DUPFD_CLOEXEC, 0));
-  return second ? fail(second.close(), 31) : fail(errno, 32);
+  return second ? fail(second.close(), 34) : fail(errno, 35);
 }
 
 // The last resort where a folder takes no new file but lets an old one be written. Not one with a
@@ -121,7 +138,8 @@ int write_over(int folder, const std::string& leaf, const void* bytes, size_t si
     return fail(EACCES, 40);
   }
   if (ftruncate(file.get(), 0) != 0) return fail(errno, 41);
-  return fill(file, bytes, size, attributes);
+  const int code = fill(file, bytes, size, attributes);
+  return code != 0 ? code : told_at_close(file);
 }
 }  // namespace
 
@@ -148,22 +166,38 @@ void gate_class::sweep_once(std::string_view folder, int handle) {
   closedir(dir);
 }
 
-int gate_class::put_file(std::string_view path, const void* bytes, size_t size,
-                         const gate_attributes& attributes) {
-  place at;
-  std::string leaf, part;
+// A part that `fill` fills, moved into its place.
+int gate_class::put_part(std::string_view path,
+                         const std::function<int(const io_handle& file)>& fill_part, place& at,
+                         std::string& leaf) {
+  std::string part;
   if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 50);
   const int folder = at.folder.get();
   sweep_once(path.substr(0, path.size() - std::min(path.size(), leaf.size() + 1)), folder);
-
   io_handle file;
-  int code = make_part(folder, part, file);
-  if (code == 0) {
-    code = fill(file, bytes, size, attributes);
-    if (code == 0) code = move_in(folder, part, leaf);
-    if (code != 0) unlinkat(folder, part.c_str(), 0);
-  }
-  return code == EACCES ? write_over(folder, leaf, bytes, size, attributes) : code;
+  if (const int code = make_part(folder, part, file)) return code;
+  int code = fill_part(file);
+  if (code == 0) code = told_at_close(file);
+  if (code == 0) code = move_in(folder, part, leaf);
+  if (code != 0) unlinkat(folder, part.c_str(), 0);
+  return code;
+}
+
+int gate_class::put_file(std::string_view path, const void* bytes, size_t size,
+                         const gate_attributes& attributes) {
+  const auto fill_file = [&](const io_handle& file) { return fill(file, bytes, size, attributes); };
+  place at;
+  std::string leaf;
+  const int code = put_part(path, fill_file, at, leaf);
+  if (code != EACCES || !at.folder) return code;
+  return write_over(at.folder.get(), leaf, bytes, size, attributes);
+}
+
+int gate_class::put_copy(std::string_view path, int source, uint64_t most) {
+  place at;
+  std::string leaf;
+  return put_part(
+      path, [&](const io_handle& file) { return copy_into(file, source, most); }, at, leaf);
 }
 
 int gate_class::put_link(std::string_view path, const std::string& target) {
