@@ -32,6 +32,8 @@ place_result result_of(single_outcome outcome) {
   switch (outcome) {
     case single_ok:
       return {};
+    case single_no_archive:
+      return {place_damaged, code_no_archive};
     case single_damaged:
       return {place_damaged, code_bad_archive};
     case single_empty:

@@ -154,7 +154,7 @@ single_outcome outcome_of(claims_7z claims) {
     case claims_too_large:
       return single_too_large;
     default:
-      return single_damaged;
+      return single_no_archive;
   }
 }
 

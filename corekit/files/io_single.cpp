@@ -50,7 +50,7 @@ struct listed_entry {
 };
 
 single_outcome list_entries(const zip_reader& zip, listed_entry& file, listed_entry& fork) {
-  if (!zip.file) return is_empty_zip(zip.archive) ? single_empty : single_damaged;
+  if (!zip.file) return is_empty_zip(zip.archive) ? single_empty : single_no_archive;
   int err = unzGoToFirstFile(zip.file);
   if (err == UNZ_END_OF_LIST_OF_FILE) return single_empty;
   for (size_t count = 0; err == UNZ_OK; err = unzGoToNextFile(zip.file), ++count) {

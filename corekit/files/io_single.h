@@ -23,7 +23,8 @@
 
 enum single_outcome : int {
   single_ok,
-  single_damaged,     // no archive, or a broken or encrypted one
+  single_no_archive,  // it cannot be opened: another thing, or its table of contents is broken
+  single_damaged,     // what is in it is broken, or encrypted
   single_empty,       // no bytes at all, or nothing in it
   single_too_large,   // more than the limit, or claims that no archive of ours makes
   single_other_file,  // something beside one file and its fork: a folder, a device, a second file

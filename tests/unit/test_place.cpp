@@ -55,7 +55,7 @@ TEST_F(Place, ByOutcome) {
       {"whole", "d/old.txt", zip, sum, place_ok, 0},
       {"a new folder", "e/f/new.txt", zip, sum, place_ok, 0},
       {"by the user's link", "users/sub/new.txt", zip, sum, place_ok, 0},
-      {"a page", "d/old.txt", "<html>", sum, place_damaged, 20002},
+      {"a page", "d/old.txt", "<html>", sum, place_damaged, 20001},
       {"nothing", "d/old.txt", "", sum, place_empty, 20001},
       {"large", "d/old.txt", raw_zip({{"any", std::string(1001, 'x')}}), sum, place_too_large, 27},
       {"another", "d/old.txt", raw_zip({{"a", "new"}, {"b", "new"}}), sum, place_other_file, 20002},
