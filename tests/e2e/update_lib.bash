@@ -3,6 +3,7 @@
 # The updater is run as an ordinary user even where the tests are root's: root may read and replace
 # what a user may not, and half of the cases would test nothing.
 . "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+. "$(dirname "${BASH_SOURCE[0]}")/lib_tree.bash"
 
 ORDINARY=65534  # nobody; owns no file of this machine
 COPY=$SCRATCH/sim
@@ -68,18 +69,15 @@ prints() {
 }
 
 # real_tree COUNT FOLDER: that many files that this machine's packages brought, evenly spread over all
-# that are there, into a folder. Left out is what the builder refuses or leaves out: some words, names
-# that begin with a dot, empty files; and giants, which would only test the disk. Leaves their list in
-# $SCRATCH/list.txt.
+# that are there, into a folder; none that is empty, and no giants, which would only test the disk.
+# Leaves their list in $SCRATCH/list.txt.
 real_tree() {
   local all
-  find /usr/share /usr/include -type f -readable -size +0 -size -1000k -printf '%p\n' |
-    grep -avE 'copy|\.cpp|\.CPP|[:\\]|[^ -~]| /| $|/\.|\.7z|Thumbs\.db|work\.|\._|DS_Store|sandboxinfo|xSYM' |
-    grep -avE '\.(ovw|ac|prf|fms|sit|mov|bak)$|serverlist\.txt|\.dsf|^.{240}' | sort >"$SCRATCH/all.txt"
+  find /usr/share /usr/include -type f -readable -size +0 -size -1000k -printf '%p\n' | shippable |
+    sort >"$SCRATCH/all.txt"
   all=$(wc -l <"$SCRATCH/all.txt")
   [ "$all" -ge 1000 ] || { echo "only $all usable files below /usr/share and /usr/include"; exit 77; }
-  awk -v n="$1" -v all="$all" 'n >= all || int(NR * n / all) > int((NR - 1) * n / all)' \
-    "$SCRATCH/all.txt" >"$SCRATCH/list.txt"
+  spread "$1" "$SCRATCH/all.txt" >"$SCRATCH/list.txt"
   mkdir -p "$2"
   tr '\n' '\0' <"$SCRATCH/list.txt" | xargs -0 cp --parents -t "$2"
   chmod -R u+rwX,go+rX "$2"

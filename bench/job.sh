@@ -1,0 +1,7 @@
+#!/usr/bin/env bash
+# One job, named as script/bench has it, which starts this.
+set -euo pipefail
+
+. "$ROOT/bench/lib.bash"
+for part in "$ROOT"/bench/jobs_*.bash; do . "$part"; done
+"job_${1//-/_}"
