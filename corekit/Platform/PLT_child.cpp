@@ -113,3 +113,19 @@ void PLT_child_end(PLT_child* child, uint64_t polite_us) {
   child->pid = 0;
   PLT_child_close(child);
 }
+
+int PLT_run_program(const char* const* argv, int seconds) {
+  constexpr useconds_t look_again_us = 5'000;
+  PLT_child child;
+  if (!PLT_child_start(&child, argv, false)) return -1;
+  const uint64_t deadline = PLT_microseconds() + static_cast<uint64_t>(seconds) * 1'000'000;
+  int status = -1;
+  while (!PLT_child_has_ended(&child, &status)) {
+    if (PLT_microseconds() >= deadline) {
+      PLT_child_end(&child, 0);
+      return -1;
+    }
+    usleep(look_again_us);
+  }
+  return status;
+}

@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/Platform/PLT_window.h"
 #include "corekit/Platform/PLT_window_sdl.h"
 
 void PLT_plain_alert(const std::string& message, const std::string& explanation) {

@@ -5,8 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include "corekit/Platform/PLT_picker.h"
-
 struct PLT_picker_question {
   std::string title, start_in;  // as in PLT_picker_start
 };

@@ -15,6 +15,7 @@
 #include <cstring>
 
 #include "corekit/Platform/PLT_dbus.h"
+#include "corekit/Platform/PLT_picker.h"
 #include "corekit/Platform/PLT_picker_kinds.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_window.h"

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "corekit/Platform/PLT_child.h"
+#include "corekit/Platform/PLT_picker.h"
 #include "corekit/Platform/PLT_picker_kinds.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// The clock, the processor count, and the running of other programs.
+// The clock and the processor count.
 
 #include "corekit/Platform/PLT_system.h"
 
@@ -6,8 +6,6 @@
 #include <unistd.h>
 
 #include <ctime>
-
-#include "corekit/Platform/PLT_child.h"
 
 uint64_t PLT_microseconds() {
   timespec now;
@@ -23,20 +21,4 @@ int PLT_processor_count() {
   }
   const long online = sysconf(_SC_NPROCESSORS_ONLN);
   return online > 0 ? static_cast<int>(online) : 1;
-}
-
-int PLT_run_program(const char* const* argv, int seconds) {
-  constexpr useconds_t look_again_us = 5'000;
-  PLT_child child;
-  if (!PLT_child_start(&child, argv, false)) return -1;
-  const uint64_t deadline = PLT_microseconds() + static_cast<uint64_t>(seconds) * 1'000'000;
-  int status = -1;
-  while (!PLT_child_has_ended(&child, &status)) {
-    if (PLT_microseconds() >= deadline) {
-      PLT_child_end(&child, 0);
-      return -1;
-    }
-    usleep(look_again_us);
-  }
-  return status;
 }

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "corekit/Platform/PLT_window.h"
 #include "corekit/Platform/PLT_window_sdl.h"
 
 static_assert(int{plt_key_backspace} == int{SDLK_BACKSPACE});

@@ -3,8 +3,6 @@
 
 #include <SDL.h>
 
-#include "corekit/Platform/PLT_window.h"
-
 extern SDL_Window* plt_window;  // the one window; null while none is open
 
 // Whether the display is open and somebody sees it.

@@ -71,18 +71,6 @@ bool TEX_size_fits(long long dx, long long dy);
 // The same; if not, a fatal alert that names `name`, and 0. Otherwise 1.
 int check_dxy(const std::string& name, int dx, int dy);
 
-// --- size of a texture -------------------------------------------------------------------------
-
-// The size at which a picture of dx by dy pixels becomes a texture, into out_dx, out_dy: the
-// texture resolution setting (ren.tex_res), changed by the load flags, and in `mode` 1 (pixels that
-// are in scratch_array already) full size; small enough for the driver, and each side rounded up to
-// a power of two unless the flags say otherwise. Returns the scale applied to the picture, at most
-// 1. REQUIRES: dx and dy at least 1.
-float TEX_get_scale(int flags, int dx, int dy, int* out_dx, int* out_dy, int mode);
-
-// The fraction of full size that a texture resolution setting of 0 to 5 asks for: 1/32 to 1.
-float TEX_scale_of_setting(int tex_res);
-
 // --- files -------------------------------------------------------------------------------------
 // The readers of PNG and BMP share these parameters:
 //   pixels  where the picture goes, of at least scratch_bytes; if null, a buffer of the size needed
@@ -94,13 +82,6 @@ float TEX_scale_of_setting(int tex_res);
 //   desc    receives the picture's own size and the pad of its rows; may be null
 // They return 1; or 0 with `pixels` as it was, if the file has no content or (BMP) is of another
 // type. A broken file is a fatal alert.
-
-// Opens a picture and chooses its reader by the first bytes: "BM", then the signature of PNG.
-int TEX_load_any(const std::string& path, unsigned char*& pixels, unsigned long format, int max_dim,
-                 int pow2, TEX_image_desc* desc);
-// The same for the path with its 4-character extension replaced by ".png", else by ".bmp".
-int TEX_load_any_ext(const std::string& path, unsigned char*& pixels, unsigned long format,
-                     int max_dim, int pow2, TEX_image_desc* desc);
 
 // The place for a picture as the parameters above want it: fills desc.pad, takes or allocates the
 // buffer and zeroes what is not picture. Null if it does not fit or memory is short. For the

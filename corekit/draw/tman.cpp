@@ -12,10 +12,11 @@
 #include "corekit/base/hl_types.h"
 #include "corekit/base/mnw.h"
 #include "corekit/base/xtim.h"
+#include "corekit/draw/TEX_load.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
-#include "corekit/draw/tman_load.h"
+#include "corekit/draw/tman_int.h"
 
 tman_class tman;
 void (*tman_announce)(const std::string& text) = [](const std::string&) {};

@@ -5,7 +5,7 @@
 // through the finisher.
 
 #include "corekit/draw/tman.h"
-#include "corekit/draw/tman_load.h"
+#include "corekit/draw/tman_int.h"
 
 void tman_class::force_load_tex(int ref) {
   const tman_lock hold(lock_);

@@ -13,12 +13,13 @@
 #include "corekit/base/hl_string.h"
 #include "corekit/draw/TEX_bmp.h"
 #include "corekit/draw/TEX_dds.h"
+#include "corekit/draw/TEX_load.h"
 #include "corekit/draw/TEX_png.h"
 #include "corekit/draw/TEX_s3tc.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
-#include "corekit/draw/tman_load.h"
+#include "corekit/draw/tman_int.h"
 #include "corekit/files/xmap.h"
 
 namespace {

@@ -12,11 +12,12 @@
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/mnw.h"
+#include "corekit/draw/TEX_load.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/tman.h"
-#include "corekit/draw/tman_load.h"
+#include "corekit/draw/tman_int.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
-#include "corekit/widgets/keys.h"
+#include "corekit/widgets/keys_codes.h"
 
 namespace {
 

@@ -9,11 +9,11 @@
 
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
-#include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 
 alert_texts_record alert_texts;

@@ -12,10 +12,5 @@ void MACIBM_init(int argc, const char* const* argv);
 // Takes the runtime down. `save` non-zero writes the preferences and stops the threads.
 void MACIBM_finishup(int save);
 
-// Draws a frame of the start-up splash with a line of text, already translated, and a bar when
-// `fraction` is above 0 (to 1). Only while the splash is up: from the window's start to the first
-// page.
-void MACIBM_show_init(const std::string& text, float fraction = 0.0f);
-
 // Loads the translation table of the language in mnw.
 void MACIBM_setupforlang();

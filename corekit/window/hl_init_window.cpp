@@ -12,6 +12,7 @@
 
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/draw/OGL_extensions.h"
@@ -23,7 +24,6 @@
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/widgets/keys.h"
-#include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 #include "corekit/window/hl_mnw_context.h"
 

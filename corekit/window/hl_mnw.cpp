@@ -13,6 +13,7 @@
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/xtim.h"
@@ -20,7 +21,6 @@
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
-#include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw_paint.h"
 
 namespace {

@@ -8,9 +8,9 @@
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_app.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/draw/oglp.h"
-#include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 
 namespace {

@@ -8,13 +8,13 @@
 
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/xtim.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
-#include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 #include "corekit/window/hl_mnw_paint.h"
 

@@ -4,6 +4,7 @@
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
+#include "corekit/window/hl_init_window.h"
 #include "corekit/window/hl_mnw.h"
 #include "tests/unit/window_fixture.h"
 
