@@ -12,7 +12,6 @@
 #include "corekit/base/hl_types.h"
 #include "corekit/base/mnw.h"
 #include "corekit/base/xtim.h"
-#include "corekit/draw/TEX_load.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
@@ -257,8 +256,4 @@ int tman_class::tot_vram() const {
   for (const ref_dat_struct& dat : ref_dat_)
     bytes += dat.bytes;
   return bytes;
-}
-
-float tman_class::scale_rat() const {
-  return TEX_scale_of_setting(ren.tex_res);
 }

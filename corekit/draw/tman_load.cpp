@@ -288,3 +288,7 @@ void tman_class::make_blank_gray() {
   dat.load_time = tex_load_now;
   dat.flags = tex_rgb;
 }
+
+float tman_class::scale_rat() const {
+  return TEX_scale_of_setting(ren.tex_res);
+}

@@ -11,6 +11,7 @@
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "corekit/Platform/PLT_child.h"
+#include "corekit/Platform/PLT_picker.h"
 #include "corekit/Platform/PLT_picker_kinds.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/hl_thread.h"
