@@ -228,7 +228,8 @@ size_t http_answer::take_chunk_size(std::string_view input) {
   std::string_view line;
   const bool whole = take_line(input, &used, &line);
   chunk_line_bytes_ += static_cast<int64_t>(used);
-  if ((whole ? line : line_).size() > chunk_line_limit ||
+  const size_t line_bytes = whole ? line.size() + 2 : line_.size();
+  if (line_bytes > chunk_line_limit ||
       chunk_line_bytes_ > static_cast<int64_t>(head_limit) + max_body_) {
     fault_ = fault_chunk;
   } else if (whole) {
