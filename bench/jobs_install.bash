@@ -47,6 +47,33 @@ job_install_small() {
   contest install-small 3 by_install by_curl_and_unzip installed_the_same "$SHIPPED archives of 5 to 10 KB"
 }
 
+# --- the transfer alone ----------------------------------------------------------------------------
+
+by_fetch() {
+  rm -rf "$SCRATCH/ours"
+  mkdir "$SCRATCH/ours"
+  sync
+  lap "$BIN/probe" fetch "$PORT" "$SCRATCH/paths.txt" "$SCRATCH/ours/"
+}
+by_curl_alone() {
+  rm -rf "$PEER"
+  mkdir "$PEER"
+  sync
+  lap curl -Zsfg --parallel-max 4 -K "$SCRATCH/curl.txt"
+}
+fetched_the_same() { same_files "$SCRATCH/ours" "$PEER"; }
+
+job_fetch_small() {
+  release "small-5000" small_files 5000
+  PEER=$SCRATCH/peer
+  serve_release
+  (cd "$MASTER" && find . -name '*.zip' -printf "/updates/$NAME/%P\n") >"$SCRATCH/paths.txt"
+  awk -v from="http://127.0.0.1:$PORT" -v to="$PEER" '
+    { name = $0; gsub(/ /, "%20", name); printf "url = \"%s%s\"\noutput = \"%s/%d\"\n", from, name, to, NR - 1 }' \
+    "$SCRATCH/paths.txt" >"$SCRATCH/curl.txt"
+  contest fetch-small 1.0 by_fetch by_curl_alone fetched_the_same "$SHIPPED archives of 5 to 10 KB"
+}
+
 # --- over a slow line ------------------------------------------------------------------------------
 
 # slow_line: puts a line of 40 ms and 50 Mbit/s in front of PORT, which becomes the line's.

@@ -3,17 +3,20 @@
 //
 //   probe read MANIFEST     reads it          lines, sum of the installed sizes
 //   probe decide MANIFEST   decides           files to fetch; the copy is taken for empty
+//   probe fetch PORT LIST TO   fetches the files of a list, a path on a server a line, from a
+//   server at a port of this machine, over the slots of the streams; into as many files      files
 //   probe unpack FROM TO    unpacks every archive of a folder into another, with one thread for
 //   each
 //                           processor, as the disc pipeline has     archives
 //
-// Both folders of `unpack` end in "/".
+// Folders end in "/".
 
 #include <dirent.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -23,7 +26,9 @@
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/base/xtim.h"
 #include "corekit/files/io_zip.h"
+#include "corekit/net/http.h"
 
 namespace {
 
@@ -96,16 +101,57 @@ bool probe_unpack(const std::string& from, const std::string& to) {
   return failed == 0 && !archives.empty();
 }
 
+bool probe_fetch(const std::string& port, const std::string& list, const std::string& to) {
+  std::vector<std::string> paths;
+  std::ifstream in(list);
+  for (std::string line; std::getline(in, line);)
+    paths.push_back(line);
+  http._proxy_host = "127.0.0.1";
+  http._proxy_port_int = std::atoi(port.c_str());
+
+  constexpr int first = http_class::first_kept_slot;
+  constexpr int none = -1;
+  std::vector<int> file(http_class::slot_count, none);
+  int next = 0, failed = 0;
+  const int count = static_cast<int>(paths.size());
+  const stopwatch watch;
+  for (bool over = false; !over;) {
+    over = true;
+    unsigned waiting = 0;
+    xtim.xtim_update();
+    for (int slot = first; slot < http_class::slot_count; ++slot) {
+      int& at = file[static_cast<size_t>(slot)];
+      for (int result = http_done; result != http_running;) {
+        if (at == none && next < count) at = next++;
+        if (at == none) break;
+        result = http.net_check(slot, "mirror.example", paths[static_cast<size_t>(at)],
+                                to + std::to_string(at));
+        failed += result == http_failed;
+        if (result == http_running) {
+          waiting |= 1u << slot;
+        } else {
+          at = none;
+        }
+      }
+    }
+    over = waiting == 0;
+    http.wait(waiting, 1000);
+  }
+  std::printf("%.6f %d\n", watch.seconds(), count);
+  return failed == 0 && count > 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::string what = argc > 2 ? argv[1] : "";
   const bool done = what == "read" && argc == 3     ? probe_read(argv[2])
                     : what == "decide" && argc == 3 ? probe_decide(argv[2])
+                    : what == "fetch" && argc == 5  ? probe_fetch(argv[2], argv[3], argv[4])
                     : what == "unpack" && argc == 4 ? probe_unpack(argv[2], argv[3])
                                                     : false;
   if (!done)
-    std::fprintf(stderr, "probe: \"%s\" failed, or is none of read, decide, unpack\n",
+    std::fprintf(stderr, "probe: \"%s\" failed, or is none of read, decide, fetch, unpack\n",
                  what.c_str());
   return done ? 0 : 1;
 }

@@ -46,8 +46,13 @@ outcome read(std::string_view bytes, size_t piece) {
     std::string_view body;
     check(answer.take("more", &body) == 0);
   }
-  return {answer.ended(), answer.may_go_on(), answer.fault(), answer.code(), answer.length(),
-          answer.reason(), all};
+  return {answer.ended(),
+          answer.may_go_on(),
+          answer.fault(),
+          answer.code(),
+          answer.length(),
+          answer.reason(),
+          all};
 }
 
 }  // namespace
