@@ -95,10 +95,10 @@ int read_entry(archive* reader, archive_entry* entry, uint64_t allowed, zip_room
 }
 
 int write_entry(const std::string& path, const zip_bytes& bytes) {
-  int fd = -1;
-  if (int err = zip_create_file(path, fd)) return err;
-  const int write_err = zip_write_file(fd, bytes);
-  const int close_err = zip_close_file(fd);
+  io_handle file;
+  if (int err = zip_create_file(path, file)) return err;
+  const int write_err = io_write_all(file.get(), bytes.data, bytes.size);
+  const int close_err = file.close();
   return write_err != 0 || close_err != 0 ? io_fail(zip_cannot_write, source_name, 430) : 0;
 }
 

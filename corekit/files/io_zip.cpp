@@ -41,12 +41,12 @@ int unzip_file(const zip_reader& zip, const std::string& path, const unz_file_in
   zip_room room;
   zip_bytes bytes;
   if (int err = zip_read_entry(zip, info, room, bytes)) return err;
-  int fd = -1;
-  if (int err = zip_create_file(path, fd)) return err;
-  const int write_err = zip_write_file(fd, bytes);
-  set_attributes(fd, info);
-  const int close_err = zip_close_file(fd);
-  return write_err != 0 ? write_err : close_err;
+  io_handle file;
+  if (int err = zip_create_file(path, file)) return err;
+  const int write_err = io_write_all(file.get(), bytes.data, bytes.size);
+  set_attributes(file.get(), info);
+  const int close_err = file.close();
+  return io_fail(write_err != 0 ? write_err : close_err, source_name, 200);
 }
 
 // The entry that is current, under the name `name`, below the prefix `folder`.

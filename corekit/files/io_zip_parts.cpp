@@ -16,7 +16,6 @@
 
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_string.h"
-#include "corekit/files/io_handle.h"
 #include "corekit/files/io_utils.h"
 
 namespace {
@@ -146,20 +145,12 @@ int zip_place(const std::string& folder, std::string_view name, std::string& pat
   return io_fail(zip_cannot_read, source_name, 130);
 }
 
-int zip_create_file(const std::string& path, int& fd) {
+int zip_create_file(const std::string& path, io_handle& file) {
   // A read-only or linked old file must not be written through. If it cannot be deleted, the open
   // tells why, or succeeds in place.
   unlink(path.c_str());
-  fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
-  return fd < 0 ? io_fail(errno, source_name, 140) : 0;
-}
-
-int zip_write_file(int fd, const zip_bytes& bytes) {
-  return io_fail(io_write_all(fd, bytes.data, bytes.size), source_name, 141);
-}
-
-int zip_close_file(int fd) {
-  return close(fd) == 0 || errno == EINTR ? 0 : io_fail(errno, source_name, 142);
+  file = io_handle(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
+  return file ? 0 : io_fail(errno, source_name, 140);
 }
 
 int zip_read_entry(const zip_reader& zip, const unz_file_info_s& info, zip_room& room,

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "corekit/files/io_handle.h"
 #include "corekit/files/io_single.h"
 
 struct unz_file_info_s;
@@ -86,11 +87,7 @@ int zip_load(int fd, uint64_t most, zip_room& room, zip_bytes& out);
 int zip_place(const std::string& folder, std::string_view name, std::string& path);
 
 // Deletes what is at `path` and creates a new file there, never through a link. 0 or errno.
-int zip_create_file(const std::string& path, int& fd);
-// All of the bytes. 0 or errno.
-int zip_write_file(int fd, const zip_bytes& bytes);
-// 0 or errno, as some file systems tell of a full disk only here.
-int zip_close_file(int fd);
+int zip_create_file(const std::string& path, io_handle& file);
 
 // The info and the stored name of the current entry. Names of more than 256 bytes arrive cut to
 // 257, to be refused for their length. 0 or minizip's code, which is logged.

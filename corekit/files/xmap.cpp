@@ -17,6 +17,7 @@
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/files/io_handle.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
 
@@ -53,19 +54,6 @@ int open_plain(const std::string& path, size_t& bytes) {
   }
   close(file);
   return 0;
-}
-
-// Reads up to `bytes` from the start; a file cut short meanwhile gives fewer. -1 on failure.
-ssize_t read_all(int file, unsigned char* into, size_t bytes) {
-  size_t have = 0;
-  while (have < bytes) {
-    const ssize_t got = read(file, into + have, bytes - have);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return -1;
-    if (got == 0) break;
-    have += static_cast<size_t>(got);
-  }
-  return static_cast<ssize_t>(have);
 }
 
 int32_t swapped(int32_t value) {
@@ -127,13 +115,11 @@ const unsigned char* xmap_class::retry(const std::string& path) {
   int failed = 0;
   if (bytes <= read_limit) {
     read_copy = static_cast<unsigned char*>(std::malloc(bytes));
-    const ssize_t got = read_copy ? read_all(file, read_copy, bytes) : -1;
-    if (got < 0) {
-      failed = errno;
-    } else {
-      file_start = read_copy;
-      bytes = static_cast<size_t>(got);
-    }
+    // A file cut short meanwhile gives fewer.
+    size_t got = 0;
+    failed = read_copy ? io_read_all(file, read_copy, bytes, got) : ENOMEM;
+    if (!failed) file_start = read_copy;
+    bytes = got;
   } else {
     void* const view = mmap(nullptr, bytes, PROT_READ, MAP_PRIVATE, file, 0);
     if (view == MAP_FAILED) {
