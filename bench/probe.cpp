@@ -1,13 +1,12 @@
 // One call into the engine, timed, on files of the caller's, for script/bench. Prints one line: the
 // seconds that the call took, and what came of it.
 //
-//   probe read MANIFEST     reads it          lines, sum of the installed sizes
-//   probe decide MANIFEST   decides           files to fetch; the copy is taken for empty
-//   probe fetch PORT LIST TO   fetches the files of a list, a path on a server a line, from a
-//   server at a port of this machine, over the slots of the streams; into as many files      files
-//   probe unpack FROM TO    unpacks every archive of a folder into another, with one thread for
-//   each
-//                           processor, as the disc pipeline has     archives
+//   read MANIFEST        reads it: lines, and the sum of the installed sizes
+//   decide MANIFEST      decides, with the copy taken for empty: files to fetch
+//   fetch PORT LIST TO   fetches the paths of LIST, one a line, from the server at PORT of this
+//                        machine into TO, over the slots of the streams: files
+//   unpack FROM TO       unpacks the archives of FROM into TO, with a thread a processor as the
+//                        disc pipeline has: archives
 //
 // Folders end in "/".
 
