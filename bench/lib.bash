@@ -15,13 +15,15 @@ NAME=Bench  # the release's name
 
 # lap COMMAND...: runs a command, timed, and fails with it; its output goes to OUT. A function runs in a
 # shell of its own. Leaves WALL and CPU, in seconds, and PEAK, the memory of its largest process in MB.
-# PIN names the processors that it may use.
+# PIN names the processors that it may use; with PROFILE, perf writes down where the time goes.
 lap() {
   local from
   if [ "$(type -t "$1")" = function ]; then
     export -f "$1"
     set -- bash -euo pipefail -c '"$@"' _ "$@"
   fi
+  [ -z "$PROFILE" ] || [ -z "${who:-}" ] ||
+    set -- perf record -q -F 2000 -g -o "$BENCH/perf-$JOB-$who.data" "$@"
   [ -z "${PIN:-}" ] || set -- taskset -c "$PIN" "$@"
   from=$EPOCHREALTIME
   command time -q -o "$SCRATCH/time.txt" -f '%U %S %M' "$@" >"$OUT" 2>&1 </dev/null ||
@@ -57,7 +59,7 @@ contest() {
 # figure NAME WANTED UNIT OURS NOTE: where there is no other program to run: by how much the figure that
 # OURS leaves in WALL, the median of PAIRS, stays below the one that is wanted.
 figure() {
-  local run
+  local run who=$4
   : >"$SCRATCH/laps.txt"
   for ((run = 1; run <= PAIRS; ++run)); do
     "$4"
