@@ -17,6 +17,8 @@
 
 inline constexpr std::string_view sig_none = "NONE";  // no such file on disk
 inline constexpr std::string_view sig_gone = "GONE";  // the release has dropped the file
+// There is a file on disk, and it cannot be read: of no known state, so it is the user's.
+inline constexpr std::string_view sig_unreadable = "UNREADABLE";
 
 // A signature held in place, so that a table of half a million needs no allocation for what the
 // workers find. Longer text is cut at the capacity.

@@ -6,6 +6,7 @@
 // and, where there is one instruction for any function of three words, MD5_HAS_TABLES and
 //   by_table             that function, by its table: bit 4b + 2c + d is its value
 // Everything here is the including file's own, so that no code for one set is taken for another's.
+#pragma once
 
 #include <cstring>
 #include <utility>

@@ -1,23 +1,18 @@
 // Verification: every wanted file of the copy is read and its signature compared.
 //
 // Steps: the main thread hands the histories out, ten to a task, as long as the pool has a free
-// slot, and collects finished tasks; a task hashes its files one after the other and writes their
-// findings; last, names that differ in case only are told apart. Which files are in hand is a
-// task's own business; nothing else knows of it.
+// slot, and collects finished tasks; the pool's threads work as utils_verify_pass.h tells; last,
+// names that differ in case only are told apart.
 //
-// Main thread: checksum_workers, pass_destination (which stands while a pool runs) and
-// pass_abandoned. Pool threads: sig_have and sig_match of the histories of their task; the ranges
-// are disjoint, and that is the table's whole protection.
+// Main thread: checksum_workers and the pass that its threads share. Pool threads: sig_have and
+// sig_match of the histories that were handed out; each is written by one of them, and that is the
+// table's whole protection.
 
 #include "Installer-f/engine/utils_verify.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -27,11 +22,16 @@
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_md5.h"
 #include "Installer-f/engine/utils_select.h"
+#include "Installer-f/engine/utils_verify_open.h"
+#include "Installer-f/engine/utils_verify_pass.h"
+#include "Installer-f/engine/utils_verify_worker.h"
 #include "Installer-f/settings/main_stg.h"
+#include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/UTL_thread.h"
 #include "corekit/base/UTL_workers.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/xtim.h"
+#include "corekit/files/io_handle.h"
 #include "corekit/files/io_utils.h"
 
 UTL_worker_threads* checksum_workers = nullptr;
@@ -43,78 +43,21 @@ constexpr int unreadable = 20006;
 constexpr int task_files = 10;
 constexpr size_t buffer_size = 256 * 1024;
 
-// The destination as it was when the pass began: a page that the user leaves may set another one
-// before it gives the pass up.
-std::string pass_destination;
-
-// Set while a pass is being given up, so that its tasks stop within the file in hand: the user
-// waits.
-std::atomic<bool> pass_abandoned = false;
-
-// --- one file -----------------------------------------------------------------------------------
-
-void write_signature(MD5_state& state, std::string& sig) {
-  uint8_t digest[16];
-  MD5Final(digest, state);
-  constexpr char digits[] = "0123456789abcdef";
-  sig.resize(2 * sizeof digest);
-  for (size_t i = 0; i < sizeof digest; ++i) {
-    sig[2 * i] = digits[digest[i] >> 4];
-    sig[2 * i + 1] = digits[digest[i] & 15];
-  }
-}
-
-// Not a link, which fails with ELOOP; not waiting for the other end of a FIFO.
-int open_to_hash(const std::string& path) {
-  return open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-}
-
-// Digests the open file. Read in pieces and not mapped: under a mapping, a file that is cut short
-// by someone else and a sector that a disc cannot give are a bus error, which ends the program;
-// here they are a file that cannot be read. Reading is no slower, since the buffer stays in the
-// cache.
-bool digest_file(int handle, MD5_state& state) {
-  struct stat info;
-  if (fstat(handle, &info) != 0 || !S_ISREG(info.st_mode)) return false;
-
-  thread_local std::unique_ptr<uint8_t[]> buffer;  // one for all files of a thread
-  if (!buffer) buffer = std::make_unique_for_overwrite<uint8_t[]>(buffer_size);
-  for (off_t left = info.st_size; left > 0;) {
-    if (pass_abandoned) return false;
-    const size_t wanted = static_cast<size_t>(std::min<off_t>(left, buffer_size));
-    const ssize_t got = read(handle, buffer.get(), wanted);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return false;
-    MD5UpdateWide(state, buffer.get(), static_cast<uint32_t>(got));
-    left -= got;
-  }
-  return true;
-}
-
-// --- ten files ----------------------------------------------------------------------------------
+// The pass that the pool works on; it looks at the destination as it was when it began. Null
+// without a pool.
+std::unique_ptr<verify_pass> pass;
 
 class checksum_task : public UTL_work_task {
  public:
   // Histories `first` to `end` - 1. What is wanted is settled here, on the main thread, because the
   // settings that decide it belong to that thread.
-  checksum_task(int32_t first, int32_t end) : first_(first), end_(end) {
-    for (int32_t i = first_; i < end_; ++i)
+  checksum_task(int32_t first, int32_t end) : first_(first) {
+    for (int32_t i = first; i < end; ++i)
       if (want_this_f(i, static_cast<int>(sim_info[i].versions.size()) - 1))
-        wanted_ |= 1u << (i - first_);
+        wanted_ |= 1u << (i - first);
   }
 
-  void do_it() override {
-    std::string location, sig;
-    for (int32_t i = first_; i < end_ && !pass_abandoned; ++i) {
-      if (!(wanted_ & 1u << (i - first_))) continue;
-      file_version_struct& current = sim_info[i].current();
-      location.assign(pass_destination).append(installed_part(current.path));
-      sig = sig_none;
-      calc_file_md5(location, sig);
-      current.sig_have = sig;
-      current.sig_match = current.sig_have == current.sig_want;
-    }
-  }
+  void do_it() override { verify_task_work(*pass, first_, wanted_); }
 
   // A file that cannot be read is a finding, not a failure.
   int check_error(std::string& message) override {
@@ -123,17 +66,38 @@ class checksum_task : public UTL_work_task {
   }
 
  private:
-  int32_t first_, end_;
+  int32_t first_;
   uint32_t wanted_ = 0;  // one bit a history, from the lowest
 };
 
-// Nothing is installed where there is no folder.
-void find_nothing() {
-  for (file_history_struct& history : sim_info) {
-    file_version_struct& current = history.current();
-    current.sig_have = sig_none;
-    current.sig_match = current.sig_want == sig_none;
-  }
+// The fastest that the machine has, or what the command line asks for, as "--md5=AVX2".
+const MD5_lane_code& code_to_use() {
+  const auto codes = MD5_lane_codes();
+  const auto asked = std::find_if(codes.begin(), codes.end(), [](const MD5_lane_code& code) {
+    return cmdline.has_option("--md5") && cmdline.get_option("--md5") == code.name;
+  });
+  return asked == codes.end() ? codes.front() : *asked;
+}
+
+void begin_pass() {
+  const int threads = UTL_count_processors();
+  const MD5_lane_code& code = code_to_use();
+  pass = std::make_unique<verify_pass>(app_path + dest_dir_path, threads, code);
+  checksum_workers = new UTL_worker_threads(threads, 4 * threads);
+  xer << " Start of MD5 at " << xtim.now_sec << '\n';
+  xer << " Files side by side: " << code.lanes << " on each of " << threads << " threads ("
+      << code.name << ")\n";
+}
+
+void end_pass() {
+  delete checksum_workers;
+  checksum_workers = nullptr;
+  pass.reset();
+}
+
+void collect_tasks() {
+  while (UTL_work_task* done = checksum_workers->check_retired_tasks())
+    delete done;
 }
 
 // --- names that differ in case only -------------------------------------------------------------
@@ -151,7 +115,8 @@ uint64_t folded_hash(std::string_view name) {
   return hash;
 }
 
-void disown_other_spellings() {
+// `root` is where the copy lies.
+void disown_other_spellings(const std::string& root) {
   if (!g_case_sensitive) return;
   std::vector<std::pair<uint64_t, int>> names;
   names.reserve(sim_info.size());
@@ -170,8 +135,7 @@ void disown_other_spellings() {
     if (!is_twin(i)) continue;
     file_version_struct& current = sim_info[names[i].second].current();
     struct stat info;
-    const std::string location =
-        app_path + pass_destination + std::string(installed_part(current.path));
+    const std::string location = root + std::string(installed_part(current.path));
     if (lstat(location.c_str(), &info) == 0) continue;
     current.sig_have = sig_none;
     current.sig_match = 0;
@@ -186,67 +150,70 @@ int checksum_directory(int& index, float& progress) {
   if (index == 0) checksum_directory_kill();  // of a pass that its page left behind
   if (checksum_workers == nullptr) {
     if (!dir_exists(dest_dir_path)) {
-      find_nothing();
+      mark_all_absent();
       index = count;
       progress = count > 0 ? 1.0f : 0.0f;
       return 1;
     }
-    pass_destination = dest_dir_path;
-    const int threads = UTL_count_processors();
-    checksum_workers = new UTL_worker_threads(threads, 4 * threads);
-    xer << " Start of MD5 at " << xtim.now_sec << '\n';
+    begin_pass();
   }
 
+  collect_tasks();  // first, so that the slots that they leave are filled in this frame
   while (index < count && checksum_workers->has_free_slot()) {
     const int end = std::min(index + task_files, count);
+    pass->announce_task();
     checksum_workers->enqueue_task(new checksum_task(index, end));
     index = end;
   }
-  while (UTL_work_task* done = checksum_workers->check_retired_tasks())
-    delete done;
+  collect_tasks();
 
   progress = count > 0 ? static_cast<float>(index) / static_cast<float>(count) : 0.0f;
   if (index < count || checksum_workers->count_total_tasks() > 0) return 0;
 
-  delete checksum_workers;
-  checksum_workers = nullptr;
-  disown_other_spellings();
+  disown_other_spellings(pass->root);
+  end_pass();
   xer << " End of MD5 at " << xtim.now_sec << '\n';
   return 1;
 }
 
 void checksum_directory_kill() {
   if (checksum_workers == nullptr) return;
-  pass_abandoned = true;
+  pass->abandon();
   while (UTL_work_task* done = checksum_workers->wait_retired_tasks())
     delete done;
-  delete checksum_workers;
-  checksum_workers = nullptr;
-  pass_abandoned = false;
+  end_pass();
+}
+
+void mark_all_absent() {
+  for (file_history_struct& history : sim_info) {
+    file_version_struct& current = history.current();
+    current.sig_have = sig_none;
+    current.sig_match = current.sig_want == sig_none;
+  }
 }
 
 int calc_file_md5(const std::string& path, std::string& sig) {
-  std::string full = app_path + path;
-  int handle = open_to_hash(full);
-  if (handle < 0 && errno == ENOENT && g_case_sensitive) {
-    findPath(full);
-    handle = open_to_hash(full);
-  }
-
+  const opened_file file = open_to_hash(path);
   MD5_state state;
   MD5Init(state);
-  if (handle < 0) {
+  if (file.kind == file_link) {
     // A link is checked by what it says, so that one whose target is not there yet can be right.
-    std::string target;
-    if (errno != ELOOP || !is_sim_link(full.c_str() + app_path.size(), &target))
-      return io_fail(unreadable, source_name, 141);
-    MD5UpdateWide(state, target.data(), static_cast<uint32_t>(target.size()));
-    write_signature(state, sig);
-    return 0;
+    MD5UpdateWide(state, file.text.data(), static_cast<uint32_t>(file.text.size()));
+  } else if (file.kind != file_plain) {
+    return io_fail(unreadable, source_name, 141);
   }
-  const bool whole = digest_file(handle, state);
-  close(handle);
-  if (!whole) return io_fail(unreadable, source_name, 152);
-  write_signature(state, sig);
+  thread_local std::unique_ptr<uint8_t[]> buffer;  // one for all files of a thread
+  if (!buffer) buffer = std::make_unique_for_overwrite<uint8_t[]>(buffer_size);
+  for (uint64_t left = file.size; left > 0;) {
+    const size_t wanted = std::min<uint64_t>(left, buffer_size);
+    size_t got = 0;
+    if (io_read_all(file.handle.get(), buffer.get(), wanted, got) != 0 || got < wanted)
+      return io_fail(unreadable, source_name, 152);
+    MD5UpdateWide(state, buffer.get(), static_cast<uint32_t>(got));
+    left -= got;
+  }
+  uint8_t digest[16];
+  MD5Final(digest, state);
+  sig = MD5_text(state.chain);
   return 0;
 }

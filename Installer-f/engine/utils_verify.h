@@ -14,8 +14,11 @@ extern UTL_worker_threads* checksum_workers;  // the pool of the pass; null when
 // sig_have and sig_match belong to the workers, and sim_info must not change.
 int checksum_directory(int& index, float& progress);
 
-// Abandons a running pass: waits for the files in hand, then ends the threads. Safe without one.
+// Abandons a running pass: lets go of the files in hand, then ends the threads. Safe without one.
 void checksum_directory_kill();
+
+// The findings of a pass over a copy that does not exist: every current version is absent.
+void mark_all_absent();
 
 // The signature of one file as 32 lowercase hexadecimal digits: the MD5 of its bytes, or of its
 // target text for a symbolic link. Returns 0 with `sig` filled, or 20006 with `sig` untouched when

@@ -56,6 +56,10 @@ int is_sim_link(const char* path, std::string* target);
 // Folders are read at most once while they do not change, so asking for many absent files is cheap.
 void findPath(std::string& path);
 
+// The same for a path that is known not to exist, without another look. Returns false when some
+// part has no match, so that the caller need not ask the system again.
+bool io_repair_case(std::string& path);
+
 // Total bytes of the volume that holds `path`, and those free for this user; either pointer may be
 // null. A path that does not exist yet is answered for its nearest folder that does, as that is
 // where an install to it would land. 0 or a code.

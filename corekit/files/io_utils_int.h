@@ -4,10 +4,6 @@
 #include <string>
 #include <vector>
 
-// Repairs the case of a path that is known not to exist. Returns false when some part has no match,
-// so that the caller need not ask the system again.
-bool io_repair_case(std::string& path);
-
 struct io_item {
   std::string name;
   int is_folder;  // 1 for a folder; 0 for all else, links to folders too

@@ -59,7 +59,7 @@ publish() {
 # --- the table -----------------------------------------------------------------------------------
 # STATE, then what becomes of a file of the release under the answers keep and overwrite, then what
 # becomes of one that the release has dropped. "same": untouched, down to its mode; "new": as the
-# release has it; "none": not there. A file of which nothing can be read counts as absent.
+# release has it; "none": not there. What cannot be read is somebody's, and asked about.
 table="
 absent             new  new   none none
 current            same same  -    -
@@ -67,7 +67,7 @@ earliest           new  new   none none
 earlier            new  new   none none
 modified           same new   same none
 empty              same new   same none
-unreadable         new  new   same same
+unreadable         same new   same none
 read-only-earlier  new  new   none none
 read-only-modified same new   same none
 link-to-file       same new   same none
@@ -77,7 +77,7 @@ case-current       same same  -    -
 case-earlier       new  new   none none
 case-modified      same new   same none
 folder-empty       new  new   same same
-fifo               new  new   same same
+fifo               same new   same none
 "
 
 # put STATE PATH: makes that state below COPY.

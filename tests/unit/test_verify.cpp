@@ -6,7 +6,9 @@
 #include <random>
 
 #include "Installer-f/engine/utils_md5.h"
+#include "Installer-f/engine/utils_md5_lanes.h"
 #include "Installer-f/engine/utils_verify.h"
+#include "corekit/base/UTL_cmdline.h"
 #include "engine_tree.h"
 
 namespace {
@@ -98,17 +100,34 @@ TEST_F(EngineVerify, APassOverATree) {
   add("ALL_os/a/absent", {md5_of_abc});
   add("IBM_os/windows", {md5_of_abc}).os = 2;
   add("ALL_os/spelt otherwise", {md5_of_abc});
-  add("ALL_os/a", {md5_of_abc});  // a folder in its place
-
+  add("ALL_os/a", {md5_of_abc});            // a folder in its place
+  add("ALL_os/a/current/x", {md5_of_abc});  // a file in its folder's place
+  add("ALL_os/none/x", {md5_of_abc});
+  add("ALL_os/A/CURRENT", {md5_of_abc});  // answers for its own spelling only
+  // What this user may not read, and what is no file at all, is somebody's all the same.
+  write("copy/shut", "abc");
+  add("ALL_os/shut", {md5_of_abc});
+  ASSERT_EQ(mkfifo((root + "copy/fifo").c_str(), 0644), 0);
+  add("ALL_os/fifo", {md5_of_abc});
+  ASSERT_EQ(symlink("abc", (root + "copy/link").c_str()), 0);
+  add("ALL_os/link", {md5_of_abc});
+  ASSERT_EQ(chmod((root + "copy/shut").c_str(), 0), 0);
+  ASSERT_EQ(chmod(root.c_str(), 0755), 0);
+  const uid_t user = geteuid();
+  ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
   run_pass();
+  ASSERT_EQ(seteuid(user), 0);
   const struct {
     std::string have;
     int match;
   } rows[] = {
-      {md5_of_abc, 1}, {"e2fc714c4727ee9395f324cd2e7f331f", 0},
-      {md5_of_abc, 0}, {"NONE", 0},
-      {"", 0},         {md5_of_abc, 1},
-      {"NONE", 0},
+      {md5_of_abc, 1},   {"e2fc714c4727ee9395f324cd2e7f331f", 0},
+      {md5_of_abc, 0},   {"NONE", 0},
+      {"", 0},           {md5_of_abc, 1},
+      {"NONE", 0},       {"NONE", 0},
+      {"NONE", 0},       {"NONE", 0},
+      {"UNREADABLE", 0}, {"UNREADABLE", 0},
+      {md5_of_abc, 1},
   };
   for (size_t i = 0; i < std::size(rows); ++i) {
     EXPECT_EQ(sim_info[i].current().sig_have, rows[i].have) << sim_info[i].current().path;
@@ -136,6 +155,39 @@ TEST_F(EngineVerify, NoDestination) {
   sim_info.clear();
   mkdir(dest_dir_path.c_str(), 0755);
   EXPECT_LE(run_pass(), 2);
+}
+
+// Empty files and files of several pieces, among more of them than may wait, in every set of
+// instructions; a few large ones at the end, which the workers have to share.
+TEST_F(EngineVerify, ManySizes) {
+  std::string big(1200000, 'q');
+  for (size_t i = 0; i < big.size(); i += 3)
+    big[i] = static_cast<char>(i >> 4);
+  constexpr int count = 701;
+  std::vector<std::string> sigs;
+  for (int i = 0; i < count; ++i) {
+    const size_t size = i > count - 6 ? 1000000 + i : i % 7 == 0 ? 0 : i * 7919 % 70000;
+    const std::string name = std::to_string(i % 13) + "/" + std::to_string(i);
+    write("copy/" + name, std::string_view(big).substr(static_cast<size_t>(i), size));
+    ASSERT_EQ(calc_file_md5(root + "copy/" + name, sigs.emplace_back()), 0);
+    add("A/" + name, {sigs.back()});
+  }
+  for (const MD5_lane_code& code : MD5_lane_codes()) {
+    SCOPED_TRACE(code.name);
+    const std::string option = std::string("--md5=") + code.name;
+    const char* const words[] = {"test", option.c_str()};
+    cmdline.init_unix(2, words);
+    open_log();
+    run_pass();
+    EXPECT_NE(log().find(code.name), std::string::npos);
+    for (int i = 0; i < count; ++i) {
+      file_version_struct& current = sim_info[i].current();
+      EXPECT_EQ(current.sig_have, sigs[i]) << i;
+      EXPECT_EQ(current.sig_match, 1) << i;
+      current.sig_have = "";
+      current.sig_match = 0;
+    }
+  }
 }
 
 // Given up in the middle, begun again, and begun again without having been given up.
