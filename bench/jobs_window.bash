@@ -19,11 +19,11 @@ close_window() {  # by Quit: the log is whole
   window_ended 0
 }
 
-# sway: moves the pointer to and fro over the page, a hundred times a second, until rest.
+# sway: moves the pointer on and off the Quit face, forty times a second, until rest: each movement makes
+# another picture.
 sway() {
-  move_to 400 300
-  yes 'mousemove_relative 20 0 sleep 0.01 mousemove_relative -- -20 0 sleep 0.01' | head -n 10000 |
-    xdotool - 2>/dev/null &
+  local on="mousemove --window $WINDOW 50 578 sleep 0.025" off="mousemove --window $WINDOW 300 300 sleep 0.025"
+  yes "$on $off" | head -n 10000 | xdotool - 2>/dev/null &
   SWAYING=$!
 }
 rest() {
@@ -82,7 +82,7 @@ job_verify_window() {
 
 SECONDS_WATCHED=5
 
-# A picture's cost: what the program uses with the pointer in motion, by the pictures it shows.
+# A picture's cost: what the program uses while the pointer changes it, by the pictures it shows.
 by_picture() {
   local before from
   open_updater
@@ -109,7 +109,7 @@ by_idle_page() {
 
 job_frame() {
   window_begin
-  figure frame 5 "ms of processor a picture" by_picture "first page, pointer in motion"
+  figure frame 5 "ms of processor a picture" by_picture "first page, pointer on and off a face"
   echo "frame: $GAPS"
   figure frame-idle 1 "% of a core" by_idle_page "first page, nothing happens"
 }

@@ -111,6 +111,7 @@ bool write_page(const std::string& path) {
     mnw.y_off = static_cast<float>(-bottom);
     BTN_begin_focus_ring();
     draw_page();
+    OGL_paint();
     glReadPixels(0, 0, dx, std::min(mnw.pix_dy, dy - bottom), GL_RGB, GL_UNSIGNED_BYTE,
                  picture.get() + row_bytes * static_cast<size_t>(bottom));
     OGL_sbuff();
@@ -161,6 +162,7 @@ int main(int argc, char** argv) {
   // A page that goes into a file needs nobody to see it. A driver that was named stays.
   if (wants_png(argc, argv)) setenv("SDL_VIDEODRIVER", "offscreen", 0);
   APP.title = "Skyvane Gallery";
+  APP.web_host = "www.skyvane.example";  // the about box names it
   APP.update = update;
   APP.usage = usage;
   APP.quit_request = [] { app_done = 1; };

@@ -11,7 +11,6 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
-#include "corekit/draw/tman.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 
@@ -53,32 +52,21 @@ void put_sectors(bool selected) {
 }
 
 void draw_map() {
-  OGL_setstate(1, 1, 3, 5, 9, 11);
-  tman.bind_ref(ref_map, 0, 0);
-  OGL_color(col_map, 1.0f);
-  glBegin(GL_QUADS);
+  OGL_put_as(shape_quad, 1, blend_mix, ref_map, col_map, 1.0f);
   piece(map_x, map_y, map_dx, map_dy, 0);
-  // All of one kind, then all of the other: within a batch, a driver in use (Mesa 22.3) may keep
-  // the alpha of a colour of four floats for one of three that follows it.
   put_sectors(true);
-  OGL_color(col_map, 0.5f);
+  OGL_put_as(shape_quad, 1, blend_mix, ref_map, col_map, 0.5f);
   put_sectors(false);
-  glEnd();
-  OGL_check("UTIL_world_map");
 }
 
 void draw_band(const map_mouse& mouse) {
-  OGL_setstate(1, 0, 3, 5, 9, 11);
-  OGL_color(col_band, 0.5f);
   const float x = mouse.x + mnw.x_off, y = mouse.y + mnw.y_off;
   const float o_x = drag.o_x + mnw.x_off, o_y = drag.o_y + mnw.y_off;
-  glBegin(GL_LINE_LOOP);
-  glVertex2f(x, y);
-  glVertex2f(o_x, y);
-  glVertex2f(o_x, o_y);
-  glVertex2f(x, o_y);
-  glEnd();
-  OGL_check("UTIL_world_map");
+  OGL_put_as(shape_line, 0, blend_mix, 0, col_band, 0.5f);
+  OGL_put_line(x, y, o_x, y);
+  OGL_put_line(o_x, y, o_x, o_y);
+  OGL_put_line(o_x, o_y, x, o_y);
+  OGL_put_line(x, o_y, x, y);
 }
 
 void select_all(int value) {

@@ -128,17 +128,13 @@ void colr_class::spectrum_plotscale(float x, float y, float low, float high, int
   OGL_number(limit_colour, x + 4, y + height - 4, high, limit_digits, decimals, charset_text);
   OGL_number(limit_colour, x + 4, y - 4, low, limit_digits, decimals, charset_text);
 
-  OGL_setstate(1, 0, 3, 5, 9, 11);
-  glPointSize(step);
-  glBegin(GL_POINTS);
   for (int at = 0; at <= height; at += step) {
     const int entry = std::clamp(at * spectrum_count / height, 0, spectrum_count - 1);
-    glColor3fv(&spectrum_[entry].r);
-    glVertex2f(x, y + static_cast<float>(at));
+    const colr_rgb& rgb = spectrum_[entry];
+    const float middle = y + static_cast<float>(at), half = step / 2.0f;
+    OGL_put_as(shape_quad, 0, blend_mix, 0, {{rgb.r, rgb.g, rgb.b, 1}});
+    OGL_put_quad(x - half, middle - half, x + half, middle + half);
   }
-  glEnd();
-  glPointSize(1.0f);
-  OGL_check("spectrum_plotscale");
 }
 
 void OGL_spectrum_rgb(float v) {

@@ -16,7 +16,8 @@ float oglp = 1.0f;
 ren_record ren;
 int ogl_errors = 0;
 
-void OGL_color(int col, float alpha) {
+OGL_rgba OGL_color(int col, float alpha) {
+  constexpr float opaque_above = 0.99f;
   colr_rgb rgb = colr[col];
   if (col < colr_tinted) {
     const colr_rgb& tint = colr.lites();
@@ -24,11 +25,7 @@ void OGL_color(int col, float alpha) {
   }
   alpha *= ren.plot_alpha;
   if (ren.mono_green) rgb = {0, std::clamp(rgb.r + rgb.g + rgb.b, 0.01f, 1.0f), 0};
-  if (alpha > 0.99f) {
-    glColor3fv(&rgb.r);
-  } else {
-    glColor4f(rgb.r, rgb.g, rgb.b, alpha);
-  }
+  return {{rgb.r, rgb.g, rgb.b, alpha > opaque_above ? 1.0f : alpha}};
 }
 
 #ifndef NDEBUG

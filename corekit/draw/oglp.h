@@ -51,13 +51,23 @@ void OGL_screensize(int mode, float x1, float y1, float x2, float y2);
 // the limits given. `keep_aspect` multiplies bottom and top by the viewport's height / width.
 void OGL_viewport(int mode, float l, float b, float r, float t, int keep_aspect = 0);
 // The one door for OpenGL's state; a value that is set already costs nothing.
-//   fog          0 on, others off
-//   tex          texture units to enable, from 0 up to what the driver has
-//   lit          2 on, others off
-//   alpha        4 none, 5 blending, 6 alpha test, 7 both
-//   depth_read   8 on, others off
-//   depth_write  10 on, others off
-// Flat drawing is (1, 0, 3, 5, 9, 11) without and (1, 1, 3, 5, 9, 11) with a texture.
+// `tex` is the number of texture units to enable, from 0 up to what the driver has; the others are
+// of gl_setting, one that is not of its kind being the kind's "off". Flat drawing is (fog_off, tex,
+// lit_off, blend_mix, depth_read_off, depth_write_off).
+enum gl_setting : int {
+  fog_on = 0,
+  fog_off = 1,
+  lit_on = 2,
+  lit_off = 3,
+  blend_none = 4,
+  blend_mix = 5,
+  blend_test = 6,      // the alpha test alone
+  blend_mix_test = 7,  // both
+  depth_read_on = 8,
+  depth_read_off = 9,
+  depth_write_on = 10,
+  depth_write_off = 11,
+};
 void OGL_setstate(int fog, int tex, int lit, int alpha, int depth_read, int depth_write);
 void OGL_glow_colors();           // blending adds
 void OGL_nrml_colors();           // blending mixes: what all flat drawing expects
@@ -105,13 +115,25 @@ void str_one_line(int col, float x, float y, std::string_view s, int charset, in
 // the grid in the font's texture; returns the fixed advance, 0 for a proportional charset, or -1
 // after the alert for a charset that there is not.
 float OGL_strtex(int charset, int col, float* s0, float* t0, float* cell_dx, float* cell_dy);
-// Emits one glyph into an open glBegin(GL_QUADS), in window units.
+// Adds one glyph to the picture, as OGL_strtex has made ready; in window units.
 void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy, int ch,
               int charset);
 
 // --- frame -------------------------------------------------------------------------------------
 void OGL_plot_back_col();  // the whole window in colour 34
-void OGL_sbuff();          // ends the frame: shows what was drawn. It does not clear
+// Ends the frame: shows what was drawn in it, unless that is what the window shows already. 1 if it
+// was shown. Nothing is cleared: each frame draws the whole window. With `goes_on` the frame is not
+// over, and what comes is drawn on top.
+int OGL_sbuff(int goes_on = 0);
+// Whether OGL_sbuff would show something.
+int OGL_differs();
+// Forgets what was drawn in this frame; 1 if anything was.
+int OGL_drop_picture();
+// The window has lost what it shows: the next OGL_sbuff shows its picture in any case.
+void OGL_show_next();
+// Puts what was drawn so far into the back buffer. For whoever reads from there; OGL_sbuff does it
+// by itself.
+void OGL_paint();
 // Takes the dx by dy picture in scratch_array (RGBA, rows `stride` pixels apart, at most 2,048 a
 // side) as the tiled background, in references 427 to 442; and draws it. Uses up scratch_array.
 void OGL_cut_back_tex(int dx, int dy, int stride);

@@ -3,6 +3,7 @@
 
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/base/hl_run.h"
+#include "corekit/draw/oglp_picture.h"
 
 inline constexpr int interface_ref = 392;     // the interface image: glyphs, frames, cells
 inline constexpr float interface_side = 512;  // its side in pixels
@@ -10,8 +11,41 @@ inline constexpr float interface_side = 512;  // its side in pixels
 // Whether OpenGL may be called at all: a context has been announced, or a window stands.
 bool OGL_can_call();
 
-// Sets the GL colour of an index: tint, plot_alpha, green mode, then three floats or four.
-void OGL_color(int col, float alpha);
+// The colour of an index as it is painted: tint, plot_alpha, green mode. An alpha above 0.99 is 1.
+struct OGL_rgba {
+  float part[4];
+};
+OGL_rgba OGL_color(int col, float alpha);
+
+// --- pieces of the picture ----------------------------------------------------------------------
+// All drawing ends here. REQUIRES: ogl_inited.
+
+// How the pieces that follow are painted, and in which colour. `ref` above 0 is a texture of tman,
+// else the one that was used last stays; `tex` and `blend` are the second and fourth arguments of
+// OGL_setstate.
+void OGL_put_as(picture_shape shape, int tex, int blend, int ref, const OGL_rgba& color);
+inline void OGL_put_as(picture_shape shape, int tex, int blend, int ref, int col, float alpha) {
+  OGL_put_as(shape, tex, blend, ref, OGL_color(col, alpha));
+}
+// Adds a quad along the axes; one with free corners; a line. In window units.
+void OGL_put_quad(float x1, float y1, float x2, float y2, float s1 = 0, float t1 = 0, float s2 = 0,
+                  float t2 = 0);
+void OGL_put_corners(const picture_corner (&corners)[4]);
+void OGL_put_line(float x1, float y1, float x2, float y2);
+// The clip of the pieces that follow, in pixels; null for none.
+void OGL_put_clip(const int* x_y_dx_dy);
+// Whether the blending of the pieces that follow adds.
+void OGL_put_glow(bool on);
+// A texture is about to change or to go: what was drawn with it so far is painted, and the picture
+// is shown whatever it is like.
+void OGL_texture_changes();
+// The context is about to go, or another one has come: gives up the copy of what the window shows.
+void OGL_forget_kept();
+
+// Further state, by the same rule as OGL_setstate: whether blending adds, and the scissors in
+// pixels (dx -1: none).
+void OGL_set_blending(bool adds);
+void OGL_set_clip(int x, int y, int dx, int dy);
 
 // Selects a texture unit; 0 if the driver has no such call. Whoever selects one goes back to 0.
 int OGL_active_unit(int unit);
@@ -27,16 +61,3 @@ inline void OGL_check(const char*) {}
 #else
 void OGL_check(const char* where);
 #endif
-
-// Emits a quad along the axes into an open glBegin(GL_QUADS), in window units.
-inline void OGL_put_quad(float x1, float y1, float x2, float y2, float s1, float t1, float s2,
-                         float t2) {
-  glTexCoord2f(s1, t1);
-  glVertex2f(x1, y1);
-  glTexCoord2f(s1, t2);
-  glVertex2f(x1, y2);
-  glTexCoord2f(s2, t2);
-  glVertex2f(x2, y2);
-  glTexCoord2f(s2, t1);
-  glVertex2f(x2, y1);
-}

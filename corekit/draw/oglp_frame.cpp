@@ -93,15 +93,6 @@ void OGL_plot_back_tex() {
   }
 }
 
-void OGL_sbuff() {
-  if (!ogl_inited) return;
-  const float other = ren.mono_green ? 0.0f : 1.0f;
-  glColor4f(other, 1.0f, other, ren.plot_alpha);
-  OGL_check("OGL_sbuff");
-  watch_shown();
-  PLT_swap_buffers();
-}
-
 void OGL_screenshot(int to_file) {
   constexpr int limit = 2048;
   if (!ogl_inited) return;

@@ -15,15 +15,12 @@ namespace {
 
 constexpr float pixel_centre = 0.5f;  // lines go through the middle of pixels, areas along edges
 
-void begin_flat(int col, float alpha, GLenum what) {
-  OGL_setstate(1, 0, 3, 5, 9, 11);
-  OGL_color(col, alpha);
-  glBegin(what);
-}
-
-void end_flat(const char* where) {
-  glEnd();
-  OGL_check(where);
+// The sides of a rectangle, through the middle of pixels.
+void put_frame(float x, float y, float dx, float dy) {
+  OGL_put_line(x, y, x, y + dy);
+  OGL_put_line(x, y + dy, x + dx, y + dy);
+  OGL_put_line(x + dx, y + dy, x + dx, y);
+  OGL_put_line(x + dx, y, x, y);
 }
 
 }  // namespace
@@ -32,24 +29,14 @@ void OGL_fillrect(int col, float alpha, float x, float y, float dx, float dy) {
   if (!ogl_inited) return;
   x += mnw.x_off;
   y += mnw.y_off;
-  begin_flat(col, alpha, GL_QUADS);
-  glVertex2f(x, y);
-  glVertex2f(x, y + dy);
-  glVertex2f(x + dx, y + dy);
-  glVertex2f(x + dx, y);
-  end_flat("OGL_fillrect");
+  OGL_put_as(shape_quad, 0, blend_mix, 0, col, alpha);
+  OGL_put_quad(x, y, x + dx, y + dy);
 }
 
 void OGL_framerect(int col, float alpha, float x, float y, float dx, float dy) {
   if (!ogl_inited) return;
-  x += mnw.x_off + pixel_centre;
-  y += mnw.y_off + pixel_centre;
-  begin_flat(col, alpha, GL_LINE_LOOP);
-  glVertex2f(x, y);
-  glVertex2f(x, y + dy);
-  glVertex2f(x + dx, y + dy);
-  glVertex2f(x + dx, y);
-  end_flat("OGL_framerect");
+  OGL_put_as(shape_line, 0, blend_mix, 0, col, alpha);
+  put_frame(x + mnw.x_off + pixel_centre, y + mnw.y_off + pixel_centre, dx, dy);
 }
 
 void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha) {
@@ -60,53 +47,43 @@ void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha) {
 void OGL_line(int col, float alpha, float x1, float y1, float x2, float y2) {
   if (!ogl_inited) return;
   const float add_x = mnw.x_off + pixel_centre, add_y = mnw.y_off + pixel_centre;
-  begin_flat(col, alpha, GL_LINES);
-  glVertex2f(x1 + add_x, y1 + add_y);
-  glVertex2f(x2 + add_x, y2 + add_y);
-  end_flat("OGL_line");
+  OGL_put_as(shape_line, 0, blend_mix, 0, col, alpha);
+  OGL_put_line(x1 + add_x, y1 + add_y, x2 + add_x, y2 + add_y);
 }
 
 void OGL_fillcircle(int col, float x, float y, float r) {
   if (!ogl_inited) return;
   x += mnw.x_off + pixel_centre;
   y += mnw.y_off + pixel_centre;
-  begin_flat(col, 1.0f, GL_LINES);
+  OGL_put_as(shape_line, 0, blend_mix, 0, col, 1.0f);
   for (float dy = -r; dy <= r; dy += 1.0f) {
     const float half = std::sqrt(r * r - dy * dy);
-    glVertex2f(x - half, y + dy);
-    glVertex2f(x + half, y + dy);
+    OGL_put_line(x - half, y + dy, x + half, y + dy);
   }
-  end_flat("OGL_fillcircle");
 }
 
 void OGL_framecircle(int col, float x, float y, float r) {
+  constexpr int step = 5;  // degrees
   if (!ogl_inited) return;
   x += mnw.x_off;
   y += mnw.y_off;
-  OGL_setstate(1, 0, 3, 4, 9, 11);
-  OGL_color(col, 1.0f);
-  glBegin(GL_LINE_STRIP);
-  for (int degree = 0; degree <= 360; degree += 5)
-    glVertex2f(x + r * lookup_sin[degree], y + r * lookup_cos[degree]);
-  end_flat("OGL_framecircle");
+  OGL_put_as(shape_line, 0, blend_none, 0, col, 1.0f);
+  for (int degree = 0; degree < 360; degree += step) {
+    OGL_put_line(x + r * lookup_sin[degree], y + r * lookup_cos[degree],
+                 x + r * lookup_sin[degree + step], y + r * lookup_cos[degree + step]);
+  }
 }
 
 void OGL_2dquad(int ref, int col, float alpha, float x1, float y1, float s1, float t1, float x2,
                 float y2, float s2, float t2, float x3, float y3, float s3, float t3, float x4,
                 float y4, float s4, float t4, int tex, int blend) {
   if (!ogl_inited) return;
-  const struct {
-    float x, y, s, t;
-  } corners[4] = {{x1, y1, s1, t1}, {x2, y2, s2, t2}, {x3, y3, s3, t3}, {x4, y4, s4, t4}};
-  OGL_setstate(1, tex, 3, blend, 9, 11);
-  if (ref > 0) tman.bind_ref(ref, 0, 0);
-  OGL_color(col, alpha);
-  glBegin(GL_QUADS);
-  for (const auto& corner : corners) {
-    glTexCoord2f(corner.s, corner.t);
-    glVertex2f(corner.x + mnw.x_off, corner.y + mnw.y_off);
-  }
-  end_flat("OGL_2dquad");
+  const float x = mnw.x_off, y = mnw.y_off;
+  OGL_put_as(shape_quad, tex, blend, ref, col, alpha);
+  OGL_put_corners({{x1 + x, y1 + y, s1, t1},
+                   {x2 + x, y2 + y, s2, t2},
+                   {x3 + x, y3 + y, s3, t3},
+                   {x4 + x, y4 + y, s4, t4}});
 }
 
 void OGL_2dquad_d(int ref, int col, float alpha, float x, float y, float s, float t, float dx,

@@ -33,6 +33,8 @@ struct gl_state {
   // Taken to be off and never read: whoever writes depth says so first.
   bool depth_write = false;
   int num_units = 0;
+  int adds = -1;                   // blending adds, or mixes; -1 unknown
+  int clip[4] = {-1, -1, -2, -1};  // x, y, dx, dy; dx -1 for none, -2 for unknown
 };
 gl_state state;
 
@@ -82,6 +84,9 @@ int to_pixel(float units) {
 }  // namespace
 
 void OGL_load_entry_points(void* (*lookup)(const char* name)) {
+  OGL_drop_picture();
+  OGL_forget_kept();
+  OGL_show_next();
   OGL_reset_state();
   TEX_reset_bind();
   have_context = lookup != nullptr;
@@ -150,6 +155,20 @@ void OGL_setstate(int fog, int tex, int lit, int alpha, int depth_read, int dept
   OGL_check("OGL_setstate");
 }
 
+void OGL_set_blending(bool adds) {
+  if (state.adds == int{adds}) return;
+  glBlendFunc(GL_SRC_ALPHA, adds ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA);
+  state.adds = adds;
+}
+
+void OGL_set_clip(int x, int y, int dx, int dy) {
+  const int clip[4] = {x, y, dx, dy};
+  if (std::equal(clip, clip + 4, state.clip)) return;
+  if ((dx >= 0) != (state.clip[2] >= 0) || state.clip[2] == -2) enable(GL_SCISSOR_TEST, dx >= 0);
+  if (dx >= 0) glScissor(x, y, dx, dy);
+  std::copy(clip, clip + 4, state.clip);
+}
+
 void OGL_pix_specs() {
   const float dx = static_cast<float>(mnw.pix_dx), dy = static_cast<float>(mnw.pix_dy);
   mnw.ui_scale_x = mnw.ui_scale = 1.0f;
@@ -209,26 +228,27 @@ void OGL_viewport(int mode, float l, float b, float r, float t, int keep_aspect)
 
 void OGL_scissors(float x, float y, float dx, float dy) {
   if (!ogl_inited) return;
-  glEnable(GL_SCISSOR_TEST);
-  glScissor(to_pixel(x + mnw.x_off), to_pixel(y + mnw.y_off), std::max(0, to_pixel(dx)),
-            std::max(0, to_pixel(dy)));
-  const watch_rect clip = {x + mnw.x_off, y + mnw.y_off, x + mnw.x_off + dx, y + mnw.y_off + dy};
+  x += mnw.x_off;
+  y += mnw.y_off;
+  const int pixels[4] = {to_pixel(x), to_pixel(y), std::max(0, to_pixel(dx)),
+                         std::max(0, to_pixel(dy))};
+  OGL_put_clip(pixels);
+  const OGL_rect clip = {x, y, x + dx, y + dy};
   watch_clip(&clip);
-  OGL_check("OGL_scissors");
 }
 
 void OGL_scissors_end() {
   if (!ogl_inited) return;
-  glDisable(GL_SCISSOR_TEST);
+  OGL_put_clip(nullptr);
   watch_clip(nullptr);
 }
 
 void OGL_glow_colors() {
-  if (OGL_can_call()) glBlendFunc(GL_SRC_ALPHA, GL_ONE);
+  OGL_put_glow(true);
 }
 
 void OGL_nrml_colors() {
-  if (OGL_can_call()) glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+  OGL_put_glow(false);
 }
 
 void OGL_poly_offset(int level) {

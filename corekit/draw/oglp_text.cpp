@@ -119,7 +119,6 @@ void plot_odometer(int col, float x, float y, float value, int digits, int decim
   const int whole = digits - decimals;
   const auto between = [&](int cells) { return left + (static_cast<float>(cells) + 0.5f) * pitch; };
 
-  glBegin(GL_QUADS);
   if (number.minus) put(left + 1, '-');
   if (decimals > 0) put(between(whole), '.');
   for (int group = 3; group <= 9; group += 3) {
@@ -127,8 +126,6 @@ void plot_odometer(int col, float x, float y, float value, int digits, int decim
   }
   for (int i = 0; i < digits; ++i)
     put(left + static_cast<float>(i + 1) * pitch, number.digit(digits - 1 - i));
-  glEnd();
-  OGL_check("OGL_number");
 }
 
 }  // namespace
@@ -151,11 +148,7 @@ float OGL_strtex(int charset, int col, float* s0, float* t0, float* cell_dx, flo
   *s0 = *t0 = 0.0f;
   *cell_dx = font->cell_dx;
   *cell_dy = font->cell_dy;
-  if (ogl_inited) {
-    OGL_setstate(1, 1, 3, 5, 9, 11);
-    OGL_color(col, 1.0f);
-    tman.bind_ref(font->ref, 0, 0);
-  }
+  if (ogl_inited) OGL_put_as(shape_quad, 1, blend_mix, font->ref, col, 1.0f);
   return font->advance;
 }
 
@@ -182,15 +175,12 @@ void str_one_line(int col, float x, float y, std::string_view s, int charset, in
   if (just == just_centre) x -= static_cast<float>(OGL_string_width(s)) / 2;
   if (just == just_right) x -= static_cast<float>(OGL_string_width(s));
   watch_text(x, y, s);
-  glBegin(GL_QUADS);
   for (const char c : s) {
     if (c == '\r' || c == '\n' || c == '\t') continue;
     const unsigned char byte = static_cast<unsigned char>(c);
     OGL_char(x, y, s0, t0, cell_dx, cell_dy, byte, charset);
     x += advance > 0 ? advance : static_cast<float>(glyph_widths[byte]);
   }
-  glEnd();
-  OGL_check("str_one_line");
 }
 
 float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx, int charset,

@@ -22,28 +22,28 @@ constexpr float ink_dy = 8;  // of a capital; lines are 10 apart, so that those 
 constexpr float rim = 2;     // of a frame, on which no letter may stand
 
 struct noted_text {
-  watch_rect at;
+  OGL_rect at;
   std::string text;
   const char* trouble;  // null for none
 };
 std::vector<noted_text> texts;  // of the frame being drawn
-std::vector<watch_rect> frames;
-std::optional<watch_rect> clip;
+std::vector<OGL_rect> frames;
+std::optional<OGL_rect> clip;
 std::set<std::string> said;
 
-bool overlap(const watch_rect& a, const watch_rect& b) {
+bool overlap(const OGL_rect& a, const OGL_rect& b) {
   return a.x0 < b.x1 && b.x0 < a.x1 && a.y0 < b.y1 && b.y0 < a.y1;
 }
 
-bool inside(const watch_rect& a, const watch_rect& b, float b_rim) {
+bool inside(const OGL_rect& a, const OGL_rect& b, float b_rim) {
   return a.x0 >= b.x0 + b_rim && a.x1 <= b.x1 - b_rim && a.y0 >= b.y0 && a.y1 <= b.y1;
 }
 
-bool equal(const watch_rect& a, const watch_rect& b) {
+bool equal(const OGL_rect& a, const OGL_rect& b) {
   return a.x0 == b.x0 && a.y0 == b.y0 && a.x1 == b.x1 && a.y1 == b.y1;
 }
 
-watch_rect window_rect() {
+OGL_rect window_rect() {
   return {mnw.x_off, mnw.y_off, mnw.x_off + mnw.win_dx, mnw.y_off + mnw.win_dy};
 }
 
@@ -71,9 +71,9 @@ void watch_text(float x, float base, std::string_view text) {
     note.at.x1 = std::min(note.at.x1, clip->x1);
     if (note.at.y0 < clip->y0 || note.at.y1 > clip->y1) note.trouble = "cut off";
   }
-  const watch_rect window = window_rect();
+  const OGL_rect window = window_rect();
   if (!inside(note.at, window, 0)) note.trouble = "beyond the window";
-  for (const watch_rect& frame : frames) {
+  for (const OGL_rect& frame : frames) {
     if (overlap(note.at, frame) && !inside(note.at, frame, rim)) note.trouble = "over an edge";
   }
   for (const noted_text& other : texts) {
@@ -82,13 +82,13 @@ void watch_text(float x, float base, std::string_view text) {
   texts.push_back(std::move(note));
 }
 
-void watch_frame(const watch_rect& frame) {
+void watch_frame(const OGL_rect& frame) {
   if (!layout_watched) return;
   // A whole picture of the window is its background.
   if (inside(window_rect(), frame, 0)) return watch_cover();
   // A face that is drawn anew takes the place of the former, label and all.
-  const bool again = std::any_of(frames.begin(), frames.end(),
-                                 [&](const watch_rect& f) { return equal(f, frame); });
+  const bool again =
+      std::any_of(frames.begin(), frames.end(), [&](const OGL_rect& f) { return equal(f, frame); });
   if (again) std::erase_if(texts, [&](const noted_text& t) { return inside(t.at, frame, 0); });
   for (noted_text& text : texts) {
     if (overlap(text.at, frame)) text.trouble = "under a picture";
@@ -96,9 +96,9 @@ void watch_frame(const watch_rect& frame) {
   if (!again) frames.push_back(frame);
 }
 
-void watch_clip(const watch_rect* to) {
+void watch_clip(const OGL_rect* to) {
   if (!layout_watched) return;
-  clip = to ? std::optional<watch_rect>(*to) : std::nullopt;
+  clip = to ? std::optional<OGL_rect>(*to) : std::nullopt;
 }
 
 void watch_cover() {

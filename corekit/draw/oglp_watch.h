@@ -8,15 +8,12 @@
 
 #include <string_view>
 
+#include "corekit/draw/oglp_picture.h"
+
 extern bool layout_watched;  // the option is given; set once at start-up
 
-// A rectangle of the window: lower left and upper right corner.
-struct watch_rect {
-  float x0, y0, x1, y1;
-};
-
 void watch_text(float x, float base, std::string_view text);  // one line; `base` of its letters
-void watch_frame(const watch_rect& frame);  // a frame, face or picture, on which texts may stand
-void watch_clip(const watch_rect* clip);    // what is drawn from now on shows in here; null all
+void watch_frame(const OGL_rect& frame);  // a frame, face or picture, on which texts may stand
+void watch_clip(const OGL_rect* clip);    // what is drawn from now on shows in here; null all
 void watch_cover();  // what was noted of this frame is hidden by what is drawn from now on
 void watch_shown();  // the end of a frame

@@ -202,30 +202,28 @@ void tman_class::drop_gl_id(int ref) {
   // A record that shows the blank only borrows it, and the blank's own is never deleted.
   const unsigned gl_id = ref_dat_[ref].gl_id;
   if (gl_id == 0 || gl_id == ref_dat_[t_blank_gray].gl_id) return;
+  OGL_texture_changes();
   TEX_forget(gl_id);
   if (OGL_can_call()) glDeleteTextures(1, &gl_id);
   ref_dat_[ref].gl_id = 0;
 }
 
-void tman_class::bind_ref(int ref, int unit, int mode) {
+unsigned tman_class::gl_name(int ref) {
   const tman_lock hold(lock_);
-  unsigned gl_id = 0;
-  if (ref < 0 || ref >= static_cast<int>(ref_dat_.size())) {
-    tman_alert("missing non-scenery texture - how?", str_format("ref=%6.0f", double(ref)), ref,
-               253);
-    return;
-  }
-  if (ref == 0 || ref_dat_[ref].load_time == tex_load_now) {
-    gl_id = ref_dat_[ref].gl_id;
-  } else if (ref_dat_[ref].load_time == tex_load_scenery) {
+  if (ref == 0) return 0;
+  const int load_time = ref > 0 && ref < static_cast<int>(ref_dat_.size()) ? ref_dat_[ref].load_time
+                                                                           : int{tex_load_none};
+  if (load_time == tex_load_now) return ref_dat_[ref].gl_id;
+  if (load_time == tex_load_scenery) {
     make_blank_gray();
-    gl_id = ref_dat_[t_blank_gray].gl_id;
-  } else {
-    tman_alert("missing non-scenery texture - how?", str_format("ref=%6.0f", double(ref)), ref,
-               263);
-    return;
+    return ref_dat_[t_blank_gray].gl_id;
   }
-  TEX_bind_ref(gl_id, unit, mode);
+  tman_alert("missing non-scenery texture - how?", str_format("ref=%6.0f", double(ref)), ref, 253);
+  return 0;
+}
+
+void tman_class::bind_ref(int ref, int unit, int mode) {
+  TEX_bind_ref(gl_name(ref), unit, mode);
 }
 
 void tman_class::reset_bind() {

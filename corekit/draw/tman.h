@@ -117,6 +117,8 @@ class tman_class {
 
   // Binds to texture unit `unit`. `mode` is the texture environment: 0 GL_MODULATE, 25 leave alone.
   void bind_ref(int ref, int unit, int mode);
+  // OpenGL's name of what bind_ref would bind; 0 for nothing.
+  unsigned gl_name(int ref);
   void reset_bind();
   void set_blend_level(int unit, float level);
 

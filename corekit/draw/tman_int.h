@@ -46,7 +46,7 @@ class tman_lock {
   UTL_critical_section& section_;
 };
 
-// Binds to unit 0 the texture that is being made, whatever gKillTex says. REQUIRES: a context.
+// Binds to unit 0 whatever gKillTex says: a texture that is being made. REQUIRES: a context.
 void TEX_bind_for_load(unsigned gl_id);
 
 // The manager's fatal alert; its third line gives the bad number.

@@ -207,6 +207,7 @@ void tman_class::load_texture_ogl(const tex_load_vars& load, int ok) {
   const bool replace = own && !is_compressed(load) && dat.format == load.format && dat.dx == dx &&
                        dat.dy == dy && dat.flags == load.flags;
   if (OGL_can_call()) {
+    OGL_texture_changes();
     if (!replace) {
       drop_gl_id(load.ref);
       glGenTextures(1, &dat.gl_id);

@@ -70,10 +70,7 @@ struct frame_picture {
 void plot_pieces(const frame_picture& picture, float x, float y, int col) {
   x += mnw.x_off;
   y += mnw.y_off;
-  OGL_setstate(1, 1, 3, 5, 9, 11);
-  OGL_color(col, 1.0f);
-  tman.bind_ref(picture.ref, 0, 0);
-  glBegin(GL_QUADS);
+  OGL_put_as(shape_quad, 1, blend_mix, picture.ref, col, 1.0f);
   for (const axis_piece& row : upward) {
     const float t0 = (picture.v + row.s0) / picture.tex_dy;
     const float t1 = (picture.v + row.s1) / picture.tex_dy;
@@ -83,8 +80,6 @@ void plot_pieces(const frame_picture& picture, float x, float y, int col) {
                    (picture.u + column.s1) / picture.tex_dx, t1);
     }
   }
-  glEnd();
-  OGL_check("BTN_frame");
 }
 
 frame_picture interface_at(float u, float v) {

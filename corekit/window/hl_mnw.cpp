@@ -6,7 +6,6 @@
 
 #include <algorithm>
 
-#include "corekit/Platform/PLT_gl.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_translate.h"
@@ -37,13 +36,13 @@ constexpr uint64_t show_every_idle_us = 250'000;
 
 // The pace of the frames. Times are of PLT_microseconds.
 struct frame_pace {
-  uint64_t last_shown = 0;    // when the picture was last shown
+  uint64_t last_shown = 0;    // when the window was last brought up to date
   uint64_t last_input = 0;    // when the user last did something
   uint64_t last_work = 0;     // when a page with work, or a wake-up, last came
   bool is_stale = false;      // what the window shows is older than the last frame
   bool had_motion = false;    // this frame has a movement of the mouse
   bool had_input = false;     // this frame has an event that a page may react to
-  bool is_mixed = false;      // the picture being drawn has parts of two windows
+  bool is_mixed = false;      // the picture being drawn was begun for another window
   bool press_is_set = false;  // the mouse stays where this frame's press was
 };
 frame_pace pace;
@@ -130,39 +129,40 @@ void report_missing_textures() {
   }
 }
 
-// `in_dialog` says that a dialog was up when the frame began. Its loop has drawn it, and goes on
-// when the frame is over: even if the dialog was closed meanwhile, the page that may have opened it
-// is not called from within itself.
-void run_page(bool in_dialog) {
-  // An input wants an answer at once.
-  const bool show = !ogl_inited || in_dialog || mnw.modal_up || pace.had_input ||
-                    until_next_show(PLT_microseconds()) == 0;
-  if (!show) {
-    pace.is_stale = true;
-    paint_frames(false);
-    APP.update();
-    paint_frames(true);
-    stls.hover_help.clear();
-    return;
-  }
-  const bool calls_page = !in_dialog && !mnw.modal_up;
-  if (calls_page) {
+// Shows the frame's picture, but not if it comes too soon, nor if it is what the window shows.
+void show_page(bool in_dialog) {
+  if (pace.is_mixed) {
+    // The window has changed in the midst of it, and it is the end of a picture only.
+    OGL_drop_picture();
     pace.is_mixed = false;
-    APP.update();
-  }
-  if (!ogl_inited) return;
-  if (calls_page && pace.is_mixed) {
-    // A dialog has come and gone within the page, which has gone on to draw over it.
-    stls.hover_help.clear();
     frame_soon = frame_at_once;
     return;
   }
-  mouse_help_per_wind(mnw.win_id);
-  standard_gui();
+  // An input wants an answer at once.
+  if (!in_dialog && !pace.had_input && until_next_show(PLT_microseconds()) != 0) {
+    OGL_drop_picture();
+    pace.is_stale = true;
+    return;
+  }
   OGL_sbuff();
   pace.last_shown = PLT_microseconds();
   // A dialog answers an input with what it draws after this frame, for the next one to show.
   pace.is_stale = pace.had_input;
+}
+
+// `in_dialog` says that a dialog was up when the frame began. Its loop has drawn it, and goes on
+// when the frame is over: even if the dialog was closed meanwhile, the page that may have opened it
+// is not called from within itself.
+void run_page(bool in_dialog) {
+  if (!in_dialog && !mnw.modal_up) {
+    OGL_drop_picture();
+    pace.is_mixed = false;
+    APP.update();
+  }
+  if (!ogl_inited) return;
+  mouse_help_per_wind(mnw.win_id);
+  standard_gui();
+  show_page(in_dialog || mnw.modal_up);
 }
 
 void handle_key(const PLT_key_event& key) {
@@ -219,19 +219,13 @@ void handle_close() {
 
 }  // namespace
 
-void frame_hurry() {
+void frame_hurry(bool begins) {
   pace.last_input = PLT_microseconds();
-  pace.is_stale = pace.is_mixed = true;
-}
-
-void paint_frames(bool on) {
-  if (!ogl_inited) return;
-  if (on) {
-    glDisable(GL_CULL_FACE);
-  } else {
-    glCullFace(GL_FRONT_AND_BACK);
-    glEnable(GL_CULL_FACE);
-  }
+  pace.is_stale = true;
+  // Whoever had begun to draw goes on with the rest of it, and so does the page behind a dialog.
+  const bool was_begun = OGL_drop_picture() || mnw.modal_up;
+  pace.is_mixed = was_begun && !begins;
+  OGL_show_next();
 }
 
 void APL_handlewin(const PLT_event& event) {

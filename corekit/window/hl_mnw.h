@@ -13,10 +13,10 @@ struct PLT_event;
 // One frame: events, failures from other threads, clock, focus ring, page, swap.
 //
 // It waits for events at its start, and is back early when one comes or when a thread calls
-// PLT_wake. How long it may wait says frame_soon. The picture is shown sixty times a second at
-// most, twenty times while only the program is busy, and four times when nothing goes on: in a
-// frame that comes sooner the page is called as ever, and what it draws is thrown away. A frame
-// with a click or a key is always shown.
+// PLT_wake. How long it may wait says frame_soon. A picture is shown when it differs from the one
+// that the window shows, sixty times a second at most, twenty times while only the program is busy,
+// and four times when nothing goes on: in a frame that comes sooner the page is called as ever, and
+// what it draws is thrown away. What a click or a key brings about is always shown at once.
 void MACIBM_event_proc();
 
 // Handles one event, as MACIBM_event_proc does with each that it takes.

@@ -127,8 +127,8 @@ void MACIBM_startwind(int id, int /*arg*/) {
   // caller reads from it that its question was not put.
   if (!ogl_inited && id > win_main) return;
   plot_init_lights = mnw.pix_dx > 0;
-  paint_frames(true);
-  frame_hurry();
+  // Below an alert there may be a dialog that is up already.
+  frame_hurry(find_dialog(id) && id != mnw.win_id && mnw.win_id != win_alert);
   mouse_help_per_wind(id);
   OGL_viewport(2, mnw.ortho_left, mnw.ortho_bottom, mnw.ortho_right, mnw.ortho_top);
 

@@ -56,6 +56,18 @@ wait_for "the page's top" shows_page 0
 move_to 8 300
 wheel down 24
 wait_for "the page 24 notches down" shows_page $((24 * turn))
+echo "An idle page is not drawn, but when another window has lain over it"
+at_rest=$(picture_of 0 0 800 600)
+shows_rest() { [ "$(picture_of 0 0 800 600)" = "$at_rest" ]; }
+hides_rest() { ! shows_rest; }
+mkdir "$SCRATCH/over"
+cp "$SCRATCH/bin/skyvane-gallery" "$SCRATCH/over/"
+"$SCRATCH/over/skyvane-gallery" >/dev/null 2>&1 </dev/null &
+over=$!
+CHILDREN+=("$over")
+wait_for "the window over it" hides_rest
+kill -9 "$over"
+wait_for "the page again" shows_rest
 echo "A box far down the page answers"
 box=(91 276 18 18)
 before=$(picture_of "${box[@]}")

@@ -96,13 +96,9 @@ void load_white() {
   load_pair(pair);
 }
 
-std::vector<unsigned char> read_window() {
-  std::vector<unsigned char> pixels(static_cast<size_t>(dx) * dy * 4);
-  glReadPixels(0, 0, dx, dy, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-  return pixels;
-}
-
 void clear_window() {
+  OGL_drop_picture();
+  OGL_show_next();
   glDisable(GL_SCISSOR_TEST);
   glClearColor(0, 0, 0, 1);
   glClear(GL_COLOR_BUFFER_BIT);
@@ -175,8 +171,16 @@ void load_interface(const painter& paint) {
   load_picture(t_interface, 512, 512, make_picture(512, 512, paint));
 }
 
+std::vector<unsigned char> read_picture() {
+  std::vector<unsigned char> pixels(static_cast<size_t>(dx) * dy * 4);
+  OGL_paint();
+  glReadPixels(0, 0, dx, dy, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+  return pixels;
+}
+
 gl_pixel read_pixel(int x, int y) {
   unsigned char rgba[4] = {};
+  OGL_paint();
   glReadPixels(x, y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, rgba);
   return {rgba[0], rgba[1], rgba[2]};
 }
@@ -202,7 +206,7 @@ picture_map::picture_map(const std::function<void()>& draw)
     load_pair(pair);
     clear_window();
     draw();
-    return read_window();
+    return read_picture();
   };
   const std::vector<unsigned char> columns = drawn_with(columns_pair);
   const std::vector<unsigned char> rows = drawn_with(rows_pair);

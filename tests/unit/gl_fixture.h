@@ -47,6 +47,7 @@ struct gl_pixel {
   int r, g, b;
 };
 gl_pixel read_pixel(int x, int y);
+std::vector<unsigned char> read_picture();  // RGBA, from the lowest row up
 // Within 2 levels a channel.
 testing::AssertionResult pixel_is(int x, int y, int r, int g, int b);
 

@@ -124,6 +124,7 @@ class AboutBox : public window_fixture {
     at_swap = each_frame;
     PLT_swap_hook = [] {
       true_swap();
+      OGL_show_next();  // each frame is a step, whether or not it differs from the last
       at_swap();
     };
     MACIBM_about();

@@ -24,6 +24,7 @@ void (*real_swap_hook)();
 void swap_and_step() {
   constexpr size_t patience = 200;
   real_swap_hook();
+  OGL_show_next();  // each frame is a step, whether or not it differs from the last
   if (next_step < to_do.size()) to_do[next_step]();
   if (++next_step > to_do.size() + patience) app_done = 1;
 }

@@ -1,5 +1,7 @@
 // Shapes, colours and screen, by what they leave in the frame buffer.
 
+#include <random>
+
 #include "corekit/draw/colr.h"
 #include "tests/unit/gl_fixture.h"
 
@@ -70,4 +72,68 @@ TEST_F(Oglp, ScissorsCutAndTakeNegativeSizesAsNone) {
   OGL_fillrect(49, 1, 0, 0, 700, 500);
   OGL_scissors_end();
   EXPECT_TRUE(pixel_is(110, 110, 0, 0, 0));
+}
+
+// What is painted of a picture that resembles the one before is what a whole painting gives.
+TEST_F(Oglp, APictureInPartIsThePictureInWhole) {
+  std::mt19937 random(9);
+  const auto number = [&random](int limit) { return static_cast<float>(random() % limit); };
+  std::vector<std::function<void()>> pieces;
+  const auto piece = [&]() -> std::function<void()> {
+    const float x = number(780), y = number(580), dx = number(90), dy = number(60);
+    const int col = 49 + static_cast<int>(random() % 29);
+    switch (random() % 5) {
+      case 0:
+        return [=] { OGL_fillrect(col, 0.5f, x, y, dx, dy); };
+      case 1:
+        return [=] { OGL_line(col, 1, x, y, x + dx, y - dy); };
+      case 2:
+        return [=] { BTN_frame2(12, x, y, dx + 70, dy + 70, "title"); };
+      case 3:
+        return [=] {
+          OGL_scissors(x, y, dx, 8);
+          OGL_string(col, x - 5, y + 3, "some text in here", 0);
+          OGL_scissors_end();
+        };
+      default:
+        return [=] {
+          OGL_glow_colors();
+          OGL_fillcircle(col, x, y, 7);
+          OGL_nrml_colors();
+        };
+    }
+  };
+  for (int i = 0; i < 40; ++i)
+    pieces.push_back(piece());
+  const auto draw = [&pieces] {
+    OGL_plot_back_col();
+    for (const auto& put : pieces)
+      put();
+  };
+  static std::vector<unsigned char> seen;
+  PLT_swap_hook = [] { seen = read_picture(); };
+  for (int round = 0; round < 60; ++round) {
+    const size_t at = random() % pieces.size();
+    switch (random() % 4) {
+      case 0:
+        pieces.insert(pieces.begin() + static_cast<long>(at), piece());
+        break;
+      case 1:
+        if (pieces.size() > 2) pieces.erase(pieces.begin() + static_cast<long>(at));
+        break;
+      case 2:
+        OGL_show_next();
+        break;
+      default:
+        pieces[at] = piece();
+    }
+    draw();
+    if (!OGL_sbuff()) continue;
+    const std::vector<unsigned char> in_part = seen;
+    clear();
+    draw();
+    EXPECT_EQ(read_picture(), in_part) << "round " << round;
+    OGL_drop_picture();
+    clear();  // a swap leaves it undefined
+  }
 }

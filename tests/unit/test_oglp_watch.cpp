@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr watch_rect window = {0, 0, 800, 600}, button = {100, 100, 200, 120};
+constexpr OGL_rect window = {0, 0, 800, 600}, button = {100, 100, 200, 120};
 
 // What was said once is not said again: each row that is out of place has words of its own.
 TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
@@ -52,7 +52,7 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
       {"a name in a field that shows part of it",
        [&] {
          watch_frame({100, 100, 130, 120});
-         const watch_rect field = {103, 103, 127, 117};
+         const OGL_rect field = {103, 103, 127, 117};
          watch_clip(&field);
          watch_text(103, 106, word);
          watch_clip(nullptr);
@@ -60,7 +60,7 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
        ""},
       {"a line below what is shown",
        [&] {
-         const watch_rect panel = {0, 50, 800, 100};
+         const OGL_rect panel = {0, 50, 800, 100};
          watch_clip(&panel);
          watch_text(10, 45, word);
          watch_clip(nullptr);

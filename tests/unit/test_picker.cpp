@@ -167,6 +167,7 @@ class PickerDialog : public gl_fixture {
     app_done = 0;
     PLT_swap_hook = [] {
       if (++frames > 400) app_done = 1;  // a test that hangs must end
+      OGL_show_next();                   // each frame counts, whether or not it differs
       each_frame();
     };
   }

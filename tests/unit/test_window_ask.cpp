@@ -24,6 +24,7 @@ void act_and_swap() {
   glReadBuffer(GL_BACK);
   glReadPixels(0, 0, 800, 600, GL_RGB, GL_UNSIGNED_BYTE, shown.data());
   true_swap();
+  OGL_show_next();  // each frame counts, whether or not it differs from the last
   on_swap();
 }
 

@@ -98,6 +98,7 @@ std::vector<unsigned char> window_fixture::next_shown(const std::function<void()
   picture.clear();
   real_swap = PLT_swap_hook;
   PLT_swap_hook = read_and_swap;
+  OGL_show_next();
   frame();
   if (PLT_swap_hook) PLT_swap_hook = real_swap;
   return picture;
