@@ -1,137 +1,269 @@
 // The build: which tree the install type asks for, and the order of the steps that make it.
 //
-// sub_install reads the old manifest, makes the master's folders, walks the source tree, compresses
-// what it found while the new manifest is written, adds the files that have gone, and packs the
-// manifest. A single pass: an interrupted one leaves a partial master, which the next run refuses
-// until it is removed by hand.
+// sub_install reads the old manifest and walks the source tree; if anything is wrong, it tells all
+// of that and has written nothing. Then it makes the master's folders, compresses the files while
+// the new manifest is written, adds the files that have gone, and packs the manifest. A build that
+// fails or is ended takes away what it has made.
 //
-// Main thread. Writes the globals of make_installer.h that name the tree, and g_case_sensitive.
+// Main thread. Writes bld and g_case_sensitive.
 
 #include "Installer-f/builder/make_installer.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+
 #include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_close.h"
 #include "Installer-f/builder/make_installer_comp.h"
+#include "Installer-f/builder/make_installer_fault.h"
+#include "Installer-f/builder/make_installer_history.h"
 #include "Installer-f/builder/make_installer_places.h"
+#include "Installer-f/builder/make_installer_reuse.h"
 #include "Installer-f/builder/make_installer_say.h"
 #include "Installer-f/builder/make_installer_scan.h"
+#include "Installer-f/builder/make_installer_stop.h"
 #include "Installer-f/builder/make_installer_tree.h"
-#include "corekit/base/hl_alert.h"
-#include "corekit/base/hl_string.h"
-#include "corekit/base/hl_types.h"
-#include "corekit/base/mnw.h"
+#include "corekit/Platform/PLT_system.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
-#include "corekit/files/io_zip.h"
+#include "corekit/files/io_zip_pack.h"
 
 namespace {
 
 constexpr int manifest_version = 900;
 
-void make_master_folder(const std::string& path, const char* complaint) {
-  const int code = make_folder(path);
-  if (code == 0) return;
-  builder_fatal(complaint, "THIS MAY SIMPLY BE BECAUSE THE FOLDER ALREADY EXISTS THOUGH!", path,
-                error_str(code), 301);
+// What this build has made so far, and takes away again unless the master gets whole.
+struct made_record {
+  bool base = false;   // bld.dst_fold_base
+  bool discs = false;  // its disc folders, and what is in them
+} made;
+
+void drop_master() {
+  for (int disk = 0; made.discs && disk < discs_with_folders; ++disk)
+    PLT_remove_tree(dest_dvd(disk));
+  if (made.base) rmdir(bld.dst_fold_base.c_str());
+  made = {};
+}
+
+// --- folders ------------------------------------------------------------------------------------
+
+void add_output_fault(const char* complaint, const std::string& path, const std::string& why,
+                      const std::string& detail) {
+  add_fault(fault_output,
+            {complaint, "THIS MAY SIMPLY BE BECAUSE THE FOLDER ALREADY EXISTS THOUGH!", path, why},
+            path, detail);
 }
 
 // A master is never built over another, nor over what a longer one left on its later discs.
-void make_master_folders(const std::string& target_folder) {
-  for (int disk = 1; disk <= 2; ++disk) {
-    if (dir_exists(dest_dvd(disk))) {
-      builder_fatal("Could not make the dst_folder!", "THE FOLDER ALREADY EXISTS!", dest_dvd(disk),
-                    "", 302);
-    }
+void check_master_folders() {
+  for (int disk = 0; disk < discs_with_folders; ++disk) {
+    const std::string folder = dest_dvd(disk);
+    if (!file_exists(folder.substr(0, folder.size() - 1)) && !dir_exists(folder)) continue;
+    add_output_fault("Could not make the dst_folder!", folder, error_str(EEXIST),
+                     "it is there already, and no master is built over another");
   }
-  make_master_folder(bld.dst_folder, "Could not make the dst_folder!");
-  make_master_folder(target_folder, "Could not make the target_folder!");
+}
+
+bool make_master_folder(const std::string& path, const char* complaint) {
+  const int code = make_folder(path);
+  if (code == 0) return true;
+  add_output_fault(complaint, path, error_str(code),
+                   std::string("it cannot be made: ") + error_str(code));
+  return false;
 }
 
 // The sorted set has every folder behind the one that holds it.
-void make_tree_folders() {
+bool make_tree_folders() {
+  if (!dir_exists(bld.dst_fold_base)) {
+    if (!make_master_folder(bld.dst_fold_base, "Could not make the dst_folder!")) return false;
+    made.base = true;
+  }
+  made.discs = true;
+  set_dest_dvd(0);
+  if (!make_master_folder(bld.dst_folder, "Could not make the dst_folder!") ||
+      !make_master_folder(bld.dst_folder + bld.sim_name + "/",
+                          "Could not make the target_folder!")) {
+    return false;
+  }
   for (const std::string& folder : bld.comp_paths) {
     const int code = make_folder(folder);
-    if (show_make_dir_err(code) != 0)
-      builder_fatal("Could not make a folder of the master!", folder, error_str(code), "", 303);
+    if (show_make_dir_err(code) == 0) continue;
+    add_fault(fault_build, {"Could not make a folder of the master!", folder, error_str(code)},
+              folder, std::string("the folder cannot be made: ") + error_str(code));
+    return false;
   }
+  return true;
 }
 
-void pack_manifest(const std::string& manifest, const std::string& zip) {
-  const int zip_code = file_to_zip(manifest, zip);
-  if (zip_code != 0) builder_fatal("zip!=0", manifest, zip, error_str(zip_code), 304);
-  const int delete_code = delete_file(manifest);
-  if (delete_code != 0) builder_fatal("del!=0", manifest, error_str(delete_code), "", 305);
+// --- the steps of a master ----------------------------------------------------------------------
+
+// Windows programs get two gigabytes and no more unless their header says that they can cope.
+bool patch_programs() {
+  for (source_file& file : bld.comp_files) {
+    if (!file.is_program) continue;
+    const std::string path = source_path(file);
+    const int code = make_file_large_address_aware(path);
+    struct stat info;
+    if (code == 0 && lstat(path.c_str(), &info) == 0) {
+      file.modified = info.st_mtim;
+      continue;
+    }
+    add_fault(fault_program,
+              {"Oops! We could not make a windows exe file large-address-aware!", path}, path,
+              error_str(code));
+    return false;
+  }
+  return true;
 }
 
-void build_region(int region) {
+// Closes `ouf`. Half a file on a master would be worse than none.
+bool close_output(const std::string& path) {
+  const int code = ouf_close();
+  if (code == 0) return true;
+  add_fault(
+      fault_build,
+      {"I could not write all of this file!",
+       "Half a file on a master is worse than none. Is the volume full?", path, error_str(code)},
+      path, std::string("it could not be written whole: ") + error_str(code));
+  return false;
+}
+
+bool open_output(const std::string& path, const char* complaint) {
+  if (ouf_open(path, ouf_text, manifest_version, "no-copyright-string")) return true;
+  add_fault(fault_build, {complaint, path}, path, "it could not be written");
+  return false;
+}
+
+// By which an installer knows the disc whose root is `folder`.
+bool write_disc_label(const std::string& folder) {
+  const std::string path = folder + "dvd_version.txt";
+  if (!open_output(path, "I could not write the disc label!")) return false;
+  ouf << "DVD\n\nVERSION " << bld.sim_name << '\n';
+  return close_output(path);
+}
+
+// With the date of the newest file in it and not of this hour: the same tree gives the same master.
+bool pack_manifest(const std::string& manifest) {
+  const std::string zip = manifest + ".zip";
+  zip_packer packer;
+  zip_packed packed;
+  packer.newest = std::min(newest_date(), bld.newest);
+  chmod(manifest.c_str(), 0644);
+  const int zip_code = packer.pack(manifest, zip, packed);
+  const int delete_code = zip_code == 0 ? delete_file(manifest) : 0;
+  if (zip_code == 0 && delete_code == 0) return true;
+  const char* const why = error_str(zip_code ? zip_code : delete_code);
+  if (zip_code) {
+    add_fault(fault_build, {"zip!=0", manifest, zip, why}, zip,
+              std::string("the manifest cannot be packed: ") + why);
+  } else {
+    add_fault(fault_build, {"del!=0", manifest, why}, manifest,
+              std::string("what has been packed cannot be deleted: ") + why);
+  }
+  return false;
+}
+
+bool save_record() {
+  const int code = write_record();
+  if (code != 0) {
+    builder_warning("there will be no --reuse of this build, whose record could not be written: " +
+                    bld.dst_fold_base + build_record_name + " (" + error_str(code) + ")");
+    delete_file(bld.dst_fold_base + build_record_name);
+  }
+  return true;
+}
+
+bool make_master() {
+  if (!patch_programs() || !make_tree_folders()) return false;
+  const std::string first_disc = bld.dst_folder;
+  const std::string manifest = first_disc + bld.sim_name + "/directory.txt";
+  if (!open_output(manifest, "I could not write the manifest!")) return false;
+  start_lines();
+  const bool packed = comp_files();
+  if (packed) write_deleted_files();
+  return close_output(manifest) && packed && write_disc_label(first_disc) &&
+         pack_manifest(manifest) && save_record();
+}
+
+// What a tree has been found to hold, forgotten.
+void start_tree() {
+  bld.comp_files.clear();
+  bld.comp_paths.clear();
+  bld.num_files_rec = 0;
+  bld.num_files_use = 0;
+  bld.bytes_use = 0;
+  bld.newest = 0;
+  clear_faults();
+  start_comp();
+}
+
+// What ended the build early, told.
+int end_early() {
+  const int number = builder_stop_signal();
+  if (number > 0) {
+    builder_notice(std::string("Ended by a signal") +
+                   (bld.check_only ? "." : ": no part of a master is left."));
+    return build_by_signal + number;
+  }
+  if (number == 0) add_fault(fault_quit, {"You hit Q dumbass!"}, bld.src_fold);
+  tell_faults();
+  return build_failed;
+}
+
+int build_region(int region) {
   bld.reg = region;
   bld.sim_name = bld.build_name[region];
-  sub_install();
+  return sub_install();
 }
 
 }  // namespace
 
-void sub_install() {
+int sub_install() {
   // What ships must match to the letter, whatever the file system here would forgive.
   g_case_sensitive = 0;
   place_names();
-
-  set_dest_dvd(0);
-  const std::string first_disc = bld.dst_folder;
-  const std::string target_folder = first_disc + bld.sim_name + "/";
-  const std::string manifest = target_folder + "directory.txt";
-
-  start_comp();
-  bld.num_files_rec = 0;
-  bld.num_files_use = 0;
-  bld.comp_paths.clear();
-  bld.comp_files.clear();
-
+  start_tree();
   if (bld.fog_fals != install_base) bld.old_dir_path.clear();
   load_history();
 
-  make_master_folders(target_folder);
-  if (!ouf_open(manifest, ouf_text, manifest_version, "no-copyright-string"))
-    builder_fatal("I could not write the manifest!", manifest, "", "", 306);
-  ouf << "INSTALLER\n\n";
-
+  const builder_stop_watch watch;
+  if (!bld.check_only) check_master_folders();
   pref_level(bld.src_fold);
-  check_places();
-  note_installed_places();
-
-  set_dest_dvd(bld.dvd_now);
-  make_tree_folders();
-  for (const std::string& path : bld.comp_files)
-    comp_file(path);
-  write_deleted_files();
-  close_output(manifest);
-  write_disc_label(first_disc);
-  pack_manifest(manifest, manifest + ".zip");
-
-  warn_of_archive_kinds();
-  builder_notice(str_format("%s: %d files, %.6f GB compressed, %d disc(s).", bld.sim_name.c_str(),
-                            bld.num_files_com, static_cast<double>(bld.zip_size_ins),
-                            bld.dvd_now + 1));
+  if (!builder_stopped()) check_tree();
+  bool whole = fault_count() == 0 && !builder_stopped();
+  if (whole) note_installed_places();
+  if (whole && !bld.check_only) whole = make_master() && !builder_stopped();
+  builder_progress_end();
+  if (!whole) {
+    drop_master();
+    return end_early();
+  }
+  made = {};
+  if (!bld.check_only) warn_of_archive_kinds();
+  return build_done;
 }
 
-void build_install() {
+int build_install() {
+  int status = build_failed;
   switch (bld.fog_fals) {
     case install_base:
     case install_earth:
-      build_region(0);
+      status = build_region(0);
       break;
     case install_mars:
-      build_region(1);
+      status = build_region(1);
       break;
     case install_moon:
-      build_region(2);
+      status = build_region(2);
       break;
     default:
       builder_fatal("I can not tell what type of install this is!", "", "", "", 307);
   }
-  builder_alert("OK compression is done. Checklist if doing net:",
-                "Get the version string and version number from hl_types into the serverlist.txt "
-                "file in the internet folder, and bring that to the web server.",
-                "Upload the -NET uploads- folder stuff.",
-                "Extract directory.txt.zip to the next previous directory file for use next time.",
-                308);
+  if (status == build_done) close_build();
+  return status;
 }

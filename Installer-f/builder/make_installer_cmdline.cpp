@@ -5,13 +5,19 @@
 
 #include "Installer-f/builder/make_installer_cmdline.h"
 
+#include <sys/stat.h>
+
 #include <charconv>
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include "Installer-f/builder/make_installer.h"
 #include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_close.h"
+#include "Installer-f/builder/make_installer_reuse.h"
 #include "Installer-f/builder/make_installer_say.h"
 #include "Installer-f/builder/make_installer_servers.h"
 #include "Installer-f/builder/make_installer_tree.h"
@@ -32,7 +38,14 @@ constexpr char flag_name[] = "--name";
 constexpr char flag_release[] = "--release";
 constexpr char flag_disk[] = "--disk_kb";
 constexpr char flag_mirrors[] = "--mirrors";
+constexpr char flag_check[] = "--check";
+constexpr char flag_json[] = "--json";
+constexpr char flag_reuse[] = "--reuse";
+constexpr char flag_verify[] = "--verify_reuse";
+constexpr char flag_verify_2[] = "--verify-reuse";  // the same
+constexpr char flag_threads[] = "--threads";
 
+constexpr int threads_limit = 256;
 constexpr int disk_kb_limit = 2'000'000'000;  // 2 terabytes a disc, far above any medium
 
 // What the checks found wrong: empty while nothing is.
@@ -90,7 +103,7 @@ std::string real_folder(const std::string& path) {
   return folder;
 }
 
-complaint check_folders() {
+complaint check_source() {
   if (!dir_exists(bld.src_fold)) return "The source folder does not exist: " + bld.src_fold;
   // The tree's rules are held against whole paths, so they would find this in every file.
   if (const char* const part = path_trouble(bld.src_fold)) {
@@ -100,87 +113,145 @@ complaint check_folders() {
                part) +
            bld.src_fold;
   }
+  return {};
+}
+
+// The output folder, or the one it is to be made in, with every link resolved; empty if neither is
+// there.
+std::string real_output_folder() {
+  const std::string& output = bld.dst_fold_base;
+  const std::string real = real_folder(output);
+  if (!real.empty()) return real;
+  const std::string bare = output.substr(0, output.size() - 1);
+  const std::string above = real_folder(std::string(path_folder(bare)));
+  return above.empty() ? above : above + std::string(path_leaf(bare)) + "/";
+}
+
+complaint check_output() {
   const std::string& output = bld.dst_fold_base;
   // The manifest is read back from there, and the reader takes neither.
   if (output.find_first_of(":\\") != std::string::npos)
     return "The output folder's path holds a \":\" or a \"\\\": " + output;
-  std::string real_output = real_folder(output);
-  if (real_output.empty()) {
-    const std::string bare = output.substr(0, output.size() - 1);
-    if (file_exists(bare)) return "The output folder is a file: " + bare;
-    real_output = real_folder(std::string(path_folder(bare)));
-    if (real_output.empty()) return "There is no folder to make the output folder in: " + output;
-    real_output += std::string(path_leaf(bare)) + "/";
-  }
+  const std::string bare = output.substr(0, output.size() - 1);
+  if (file_exists(bare)) return "The output folder is a file: " + bare;
+  const std::string real = real_output_folder();
+  if (real.empty()) return "There is no folder to make the output folder in: " + output;
   // The walk would meet the master that is being written.
-  if (real_output.starts_with(real_folder(bld.src_fold)))
+  if (real.starts_with(real_folder(bld.src_fold)))
     return "The output folder lies within the source tree: " + output;
+  return {};
+}
+
+// Archives are taken over by hard links, which do not cross volumes.
+complaint check_reuse() {
+  if (bld.reuse_fold.empty()) return {};
+  struct stat last, next;
+  const std::string real = real_output_folder();
+  const std::string there =
+      dir_exists(real) ? real : std::string(path_folder(real.substr(0, real.size() - 1)));
+  if (stat(bld.reuse_fold.c_str(), &last) == 0 && stat(there.c_str(), &next) == 0 &&
+      last.st_dev != next.st_dev) {
+    return "--reuse and --output must be on one volume: " + bld.reuse_fold + ", " +
+           bld.dst_fold_base;
+  }
+  return load_reuse();
+}
+
+// SOURCE_DATE_EPOCH, as other tools of reproducible builds have it: seconds since 1970.
+complaint read_source_date() {
+  const char* const text = std::getenv("SOURCE_DATE_EPOCH");
+  if (!text || !*text) return {};
+  const char* const end = text + std::strlen(text);
+  int64_t seconds = -1;
+  const auto [stop, error] = std::from_chars(text, end, seconds);
+  if (error != std::errc() || stop != end || seconds < 0)
+    return str_format("SOURCE_DATE_EPOCH needs a number of seconds, not \"%s\".", text);
+  bld.source_date = static_cast<time_t>(seconds);
+  return {};
+}
+
+complaint read_previous() {
+  if (cmdline.get_option(flag_previous) != "none")
+    return read_path(flag_previous, false, &bld.old_dir_path);
+  bld.old_dir_path.clear();
   return {};
 }
 
 complaint read_build_flags(int type) {
   bld.fog_fals = type;
+  bld.check_only = cmdline.has_option(flag_check);
+  bld.verify_reuse = cmdline.has_option(flag_verify) || cmdline.has_option(flag_verify_2);
+  int disk_kb = static_cast<int>(bld.disc_limit_kb);
   complaint wrong = read_path(flag_source, true, &bld.src_fold);
   if (wrong.empty()) wrong = read_path(flag_output, true, &bld.dst_fold_base);
-  if (wrong.empty() && cmdline.get_option(flag_previous) == "none") {
-    bld.old_dir_path.clear();
-  } else if (wrong.empty()) {
-    wrong = read_path(flag_previous, false, &bld.old_dir_path);
-  }
-  int disk_kb = static_cast<int>(bld.disc_limit_kb);
+  if (wrong.empty()) wrong = read_path(flag_reuse, true, &bld.reuse_fold);
+  if (wrong.empty()) wrong = read_previous();
   if (wrong.empty()) wrong = read_number(flag_disk, 1, disk_kb_limit, &disk_kb);
+  if (wrong.empty()) wrong = read_number(flag_threads, 1, threads_limit, &bld.threads);
+  if (wrong.empty()) wrong = read_source_date();
   bld.disc_limit_kb = static_cast<float>(disk_kb);
-  if (wrong.empty()) wrong = check_folders();
+  if (wrong.empty()) wrong = check_source();
+  // A check writes nothing, and need not be told where to.
+  if (wrong.empty() && (!bld.check_only || cmdline.has_option(flag_output))) wrong = check_output();
+  if (wrong.empty()) wrong = check_reuse();
   return wrong;
 }
 
-int refuse(const complaint& wrong) {
-  builder_notice(wrong);
-  return 2;
+// A flag that is misspelt would be a build by its default. What there is stands in the usage text.
+complaint check_spelling() {
+  const std::string usage = UTL_cmdline_usage();
+  for (const std::string& flag : cmdline.all_options()) {
+    if (flag == flag_verify_2 || flag.starts_with("--pref:")) continue;
+    bool known = false;
+    for (size_t at = usage.find(flag); !known && at != usage.npos; at = usage.find(flag, at + 1)) {
+      const char next = usage[at + flag.size()];
+      known = flag.starts_with("--") && (next == '=' || next == ' ' || next == '\n');
+    }
+    if (!known) return "There is no flag \"" + flag + "\" (a value follows its flag behind \"=\").";
+  }
+  return {};
 }
 
-int build() {
-  if (!dir_exists(bld.dst_fold_base)) {
-    const int code = make_folder(bld.dst_fold_base);
-    if (code != 0) {
-      builder_notice("The output folder could not be made: " + bld.dst_fold_base + " (" +
-                     error_str(code) + ")");
-      return 1;
+complaint read_flags(std::string* list_path) {
+  if (const complaint unknown = check_spelling(); !unknown.empty()) return unknown;
+  const bool want_build = cmdline.has_option(flag_build);
+  int type = bld.fog_fals;
+  complaint wrong = read_number(flag_type, install_base, install_moon, &type);
+  const int region = type <= install_earth ? 0 : type - install_earth;
+  bld.reg = region;
+  if (wrong.empty()) wrong = read_number(flag_release, 1, INT_MAX, &bld.release_version);
+  if (wrong.empty()) wrong = read_name(region);
+  if (wrong.empty() && want_build) wrong = read_build_flags(type);
+  if (wrong.empty() && cmdline.has_option(flag_list)) {
+    wrong = read_path(flag_list, false, list_path);
+    if (wrong.empty()) wrong = server_list_complaint(cmdline.get_option(flag_mirrors));
+  }
+  return wrong;
+}
+
+int run(const std::string& list_path) {
+  if (cmdline.has_option(flag_build)) {
+    if (cmdline.has_option(flag_previous) && bld.fog_fals != install_base &&
+        !bld.old_dir_path.empty()) {
+      builder_notice(
+          "The previous manifest is not used: only a build of type 0 carries the history on.");
     }
+    const int status = build_install();
+    if (status != build_done) return status;
   }
-  if (cmdline.has_option(flag_previous) && bld.fog_fals != install_base &&
-      !bld.old_dir_path.empty()) {
-    builder_notice(
-        "The previous manifest is not used: only a build of type 0 carries the history on.");
-  }
-  build_install();
-  return 0;
+  if (!cmdline.has_option(flag_list) || bld.check_only) return build_done;
+  return write_server_list(list_path, bld.build_name[bld.reg], cmdline.get_option(flag_mirrors));
 }
 
 }  // namespace
 
 int run_master_builder() {
+  constexpr int flags_make_no_sense = 2;
   g_case_sensitive = 0;
-  const bool want_build = cmdline.has_option(flag_build);
-  const bool want_list = cmdline.has_option(flag_list);
-
-  int type = bld.fog_fals;
-  complaint wrong = read_number(flag_type, install_base, install_moon, &type);
-  if (!wrong.empty()) return refuse(wrong);
-  const int region = type <= install_earth ? 0 : type - install_earth;
-  wrong = read_number(flag_release, 1, INT_MAX, &bld.release_version);
-  if (wrong.empty()) wrong = read_name(region);
-  if (wrong.empty() && want_build) wrong = read_build_flags(type);
-
   std::string list_path;
-  const std::string mirrors = cmdline.get_option(flag_mirrors);
-  if (wrong.empty() && want_list) wrong = read_path(flag_list, false, &list_path);
-  if (wrong.empty() && want_list) wrong = server_list_complaint(mirrors);
-  if (!wrong.empty()) return refuse(wrong);
-
-  if (want_build) {
-    const int status = build();
-    if (status != 0) return status;
-  }
-  return want_list ? write_server_list(list_path, bld.build_name[region], mirrors) : 0;
+  const complaint wrong = read_flags(&list_path);
+  if (!wrong.empty()) builder_notice(wrong);
+  const int status = wrong.empty() ? run(list_path) : flags_make_no_sense;
+  if (cmdline.has_option(flag_json)) print_summary(status, wrong);
+  return status;
 }

@@ -9,6 +9,7 @@
 
 #include "Installer-f/builder/make_installer_places.h"
 
+#include <iterator>
 #include <string>
 #include <unordered_map>
 
@@ -20,7 +21,12 @@
 
 namespace {
 
-std::unordered_map<std::string, unsigned> places;  // installed place to the platforms that get it
+// Who brings something to an installed place: by platform, index of bld.comp_files plus 1.
+struct place_users {
+  size_t by_platform[3] = {};
+};
+
+std::unordered_map<std::string, place_users> places;  // by installed place
 int tiles_without_7z;
 int others_with_7z;
 
@@ -50,29 +56,44 @@ std::string place_of(std::string_view path) {
   return place;
 }
 
+// Two files of one platform at one place, though on some platforms only.
+void warn_of_meeting(const std::string& first, const std::string& second) {
+  const bool only_case = installed_part(first) != installed_part(second);
+  builder_warning("two files of this release install to the same place" +
+                  std::string(only_case ? " where the case of letters does not count" : "") + ": " +
+                  first + " and " + second);
+}
+
 }  // namespace
 
 void note_installed_places() {
   places.clear();
   tiles_without_7z = 0;
   others_with_7z = 0;
-  for (const std::string& path : bld.comp_files) {
-    const std::string relative = path.substr(bld.src_fold.size());
-    const unsigned platforms = wanted_by(platform_of(relative));
-    unsigned& taken = places[place_of(relative)];
-    if (taken & platforms)
-      builder_warning("two files of this release install to the same place: " + relative);
-    taken |= platforms;
+  for (size_t i = 0; i < bld.comp_files.size(); ++i) {
+    const source_file& file = bld.comp_files[i];
+    place_users& users = places[place_of(file.relative)];
+    size_t other = 0;
+    for (size_t platform = 0; platform < std::size(users.by_platform); ++platform) {
+      if ((wanted_by(file.os) & (1u << platform)) == 0) continue;
+      if (other == 0) other = users.by_platform[platform];
+      users.by_platform[platform] = i + 1;
+    }
+    if (other != 0) warn_of_meeting(bld.comp_files[other - 1].relative, file.relative);
   }
 }
 
 void warn_if_still_shipped(std::string_view path, int os) {
   const auto found = places.find(place_of(path));
-  if (found == places.end() || (found->second & wanted_by(os)) == 0) return;
-  builder_warning(
-      "listed as gone, though this release installs a file there: installers may delete it "
-      "again: " +
-      std::string(path));
+  if (found == places.end()) return;
+  for (size_t platform = 0; platform < std::size(found->second.by_platform); ++platform) {
+    const size_t user = found->second.by_platform[platform];
+    if (user == 0 || (wanted_by(os) & (1u << platform)) == 0) continue;
+    builder_warning("listed as gone, though this release installs a file there, " +
+                    bld.comp_files[user - 1].relative +
+                    ": installers may delete it again: " + std::string(path));
+    return;
+  }
 }
 
 void note_archive_kind(std::string_view relative, bool is_7z) {

@@ -14,15 +14,20 @@
 
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/base/exce.h"
-#include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/mnw.h"
 
 namespace {
 
 constexpr int plain_step = 500;  // files between two lines where lines pile up
 
+constexpr int most_warnings = 50;  // on standard error
+
 bool line_is_open = false;  // the terminal's line holds progress and has not been ended
+int last_plain = 0;         // the count of the last line where lines pile up
+int warnings = 0;
 
 size_t terminal_columns() {
   winsize size{};
@@ -30,22 +35,34 @@ size_t terminal_columns() {
   return size.ws_col;
 }
 
-void say(const std::string& line) {
-  builder_progress_end();
-  std::fprintf(stderr, "%s\n", PLT_terminal_text(line).c_str());
-  xer << PLT_terminal_text(line) << '\n';
+// Cuts a UTF-8 text to so many bytes, and not within a character.
+void cut(std::string& text, size_t bytes) {
+  if (text.size() <= bytes) return;
+  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80)
+    --bytes;
+  text.resize(bytes);
+}
+
+std::string time_text(double seconds) {
+  const int whole = static_cast<int>(std::min(seconds + 0.999, 359999.0));
+  if (whole < 60) return str_format("%d s", whole);
+  if (whole < 3600) return str_format("%d min %d s", whole / 60, whole % 60);
+  return str_format("%d h %d min", whole / 3600, whole / 60 % 60);
 }
 
 }  // namespace
 
 void builder_progress(int done, const std::string& line, const std::string& path) {
   static const bool on_terminal = isatty(STDERR_FILENO) != 0;
+  if (done < last_plain) last_plain = 0;  // another job
+  if (!on_terminal && done < last_plain + plain_step) return;
   std::string text = PLT_terminal_text(line + " " + path);
   if (on_terminal) {
-    text.resize(std::min(text.size(), terminal_columns() - 1));
+    cut(text, terminal_columns() - 1);
     std::fprintf(stderr, "\r%s\x1b[K", text.c_str());
     line_is_open = true;
-  } else if (done % plain_step == 0) {
+  } else {
+    last_plain = done;
     std::fprintf(stderr, "%s\n", text.c_str());
   }
 }
@@ -55,12 +72,33 @@ void builder_progress_end() {
   line_is_open = false;
 }
 
+std::string builder_rate(int64_t done_bytes, int64_t all_bytes, double seconds) {
+  constexpr int64_t mb = 1000 * 1000;
+  std::string text = str_format("%lld of %lld MB", static_cast<long long>(done_bytes / mb),
+                                static_cast<long long>(all_bytes / mb));
+  // The first second tells of opened files and cold caches, not of the pace.
+  if (seconds < 1 || done_bytes <= 0) return text;
+  const double left = static_cast<double>(all_bytes - done_bytes);
+  return text + ", " + time_text(left * seconds / static_cast<double>(done_bytes)) + " left";
+}
+
+void builder_log(const std::string& line) {
+  xer << PLT_terminal_text(line) << '\n';
+}
+
 void builder_notice(const std::string& line) {
-  say(line);
+  builder_progress_end();
+  std::fprintf(stderr, "%s\n", PLT_terminal_text(line).c_str());
+  builder_log(line);
 }
 
 void builder_warning(const std::string& line) {
-  say("WARNING: " + line);
+  (++warnings <= most_warnings ? builder_notice : builder_log)("WARNING: " + line);
+  if (warnings == most_warnings) builder_notice("Further warnings go to the log only.");
+}
+
+int builder_warnings() {
+  return warnings;
 }
 
 void builder_alert(const std::string& line_1, const std::string& line_2, const std::string& line_3,

@@ -2,16 +2,25 @@
 // but the progress to the log as well. The makers' texts are English and stay so. Main thread.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
-// The progress of a long job: a line on standard error, rewritten in place on a terminal. `done` is
-// the count that the line tells of.
+// The progress of a long job, `line` and the `path` in hand. On a terminal one line that is
+// rewritten; elsewhere a line is written where `done`, the count that the line tells of, has gone
+// on by 500.
 void builder_progress(int done, const std::string& line, const std::string& path);
 void builder_progress_end();
+
+// "812 of 2093 MB, 11 s left", for a job that began `seconds` ago; no time before there is a guess.
+std::string builder_rate(int64_t done_bytes, int64_t all_bytes, double seconds);
 
 // A line for the log and for standard error: a notice, or with "WARNING: " before it.
 void builder_notice(const std::string& line);
 void builder_warning(const std::string& line);
+int builder_warnings();  // how many there have been
+
+// A line for the log alone.
+void builder_log(const std::string& line);
 
 // An alert, and the fatal one, in the makers' English. `source_line` is a fixed number that
 // identifies the complaint.

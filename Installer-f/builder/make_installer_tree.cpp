@@ -5,14 +5,16 @@
 
 #include "Installer-f/builder/make_installer_tree.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <iterator>
 
 #include "Installer-f/builder/make_installer_bld.h"
 #include "Installer-f/builder/make_installer_say.h"
 #include "corekit/base/hl_string.h"
-#include "corekit/files/io_utils.h"
-#include "corekit/files/xmap.h"
 
 namespace {
 
@@ -66,16 +68,16 @@ constexpr std::string_view all_folders[] = {
 // The test for a copy is blunt on purpose: a leftover copy of a file must not ship.
 constexpr forbidden_part forbidden_anywhere[] = {
     // The directory separators of the other platforms.
-    {":", "found a  : in the path!"},
-    {"\\", "found a \\ in the path!"},
+    {":", "found a  : in the path!", fault_separator},
+    {"\\", "found a \\ in the path!", fault_separator},
     // They end a line of the manifest, and the file's name with it.
-    {"\n", "found a LINE END in the path! That is two lines in the manifest!"},
-    {"\r", "found a LINE END in the path! That is two lines in the manifest!"},
+    {"\n", "found a LINE END in the path! That is two lines in the manifest!", fault_line_end},
+    {"\r", "found a LINE END in the path! That is two lines in the manifest!", fault_line_end},
 };
 constexpr forbidden_part forbidden_in_files[] = {
-    {"copy", "found a copy file!"},
-    {".cpp", "found a .cpp file!"},
-    {".CPP", "found a .CPP file!"},
+    {"copy", "found a copy file!", fault_copy},
+    {".cpp", "found a .cpp file!", fault_source_code},
+    {".CPP", "found a .CPP file!", fault_source_code},
 };
 
 // Parts of a path that drop the file without a word.
@@ -105,6 +107,44 @@ constexpr plugin_platform plugin_platforms[] = {
     {"All/Resources/plugins/PluginAdminLin.kvl", platform_all_lin},
 };
 
+// Whether the install type ships such a path.
+bool is_of_type(const std::string& path) {
+  const int scenery = scenery_of(path);
+  switch (bld.fog_fals) {
+    case install_base:
+      return scenery == install_base && !str_holds(path, place_path(place_orbit)) &&
+             !str_holds(path, place_path(place_red_terrain));
+    case install_earth:
+      return scenery == install_base || scenery == install_earth;
+    case install_mars:
+    case install_moon:
+      return scenery == bld.fog_fals;
+    default:
+      break;
+  }
+  builder_fatal("I can not tell what type of install this is!", "", "", "", 111);
+}
+
+// Whether there is anything in the file to ship.
+bool has_content(const std::string& path, source_file* seen) {
+  struct stat info;
+  const bool found = lstat(path.c_str(), &info) == 0;
+  const bool is_link = found && S_ISLNK(info.st_mode);
+  // Not being able to read a file is no reason to ship without it unnoticed.
+  if (!is_link && (!found || !S_ISREG(info.st_mode) ||
+                   faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0)) {
+    builder_warning("left out, as it cannot be read: " + path);
+    return false;
+  }
+  if (seen) {
+    seen->bytes = info.st_size;
+    seen->modified = info.st_mtim;
+    seen->mode = info.st_mode;
+    seen->is_link = is_link;
+  }
+  return is_link || info.st_size > 0;
+}
+
 }  // namespace
 
 int platform_of(const std::string& relative) {
@@ -112,17 +152,15 @@ int platform_of(const std::string& relative) {
   if (first == APL_str) return platform_apl;
   if (first == WIN_str) return platform_win;
   if (first == LIN_str) return platform_lin;
-  if (first != ALL_str) {
-    builder_fatal("WHAT THE FUCK? I CAN'T TELL WHAT TYPE OF FILE THIS IS!", relative, "", "", 201);
-  }
+  if (first != ALL_str) return -1;
   for (const plugin_platform& row : plugin_platforms)
     if (str_holds(relative, row.part)) return row.os;
   return platform_all;
 }
 
-void chop_platform(std::string& path, int os) {
+bool chop_platform(std::string& path, int os) {
   const size_t slash = path.find('/');
-  if (slash == std::string::npos) builder_fatal("Could not find the dir char!", path, "", "", 112);
+  if (slash == std::string::npos) return false;
   const char* word = "";
   switch (os) {
     case platform_all:
@@ -141,6 +179,7 @@ void chop_platform(std::string& path, int os) {
       break;  // the plug-ins of one platform keep their key apart from all others
   }
   path.replace(0, slash, word);
+  return true;
 }
 
 const std::string& place_path(named_place place) {
@@ -165,10 +204,14 @@ void check_places() {
   for (const place_record& place : places) {
     const bool needed =
         place.need == need_always || (place.need == need_earth && bld.fog_fals == install_earth);
-    if (needed && !place.found) builder_fatal("YOU IDIOT!", place.missing, place.path, "", 109);
+    if (!needed || place.found) continue;
+    add_fault(fault_missing, {"YOU IDIOT!", place.missing, place.path}, place.path,
+              place.is_folder ? "folder" : "file");
   }
-  if (place_found(place_sibling))
-    builder_fatal(" found_com_file", place_path(place_sibling), "", "", 110);
+  if (place_found(place_sibling)) {
+    add_fault(fault_sibling, {" found_com_file", place_path(place_sibling)},
+              place_path(place_sibling));
+  }
 }
 
 const forbidden_part* forbidden_in(std::string_view path, bool is_folder) {
@@ -184,14 +227,20 @@ bool may_lie_in_all(const std::string& name) {
   return std::ranges::find(all_folders, name) != std::end(all_folders);
 }
 
-bool is_good_file(const std::string& path, int is_folder, int check_contents) {
-  if (!is_folder && check_contents && !is_sim_link(path.c_str(), nullptr)) {
-    const xmap_class content(path);
-    // Not being able to read a file is no reason to ship without it unnoticed.
-    if (content.file_start == nullptr) builder_warning("left out, as it cannot be read: " + path);
-    if (content.file_start == nullptr || content.cursor == content.file_end) return false;
-  }
+int scenery_of(const std::string& path) {
+  constexpr struct {
+    named_place place;
+    install_type type;
+  } rows[] = {{place_earth_overlays, install_earth},
+              {place_earth_terrain, install_earth},
+              {place_mars, install_mars},
+              {place_moon, install_moon}};
+  for (const auto& row : rows)
+    if (str_holds(path, place_path(row.place))) return row.type;
+  return install_base;
+}
 
+bool is_good_file(const std::string& path, int is_folder, int check_contents, source_file* seen) {
   const auto held = [&path](std::string_view part) { return str_holds(path, part); };
   const auto ending = [&path](std::string_view end) { return path.ends_with(end); };
   if (std::ranges::any_of(dropped_parts, held)) return false;
@@ -200,25 +249,9 @@ bool is_good_file(const std::string& path, int is_folder, int check_contents) {
   if (std::ranges::any_of(dropped_user_endings, ending)) return false;
   if (held(".dsf.txt")) return false;
   if (held(place_path(place_pfc))) return false;  // these aircraft are installed by other means
-
-  const bool earth =
-      held(place_path(place_earth_overlays)) || held(place_path(place_earth_terrain));
-  const bool mars = held(place_path(place_mars));
-  const bool moon = held(place_path(place_moon));
-  const bool scenery = earth || mars || moon;
-  switch (bld.fog_fals) {
-    case install_base:
-      return !scenery && !held(place_path(place_orbit)) && !held(place_path(place_red_terrain));
-    case install_earth:
-      return !scenery || earth;
-    case install_mars:
-      return mars;
-    case install_moon:
-      return moon;
-    default:
-      break;
-  }
-  builder_fatal("I can not tell what type of install this is!", "", "", "", 111);
+  if (!is_of_type(path)) return false;
+  // Last, as it alone asks the disk.
+  return is_folder || !check_contents || has_content(path, seen);
 }
 
 const char* path_trouble(const std::string& path) {

@@ -6,6 +6,9 @@
 #include <string>
 #include <string_view>
 
+#include "Installer-f/builder/make_installer_bld.h"
+#include "Installer-f/builder/make_installer_fault.h"
+
 // --- platforms ----------------------------------------------------------------------------------
 // The four platform folders in the root of the source tree.
 inline constexpr std::string_view ALL_str = "All", APL_str = "Macintosh", WIN_str = "Windows",
@@ -21,14 +24,14 @@ enum platform_code : int {
   platform_all_lin = 6,
 };
 
-// The platform code of a file, from its path below the source root. Ends the build if its first
-// folder is none of the four.
+// The platform code of a file, from its path below the source root; -1 if its first folder is none
+// of the four.
 int platform_of(const std::string& relative);
 
 // Turns a path relative to the source tree, or one of a manifest, into the key that finds the
 // file's history: the platform's word in place of the first component. A code without a word leaves
-// the path with its leading "/".
-void chop_platform(std::string& path, int os);
+// the path with its leading "/". False, and the path as it was, if it has no "/" at all.
+bool chop_platform(std::string& path, int os);
 
 // --- named places -------------------------------------------------------------------------------
 enum named_place : int {
@@ -68,19 +71,27 @@ bool place_found(named_place place);
 void place_names();
 // Marks the place at `path`, if there is one of that kind, as passed.
 void note_place(const std::string& path, bool is_folder);
-// Ends the build if a place that the install type needs was not passed, or the sibling's file was.
+// Faults: a place that the install type needs and that was not passed, or the sibling's file, which
+// was.
 void check_places();
 
 // --- files --------------------------------------------------------------------------------------
 // Whether a file of the source tree belongs on the master of this install type. `path` is full, so
 // that the named places can be recognised in it. `check_contents` non-zero also looks at the file,
-// and refuses an empty one; a link is good at any length.
-bool is_good_file(const std::string& path, int is_folder, int check_contents);
+// and refuses an empty one and, with a warning, what cannot be read; a link is good at any length.
+// `seen`, if not null, then receives what the look told: bytes, date, mode, and whether it is a
+// link.
+bool is_good_file(const std::string& path, int is_folder, int check_contents,
+                  source_file* seen = nullptr);
 
-// A part of a path that ends the build, with what the makers say about it.
+// The scenery that a path belongs to, as an install_type; install_base: none.
+int scenery_of(const std::string& path);
+
+// A part of a path that may not be there, with what the makers say about it.
 struct forbidden_part {
   const char* part;
   const char* complaint;
+  fault_kind kind;
 };
 // The first such part in `path`; null if there is none. Some are looked for in files only.
 const forbidden_part* forbidden_in(std::string_view path, bool is_folder);

@@ -84,8 +84,8 @@ FOR THE MAKERS
   manifest that the installer works from. It takes these flags:
     --source=DIR      the source tree (default "/Skyvane 9.00/")
     --output=DIR      where the master goes (default "/DVD_Masters/")
-    --previous=FILE   the manifest of the release before, or "none" for a
-                      first release; read for type 0 only
+    --previous=FILE   the manifest of the release before, or a zip of it, or
+                      "none" for a first release; read for type 0 only
                       (default "/directory.txt")
     --type=N          0 the base product without scenery, for the web;
                       1 the base product with Earth scenery; 2 the Mars
@@ -94,6 +94,17 @@ FOR THE MAKERS
     --release=N       the release number of what is new (default 91001)
     --disk_kb=N       compressed size at which a disc is full, in units of
                       1,000 bytes (default 630000)
+    --check           looks at the tree, tells all that is wrong with it, and
+                      writes nothing
+    --reuse=DIR       the output of the last build: archives of files that have
+                      not changed since, by size and date, are taken over
+    --verify_reuse    hashes these files and archives to be sure
+    --threads=N       how many files to pack at once (default: one for each
+                      processor)
+    --json            prints a summary for scripts on standard output
+  "q" on the terminal, or Ctrl-C, ends a build; no part of a master is left.
+  Exit status: 0 done, 1 failed, 2 a flag makes no sense, 128 and the signal's
+  number when one ended it.
 
 --write_server_list=FILE --mirrors=HOST/PATH,HOST/PATH,... --name=NAME
   Writes the server list that the product's web server holds.

@@ -186,6 +186,13 @@ std::string UTL_cmdline::get_option(const char* flag) const {
   return found == options.end() ? std::string() : found->second;
 }
 
+std::vector<std::string> UTL_cmdline::all_options() const {
+  std::vector<std::string> flags;
+  for (const auto& [flag, value] : options)
+    flags.push_back(flag);
+  return flags;
+}
+
 std::string UTL_cmdline_usage() {
   const std::string own = APP.usage();
   return own.empty() ? usage : std::string(usage) + "\n" + own;

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 class UTL_cmdline {
  public:
@@ -21,6 +22,7 @@ class UTL_cmdline {
   // `flag` includes its dashes.
   bool has_option(const char* flag) const;
   std::string get_option(const char* flag) const;  // empty for a flag without value, or not given
+  std::vector<std::string> all_options() const;    // every flag that was given, sorted
 
  private:
   void enter(const std::string& argument);

@@ -82,6 +82,8 @@ int copy_file(const std::string& source, const std::string& target);
 // Sets the large-address-aware flag of a Windows program. 0; 8 if it is no such program (which is
 // then not touched); or errno.
 int make_file_large_address_aware(const std::string& path);
+// What that would return, without doing it.
+int check_large_address_aware(const std::string& path);
 
 // --- trees ---------------------------------------------------------------------------------------
 

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "corekit/files/io_handle.h"
 #include "corekit/files/io_utils.h"
 
 namespace {
@@ -26,7 +27,8 @@ bool read_at(int file, uint64_t at, unsigned char* into, size_t bytes) {
   return pread(file, into, bytes, static_cast<off_t>(at)) == static_cast<ssize_t>(bytes);
 }
 
-int set_flag(int file) {
+// Finds the byte with the flag: where it is, and what it says. 0, 8 or errno.
+int find_flags(int file, off_t& at, unsigned char& flags) {
   struct stat info;
   if (fstat(file, &info) != 0) return errno;
   if (!S_ISREG(info.st_mode)) return ENOEXEC;
@@ -43,20 +45,43 @@ int set_flag(int file) {
   if (pe_at < sizeof dos || size < sizeof pe || pe_at > size - sizeof pe) return ENOEXEC;
   if (!read_at(file, pe_at, pe, sizeof pe)) return ENOEXEC;
   if (std::memcmp(pe, "PE\0\0", 4) != 0) return ENOEXEC;
+  at = static_cast<off_t>(pe_at + characteristics_at);
+  flags = pe[characteristics_at];
+  return 0;
+}
 
-  unsigned char& flags = pe[characteristics_at];
-  if (flags & large_address_aware) return 0;
+// The same of the program at `path`.
+int look(const std::string& path, off_t& at, unsigned char& flags) {
+  const io_handle file(open((app_path + path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  return file ? find_flags(file.get(), at, flags) : errno;
+}
+
+int set_flag(const std::string& path, off_t at, unsigned char flags) {
+  io_handle file(open((app_path + path).c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!file) return errno;
   flags |= large_address_aware;
-  const off_t flags_at = static_cast<off_t>(pe_at + characteristics_at);
-  const ssize_t written = pwrite(file, &flags, 1, flags_at);
-  return written == 1 ? 0 : written < 0 ? errno : EIO;
+  const ssize_t written = pwrite(file.get(), &flags, 1, at);
+  const int failed = written == 1 ? 0 : written < 0 ? errno : EIO;
+  const int close_failed = file.close();
+  return failed ? failed : close_failed;
 }
 }  // namespace
 
 int make_file_large_address_aware(const std::string& path) {
-  const int file = open((app_path + path).c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return io_fail(errno, this_file, 62);
-  int failed = set_flag(file);
-  if (close(file) != 0 && !failed) failed = errno;
+  off_t at = 0;
+  unsigned char flags = 0;
+  int failed = look(path, at, flags);
+  if (!failed && !(flags & large_address_aware)) failed = set_flag(path, at, flags);
   return io_fail(failed, this_file, 65);
+}
+
+int check_large_address_aware(const std::string& path) {
+  off_t at = 0;
+  unsigned char flags = 0;
+  int failed = look(path, at, flags);
+  if (!failed && !(flags & large_address_aware) &&
+      faccessat(AT_FDCWD, (app_path + path).c_str(), W_OK, AT_EACCESS) != 0) {
+    failed = errno;
+  }
+  return io_fail(failed, this_file, 77);
 }

@@ -72,18 +72,3 @@ void put_tail(unsigned char* at, const entry_facts& entry) {
   put32(at, static_cast<uint32_t>(head_size(entry) + entry.packed_size));
   put16(at, 0);
 }
-
-uint32_t entry_date(time_t when) {
-  tm t = {};
-  if (!localtime_r(&when, &t) || t.tm_year < 80) {
-    t = {};
-    t.tm_year = 80;
-    t.tm_mday = 1;
-  } else if (t.tm_year > 207) {
-    t.tm_year = 207;
-    t.tm_mon = 11;
-    t.tm_mday = 31;
-  }
-  return static_cast<uint32_t>((t.tm_year - 80) << 25 | (t.tm_mon + 1) << 21 | t.tm_mday << 16 |
-                               t.tm_hour << 11 | t.tm_min << 5 | t.tm_sec / 2);
-}

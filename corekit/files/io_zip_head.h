@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <string_view>
 
 // What the headers say of the entry.
@@ -29,6 +28,3 @@ size_t tail_size(const entry_facts& entry);
 // Write them, each with all facts known.
 void put_head(unsigned char* at, const entry_facts& entry);
 void put_tail(unsigned char* at, const entry_facts& entry);
-
-// A local time in the format's form, which counts years from 1980 to 2107 and seconds in twos.
-uint32_t entry_date(time_t when);

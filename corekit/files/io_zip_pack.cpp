@@ -31,38 +31,20 @@ constexpr char source_name[] = "Files/io_zip_pack";
 constexpr int stopped = ECANCELED;
 constexpr int deflate_level = 6;
 constexpr size_t stream_step = 1u << 20;    // bytes of a streamed file at a time
-constexpr size_t memory_kept = 8u << 20;    // of each buffer, from file to file
 constexpr uint32_t link_mode = 0xA1ED0000;  // a link, rwxr-xr-x
 bool same_time(const timespec& a, const timespec& b) {
   return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
-
-// Memory that is kept from use to use and only ever grows within one.
-struct buffer {
-  zip_memory bytes;
-  size_t size = 0;
-
-  // At least `wanted` bytes, their content lost; null without memory.
-  unsigned char* get(size_t wanted) {
-    if (size < wanted) {
-      bytes.reset();
-      bytes.reset(static_cast<unsigned char*>(malloc(wanted)));
-      size = bytes ? wanted : 0;
-    }
-    return bytes.get();
-  }
-  void trim() {
-    if (size > memory_kept) *this = {};
-  }
-};
 
 }  // namespace
 
 struct zip_packer::engine {
   std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> deflate{
       nullptr, libdeflate_free_compressor};
-  buffer plain;    // a whole file, or a piece of one
-  buffer archive;  // a whole archive, or a piece of packed bytes
+  zip_room plain;                        // a whole file, or a piece of one
+  zip_room archive;                      // a whole archive, or a piece of packed bytes
+  unsigned char* plain_piece = nullptr;  // in these, while a file is streamed
+  unsigned char* packed_piece = nullptr;
 
   int pack_link(const zip_packer& told, const std::string& path, const std::string& zip_path,
                 zip_packed& packed);
@@ -73,7 +55,7 @@ struct zip_packer::engine {
   int stream_entry(const zip_packer& told, int file, entry_facts& entry, int out,
                    zip_packed& packed);
   int deflate_piece(z_stream& stream, int flush, int out, uint64_t& written);
-  int write_archive(const std::string& zip_path, size_t size);
+  static int write_archive(const std::string& zip_path, const void* bytes, size_t size);
 };
 
 namespace {
@@ -101,10 +83,10 @@ int check_unchanged(int file, zip_packed& packed) {
 
 }  // namespace
 
-int zip_packer::engine::write_archive(const std::string& zip_path, size_t size) {
+int zip_packer::engine::write_archive(const std::string& zip_path, const void* bytes, size_t size) {
   io_handle out;
   if (int err = create(zip_path, out)) return err;
-  const int write_err = io_write_all(out.get(), archive.bytes.get(), size);
+  const int write_err = io_write_all(out.get(), bytes, size);
   const int close_err = out.close();
   return io_fail(write_err ? write_err : close_err, source_name, 190);
 }
@@ -123,21 +105,21 @@ int zip_packer::engine::pack_link(const zip_packer& told, const std::string& pat
   entry.packed_size = entry.plain_size = static_cast<uint32_t>(length);
   entry.attributes = link_mode;
   const size_t size = head_size(entry) + size_t(length) + tail_size(entry);
-  unsigned char* const at = archive.get(size);
+  unsigned char* const at = archive.need(size);
   if (!at) return io_fail(zip_no_memory, source_name, 208);
   put_head(at, entry);
   std::memcpy(at + head_size(entry), target, size_t(length));
   put_tail(at + head_size(entry) + length, entry);
   packed.plain_bytes = length;
   packed.archive_bytes = static_cast<int64_t>(size);
-  return write_archive(zip_path, size);
+  return write_archive(zip_path, at, size);
 }
 
 int zip_packer::engine::pack_whole(const zip_packer& told, int file, entry_facts& entry,
                                    const std::string& zip_path, zip_packed& packed) {
   if (!deflate) deflate.reset(libdeflate_alloc_compressor(deflate_level));
   const size_t size = size_t(packed.plain_bytes);
-  unsigned char* const bytes = plain.get(size + 1);
+  unsigned char* const bytes = plain.need(size + 1);
   if (!deflate || !bytes) return io_fail(zip_no_memory, source_name, 223);
   size_t got = 0;
   // One byte more than there should be, to notice a file that grows.
@@ -151,7 +133,7 @@ int zip_packer::engine::pack_whole(const zip_packer& told, int file, entry_facts
 
   const size_t head = head_size(entry);
   const size_t room = libdeflate_deflate_compress_bound(deflate.get(), size);
-  unsigned char* const at = archive.get(head + room + tail_size(entry));
+  unsigned char* const at = archive.need(head + room + tail_size(entry));
   if (!at) return io_fail(zip_no_memory, source_name, 237);
   entry.crc = libdeflate_crc32(0, bytes, size);
   const size_t deflated = libdeflate_deflate_compress(deflate.get(), bytes, size, at + head, room);
@@ -161,18 +143,17 @@ int zip_packer::engine::pack_whole(const zip_packer& told, int file, entry_facts
   put_tail(at + head + deflated, entry);
   packed.archive_bytes = static_cast<int64_t>(head + deflated + tail_size(entry));
   if (must_stop(told)) return stopped;
-  return write_archive(zip_path, size_t(packed.archive_bytes));
+  return write_archive(zip_path, at, size_t(packed.archive_bytes));
 }
 
 // Writes what zlib has made of its present input.
 int zip_packer::engine::deflate_piece(z_stream& stream, int flush, int out, uint64_t& written) {
   for (;;) {
-    stream.next_out = archive.bytes.get();
+    stream.next_out = packed_piece;
     stream.avail_out = stream_step;
     if (::deflate(&stream, flush) == Z_STREAM_ERROR) return io_fail(EINVAL, source_name, 255);
     const size_t made = stream_step - stream.avail_out;
-    if (int err = io_write_all(out, archive.bytes.get(), made))
-      return io_fail(err, source_name, 258);
+    if (int err = io_write_all(out, packed_piece, made)) return io_fail(err, source_name, 258);
     written += made;
     if (stream.avail_out != 0) return 0;
   }
@@ -191,15 +172,15 @@ int zip_packer::engine::stream_entry(const zip_packer& told, int file, entry_fac
   for (bool more = true; more;) {
     if (must_stop(told)) return stopped;
     size_t got = 0;
-    if (int err = io_read_all(file, plain.bytes.get(), stream_step, got))
+    if (int err = io_read_all(file, plain_piece, stream_step, got))
       return io_fail(err, source_name, 278);
     read += got;
     more = got == stream_step;
     packed.changed = read > size || (!more && read < size);
     if (packed.changed) return io_fail(zip_source_unread, source_name, 282);
-    show(told, plain.bytes.get(), got);
-    entry.crc = libdeflate_crc32(entry.crc, plain.bytes.get(), got);
-    stream.next_in = plain.bytes.get();
+    show(told, plain_piece, got);
+    entry.crc = libdeflate_crc32(entry.crc, plain_piece, got);
+    stream.next_in = plain_piece;
     stream.avail_in = static_cast<uInt>(got);
     if (int err = deflate_piece(stream, more ? Z_NO_FLUSH : Z_FINISH, out, written)) return err;
     if (written > zip_size_limit - 4096) return io_fail(zip_too_large, source_name, 288);
@@ -212,22 +193,38 @@ int zip_packer::engine::stream_entry(const zip_packer& told, int file, entry_fac
 // The headers come last, when they are known: the first one's place is left open.
 int zip_packer::engine::pack_stream(const zip_packer& told, int file, entry_facts& entry,
                                     const std::string& zip_path, zip_packed& packed) {
-  if (!plain.get(stream_step) || !archive.get(stream_step))
-    return io_fail(zip_no_memory, source_name, 299);
+  plain_piece = plain.need(stream_step);
+  packed_piece = archive.need(stream_step);
+  if (!plain_piece || !packed_piece) return io_fail(zip_no_memory, source_name, 299);
   io_handle out;
   if (int err = create(zip_path, out)) return err;
   const off_t head = static_cast<off_t>(head_size(entry));
   if (lseek(out.get(), head, SEEK_SET) != head) return io_fail(errno, source_name, 303);
   if (int err = stream_entry(told, file, entry, out.get(), packed)) return err;
 
-  put_tail(archive.bytes.get(), entry);
-  int err = io_write_all(out.get(), archive.bytes.get(), tail_size(entry));
-  put_head(archive.bytes.get(), entry);
+  put_tail(packed_piece, entry);
+  int err = io_write_all(out.get(), packed_piece, tail_size(entry));
+  put_head(packed_piece, entry);
   if (err == 0 && lseek(out.get(), 0, SEEK_SET) != 0) err = errno;
-  if (err == 0) err = io_write_all(out.get(), archive.bytes.get(), head_size(entry));
+  if (err == 0) err = io_write_all(out.get(), packed_piece, head_size(entry));
   const int close_err = out.close();
   packed.archive_bytes = head + entry.packed_size + static_cast<int64_t>(tail_size(entry));
   return io_fail(err ? err : close_err, source_name, 313);
+}
+
+uint32_t zip_date(time_t when) {
+  tm t = {};
+  if (!localtime_r(&when, &t) || t.tm_year < 80) {
+    t = {};
+    t.tm_year = 80;
+    t.tm_mday = 1;
+  } else if (t.tm_year > 207) {
+    t.tm_year = 207;
+    t.tm_mon = 11;
+    t.tm_mday = 31;
+  }
+  return static_cast<uint32_t>((t.tm_year - 80) << 25 | (t.tm_mon + 1) << 21 | t.tm_mday << 16 |
+                               t.tm_hour << 11 | t.tm_min << 5 | t.tm_sec / 2);
 }
 
 zip_packer::zip_packer() : engine_(std::make_unique<engine>()) {}
@@ -251,17 +248,13 @@ int zip_packer::pack(const std::string& path, const std::string& zip_path, zip_p
   if (!S_ISREG(info.st_mode)) return io_fail(zip_source_unread, source_name, 334);
   packed.plain_bytes = info.st_size;
   const auto size = static_cast<uint64_t>(info.st_size);
-  if (size > zip_size_limit) return io_fail(zip_too_large, source_name, 337);
+  if (info.st_size > most_bytes) return io_fail(zip_too_large, source_name, 337);
 
   entry.method = Z_DEFLATED;
-  entry.date = entry_date(std::min(info.st_mtim.tv_sec, newest));
+  entry.date = packed.date = zip_date(std::min(info.st_mtim.tv_sec, newest));
   entry.attributes = static_cast<uint32_t>(info.st_mode) << 16;
-  const int err = size <= whole_limit
-                      ? engine_->pack_whole(*this, file.get(), entry, zip_path, packed)
-                      : engine_->pack_stream(*this, file.get(), entry, zip_path, packed);
-  engine_->plain.trim();
-  engine_->archive.trim();
-  return err;
+  return size <= whole_limit ? engine_->pack_whole(*this, file.get(), entry, zip_path, packed)
+                             : engine_->pack_stream(*this, file.get(), entry, zip_path, packed);
 }
 
 int file_to_zip(const std::string& in_path, const std::string& zip_path) {

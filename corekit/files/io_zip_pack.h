@@ -14,12 +14,16 @@
 #include <memory>
 #include <string>
 
+// A local time in the form in which an archive stores it: years from 1980 to 2107, seconds in twos.
+uint32_t zip_date(time_t when);
+
 // What was packed.
 struct zip_packed {
   int64_t plain_bytes = 0;    // of the file, or of a link's target
   int64_t archive_bytes = 0;  // of the whole archive
   timespec modified = {};     // of the source
   mode_t mode = 0;            // of the source, its kind included
+  uint32_t date = 0;          // of the entry, as zip_date gives it
   bool changed = false;       // beside 20006: the file was written to while it was being read
 };
 
@@ -45,6 +49,9 @@ class zip_packer {
 
   // Looked at between pieces of work; null: never stops.
   const std::atomic<bool>* stop = nullptr;
+
+  // The largest file that there is an archive for.
+  static constexpr int64_t most_bytes = 0xFFFFFFFE;
 
   // A file up to this size is packed in memory, in one piece; a larger one is streamed, at half the
   // speed and with memory that does not grow. The two give different bytes.

@@ -22,8 +22,11 @@ inline constexpr char state_a[] = "a", sig_a[] = "0cc175b9c0f1b6a831c399e2697726
 inline constexpr char state_abc[] = "abc", sig_abc[] = "900150983cd24fb0d6963f7d28e17f72";
 inline constexpr char state_md[] = "message digest", sig_md[] = "f96b697d7cb7938d525a2f31aaf161d0";
 
-// The smallest tree that every install type accepts, an output root beside it, and the builder's
-// globals set to them.
+// What makes a tree one of Earth scenery.
+inline constexpr char earth_tile[] = "All/Global Scenery/-global terrain-/+30-120/+34-118.dsf";
+
+// The smallest tree of the base product, which lacks nothing but scenery for the other types, an
+// output root beside it, and the builder's globals set to them.
 class builder_test : public testing::Test {
  protected:
   void SetUp() override {
@@ -77,10 +80,7 @@ class builder_test : public testing::Test {
   }
 
   // A build ends the process or leaves found places behind, so each runs in one of its own.
-  [[noreturn]] static void build_and_leave() {
-    sub_install();
-    std::_Exit(0);
-  }
+  [[noreturn]] static void build_and_leave() { std::_Exit(sub_install()); }
   // Builds, and returns the manifest's text.
   std::string build() const {
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "");

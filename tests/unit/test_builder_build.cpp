@@ -148,6 +148,7 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
   // Only the base product carries the history on.
   put_previous("DIR All/Weapons/\n" + line(90000, "old.wpn"));
   bld.fog_fals = install_earth;
+  put(earth_tile, state_a);
   EXPECT_EQ(build().find("old.wpn"), std::string::npos);
 }
 
@@ -231,7 +232,11 @@ TEST_F(BuilderBuild, FilesThatMeetWhenInstalledOrOnlyMoved) {
               {"All/Resources/plugins/KVLM.so", "Windows/Resources/plugins/KVLM.so", false},
               {"All/caf\xC9.txt", "All/caf\xE9.txt", false}};
   for (const auto& row : rows) {
-    bld.comp_files = {bld.src_fold + row.first, bld.src_fold + row.second};
+    bld.comp_files.assign(2, {});
+    for (size_t i = 0; i < 2; ++i) {
+      bld.comp_files[i].relative = i == 0 ? row.first : row.second;
+      bld.comp_files[i].os = platform_of(bld.comp_files[i].relative);
+    }
     testing::internal::CaptureStderr();
     note_installed_places();
     const std::string said = testing::internal::GetCapturedStderr();

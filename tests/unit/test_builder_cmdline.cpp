@@ -92,6 +92,7 @@ TEST_F(BuilderCmdline, BuildsWhatTheFlagsSay) {
 TEST_F(BuilderCmdline, PreviousManifest) {
   expect(1, {"--build_master", "--source=src", "--output=out", "--type=0", "--previous=no"},
          "I could not read the old directory!");
+  put(earth_tile, state_a);
   expect(0, {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=no"},
          "The previous manifest is not used");
   expect(1, build_flags("--disk_kb=100"), "Could not make the dst_folder!");

@@ -64,7 +64,11 @@ TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
        missing + "redt\t "},
       {"disc 2 exists", [this] { mkdir((base + "out/disk_2").c_str(), 0755); },
        "Could not make the dst_folder!"},
-      {"output root is missing", [this] { rmdir((base + "out").c_str()); },
+      {"output root cannot be made",
+       [this] {
+         rmdir((base + "out").c_str());
+         put_at(base + "out", "a file");
+       },
        "Could not make the dst_folder!"},
       {"unknown install type", [] { bld.fog_fals = 4; },
        "I can not tell what type of install this is!"},
