@@ -14,9 +14,9 @@
 
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
-#include "corekit/base/hl_alert.h"
 #include "corekit/base/mnw.h"
 
 namespace {
