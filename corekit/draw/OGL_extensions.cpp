@@ -132,6 +132,7 @@ void OGL_extensions::init_extensions(const OGL_source& source) {
     first_gen_shaders = 1;
   }
   init_entry_points(source);
+  s3tc_avail = tex_comp_avail && str_holds(ren.extensions, "GL_EXT_texture_compression_s3tc");
   if (!vbo_avail && pbo_avail) {
     pbo_avail = 0;
     xer << "Disabling PBOs because VBOs are not available.  This probably means that VBOs are "
@@ -142,7 +143,6 @@ void OGL_extensions::init_extensions(const OGL_source& source) {
   apply_command_line();
   // One context serves the whole program, whatever the option above says of it.
   threaded_avail = 0;
-  ren.tex_clamp = tex_clamp_avail;
   log_all();
   check_minimum();
   check_software();
@@ -246,7 +246,8 @@ void OGL_extensions::read_program_limits(const OGL_source& source) {
 }
 
 void OGL_extensions::read_numbers(const OGL_source& source) {
-  ren.max_units = std::max(1, integer_of(source, GL_MAX_TEXTURE_UNITS_ARB, 1));
+  ren.max_units =
+      multitexture_avail ? std::max(1, integer_of(source, GL_MAX_TEXTURE_UNITS_ARB, 1)) : 1;
   ren.max_image_units = fprog_avail
                             ? integer_of(source, GL_MAX_TEXTURE_IMAGE_UNITS_ARB, ren.max_units)
                             : ren.max_units;

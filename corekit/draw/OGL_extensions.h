@@ -58,6 +58,7 @@ class OGL_extensions {
   int first_gen_shaders = 0;  // shaders are there, but short of instructions
   int framebuf_avail = 0;
   int sblend_avail = 0;
+  int s3tc_avail = 0;      // S3TC pictures are taken as they are; not in the log
   int threaded_avail = 0;  // OpenGL on several threads; never set in this program
 
   // Limits of the shaders that are there; -1 where not asked.

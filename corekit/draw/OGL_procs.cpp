@@ -148,9 +148,12 @@ constexpr const char* tex_comp_names[] = {
     "glGetCompressedTexImageARB",
 };
 
+constexpr const char* multitexture_names[] = {"glActiveTextureARB"};
+
 constexpr const char* sblend_names[] = {"glBlendFuncSeparateEXT", "glBlendEquationSeparateEXT"};
 
 constexpr OGL_proc_group groups[] = {
+    {&OGL_extensions::multitexture_avail, multitexture_names},
     {&OGL_extensions::vbo_avail, vbo_names},
     {&OGL_extensions::vprog_avail, vprog_names},
     {&OGL_extensions::occlude_avail, occlude_names},

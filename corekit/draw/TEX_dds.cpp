@@ -125,7 +125,7 @@ int TEX_save_dds(const std::string& path, const unsigned char* pixels, const TEX
     written = TEX_encode_s3tc(work, level, copy.data(), &out, s3tc_normal) &&
               std::fwrite(into, bytes, 1, file.stream()) == 1;
     if (!TEX_next_level(level)) break;
-    TEX_downscale(work, copy.data(), work.width > 1 ? 2 : 1, work.height > 1 ? 2 : 1);
+    TEX_halve(work, copy.data());
   }
   return file.finish(written);
 }

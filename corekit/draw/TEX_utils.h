@@ -97,6 +97,8 @@ void TEX_report(const TEX_fault& fault, const std::string& path, const char* sou
 // What does not fill a block at the right and at the top is left out; a side stays at least 1.
 // Updates desc; the pad in bytes stays, and levels that followed are no longer counted.
 void TEX_downscale(TEX_image_desc& desc, unsigned char* pixels, int step_x, int step_y);
+// The next level of a picture with levels, in place of this one.
+void TEX_halve(TEX_image_desc& desc, unsigned char* pixels);
 
 // Turns the picture upside down, each level by itself. A compressed picture is turned block by
 // block, which is exact if its height is a multiple of 4 or below 4; any other must be decoded

@@ -120,6 +120,10 @@ void TEX_downscale(TEX_image_desc& desc, unsigned char* pixels, int step_x, int 
   }
 }
 
+void TEX_halve(TEX_image_desc& desc, unsigned char* pixels) {
+  TEX_downscale(desc, pixels, desc.width > 1 ? 2 : 1, desc.height > 1 ? 2 : 1);
+}
+
 void TEX_flip_y(const TEX_image_desc& desc, unsigned char* pixels) {
   if (!TEX_pixel_bytes(desc.format) && !TEX_block_bytes(desc.format)) {
     MACIBM_fault("TEX/TEX_utils", 245, "Illegal format!", str_format("%d", desc.format));

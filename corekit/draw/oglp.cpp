@@ -1,7 +1,7 @@
 // The drawing layer's globals, the way from a colour index to OpenGL's colour, and the check of
 // debug builds.
 //
-// Main thread. Writes ren only at start (OGL_load_entry_points).
+// Main thread. Writes no global.
 
 #include "corekit/draw/oglp.h"
 

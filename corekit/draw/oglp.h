@@ -15,8 +15,6 @@ extern float oglp;  // glyph quads grow by this when above 1; the advance stays
 struct ren_record {
   int max_units = 1;            // texture units of the driver
   int max_texture_size = 2048;  // pixels a side that the driver takes
-  int tex_clamp = 0;            // GL_CLAMP_TO_EDGE is there
-  int s3tc = 0;                 // the driver takes S3TC pictures as they are
   int tex_res = 5;              // texture resolution setting, 0 to 5; 5 is full size
   int mono_green = 0;           // draw everything in shades of green
   float plot_alpha = 1.0f;      // multiplied into every colour's alpha
@@ -33,11 +31,9 @@ enum text_just : int { just_left = 0, just_centre = 1, just_right = 2 };
 
 // --- start -------------------------------------------------------------------------------------
 
-// Call with a current context: finds the entry points beyond OpenGL 1.1 by name (null for one that
-// the library lacks), reads the driver's limits into ren, and forgets what was known of an earlier
-// context. From then on textures may be loaded, before ogl_inited too. A null `lookup` says that
-// the context is gone.
-void OGL_load_entry_points(void* (*lookup)(const char* name));
+// A context has become current, or is about to go: forgets what was known of the one before. Once
+// OGL_extensions has asked the driver of a new one, textures may be loaded, before ogl_inited too.
+void OGL_new_context(bool is_there);
 
 // Forgets the cached state: the next OGL_setstate reads it from OpenGL again. For whoever has
 // changed it behind this layer's back.

@@ -50,7 +50,7 @@ void OGL_set_clip(int x, int y, int dx, int dy);
 // Selects a texture unit; 0 if the driver has no such call. Whoever selects one goes back to 0.
 int OGL_active_unit(int unit);
 
-// Sends one level of an S3TC picture to the bound texture. REQUIRES: ren.s3tc.
+// Sends one level of an S3TC picture to the bound texture. REQUIRES: glExt.s3tc_avail.
 void OGL_compressed_image(int level, int format, int dx, int dy, int bytes, const void* blocks);
 
 // Debug builds log what OpenGL has against the calls made since the last check, and count it.

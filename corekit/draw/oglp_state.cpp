@@ -1,14 +1,13 @@
 // OpenGL's state: all changes of it pass through here, each only when it differs from what is set.
 // Then viewport, projection, scissors and blending.
 //
-// Main thread. Writes ren (at start) and the scale, margin and limit fields of mnw.
+// Main thread. Writes the scale, margin and limit fields of mnw.
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 
 #include "corekit/base/mnw.h"
+#include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
@@ -18,12 +17,6 @@ namespace {
 
 constexpr int unit_limit = 8;  // units that the state cache handles
 
-// Entry points beyond OpenGL 1.1, found by name.
-struct entry_points {
-  PFNGLACTIVETEXTUREARBPROC active_texture = nullptr;
-  PFNGLCOMPRESSEDTEXIMAGE2DARBPROC compressed_image = nullptr;
-};
-entry_points entry;
 bool have_context = false;
 
 // What OpenGL is set to. Unknown until the first OGL_setstate reads it.
@@ -83,37 +76,13 @@ int to_pixel(float units) {
 
 }  // namespace
 
-void OGL_load_entry_points(void* (*lookup)(const char* name)) {
+void OGL_new_context(bool is_there) {
   OGL_drop_picture();
   OGL_forget_kept();
   OGL_show_next();
   OGL_reset_state();
   TEX_reset_bind();
-  have_context = lookup != nullptr;
-  entry = entry_points();
-  if (!lookup) return;
-
-  entry.active_texture = reinterpret_cast<PFNGLACTIVETEXTUREARBPROC>(lookup("glActiveTextureARB"));
-  if (!entry.active_texture) {
-    entry.active_texture = reinterpret_cast<PFNGLACTIVETEXTUREARBPROC>(lookup("glActiveTexture"));
-  }
-
-  int major = 1, minor = 1;
-  const char* version = reinterpret_cast<const char*>(glGetString(GL_VERSION));
-  if (version) std::sscanf(version, "%d.%d", &major, &minor);
-  const int number = major * 100 + minor * 10;
-  GLint units = 1, side = 0;
-  if (number >= 130 && entry.active_texture) glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
-  glGetIntegerv(GL_MAX_TEXTURE_SIZE, &side);
-  ren.max_units = std::max(units, 1);
-  if (side > 0) ren.max_texture_size = side;
-  entry.compressed_image = reinterpret_cast<PFNGLCOMPRESSEDTEXIMAGE2DARBPROC>(
-      lookup(number >= 130 ? "glCompressedTexImage2D" : "glCompressedTexImage2DARB"));
-  const char* features = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
-  ren.s3tc = entry.compressed_image && features &&
-             std::strstr(features, "GL_EXT_texture_compression_s3tc");
-  ren.tex_clamp = number >= 120 ? 1 : 0;
-  OGL_check("OGL_load_entry_points");
+  have_context = is_there;
 }
 
 bool OGL_can_call() {
@@ -121,15 +90,16 @@ bool OGL_can_call() {
 }
 
 int OGL_active_unit(int unit) {
-  if (!entry.active_texture) return unit == 0;
-  entry.active_texture(static_cast<GLenum>(GL_TEXTURE0 + unit));
+  const auto call = reinterpret_cast<PFNGLACTIVETEXTUREARBPROC>(glExt.entry("glActiveTextureARB"));
+  if (!call) return unit == 0;
+  call(static_cast<GLenum>(GL_TEXTURE0 + unit));
   return 1;
 }
 
 void OGL_compressed_image(int level, int format, int dx, int dy, int bytes, const void* blocks) {
-  if (!entry.compressed_image) return;
-  entry.compressed_image(GL_TEXTURE_2D, level, static_cast<GLenum>(format), dx, dy, 0, bytes,
-                         blocks);
+  const auto call =
+      reinterpret_cast<PFNGLCOMPRESSEDTEXIMAGE2DARBPROC>(glExt.entry("glCompressedTexImage2DARB"));
+  if (call) call(GL_TEXTURE_2D, level, static_cast<GLenum>(format), dx, dy, 0, bytes, blocks);
 }
 
 void OGL_reset_state() {

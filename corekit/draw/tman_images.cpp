@@ -11,6 +11,7 @@
 
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/TEX_bmp.h"
 #include "corekit/draw/TEX_dds.h"
 #include "corekit/draw/TEX_load.h"
@@ -51,7 +52,7 @@ std::string with_extension(const std::string& path, const char* extension) {
 // Whether a compressed picture goes to OpenGL as it is, which saves decoding it and most of its
 // video memory. Into `format` goes the one to send it as.
 bool can_stay_compressed(const TEX_image_desc& d, int flags, int* format) {
-  if (!TEX_block_bytes(d.format) || !ren.s3tc || is_keyed(flags)) return false;
+  if (!TEX_block_bytes(d.format) || !glExt.s3tc_avail || is_keyed(flags)) return false;
   const int wanted = format_to_read(flags);
   if (wanted == TEX_alpha || (wanted == TEX_rgb && d.format != TEX_dxt1)) return false;
   *format = wanted == TEX_rgba && d.format == TEX_dxt1 ? TEX_dxt1_alpha : d.format;

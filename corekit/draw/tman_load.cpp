@@ -12,6 +12,7 @@
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/mnw.h"
+#include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/TEX_load.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
@@ -55,23 +56,6 @@ bool wants_mipmaps(const tex_load_vars& load) {
   return is_compressed(load) ? load.has_mipmaps != 0 : load.format != GL_DEPTH_COMPONENT;
 }
 
-// Halves a picture by averaging 2 by 2, from `from` into `to`, which may be the same buffer: the
-// pixel written never lies ahead of the pixels still to be read.
-void halve(const unsigned char* from, unsigned char* to, int dx, int dy, int pixel_bytes) {
-  const int next_dx = std::max(1, dx / 2), next_dy = std::max(1, dy / 2);
-  const int right = dx > 1 ? pixel_bytes : 0, up = dy > 1 ? dx * pixel_bytes : 0;
-  const int step = dx > 1 ? 2 : 1, row_step = dy > 1 ? 2 : 1;
-  for (int y = 0; y < next_dy; ++y) {
-    const unsigned char* row = from + static_cast<size_t>(y) * row_step * dx * pixel_bytes;
-    for (int x = 0; x < next_dx; ++x, row += step * pixel_bytes) {
-      for (int part = 0; part < pixel_bytes; ++part) {
-        const int sum = row[part] + row[part + right] + row[part + up] + row[part + right + up];
-        *to++ = static_cast<unsigned char>((sum + 2) / 4);
-      }
-    }
-  }
-}
-
 // Sends one level, in place of the one that is there if `replace`.
 void send_level(const tex_load_vars& load, int level, int dx, int dy, const unsigned char* pixels,
                 bool replace) {
@@ -96,23 +80,23 @@ void send_blocks(const tex_load_vars& load) {
 }
 
 void send_pixels(const tex_load_vars& load, bool replace) {
+  const bool by_driver = wants_mipmaps(load) && glExt.automini_avail;
+  if (by_driver) glTexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, 1);
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   send_level(load, 0, load.dx, load.dy, scratch_array, replace);
-  if (!wants_mipmaps(load)) return;
+  if (!wants_mipmaps(load) || by_driver) return;
   // scratch_array keeps the picture, since its loader may still read from it.
-  const unsigned char* from = scratch_array;
-  for (int level = 1, dx = load.dx, dy = load.dy; dx > 1 || dy > 1; ++level) {
-    halve(from, scratch_array_temp, dx, dy, load.pixel_bytes);
-    from = scratch_array_temp;
-    dx = std::max(1, dx / 2);
-    dy = std::max(1, dy / 2);
-    send_level(load, level, dx, dy, from, replace);
+  TEX_image_desc picture{load.format, load.dx, load.dy, 0, 0};
+  std::memcpy(scratch_array_temp, scratch_array, TEX_level_bytes(picture));
+  for (int level = 1; picture.width > 1 || picture.height > 1; ++level) {
+    TEX_halve(picture, scratch_array_temp);
+    send_level(load, level, picture.width, picture.height, scratch_array_temp, replace);
   }
 }
 
 void set_parameters(const tex_load_vars& load) {
   const auto set = [](GLenum name, int value) { glTexParameteri(GL_TEXTURE_2D, name, value); };
-  const int clamped = ren.tex_clamp ? GL_CLAMP_TO_EDGE : GL_CLAMP;
+  const int clamped = glExt.tex_clamp_avail ? GL_CLAMP_TO_EDGE : GL_CLAMP;
   set(GL_TEXTURE_WRAP_S, load.flags & (tex_clamp | tex_clamp_s) ? clamped : GL_REPEAT);
   set(GL_TEXTURE_WRAP_T, load.flags & tex_clamp ? clamped : GL_REPEAT);
   if (load.format == GL_DEPTH_COMPONENT) {

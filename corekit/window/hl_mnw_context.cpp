@@ -45,14 +45,14 @@ int MACIBM_make_context(int index) {
   }
   if (!window_is_open) return 0;
   PLT_window_size(&mnw.pix_dx, &mnw.pix_dy);
-  OGL_load_entry_points(PLT_gl_lookup);
+  OGL_new_context(true);
   return 1;
 }
 
 void MACIBM_nuke_context(int index) {
   if (index != 0 || !window_is_open) return;
   ogl_inited = 0;
-  OGL_load_entry_points(nullptr);
+  OGL_new_context(false);
   PLT_close_window();
   window_is_open = false;
 }

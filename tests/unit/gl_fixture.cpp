@@ -10,6 +10,7 @@
 #include <cstdlib>
 
 #include "corekit/base/hl_math.h"
+#include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/window/hl_alert_draw.h"
@@ -111,10 +112,17 @@ void alerts_are_drawn() {
   report_to(&sink);
 }
 
+void gl_fixture::new_driver() {
+  OGL_source source = OGL_driver_source;
+  source.get_proc = lookup;
+  glExt.init_extensions(source);
+}
+
 void gl_fixture::SetUp() {
   static const std::string trouble = make_window();
   ASSERT_EQ(trouble, "") << "no OpenGL context off the screen; is Mesa's software driver there?";
-  OGL_load_entry_points(lookup);
+  OGL_new_context(true);
+  new_driver();
   hl_math_init();
   mnw = mnw_record();
   mnw.win_id = win_main;
@@ -127,7 +135,7 @@ void gl_fixture::SetUp() {
   ren = ren_record();
   ren.max_units = found.max_units;
   ren.max_texture_size = found.max_texture_size;
-  ren.tex_clamp = found.tex_clamp;
+  ren.extensions = found.extensions;
   colr = colr_class();
   // Text in any colour of the interface then shows the picture as it is.
   for (int index = 34; index <= 47; ++index)

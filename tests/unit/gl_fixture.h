@@ -35,6 +35,7 @@ class gl_fixture : public testing::Test {
   void TearDown() override;
 
   void clear();
+  static void new_driver();  // asks the driver anew, with the command line of now
   // A click at a place, for the frame that begins; and its end.
   void click(float x, float y);
   void move(float x, float y);

@@ -1,5 +1,6 @@
 // The texture manager: references, what becomes of a picture, the bind cache, and its alerts.
 
+#include "corekit/base/UTL_cmdline.h"
 #include "corekit/draw/oglp_draw.h"
 #include "tests/unit/gl_fixture.h"
 #include "tests/unit/test_tex_util.h"
@@ -81,6 +82,37 @@ TEST_F(Tman, AFileBecomesATexture) {
   glPixelStorei(GL_PACK_ALIGNMENT, 1);
   glGetTexImage(GL_TEXTURE_2D, 0, GL_RGB, GL_UNSIGNED_BYTE, back.data());
   EXPECT_EQ(back, tex_decoded(folder, "p.png", 32, 3, "rgb"));
+}
+
+// The smaller levels are means of the picture, whoever makes them.
+TEST_F(Tman, SmallerLevelsAreTheDriversOrOurOwn) {
+  struct {
+    const char* option;
+    int by_driver;
+  } const rows[] = {{"", 1}, {"--no_hw_mipmap", 0}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.option);
+    cmdline = UTL_cmdline();
+    if (*row.option) cmdline.init_win(row.option);
+    new_driver();
+    scratch(8, 2, 0);
+    for (int i = 0; i < 8 * 2; ++i)
+      std::fill_n(scratch_array + i * 4, 4, static_cast<unsigned char>(i % 8 < 4 ? 100 : 200));
+    load(spare_ref, scratch_flags | tex_mipmaps);
+    tman.bind_ref(spare_ref, 0, 0);
+    GLint by_driver = -1;
+    glGetTexParameteriv(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, &by_driver);
+    EXPECT_EQ(by_driver, row.by_driver);
+    const std::vector<std::vector<int>> levels = {{100, 100, 200, 200}, {100, 200}, {150}};
+    for (size_t level = 0; level < levels.size(); ++level) {
+      unsigned char back[8 * 2 * 4] = {};
+      glGetTexImage(GL_TEXTURE_2D, static_cast<GLint>(level) + 1, GL_RGBA, GL_UNSIGNED_BYTE, back);
+      for (size_t i = 0; i < levels[level].size(); ++i)
+        EXPECT_NEAR(back[i * 4], levels[level][i], row.by_driver) << level << ' ' << i;
+    }
+    tman.unload_texture(spare_ref);
+  }
+  cmdline = UTL_cmdline();
 }
 
 TEST_F(Tman, BindCacheNeverNamesADeletedTexture) {
