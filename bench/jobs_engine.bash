@@ -41,7 +41,7 @@ by_unpack() {
   rm -rf "$TO"
   mkdir -p "$TO/ours" "$TO/peer"
   sync
-  probe unpack "$SCRATCH/zips/" "$TO/ours/"
+  probe unpack "$MANIFEST" "$SCRATCH/zips/" "$TO/ours/"
 }
 by_unzip() {
   sync
@@ -53,7 +53,7 @@ job_unpack() {
   release small-5000 small_files 5000
   mkdir "$SCRATCH/zips"
   find "$MASTER" -name '*.bin.zip' -exec cp -t "$SCRATCH/zips" {} +
-  local note="5,000 archives of 5 to 10 KB; ours with a thread a processor"
+  local note="5,000 archives of 5 to 10 KB; ours with a thread a processor, and compared with their signatures"
   # A file system in memory, which goes with the job.
   mkdir "$SCRATCH/memory"
   mount -t tmpfs none "$SCRATCH/memory"

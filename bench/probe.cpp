@@ -5,12 +5,14 @@
 //   decide MANIFEST      decides, with the copy taken for empty: files to fetch
 //   fetch PORT LIST TO   fetches the paths of LIST, one a line, from the server at PORT of this
 //                        machine into TO, over the slots of the streams: files
-//   unpack FROM TO       unpacks the archives of FROM into TO, with a thread a processor as the
-//                        disc pipeline has: archives
+//   unpack MANIFEST FROM TO
+//                        unpacks the archives of its files, which lie side by side in FROM, into
+//                        TO, with their signatures compared, and a thread a processor: archives
 //
 // Folders end in "/".
 
-#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -21,12 +23,12 @@
 #include <vector>
 
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/xtim.h"
-#include "corekit/files/io_zip.h"
 #include "corekit/net/http.h"
 
 namespace {
@@ -72,23 +74,28 @@ bool probe_decide(const std::string& manifest) {
   return true;
 }
 
-std::vector<std::string> archives_in(const std::string& folder) {
-  std::vector<std::string> found;
-  DIR* const dir = opendir(folder.c_str());
-  if (dir == nullptr) return found;
-  while (const dirent* const entry = readdir(dir))
-    if (std::string(entry->d_name).ends_with(".zip")) found.push_back(folder + entry->d_name);
-  closedir(dir);
-  return found;
+bool unpack_one(gate_class& gate, const file_version_struct& file, const std::string& from) {
+  const std::string_view leaf = file.path.substr(file.path.rfind('/') + 1);
+  const std::string archive = from + std::string(leaf) + ".zip";
+  const io_handle opened(open(archive.c_str(), O_RDONLY | O_CLOEXEC));
+  const place_order order{leaf, file.sig_want, place_budget(file.raw_kb)};
+  return opened &&
+         place_archive_file(gate, opened.get(), place_budget(file.zip_kb), order).code == 0;
 }
 
-bool probe_unpack(const std::string& from, const std::string& to) {
+bool probe_unpack(const std::string& manifest, const std::string& from, const std::string& to) {
+  if (read_directory(manifest, "") != 3) return false;
+  std::erase_if(sim_info, [&from](const file_history_struct& history) {
+    const std::string_view path = history.current().path;
+    return access((from + std::string(path.substr(path.rfind('/') + 1)) + ".zip").c_str(), F_OK);
+  });
   const stopwatch watch;
-  const std::vector<std::string> archives = archives_in(from);
+  gate_class gate;
+  if (gate.open(to) != 0) return false;
   std::atomic<size_t> next = 0, failed = 0;
   const auto unpack = [&] {
-    for (size_t i = next++; i < archives.size(); i = next++)
-      if (zip_to_file(archives[i], to, nullptr, 0) != 0) ++failed;
+    for (size_t i = next++; i < sim_info.size(); i = next++)
+      failed += !unpack_one(gate, sim_info[i].current(), from);
   };
   std::vector<std::thread> others;
   for (int i = 1; i < PLT_processor_count(); ++i)
@@ -96,8 +103,8 @@ bool probe_unpack(const std::string& from, const std::string& to) {
   unpack();
   for (std::thread& each : others)
     each.join();
-  std::printf("%.6f %zu\n", watch.seconds(), archives.size());
-  return failed == 0 && !archives.empty();
+  std::printf("%.6f %zu\n", watch.seconds(), sim_info.size());
+  return failed == 0 && !sim_info.empty();
 }
 
 bool probe_fetch(const std::string& port, const std::string& list, const std::string& to) {
@@ -147,7 +154,7 @@ int main(int argc, char** argv) {
   const bool done = what == "read" && argc == 3     ? probe_read(argv[2])
                     : what == "decide" && argc == 3 ? probe_decide(argv[2])
                     : what == "fetch" && argc == 5  ? probe_fetch(argv[2], argv[3], argv[4])
-                    : what == "unpack" && argc == 4 ? probe_unpack(argv[2], argv[3])
+                    : what == "unpack" && argc == 5 ? probe_unpack(argv[2], argv[3], argv[4])
                                                     : false;
   if (!done)
     std::fprintf(stderr, "probe: \"%s\" failed, or is none of read, decide, fetch, unpack\n",

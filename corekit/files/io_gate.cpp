@@ -70,17 +70,18 @@ int gate_class::reach(std::string_view folder, missing_folders missing, place& f
   if (!root_) return EBADF;
   found = place();
   if (folder.empty()) {
-    found.folder = io_handle(openat(root_.get(), ".", folder_flags));
-    return found.folder ? 0 : errno;
+    found.folder = root_.get();
+    return 0;
   }
   if (!walk_only && !no_openat2_.load(std::memory_order_relaxed)) {
     found.below = folder;
     open_how how = {};
     how.flags = folder_flags;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
-    found.folder = io_handle(
+    found.own = io_handle(
         static_cast<int>(syscall(SYS_openat2, root_.get(), found.below.c_str(), &how, sizeof how)));
-    if (found.folder) return 0;
+    found.folder = found.own.get();
+    if (found.own) return 0;
     switch (errno) {
       case ELOOP:   // a link on the way: to be looked at
       case EAGAIN:  // somebody renames folders meanwhile
@@ -108,7 +109,7 @@ int gate_class::walk(std::string_view folder, missing_folders missing, place& fo
     const size_t end = std::min(folder.find('/', begin), folder.size());
     const std::string name(folder.substr(begin, end - begin));
     if (const int code = step(at, folder.substr(0, end), name.c_str(), missing, found)) return code;
-    at = found.folder.get();
+    at = found.folder;
     begin = end + 1;
   }
   return 0;
@@ -125,7 +126,8 @@ int gate_class::step(int at, std::string_view way, const char* name, missing_fol
   if (next) {
     if (!found.below.empty()) found.below += '/';
     found.below += name;
-    found.folder = std::move(next);
+    found.own = std::move(next);
+    found.folder = found.own.get();
     return 0;
   }
   const int code = errno;
@@ -138,7 +140,8 @@ int gate_class::step(int at, std::string_view way, const char* name, missing_fol
   found.base = io_handle(fcntl(next.get(), F_DUPFD_CLOEXEC, 0));
   if (!found.base) return errno;
   found.below.clear();
-  found.folder = std::move(next);
+  found.own = std::move(next);
+  found.folder = found.own.get();
   return 0;
 }
 
@@ -182,7 +185,7 @@ int gate_class::make_folder(std::string_view path) {
   place at;
   std::string leaf;
   if (const int code = reach_parent(path, report, at, leaf)) return fail(code, 20);
-  return mkdirat(at.folder.get(), leaf.c_str(), 0755) == 0 ? 0 : fail(errno, 21);
+  return mkdirat(at.folder, leaf.c_str(), 0755) == 0 ? 0 : fail(errno, 21);
 }
 
 int gate_class::make_folders(std::string_view path) {
@@ -196,21 +199,21 @@ int gate_class::remove_file(std::string_view path) {
   place at;
   std::string leaf;
   if (const int code = reach_parent(path, report, at, leaf)) return fail(code, 40);
-  return unlinkat(at.folder.get(), leaf.c_str(), 0) == 0 ? 0 : fail(errno, 41);
+  return unlinkat(at.folder, leaf.c_str(), 0) == 0 ? 0 : fail(errno, 41);
 }
 
 int gate_class::remove_folder(std::string_view path) {
   place at;
   std::string leaf;
   if (const int code = reach_parent(path, report, at, leaf)) return fail(code, 50);
-  if (unlinkat(at.folder.get(), leaf.c_str(), AT_REMOVEDIR) == 0) return 0;
+  if (unlinkat(at.folder, leaf.c_str(), AT_REMOVEDIR) == 0) return 0;
   const int code = errno;
   if (code != ENOTEMPTY && code != EEXIST) return fail(code, 51);
   // It may hold nothing but what a process that was stopped has left.
-  const io_handle inner(openat(at.folder.get(), leaf.c_str(), folder_flags | O_NOFOLLOW));
+  const io_handle inner(openat(at.folder, leaf.c_str(), folder_flags | O_NOFOLLOW));
   if (!inner) return fail(code, 52);
   sweep_once(path, inner.get());
-  return unlinkat(at.folder.get(), leaf.c_str(), AT_REMOVEDIR) == 0 ? 0 : fail(errno, 53);
+  return unlinkat(at.folder, leaf.c_str(), AT_REMOVEDIR) == 0 ? 0 : fail(errno, 53);
 }
 
 int gate_class::rename(std::string_view path, std::string_view new_leaf) {
@@ -220,7 +223,7 @@ int gate_class::rename(std::string_view path, std::string_view new_leaf) {
     return fail(EINVAL, 60);
   }
   if (const int code = reach_parent(path, report, at, leaf)) return fail(code, 61);
-  const int folder = at.folder.get();
+  const int folder = at.folder;
   const std::string to(new_leaf);
   if (renameat2(folder, leaf.c_str(), folder, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL && errno != ENOSYS) return fail(errno, 62);
@@ -235,8 +238,8 @@ int gate_class::open_file(std::string_view path, io_handle& file) {
   std::string leaf;
   if (const int code = reach_parent(path, report, at, leaf)) return fail(code, 70);
   // Not waiting for the other end of a pipe.
-  io_handle opened(openat(at.folder.get(), leaf.c_str(),
-                          O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  io_handle opened(
+      openat(at.folder, leaf.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!opened) return fail(errno, 71);
   struct stat info;
   if (fstat(opened.get(), &info) != 0) return fail(errno, 72);
@@ -250,8 +253,7 @@ bool gate_class::is_link(std::string_view path) {
   std::string leaf;
   struct stat info;
   return reach_parent(path, report, at, leaf) == 0 &&
-         fstatat(at.folder.get(), leaf.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
-         S_ISLNK(info.st_mode);
+         fstatat(at.folder, leaf.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(info.st_mode);
 }
 
 int gate_make_destination(const std::string& folder, std::string& failed) {

@@ -30,6 +30,7 @@
 // and take_notes belong to the thread that owns it.
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <atomic>
@@ -60,6 +61,9 @@ struct gate_attributes {
   mode_t mode = 0;               // 0: the default of the process
   time_t modified = time_t(-1);  // -1: now
 };
+
+// Fills a new file, about which `info` tells what the system does. 0 or errno.
+using gate_filler = std::function<int(int file, const struct stat& info)>;
 
 class gate_class {
  public:
@@ -103,7 +107,8 @@ class gate_class {
  private:
   // A folder that was reached.
   struct place {
-    io_handle folder;
+    int folder = -1;
+    io_handle own;      // the folder's handle, but for the destination itself
     io_handle base;     // where the last link on the way led; empty: the destination
     std::string below;  // the folder's path from there, without links
   };
@@ -116,8 +121,7 @@ class gate_class {
   bool may_follow(int at, std::string_view way, const char* name);
   bool stays_inside(const place& from, std::string_view target);
   void sweep_once(std::string_view folder, int handle);
-  int put_part(std::string_view path, const std::function<int(const io_handle& file)>& fill,
-               place& at, std::string& leaf);
+  int put_part(std::string_view path, const gate_filler& fill, place& at, std::string& leaf);
 
   io_handle root_;
   size_t root_length_ = 0;  // characters of its path, which count towards the limit of a path

@@ -6,14 +6,19 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 
 #include "corekit/files/io_gate.h"
@@ -32,37 +37,52 @@ int fail(int code, int line) {
 
 // What the hidden names of this process begin with. The number keeps a process apart from another
 // of the same id on a shared volume, the id keeps a child apart from its parent.
-std::string own_prefix() {
-  static const uint64_t number = [] {
-    uint64_t drawn = 0;
-    if (getrandom(&drawn, sizeof drawn, 0) != sizeof drawn) drawn = uint64_t(time(nullptr));
-    return drawn & 0xFFFFFFFFFFFFu;
-  }();
-  char text[64];
-  std::snprintf(text, sizeof text, "%s_%lx_%lx_", gate_part_prefix.data(), long(getpid()),
-                static_cast<unsigned long>(number));
-  return text;
-}
+class part_names {
+ public:
+  part_names() {
+    draw();
+    pthread_atfork(nullptr, nullptr, [] { own().draw(); });
+  }
+  static part_names& own() {
+    static part_names names;
+    return names;
+  }
+  std::string_view prefix() const { return prefix_; }
+  std::string next() {
+    return prefix_ + std::to_string(count_.fetch_add(1, std::memory_order_relaxed));
+  }
 
-std::string next_part() {
-  static std::atomic<unsigned> count = 0;
-  return own_prefix() + std::to_string(count.fetch_add(1, std::memory_order_relaxed));
-}
+ private:
+  void draw() {
+    uint64_t number = 0;
+    if (getrandom(&number, sizeof number, 0) != sizeof number) number = uint64_t(time(nullptr));
+    std::snprintf(prefix_, sizeof prefix_, "%s_%lx_%lx_", gate_part_prefix.data(), long(getpid()),
+                  static_cast<unsigned long>(number & 0xFFFFFFFFFFFFu));
+  }
+
+  char prefix_[64];
+  std::atomic<unsigned> count_ = 0;
+};
+
+struct new_part {
+  std::string name;
+  io_handle file;
+  struct stat info;  // of the empty file
+};
 
 // A new file of a hidden name, locked. A sweeper of another process may have had it in the moment
 // before the lock; then another one is made.
-int make_part(int folder, std::string& part, io_handle& file) {
+int make_part(int folder, new_part& part) {
   for (int tries = 0; tries < name_tries; ++tries) {
-    part = next_part();
-    file = io_handle(
-        openat(folder, part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (!file && errno == EEXIST) continue;
-    if (!file) return fail(errno, 10);
-    const bool locked = flock(file.get(), LOCK_EX | LOCK_NB) == 0;
-    struct stat info;
+    part.name = part_names::own().next();
+    part.file = io_handle(openat(folder, part.name.c_str(),
+                                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!part.file && errno == EEXIST) continue;
+    if (!part.file) return fail(errno, 10);
+    const bool locked = flock(part.file.get(), LOCK_EX | LOCK_NB) == 0;
     // A volume without locks is one that no sweeper can lock on either.
     if (!locked && errno == EWOULDBLOCK) continue;
-    if (fstat(file.get(), &info) == 0 && info.st_nlink > 0) return 0;
+    if (fstat(part.file.get(), &part.info) == 0 && part.info.st_nlink > 0) return 0;
   }
   return fail(EEXIST, 11);
 }
@@ -96,34 +116,56 @@ int move_in(int folder, const std::string& part, const std::string& leaf) {
 }
 
 // What cannot be set is passed over: a volume that keeps neither is no reason to refuse the file.
-void set_attributes(int file, const gate_attributes& attributes) {
-  if (attributes.mode != 0) fchmod(file, (attributes.mode & modes_kept) | 0400);
+void set_attributes(int file, const struct stat& info, const gate_attributes& attributes) {
+  const mode_t mode = (attributes.mode & modes_kept) | 0400;
+  if (attributes.mode != 0 && mode != (info.st_mode & 07777)) fchmod(file, mode);
   const timespec times[2] = {{attributes.modified, 0}, {attributes.modified, 0}};
   if (attributes.modified != time_t(-1)) futimens(file, times);
 }
 
-int fill(const io_handle& file, const void* bytes, size_t size, const gate_attributes& attributes) {
-  if (const int code = io_write_all(file.get(), bytes, size)) return fail(code, 30);
-  set_attributes(file.get(), attributes);
+int fill(int file, const struct stat& info, const void* bytes, size_t size,
+         const gate_attributes& attributes) {
+  if (const int code = io_write_all(file, bytes, size)) return fail(code, 30);
+  set_attributes(file, info, attributes);
   return 0;
 }
 
-int copy_into(const io_handle& file, int source, uint64_t most) {
+int copy_into(int file, int source, uint64_t most) {
   constexpr size_t piece = 256 * 1024;
   thread_local const auto buffer = std::make_unique_for_overwrite<unsigned char[]>(piece);
   for (size_t got = piece; got == piece;) {
     if (const int code = io_read_all(source, buffer.get(), piece, got)) return fail(code, 31);
     if (got > most) return fail(EFBIG, 32);
     most -= got;
-    if (const int code = io_write_all(file.get(), buffer.get(), got)) return fail(code, 33);
+    if (const int code = io_write_all(file, buffer.get(), got)) return fail(code, 33);
   }
   return 0;
 }
 
-// Closing a second handle brings out what some volumes, such as NFS, tell only at that point. The
-// first one stays open, and with it the lock: a part without one is anybody's.
-int told_at_close(const io_handle& file) {
-  io_handle second(fcntl(file.get(), F_DUPFD_CLOEXEC, 0));
+// Volumes on this machine tell of a full disk when they are written to; others, such as NFS, may
+// tell only when the file is closed.
+bool tells_late(int file, dev_t device) {
+  struct {
+    bool known = false, late = false;
+    dev_t device = 0;
+  } static thread_local last;
+  if (last.known && last.device == device) return last.late;
+  struct statfs volume;
+  last.known = fstatfs(file, &volume) == 0;
+  last.device = device;
+  constexpr unsigned at_once[] = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,       BTRFS_SUPER_MAGIC,
+                                  F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC, MSDOS_SUPER_MAGIC,
+                                  TMPFS_MAGIC};
+  last.late = !last.known || std::count(std::begin(at_once), std::end(at_once),
+                                        static_cast<unsigned>(volume.f_type)) == 0;
+  return last.late;
+}
+
+// Closing a second handle brings out what such a volume has to tell. The first one stays open, and
+// with it the lock: a part without one is anybody's.
+int told_at_close(int file, dev_t device) {
+  if (!tells_late(file, device)) return 0;
+  io_handle second(fcntl(file, F_DUPFD_CLOEXEC, 0));
   return second ? fail(second.close(), 34) : fail(errno, 35);
 }
 
@@ -138,8 +180,8 @@ int write_over(int folder, const std::string& leaf, const void* bytes, size_t si
     return fail(EACCES, 40);
   }
   if (ftruncate(file.get(), 0) != 0) return fail(errno, 41);
-  const int code = fill(file, bytes, size, attributes);
-  return code != 0 ? code : told_at_close(file);
+  const int code = fill(file.get(), info, bytes, size, attributes);
+  return code != 0 ? code : told_at_close(file.get(), info.st_dev);
 }
 }  // namespace
 
@@ -155,7 +197,7 @@ void gate_class::sweep_once(std::string_view folder, int handle) {
     if (listing >= 0) close(listing);
     return;
   }
-  const std::string own = own_prefix();
+  const std::string_view own = part_names::own().prefix();
   std::vector<std::string> found;  // a folder is read to its end before it is changed
   while (const dirent* const entry = readdir(dir)) {
     const std::string_view name = entry->d_name;
@@ -166,49 +208,48 @@ void gate_class::sweep_once(std::string_view folder, int handle) {
   closedir(dir);
 }
 
-// A part that `fill` fills, moved into its place.
-int gate_class::put_part(std::string_view path,
-                         const std::function<int(const io_handle& file)>& fill_part, place& at,
+// A part that `fill_part` fills, moved into its place.
+int gate_class::put_part(std::string_view path, const gate_filler& fill_part, place& at,
                          std::string& leaf) {
-  std::string part;
   if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 50);
-  const int folder = at.folder.get();
-  sweep_once(path.substr(0, path.size() - std::min(path.size(), leaf.size() + 1)), folder);
-  io_handle file;
-  if (const int code = make_part(folder, part, file)) return code;
-  int code = fill_part(file);
-  if (code == 0) code = told_at_close(file);
-  if (code == 0) code = move_in(folder, part, leaf);
-  if (code != 0) unlinkat(folder, part.c_str(), 0);
+  sweep_once(path.substr(0, path.size() - std::min(path.size(), leaf.size() + 1)), at.folder);
+  new_part part;
+  if (const int code = make_part(at.folder, part)) return code;
+  int code = fill_part(part.file.get(), part.info);
+  if (code == 0) code = told_at_close(part.file.get(), part.info.st_dev);
+  if (code == 0) code = move_in(at.folder, part.name, leaf);
+  if (code != 0) unlinkat(at.folder, part.name.c_str(), 0);
   return code;
 }
 
 int gate_class::put_file(std::string_view path, const void* bytes, size_t size,
                          const gate_attributes& attributes) {
-  const auto fill_file = [&](const io_handle& file) { return fill(file, bytes, size, attributes); };
   place at;
   std::string leaf;
-  const int code = put_part(path, fill_file, at, leaf);
-  if (code != EACCES || !at.folder) return code;
-  return write_over(at.folder.get(), leaf, bytes, size, attributes);
+  const auto filler = [&](int file, const struct stat& info) {
+    return fill(file, info, bytes, size, attributes);
+  };
+  const int code = put_part(path, filler, at, leaf);
+  if (code != EACCES || at.folder < 0) return code;
+  return write_over(at.folder, leaf, bytes, size, attributes);
 }
 
 int gate_class::put_copy(std::string_view path, int source, uint64_t most) {
   place at;
   std::string leaf;
-  return put_part(
-      path, [&](const io_handle& file) { return copy_into(file, source, most); }, at, leaf);
+  const auto filler = [&](int file, const struct stat&) { return copy_into(file, source, most); };
+  return put_part(path, filler, at, leaf);
 }
 
 int gate_class::put_link(std::string_view path, const std::string& target) {
   place at;
   std::string leaf;
   if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 60);
-  const int folder = at.folder.get();
+  const int folder = at.folder;
   if (!stays_inside(at, target)) return fail(gate_leads_out, 61);
 
   for (int tries = 0; tries < name_tries; ++tries) {
-    const std::string part = next_part();
+    const std::string part = part_names::own().next();
     if (symlinkat(target.c_str(), folder, part.c_str()) != 0) {
       if (errno == EEXIST) continue;
       return fail(errno, 62);
