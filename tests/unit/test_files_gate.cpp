@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(Roads, FilesGate, testing::Bool(), [](const auto& road)
 });
 
 TEST_P(FilesGate, PutsWholeFilesInPlace) {
-  const std::string longest(255, 'n'), big(3'000'000, 'b');
+  const std::string longest(255, 'n'), big(300'000, 'b');
   dir.file("copy/old.txt", "old");
   dir.file("copy/second", "kept");
   ASSERT_EQ(link((dir / "copy/second").c_str(), (dir / "copy/linked").c_str()), 0);
@@ -270,7 +270,7 @@ TEST_P(FilesGate, AFolderSwappedForALink) {
       renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE);
   });
   int put_there = 0, refused = 0;
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < 1000; ++i) {
     const std::string name = "a/b/f" + std::to_string(i % 7);
     switch (i % 4) {
       case 0:
@@ -317,8 +317,8 @@ TEST_P(FilesGate, WhatStoppedProcessesLeave) {
   expect_outside_whole("left over");
 
   // Killed at any moment, and put again by several at once.
-  const std::string text(1'000'000, 'n');
-  for (int i = 0; i < 8; ++i) {
+  const std::string text(300'000, 'n');
+  for (int i = 0; i < 6; ++i) {
     dir.file("copy/k/file", "old");
     const pid_t child = fork();
     if (child == 0) {
@@ -347,7 +347,7 @@ TEST_P(FilesGate, TwoProcessesOnOneFile) {
   for (int c = 0; c < 2; ++c) {
     children[c] = fork();
     if (children[c] != 0) continue;
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 100; ++i) {
       reopen();  // so that each sweeps, again and again
       if (put("race", texts[c]) != 0) _exit(1);
       if (gate.put_link("race-link", "race") != 0) _exit(2);
