@@ -3,6 +3,8 @@
 
 #include "corekit/net/http.h"
 
+#include <poll.h>
+
 #include <map>
 #include <sstream>
 #include <string_view>

@@ -10,8 +10,6 @@
 // is opened anew without a word. drop() closes it.
 #pragma once
 
-#include <poll.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -19,6 +17,7 @@
 
 class down_class;
 class PCSBSocket;
+struct pollfd;
 
 // Where a connection leads to: a server, or the proxy on the way to it.
 struct net_place {

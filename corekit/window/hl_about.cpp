@@ -26,6 +26,7 @@ about_record about;
 namespace {
 
 constexpr int list_slot = 0, installer_slot = 1;
+constexpr int64_t list_budget = 1'000'000;  // bytes
 constexpr char list_path[] = "Resources/preferences/serverlist9.txt";
 constexpr char zip_path[] = "Resources/preferences/installer.zip";
 
@@ -87,7 +88,10 @@ void check_list() {
   // The folder is there beside a whole installation; an installer on its own has to make it.
   make_folder("Resources/");
   make_folder("Resources/preferences/");
-  if (http.net_check(list_slot, APP.web_host, "/serverlist9.txt", list_path) != http_done) return;
+  if (http.net_check(list_slot, APP.web_host, "/serverlist9.txt", list_path, list_budget) !=
+      http_done) {
+    return;
+  }
   if (about_read_list(list_path)) about_compare(skyvane_version);
 }
 

@@ -1,5 +1,7 @@
 // The HTTP client against a scripted server.
 
+#include <poll.h>
+
 #include <cerrno>
 #include <chrono>
 #include <optional>
