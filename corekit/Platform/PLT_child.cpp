@@ -115,7 +115,6 @@ void PLT_child_end(PLT_child* child, uint64_t polite_us) {
 }
 
 int PLT_run_program(const char* const* argv, int seconds) {
-  constexpr useconds_t look_again_us = 5'000;
   PLT_child child;
   if (!PLT_child_start(&child, argv, false)) return -1;
   const uint64_t deadline = PLT_microseconds() + static_cast<uint64_t>(seconds) * 1'000'000;
