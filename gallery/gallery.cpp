@@ -47,7 +47,6 @@ constexpr gallery_section sections[] = {
     {"background.png, at half its size", 318, draw_background_picture},
 };
 constexpr float heading_dy = 34, section_gap = 20;
-constexpr int panel_frame = 20;
 
 float page_height() {
   float height = section_gap;
@@ -63,13 +62,13 @@ float window_height() {
 // Draws what lies in the window. The page's lower left corner is at (0, 0).
 void draw_page() {
   const float window_bottom = -mnw.y_off, window_top = window_bottom + window_height();
-  colr.assign(103, 1, 1, 1);
+  colr.assign(col_picture, 1, 1, 1);
   OGL_plot_back_col();
   float y = page_height() - section_gap;
   for (const gallery_section& section : sections) {
     const float dy = heading_dy + section.dy;
     if (y > window_bottom && y - dy < window_top) {
-      BTN_frame2(panel_frame, section_left, y - dy, section_dx, dy, section.heading);
+      BTN_frame2(box_page, section_left, y - dy, section_dx, dy, section.heading);
       section.draw(y - heading_dy);
     }
     y -= dy + section_gap;

@@ -5,7 +5,6 @@
 
 inline constexpr float section_left = 20, section_dx = 746;  // of the panels, units
 inline constexpr float section_rim = 20;                     // from a panel's edge to its contents
-inline constexpr int heading_colour = 43, text_colour = 43;
 
 // A section's contents hang from `top`, which is below its heading, and may take its `dy`. They
 // begin at `content_left`. Called once a frame while any of the section is in the window.

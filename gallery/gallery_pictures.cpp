@@ -9,15 +9,13 @@
 
 namespace {
 
-constexpr int ground_colour = 3, white = 103, blended = 5;
-
 // Draws the part of a picture that begins at pixel (u, v), dx by dy pixels, with its upper left
 // corner at (x, top), `scale` times its size. `tex_dx`, `tex_dy` are the texture's sides.
 void plot_part(int ref, float x, float top, float u, float v, float dx, float dy, float tex_dx,
                float tex_dy, float scale) {
-  OGL_fillrect(ground_colour, 1, x, top - dy * scale, dx * scale, dy * scale);
-  OGL_2dquad_d(ref, white, 1, x, top - dy * scale, u / tex_dx, v / tex_dy, dx * scale, dy * scale,
-               dx / tex_dx, dy / tex_dy, blended);
+  OGL_fillrect(col_gray, 1, x, top - dy * scale, dx * scale, dy * scale);
+  OGL_2dquad_d(ref, col_picture, 1, x, top - dy * scale, u / tex_dx, v / tex_dy, dx * scale,
+               dy * scale, dx / tex_dx, dy / tex_dy, blend_mix);
 }
 
 }  // namespace

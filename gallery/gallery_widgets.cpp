@@ -62,7 +62,7 @@ void draw_actions(float top) {
   BTN_action(left + 80, top - 55, 160, 0, 1, "With a note",
              "The note stands beside the button, on as many lines as it needs.\nThis is its second "
              "line.");
-  OGL_string(text_colour, left + 600, top - 24, "pressed: " + std::to_string(actions.presses), 200);
+  OGL_string(col_label, left + 600, top - 24, "pressed: " + std::to_string(actions.presses), 200);
 
   BTN_bool(left + 60, top - 90, &actions.ticked, "left|right{?Help of a box", 0);
   BTN_bool(left + 180, top - 90, &actions.clear, "a long label on two lines|and another one here",
@@ -100,7 +100,7 @@ void draw_choices(float top) {
   BTN_horz_slider(left + 80, top - 90, 200, 15, 0, 100, &choices.level, 1, "level|15",
                   std::to_string(static_cast<int>(choices.level)));
   BTN_horz_slider(left + 80, top - 140, 200, 12, 0, 100, &choices.level, 0, "off|12", "");
-  OGL_string(text_colour, left + 340, top - 24, "vert_slider " + std::to_string(choices.row), 120);
+  OGL_string(col_label, left + 340, top - 24, "vert_slider " + std::to_string(choices.row), 120);
   BTN_vert_slider(1, left + 370, top - 240, top - 60, 0, 40, &choices.row);
   int nothing = 0;
   BTN_vert_slider(2, left + 400, top - 240, top - 60, 0, 0, &nothing);

@@ -19,7 +19,6 @@
 
 namespace {
 
-constexpr int col_label = 43;
 constexpr float line_dy = 10, text_x = 20;
 constexpr char cut_mark[] = "...";
 
@@ -124,7 +123,7 @@ int abort_alert(const std::string& question, const std::string& label_1, const s
   const float y = lines.size() > usual_lines ? highest_y : usual_y;
   while (mnw.win_id == win_abort_alert) {
     OGL_plot_back_col();
-    BTN_fillwin(1, 21);
+    BTN_fillwin(1, inner_none);
     plot_lines(lines, y);
     OGL_string(col_label, 150, 53, line_1, mnw.win_dx - 210);
     OGL_string(col_label, 150, 28, line_2, mnw.win_dx - 210);
@@ -181,7 +180,7 @@ int select_alert(const std::string& location, int gone) {
   const float y = top_of(text, text.size() > fit_upward ? lowest_bottom : usual_bottom);
   while (mnw.win_id == win_select_alert) {
     OGL_plot_back_col();
-    BTN_fillwin(1, 21);
+    BTN_fillwin(1, inner_none);
     plot_lines(text, y);
     if (const int answer = pressed_answer(buttons, 5)) {
       MACIBM_startwind(win_main, 0);

@@ -11,14 +11,12 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
+#include "corekit/draw/tman.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 
 namespace {
 
-constexpr int ref_map = 394;
-constexpr int col_map = 49;   // white
-constexpr int col_band = 12;  // black
 constexpr float texels = 512;
 constexpr float map_dx = map_cell * sector_columns, map_dy = map_cell * sector_rows;
 constexpr float overlay_row = map_dy;  // the highlighted map stands above the plain one
@@ -52,17 +50,17 @@ void put_sectors(bool selected) {
 }
 
 void draw_map() {
-  OGL_put_as(shape_quad, 1, blend_mix, ref_map, col_map, 1.0f);
+  OGL_put_as(shape_quad, 1, blend_mix, t_map, col_white, 1.0f);
   piece(map_x, map_y, map_dx, map_dy, 0);
   put_sectors(true);
-  OGL_put_as(shape_quad, 1, blend_mix, ref_map, col_map, 0.5f);
+  OGL_put_as(shape_quad, 1, blend_mix, t_map, col_white, 0.5f);
   put_sectors(false);
 }
 
 void draw_band(const map_mouse& mouse) {
   const float x = mouse.x + mnw.x_off, y = mouse.y + mnw.y_off;
   const float o_x = drag.o_x + mnw.x_off, o_y = drag.o_y + mnw.y_off;
-  OGL_put_as(shape_line, 0, blend_mix, 0, col_band, 0.5f);
+  OGL_put_as(shape_line, 0, blend_mix, 0, col_black, 0.5f);
   OGL_put_line(x, y, o_x, y);
   OGL_put_line(o_x, y, o_x, o_y);
   OGL_put_line(o_x, o_y, x, o_y);

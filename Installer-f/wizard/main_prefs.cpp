@@ -77,11 +77,11 @@ void handle_prefs() {
   MACIBM_startwind(win_prefs, 0);
   while (mnw.win_id == win_prefs) {
     OGL_plot_back_col();
-    BTN_fillwin(1, 21);
+    BTN_fillwin(1, inner_none);
     float x = 0, y = 0;
-    BTN_subwin(0, 13, -1, -1, -1, 70, tr("Proxy (if you are behind a firewall with a Proxy)"), &x,
-               &y);
-    BTN_subwin(0, 13, -1, y, -1, -1, tr("General Preferences"), &x, &y);
+    BTN_subwin(0, box_group, -1, -1, -1, 70,
+               tr("Proxy (if you are behind a firewall with a Proxy)"), &x, &y);
+    BTN_subwin(0, box_group, -1, y, -1, -1, tr("General Preferences"), &x, &y);
     edit_general();
     edit_language();
     edit_proxy();

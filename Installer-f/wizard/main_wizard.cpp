@@ -10,6 +10,7 @@
 #include "corekit/base/UTL_translate.h"
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp.h"
+#include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
@@ -21,37 +22,26 @@ const wizard_stand_in* stand_in = nullptr;
 
 namespace {
 
-// Texture references and colours of the wizard's own drawing.
-constexpr int ref_background = 395;
-constexpr int ref_elements = 393;
-constexpr int col_title = 12;
-constexpr int col_text = 12;
-constexpr int col_note = 45;
-constexpr int col_step = 45;
-constexpr int col_step_now = 65;
-constexpr int col_beta = 69;
-constexpr int col_white = 103;
-
 std::vector<UTL_text> step_labels;  // step_names before their translation
 
 constexpr float step_x = 30, step_y = 480, step_pitch = 20;
 
 void draw_backdrop() {
-  colr.assign(col_white, 1, 1, 1);
-  OGL_2dquad_d(ref_background, col_white, 1, 0, 0, 0, 0, mnw.win_dx, mnw.win_dy,
-               mnw.win_dx / 1024.0f, mnw.win_dy / 1024.0f, 5);
-  BTN_frame2(20, 10, 50, 190, 453, "");
-  BTN_frame2(20, 210, 50, 580, 453, "");
+  colr.assign(col_picture, 1, 1, 1);
+  OGL_2dquad_d(t_background, col_picture, 1, 0, 0, 0, 0, mnw.win_dx, mnw.win_dy,
+               mnw.win_dx / 1024.0f, mnw.win_dy / 1024.0f, blend_mix);
+  BTN_frame2(box_page, 10, 50, 190, 453, "");
+  BTN_frame2(box_page, 210, 50, 580, 453, "");
 }
 
 void draw_steps() {
   float y = step_y;
   for (size_t i = 0; i < step_names.size(); ++i) {
-    OGL_string(step_funcs[i] == g_wizard ? col_step_now : col_step, step_x, y, step_names[i], 180);
+    OGL_string(step_funcs[i] == g_wizard ? col_step_now : col_note, step_x, y, step_names[i], 180);
     y -= step_pitch;
   }
   if (stg.beta_flag) {
-    OGL_string(col_beta, step_x, y,
+    OGL_string(col_warning, step_x, y,
                UTL_translate_string("You have chosen to download Skyvane 9 betas.  If you do not "
                                     "want this, choose options and uncheck the beta option."),
                160);
@@ -63,9 +53,9 @@ void draw_progress(const wizard_screen& screen) {
   // The fill starts where its rounded cap is whole, so that it never looks broken.
   const float p = screen.progress * 0.96f + 0.04f;
   const float fill = p < 0.04f ? 20.8f : p > 1.0f ? 520.0f : p * 520.0f;
-  BTN_frame1(4, 500 - mnw.x_off, 155 - mnw.y_off, 520, 0);
-  BTN_frame1(5, 240 + fill / 2 - mnw.x_off, 155 - mnw.y_off, fill, 0);
-  OGL_string(col_text, 242, 120, screen.progress_text, 520);
+  BTN_frame1(strip_trough, 500 - mnw.x_off, 155 - mnw.y_off, 520, col_as_is);
+  BTN_frame1(strip_fill, 240 + fill / 2 - mnw.x_off, 155 - mnw.y_off, fill, col_as_is);
+  OGL_string(col_black, 242, 120, screen.progress_text, 520);
 }
 
 // The mirror chooser grows upward under the step list, and works while a transfer runs.
@@ -75,14 +65,14 @@ void draw_servers() {
     std::string left, right, help;
     BTN_expand_label(server_desc[i], &left, &right, &help);
     BTN_is_int(step_x, y, &stg.server_index, i, "");
-    OGL_string(col_step, 50, y, left.empty() ? right : left, 130);
+    OGL_string(col_note, 50, y, left.empty() ? right : left, 130);
   }
 }
 
 // Draws the record over what the page drew itself, and returns the extra button pressed, or -1.
 int draw_record(const wizard_screen& screen) {
-  OGL_string(col_title, 500, 480, screen.title, 540, charset_text, just_centre);
-  OGL_string(col_text, 230, 440, screen.text, 540);
+  OGL_string(col_black, 500, 480, screen.title, 540, charset_text, just_centre);
+  OGL_string(col_black, 230, 440, screen.text, 540);
 
   int pressed = -1;
   for (size_t i = 0; i < screen.button_names.size(); ++i) {
@@ -187,7 +177,7 @@ int interface_rect(float x, float y, float tex_x, float tex_y, float dx, float d
   const int inside = BTN_mouse_in(x, y, x + dx, y + dy);
   // A face is three images: idle on top of the stack, pressed under it, hover at the bottom.
   if (hot && inside) tex_y -= (mnw.mouse_held ? 1 : 2) * (dy + 1);
-  OGL_2dquad_d(ref_elements, col_white, state == 2 ? 0.5f : 1.0f, x, y, tex_x / 1024, tex_y / 128,
-               dx, dy, dx / 1024, dy / 128, 5);
+  OGL_2dquad_d(t_elements, col_picture, state == 2 ? 0.5f : 1.0f, x, y, tex_x / 1024, tex_y / 128,
+               dx, dy, dx / 1024, dy / 128, blend_mix);
   return BTN_click_in(x, y, x + dx, y + dy);
 }

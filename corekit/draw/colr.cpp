@@ -120,13 +120,13 @@ void colr_class::spectrum_init(int kind) {
 }
 
 void colr_class::spectrum_plotscale(float x, float y, float low, float high, int decimals) {
-  constexpr int height = 1000, step = 4, limit_digits = 7, limit_colour = 49;
+  constexpr int height = 1000, step = 4, limit_digits = 7;
   scale_low_ = low;
   scale_high_ = high;
   scale_span_ = high - low;
   if (!ogl_inited) return;
-  OGL_number(limit_colour, x + 4, y + height - 4, high, limit_digits, decimals, charset_text);
-  OGL_number(limit_colour, x + 4, y - 4, low, limit_digits, decimals, charset_text);
+  OGL_number(col_white, x + 4, y + height - 4, high, limit_digits, decimals, charset_text);
+  OGL_number(col_white, x + 4, y - 4, low, limit_digits, decimals, charset_text);
 
   for (int at = 0; at <= height; at += step) {
     const int entry = std::clamp(at * spectrum_count / height, 0, spectrum_count - 1);

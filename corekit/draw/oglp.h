@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "corekit/draw/colour.h"
+
 extern float oglp;  // glyph quads grow by this when above 1; the advance stays
 
 // What the renderer is, as far as drawing asks.
@@ -74,7 +76,7 @@ void OGL_scissors_end();
 // --- shapes ------------------------------------------------------------------------------------
 void OGL_fillrect(int col, float alpha, float x, float y, float dx, float dy);
 void OGL_framerect(int col, float alpha, float x, float y, float dx, float dy);
-// Between two corners, in colour 12.
+// Between two corners, in col_black.
 void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha);
 void OGL_line(int col, float alpha, float x1, float y1, float x2, float y2);
 void OGL_fillcircle(int col, float x, float y, float r);
@@ -116,7 +118,7 @@ void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy
               int charset);
 
 // --- frame -------------------------------------------------------------------------------------
-void OGL_plot_back_col();  // the whole window in colour 34
+void OGL_plot_back_col();  // the whole window in col_back
 // Ends the frame: shows what was drawn in it, unless that is what the window shows already. 1 if it
 // was shown. Nothing is cleared: each frame draws the whole window. With `goes_on` the frame is not
 // over, and what comes is drawn on top.

@@ -19,7 +19,6 @@
 
 namespace {
 
-constexpr int back_colour = 34;
 constexpr int tiles_a_side = 4;
 constexpr int tile_side = 512;
 constexpr int tile_flags = tex_interface | tex_clamp | tex_rgba;
@@ -35,7 +34,7 @@ int tile_start(int i, int length) {
 
 void OGL_plot_back_col() {
   watch_cover();
-  OGL_fillrect(back_colour, 1.0f, -mnw.x_off, -mnw.y_off, static_cast<float>(mnw.pix_dx),
+  OGL_fillrect(col_back, 1.0f, -mnw.x_off, -mnw.y_off, static_cast<float>(mnw.pix_dx),
                static_cast<float>(mnw.pix_dy));
 }
 

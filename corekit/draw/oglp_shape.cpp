@@ -40,8 +40,7 @@ void OGL_framerect(int col, float alpha, float x, float y, float dx, float dy) {
 }
 
 void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha) {
-  constexpr int plate_colour = 12;
-  OGL_fillrect(plate_colour, alpha, x1, y1, x2 - x1, y2 - y1);
+  OGL_fillrect(col_black, alpha, x1, y1, x2 - x1, y2 - y1);
 }
 
 void OGL_line(int col, float alpha, float x1, float y1, float x2, float y2) {

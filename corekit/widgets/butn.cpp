@@ -16,8 +16,6 @@ stls_record stls;
 namespace {
 
 constexpr float no_wrap = 9999.0f;
-constexpr int label_colour = 43;
-constexpr int active_label_colour = 81;
 constexpr size_t one_line_length = 12;  // a label up to this is never split
 constexpr float half_line = 5;
 
@@ -57,10 +55,10 @@ void BTN_expand_label(const std::string& label, std::string* left, std::string* 
 
 void BTN_util_draw_label(float x, float y, int side, const std::string& text, int active) {
   if (!ogl_inited || text.empty()) return;
-  const int colour = active ? active_label_colour : label_colour;
+  const int col = active ? col_label_on : col_label;
   const int just = side == 0 ? just_right : side == 1 ? just_centre : just_left;
   const auto put = [&](const std::string& line, float at) {
-    OGL_string(colour, x, at, line, no_wrap, charset_text, just);
+    OGL_string(col, x, at, line, no_wrap, charset_text, just);
   };
   if (text[0] == '-') {
     put(text.substr(1), y);
@@ -105,7 +103,7 @@ void OGL_boxed_string(float x, float y, const std::string& label, const std::str
 
   std::string left, right, help;
   BTN_expand_label(label, &left, &right, &help);
-  BTN_frame1(9, x, y + 3, width, 0);
+  BTN_frame1(strip_value, x, y + 3, width, col_as_is);
   BTN_util_draw_label(x - width / 2 - label_gap, y, 0, left, 0);
   BTN_util_draw_label(x + width / 2 + label_gap, y, 2, right, 0);
   OGL_string(col, x - width / 2 + text_inset, y, s, no_wrap, charset);

@@ -102,15 +102,41 @@ int BTN_click_in(float left, float bottom, float right, float top);
 
 // --- frames ------------------------------------------------------------------------------------
 
-// A vertical bar centred on (x, y), both whole numbers; `type` 6.
+// The types, by painter. A wrong one is a fatal alert.
+enum frame_type : int {
+  strip_plain = 0,
+  strip_bottom = 1,  // across the foot of a window
+  strip_button_up = 2,
+  strip_button_down = 3,
+  strip_trough = 4,  // of a progress bar, and what fills it
+  strip_fill = 5,
+  bar_scroll = 6,
+  strip_track = 7,  // of a level control, and its level
+  strip_level = 8,
+  strip_value = 9,  // behind what is edited
+  strip_list = 10,  // a popup list
+  box_dialog = 11,  // of a whole dialog, with close boxes
+  box_window = 12,  // of a whole window, without
+  box_group = 13,   // of widgets that belong together
+  box_panel = 14,   // of texts
+  box_dark = 15,
+  box_list = 16,
+  box_corners = 17,  // has corners of its own size
+  box_help = 18,     // a tooltip
+  box_small = 19,
+  box_page = 20,  // the wizard's, in the elements image
+};
+// What BTN_fillwin adds, besides a type of box.
+enum inner_type : int { inner_bar = 1, inner_none = 21 };
+
+// A vertical bar centred on (x, y), both whole numbers; `type` bar_scroll.
 void BTN_frame0(int type, float x, float y, float length);
-// A horizontal strip centred on (x, y); `type` 0 to 10 but for 6.
+// A horizontal strip centred on (x, y); `type` a strip_.
 void BTN_frame1(int type, float x, float y, float width, int col);
-// A box with its shadow outside (x, y), (dx, dy), and a title; `type` 11 to 20. Type 11, the frame
-// of a whole dialog, has close boxes: 1 when the left one was clicked.
+// A box with its shadow outside (x, y), (dx, dy), and a title; `type` a box_. 1 when the left
+// close box of a box_dialog was clicked.
 int BTN_frame2(int type, float x, float y, float dx, float dy, const std::string& title);
-// The panel of the whole window. `inner` 1 adds a bar at its foot, 21 nothing, others are the type
-// of an inner box.
+// The panel of the whole window. `inner` is an inner_type, or the type of an inner box.
 void BTN_fillwin(int titled, int inner);
 // A panel that fills the space left: a negative x or y is the rim, a negative dx or dy what
 // remains. next_x, next_y (may be null) is where the next panel can begin.

@@ -12,8 +12,7 @@ namespace {
 
 // Draws a button's face and its label.
 void plot_action(float x, float y, float dx, bool pressed, bool lit, const std::string& label) {
-  constexpr int face_up = 2, face_down = 3;
-  BTN_frame1(pressed ? face_down : face_up, x, y, dx, 0);
+  BTN_frame1(pressed ? strip_button_down : strip_button_up, x, y, dx, col_as_is);
   BTN_util_draw_label(x, y - 3, 1, label, lit);
 }
 
@@ -45,7 +44,6 @@ int bool_of(float x, float y, value_type* value, const std::string& label) {
 int BTN_action(float x, float y, float dx, int on, int mode, const std::string& label,
                const std::string& note) {
   constexpr float half_dy = 10, label_rim = 21, note_gap = 10, note_rise = 7, note_wrap = 500;
-  constexpr int note_colour = 45;
   if (!ogl_inited) return 0;
   std::string left, right, help;
   BTN_expand_label(label, &left, &right, &help);
@@ -55,7 +53,7 @@ int BTN_action(float x, float y, float dx, int on, int mode, const std::string& 
   plot_action(x, y, dx, false, false, on ? std::string() : left);
   if (on) plot_action(x, y, dx, true, mode == 2, left);
   if (!note.empty()) {
-    OGL_string(note_colour, x + half + note_gap, y + note_rise, note, note_wrap);
+    OGL_string(col_note, x + half + note_gap, y + note_rise, note, note_wrap);
   }
 
   BTN_hover(x - half, y - half_dy, x + half, y + half_dy, help);
@@ -89,8 +87,8 @@ int BTN_bool(float x, float y, int* value, const std::string& label, int radio) 
   if (hit) *value = !*value;
 
   const int kind = radio ? 1 : 0;
-  BTN_util_element(x, y + rise, boxes[kind].u, boxes[kind].v, half, half, 0);
-  if (*value) BTN_util_element(x, y + rise, marks[kind].u, marks[kind].v, half, half, 0);
+  BTN_util_element(x, y + rise, boxes[kind].u, boxes[kind].v, half, half, col_as_is);
+  if (*value) BTN_util_element(x, y + rise, marks[kind].u, marks[kind].v, half, half, col_as_is);
   BTN_util_draw_label(x - label_gap, y, 0, left, 0);
   BTN_util_draw_label(x + label_gap, y, 2, right, 0);
   return hit;
@@ -120,7 +118,6 @@ int BTN_tab(int column, int row, int* value, int my_value, const std::string& la
   constexpr float pitch_dx = 88, first_x = 53, pitch_dy = 32, first_y = 38;
   constexpr float cell_dx = 98, cell_dy = 26, cell_u = 204, cell_v = 459, cell_v_selected = 486;
   constexpr float no_wrap = 9999;
-  constexpr int selected_colour = 41, other_colour = 42;
   if (!ogl_inited) return 0;
   const float x = static_cast<float>(column) * pitch_dx + first_x;
   const float y = mnw.win_dy - first_y - pitch_dy * static_cast<float>(row);
@@ -132,7 +129,7 @@ int BTN_tab(int column, int row, int* value, int my_value, const std::string& la
   if (hit) *value = my_value;
   const bool selected = *value == my_value;
   BTN_cell(x - cell_dx / 2, y - cell_dy / 2, cell_u, selected ? cell_v_selected : cell_v, cell_dx,
-           cell_dy, 0);
-  OGL_string(selected ? selected_colour : other_colour, x - 40, y - 4, left, no_wrap);
+           cell_dy, col_as_is);
+  OGL_string(selected ? col_tab_on : col_tab_off, x - 40, y - 4, left, no_wrap);
   return hit;
 }

@@ -108,20 +108,19 @@ struct frame1_row {
 };
 constexpr float half_seen = 10;  // of a strip's height; the rest is shadow
 constexpr frame1_row frame1_rows[] = {
-    {0, 10, 100, 26, 1, 487, 90, 0, 3},
-    {1, 20, 100, 26, 102, 487, 80, 0, 3},  // window bottom bar
-    {2, 10, 52, 26, 304, 486, 42, 0, 0},   // button up
-    {3, 10, 52, 26, 304, 459, 42, 0, 0},   // button down
-    {4, 10, 28, 16, 112, 161, 18, 0, 0},
-    {5, 10, 28, 16, 83, 161, 18, 0, 0},
-    {7, 10, 65, 24, 240, 242, 55, 0, 0},
-    {8, 7, 16, 16, 289, 219, 9, 0, 0},
-    {9, 10, 51, 26, 262, 133, 41, 4, 0},  // value box
-    {10, 26, 68, 24, 357, 488, 42, 4, 0},
+    {strip_plain, 10, 100, 26, 1, 487, 90, 0, 3},
+    {strip_bottom, 20, 100, 26, 102, 487, 80, 0, 3},
+    {strip_button_up, 10, 52, 26, 304, 486, 42, 0, 0},
+    {strip_button_down, 10, 52, 26, 304, 459, 42, 0, 0},
+    {strip_trough, 10, 28, 16, 112, 161, 18, 0, 0},
+    {strip_fill, 10, 28, 16, 83, 161, 18, 0, 0},
+    {strip_track, 10, 65, 24, 240, 242, 55, 0, 0},
+    {strip_level, 7, 16, 16, 289, 219, 9, 0, 0},
+    {strip_value, 10, 51, 26, 262, 133, 41, 4, 0},
+    {strip_list, 26, 68, 24, 357, 488, 42, 4, 0},
 };
 
 // The vertical bar: 20 pixels wide, caps of 10, tiles of 20.
-constexpr int frame0_type = 6;
 constexpr float frame0_width = 20, frame0_u = 102, frame0_v = 248, frame0_extra = 8;
 // Kept as it stands: a cut tile shows tile - cap of `tile`, which squeezes it a little.
 constexpr axis_cut frame0_cut = {10, 30, 40, (30.0f - 10.0f) / 30.0f};
@@ -136,23 +135,25 @@ struct frame2_row {
   int title_colour;
 };
 constexpr frame2_row frame2_rows[] = {
-    {11, 1, 358, 100, 9, 14, 4, 40},   {12, 102, 358, 100, 9, 14, 4, 43},
-    {13, 203, 358, 100, 9, 14, 4, 43}, {14, 304, 358, 100, 9, 14, 4, 43},
-    {15, 405, 358, 100, 9, 14, 4, 47}, {16, 1, 289, 68, 2, 2, 2, 43},
-    {17, 70, 315, 42, 8, 13, 2, 43},   {18, 113, 315, 42, 8, 13, 2, 43},
-    {19, 440, 12, 44, 6, 9, 4, 43},    {20, 982, 2, 41, 1, 1, 1, 43},
+    {box_dialog, 1, 358, 100, 9, 14, 4, col_dialog_title},
+    {box_window, 102, 358, 100, 9, 14, 4, col_label},
+    {box_group, 203, 358, 100, 9, 14, 4, col_label},
+    {box_panel, 304, 358, 100, 9, 14, 4, col_label},
+    {box_dark, 405, 358, 100, 9, 14, 4, col_light},
+    {box_list, 1, 289, 68, 2, 2, 2, col_label},
+    {box_corners, 70, 315, 42, 8, 13, 2, col_label},
+    {box_help, 113, 315, 42, 8, 13, 2, col_label},
+    {box_small, 440, 12, 44, 6, 9, 4, col_label},
+    {box_page, 982, 2, 41, 1, 1, 1, col_label},  // in the elements image
 };
-constexpr int dialog_frame = 11;
-constexpr int corner_frame = 17;    // has corners of its own size
-constexpr int elements_frame = 20;  // its picture is in the elements image
 
 axis_cut frame2_cut_across(const frame2_row& row) {
-  if (row.type == corner_frame) return {20, 22, 42, 1};
+  if (row.type == box_corners) return {20, 22, 42, 1};
   return {0.35f * row.side, 0.65f * row.side, row.side, 1};
 }
 
 axis_cut frame2_cut_upward(const frame2_row& row) {
-  if (row.type == corner_frame) return {26, 28, 42, 1};
+  if (row.type == box_corners) return {26, 28, 42, 1};
   return {0.3f * row.side, 0.7f * row.side, row.side, 1};
 }
 
@@ -188,7 +189,7 @@ bool window_has_zap_boxes() {
 
 void BTN_cell(float x, float y, float u, float v, float dx, float dy, int col) {
   OGL_2dquad_d(t_interface, col, 1.0f, x, y, u / interface_side, v / interface_side, dx, dy,
-               dx / interface_side, dy / interface_side, 5);
+               dx / interface_side, dy / interface_side, blend_mix);
 }
 
 void BTN_util_element(float x, float y, float s, float t, float half_dx, float half_dy, int col) {
@@ -196,7 +197,7 @@ void BTN_util_element(float x, float y, float s, float t, float half_dx, float h
 }
 
 void BTN_frame0(int type, float x, float y, float length) {
-  if (type != frame0_type) return bad_call("Bad BTN_frame0 call!", 301);
+  if (type != bar_scroll) return bad_call("Bad BTN_frame0 call!", 301);
   if (x != std::round(x)) return bad_call("BTN_frame0 non-int x_center!", 302);
   if (y != std::round(y)) return bad_call("BTN_frame0 non-int y_center!", 303);
   if (!ogl_inited) return;
@@ -230,19 +231,19 @@ int BTN_frame2(int type, float x, float y, float dx, float dy, const std::string
   cut_axis(frame2_cut_across(*row), dx + 2 * row->margin, across);
   cut_axis(frame2_cut_upward(*row), dy + row->below + row->above, upward);
   frame_picture picture = interface_at(row->u, row->v);
-  if (type == elements_frame) picture = {t_elements, 1024, 128, row->u, row->v};
+  if (type == box_page) picture = {t_elements, 1024, 128, row->u, row->v};
   plot_pieces(picture, x - row->margin, y - row->below, 0);
   watch_frame({x + mnw.x_off, y + mnw.y_off, x + mnw.x_off + dx, y + mnw.y_off + dy});
 
   if (!title.empty()) {
-    const float title_y = y + dy - (type == dialog_frame ? 13 : 16);
-    if (type == elements_frame) {
+    const float title_y = y + dy - (type == box_dialog ? 13 : 16);
+    if (type == box_page) {
       OGL_string(row->title_colour, x + 10, title_y, title, no_wrap);
     } else {
       OGL_string(row->title_colour, x + dx / 2, title_y, title, no_wrap, charset_text, just_centre);
     }
   }
-  if (type != dialog_frame || !window_has_zap_boxes()) return 0;
+  if (type != box_dialog || !window_has_zap_boxes()) return 0;
   return plot_zap_boxes(false) & 1;
 }
 
@@ -251,11 +252,10 @@ int BTN_zap_boxes(int state) {
 }
 
 void BTN_fillwin(int titled, int inner) {
-  constexpr int plain_frame = 12, bottom_bar = 1, bar_inner = 1, no_inner = 21;
-  BTN_frame2(titled ? dialog_frame : plain_frame, 0, 0, mnw.win_dx, mnw.win_dy, stls.window_title);
-  if (inner == bar_inner) {
-    BTN_frame1(bottom_bar, mnw.win_dx / 2, mnw.win_dy - 50, mnw.win_dx, 0);
-  } else if (inner != no_inner) {
+  BTN_frame2(titled ? box_dialog : box_window, 0, 0, mnw.win_dx, mnw.win_dy, stls.window_title);
+  if (inner == inner_bar) {
+    BTN_frame1(strip_bottom, mnw.win_dx / 2, mnw.win_dy - 50, mnw.win_dx, col_as_is);
+  } else if (inner != inner_none) {
     BTN_frame2(inner, 10, 10, mnw.win_dx - 20, mnw.win_dy - 40, "");
   }
 }

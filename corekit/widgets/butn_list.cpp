@@ -70,7 +70,6 @@ float BTN_textlist_width(const std::string& items) {
 //   an item was pressed    select_popup_code is this widget's, popup_menu_select the item: taken
 //                          here, once, and 1 is returned
 int BTN_textlist(float x, float y, int* value, const std::string& items, const std::string& label) {
-  constexpr int list_frame = 10, text_colour = 38;
   constexpr float half_dy = 5, rise = 3, text_rim = 8;
   if (!ogl_inited) return 0;
   std::string left, right, help;
@@ -91,8 +90,8 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
     open_popup(id, list, x, y, dx);
   }
 
-  BTN_frame1(list_frame, x + dx / 2, y + rise, dx, 0);
-  OGL_string(text_colour, x + text_rim, y, BTN_name_from_vector(*value, &list), no_wrap);
+  BTN_frame1(strip_list, x + dx / 2, y + rise, dx, col_as_is);
+  OGL_string(col_menu_back, x + text_rim, y, BTN_name_from_vector(*value, &list), no_wrap);
   BTN_util_draw_label(x - 12, y, 0, left, 0);
   BTN_util_draw_label(x + dx + 12, y, 2, right, 0);
   return chosen;
@@ -151,17 +150,16 @@ std::string shown_name(const std::string& name, bool folder) {
 
 void plot_list(const list_view& list, bool focused, const std::vector<std::string>& names,
                const std::vector<int>* types) {
-  constexpr int panel = 16, text_colour = 45, cursor_colour = 8, edge_colour = 43;
-  BTN_frame2(panel, list.x, list.y, list.dx, list.dy, "");
+  BTN_frame2(box_list, list.x, list.y, list.dx, list.dy, "");
   OGL_scissors(list.x + 2, list.y + 2, list.rows_right() - list.x - 2, list.dy - 4);
   const int end = std::min(list.count, *list.top + list.shown());
   for (int row = *list.top; row < end; ++row) {
     const float bottom = list.row_bottom(row), width = list.rows_right() - list.x - 2 * rim;
     if (row == *list.selected) {
-      OGL_fillrect(cursor_colour, 1, list.x + rim, bottom, width, row_dy);
-      if (focused) OGL_framerect(edge_colour, 1, list.x + rim, bottom, width, row_dy);
+      OGL_fillrect(col_mark, 1, list.x + rim, bottom, width, row_dy);
+      if (focused) OGL_framerect(col_label, 1, list.x + rim, bottom, width, row_dy);
     }
-    OGL_string(text_colour, list.x + 2 * rim, bottom + 5,
+    OGL_string(col_note, list.x + 2 * rim, bottom + 5,
                shown_name(names[static_cast<size_t>(row)], BTN_type_from_vector(row, types)),
                no_wrap);
   }

@@ -65,12 +65,11 @@ struct scroll_bar {
   }
 
   void plot_thumb(float at, bool grabbed) const {
-    constexpr int grabbed_colour = 47;
     constexpr float u = 92, half_dx = 9;
-    const int colour = grabbed ? grabbed_colour : 0;
-    BTN_util_element(x, y_high + 10, u, 277, half_dx, 11, colour);
-    BTN_util_element(x, y_low - 10, u, 227, half_dx, 11, colour);
-    BTN_util_element(x, std::round(at), u, 252, half_dx, 12, colour);
+    const int col = grabbed ? col_light : col_as_is;
+    BTN_util_element(x, y_high + 10, u, 277, half_dx, 11, col);
+    BTN_util_element(x, y_low - 10, u, 227, half_dx, 11, col);
+    BTN_util_element(x, std::round(at), u, 252, half_dx, 12, col);
   }
 };
 
@@ -90,7 +89,7 @@ int BTN_vert_slider(int index, float x, float y_low, float y_high, int low, int 
   }
   if (!ogl_inited) return 0;
   bool& grabbed = slider_grabbed[index];
-  BTN_frame0(6, x, (y_high + y_low) / 2, y_high - y_low);
+  BTN_frame0(bar_scroll, x, (y_high + y_low) / 2, y_high - y_low);
   if (high <= low) {
     grabbed = false;
     return 0;
@@ -110,19 +109,19 @@ int BTN_vert_slider(int index, float x, float y_low, float y_high, int low, int 
 
 int BTN_horz_slider(float x, float y, float dx, int col, float low, float high, float* value,
                     int enabled, const std::string& label, const std::string& tip) {
-  constexpr int track_frame = 7, level_frame = 8, no_level = 12, tip_colour = 43;
+  constexpr int no_level = col_black;
   constexpr float hover = 7, reach = 20, level_rise = 4;
   static const float* slider_grabbed = nullptr;  // the variable whose slider is dragged
   if (!ogl_inited) return 0;
   if (low == high) high = low + 0.01f;
   std::string left, right, help;
   BTN_expand_label(label, &left, &right, &help);
-  BTN_frame1(track_frame, x + dx / 2, y, dx, 0);
+  BTN_frame1(strip_track, x + dx / 2, y, dx, col_as_is);
   BTN_util_draw_label(x - 8, y, 0, left, 0);
   BTN_util_draw_label(x + dx + 8, y, 2, right, 0);
   BTN_hover(x, y - hover, x + dx, y + hover, help);
   if (!tip.empty() && BTN_mouse_in(x, y - hover, x + dx, y + hover)) {
-    OGL_string(tip_colour, x + dx / 2, y + 10, tip, no_wrap, charset_text, just_centre);
+    OGL_string(col_label, x + dx / 2, y + 10, tip, no_wrap, charset_text, just_centre);
   }
 
   if (!mnw.mouse_held) slider_grabbed = nullptr;
@@ -138,7 +137,7 @@ int BTN_horz_slider(float x, float y, float dx, int col, float low, float high, 
   const int level = static_cast<int>(part * dx) & ~1;
   if (col != no_level && level > 0) {
     const float level_dx = static_cast<float>(level);
-    BTN_frame1(level_frame, x + level_dx / 2, y + level_rise, level_dx, col);
+    BTN_frame1(strip_level, x + level_dx / 2, y + level_rise, level_dx, col);
   }
   BTN_util_element(x + std::round(part * dx), y + level_rise, 272, 278, 10, 11, 0);
   return slider_grabbed == value;

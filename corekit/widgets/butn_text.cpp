@@ -37,7 +37,6 @@ int BTN_enterstring_focused_field_id = 0;
 
 namespace {
 
-constexpr int value_box = 9, text_colour = 45;
 constexpr float no_wrap = 9999;
 constexpr int accept_keys =
     accept_delete | accept_moves | accept_letters | accept_digits | accept_signs | accept_printable;
@@ -353,7 +352,7 @@ int BTN_enter_text(float x, float y, std::string* text, const void* owner, int m
     edit_field(id, owner, text, std::max(max_length, 0), clicked);
   }
 
-  BTN_frame1(value_box, x + dx / 2 - 2, y + 3, dx + 10, 0);
+  BTN_frame1(strip_value, x + dx / 2 - 2, y + 3, dx + 10, col_as_is);
   BTN_util_draw_label(x - 12, y, 0, left, 0);
   BTN_util_draw_label(x + dx + 6, y, 2, right, 0);
   // The caret's line is 11 high, and the text keeps to it.
@@ -361,7 +360,7 @@ int BTN_enter_text(float x, float y, std::string* text, const void* owner, int m
   if (focused) {
     OGLE_Draw(BTN_enterstring_ogle, 1);
   } else {
-    OGL_string(text_colour, x, y, *text, no_wrap);
+    OGL_string(col_note, x, y, *text, no_wrap);
   }
   OGL_scissors_end();
   OGLE_input = nullptr;

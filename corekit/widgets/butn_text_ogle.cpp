@@ -16,7 +16,6 @@ int OGLE_edit = 0;
 
 namespace {
 
-constexpr int text_colour = 45, selection_colour = 8;
 constexpr float no_wrap = 9999;
 constexpr float line_height = 11, text_rise = 2;  // the text stands this far above its line's foot
 constexpr float beyond_field = 1024;  // a field does not wrap before its text is so wide
@@ -85,14 +84,14 @@ int OGLE_FitStringRev(OGLE_Rec*, const char* begin, const char* end, float width
 }
 
 void OGLE_DrawString(OGLE_Rec*, const char* begin, const char* end, float x, float y) {
-  OGL_string(text_colour, x, y + text_rise, std::string(begin, end), no_wrap);
+  OGL_string(col_note, x, y + text_rise, std::string(begin, end), no_wrap);
 }
 
 void OGLE_DrawSelection(OGLE_Rec*, const OGLE_Bounds& bounds) {
   if (bounds.left == bounds.right) {
-    OGL_line(text_colour, 1, bounds.left, bounds.bottom, bounds.left, bounds.top);
+    OGL_line(col_note, 1, bounds.left, bounds.bottom, bounds.left, bounds.top);
   } else {
-    OGL_fillrect(selection_colour, 1, bounds.left, bounds.bottom, bounds.right - bounds.left,
+    OGL_fillrect(col_mark, 1, bounds.left, bounds.bottom, bounds.right - bounds.left,
                  bounds.top - bounds.bottom);
   }
 }

@@ -20,7 +20,6 @@
 namespace {
 
 constexpr float cell_pitch = 10, no_wrap = 9999;
-constexpr int value_box = 9, text_colour = 45, cursor_colour = 8;
 constexpr int most_digits = 15;   // what a number's magnitude holds exactly while it is edited
 constexpr int most_columns = 10;  // whose arrows respond
 
@@ -45,7 +44,7 @@ struct cell_row {
   }
 
   void plot_cursor(int cell) const {
-    OGL_fillrect(cursor_colour, 1, x + static_cast<float>(cell) * cell_pitch + 2, y - 2, 9, 11);
+    OGL_fillrect(col_mark, 1, x + static_cast<float>(cell) * cell_pitch + 2, y - 2, 9, 11);
   }
 
   bool mouse_on_cells() const { return BTN_mouse_in(x, y - 2, x + width(), y + 8); }
@@ -72,7 +71,7 @@ void plot_labels(const cell_row& row, const std::string& left, const std::string
 }
 
 void plot_number_box(const cell_row& row) {
-  BTN_frame1(value_box, row.x + static_cast<float>(row.count) * 5 - 1, row.middle(),
+  BTN_frame1(strip_value, row.x + static_cast<float>(row.count) * 5 - 1, row.middle(),
              row.width() + 15, 0);
 }
 
@@ -201,7 +200,7 @@ int BTN_flt_range(float x, float y, float* value, int digits, int decimals, floa
   row.plot_arrows();
   plot_labels(row, left, right);
   if (focused) row.plot_cursor(hot_digit);
-  OGL_number(text_colour, x + 3, y, *value, digits, decimals, charset_fixed);
+  OGL_number(col_note, x + 3, y, *value, digits, decimals, charset_fixed);
   return *value != before;
 }
 
@@ -262,7 +261,7 @@ void BTN_display_number(float x, float y, float value, int digits, int decimals,
   BTN_expand_label(label, &left, &right, &help);
   plot_number_box(row);
   plot_labels(row, left, right);
-  OGL_number(text_colour, x + 3, y, value, digits, decimals, charset_fixed);
+  OGL_number(col_note, x + 3, y, value, digits, decimals, charset_fixed);
 }
 
 int enter_lat_lon(float* lat, float* lon, float x, float y, int decimals) {
@@ -338,12 +337,13 @@ int BTN_chars(float x, float y, char* text, int length, const std::string& label
   int column;
   if (const int by = row.clicked_arrow(&column)) text[column] = turned(text[column], by);
 
-  BTN_frame1(value_box, x + static_cast<float>(length) * 5 + 1, row.middle(), row.width() + 11, 0);
+  BTN_frame1(strip_value, x + static_cast<float>(length) * 5 + 1, row.middle(), row.width() + 11,
+             0);
   row.plot_arrows();
   plot_labels(row, left, right);
   if (focused) row.plot_cursor(hot_digit);
   for (int i = 0; i < length; ++i) {
-    OGL_string(text_colour, x + 3 + static_cast<float>(i) * cell_pitch, y,
+    OGL_string(col_note, x + 3 + static_cast<float>(i) * cell_pitch, y,
                std::string(1, text[i] ? text[i] : ' '), no_wrap, charset_fixed);
   }
   return before != std::string_view(text, static_cast<size_t>(length));

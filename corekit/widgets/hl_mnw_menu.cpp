@@ -28,7 +28,6 @@ namespace {
 
 constexpr float bar_dy = 18, title_rim = 10;
 constexpr float item_dy = 14, item_rim = 8, text_rise = 6;
-constexpr int back_colour = 38, edge_colour = 37, lit_colour = 44, text_colour = 43;
 constexpr float no_wrap = 9999;
 constexpr int accepted_versions[] = {900, 0};
 constexpr const char* language_folders[] = {
@@ -125,18 +124,18 @@ void plot_items(const item_list& list) {
   const int lit = item_under_mouse(list);
   const float dx = list.right - list.left;
   watch_cover();
-  OGL_fillrect(back_colour, 1, list.left, list.bottom, dx, list.top - list.bottom);
+  OGL_fillrect(col_menu_back, 1, list.left, list.bottom, dx, list.top - list.bottom);
   for (int i = list.first; i < list.end; ++i) {
     const float y = list.top - static_cast<float>(i - list.first + 1) * item_dy;
     if (is_separator(m.items[i])) {
       const float middle = y + item_dy / 2;
-      OGL_line(edge_colour, 1, list.left + item_rim, middle, list.right - item_rim, middle);
+      OGL_line(col_menu_edge, 1, list.left + item_rim, middle, list.right - item_rim, middle);
       continue;
     }
-    if (i == lit) OGL_fillrect(lit_colour, 1, list.left, y, dx, item_dy);
-    OGL_string(text_colour, list.left + item_rim, y + text_rise, m.items[i].text, no_wrap);
+    if (i == lit) OGL_fillrect(col_menu_lit, 1, list.left, y, dx, item_dy);
+    OGL_string(col_label, list.left + item_rim, y + text_rise, m.items[i].text, no_wrap);
   }
-  OGL_framerect(edge_colour, 1, list.left, list.bottom, dx, list.top - list.bottom);
+  OGL_framerect(col_menu_edge, 1, list.left, list.bottom, dx, list.top - list.bottom);
 }
 
 void plot_bar() {
@@ -145,12 +144,12 @@ void plot_bar() {
   for (int slot = 0; slot < std::min<int>(popup_slot, static_cast<int>(menu.size())); ++slot) {
     const menu_record& m = menu[slot];
     if (m.title.empty()) continue;
-    if (!has_bar) OGL_fillrect(back_colour, 1, 0, mnw.win_dy - bar_dy, mnw.win_dx, bar_dy);
+    if (!has_bar) OGL_fillrect(col_menu_back, 1, 0, mnw.win_dy - bar_dy, mnw.win_dx, bar_dy);
     has_bar = true;
     if (slot == mnw.popup_code) {
-      OGL_fillrect(lit_colour, 1, m.left, m.bottom, m.right - m.left, bar_dy);
+      OGL_fillrect(col_menu_lit, 1, m.left, m.bottom, m.right - m.left, bar_dy);
     }
-    OGL_string(text_colour, m.left + title_rim / 2, m.bottom + text_rise + 2, m.title, no_wrap);
+    OGL_string(col_label, m.left + title_rim / 2, m.bottom + text_rise + 2, m.title, no_wrap);
   }
 }
 

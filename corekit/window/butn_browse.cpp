@@ -28,7 +28,7 @@ namespace {
 
 // --- preview -------------------------------------------------------------------------------------
 
-constexpr int preview_ref = 408, light_colour = 47, dark_plate = 15;
+constexpr int preview_ref = 408;
 constexpr float right_x = 331, right_dx = 220, head_y = 300, head_dy = 120, rim = 10;
 
 // What the panel shows of one file; read anew when the path is another.
@@ -69,13 +69,13 @@ void read_preview(const std::string& path) {
 
 void plot_preview(const std::string& path) {
   if (path != preview.path) read_preview(path);
-  BTN_frame2(dark_plate, right_x, 70, right_dx, 220, "");
-  BTN_frame2(dark_plate, right_x, head_y, right_dx, head_dy, "");
+  BTN_frame2(box_dark, right_x, 70, right_dx, 220, "");
+  BTN_frame2(box_dark, right_x, head_y, right_dx, head_dy, "");
   if (preview.has_picture) {
-    OGL_2dquad_d(preview_ref, 0, 1, right_x + rim, 310, 0, 0, right_dx - 2 * rim, head_dy - 2 * rim,
-                 1, 1, 5);
+    OGL_2dquad_d(preview_ref, col_as_is, 1, right_x + rim, 310, 0, 0, right_dx - 2 * rim,
+                 head_dy - 2 * rim, 1, 1, blend_mix);
   }
-  if (!preview.text.empty()) OGL_string(light_colour, 341, 270, preview.text, 200);
+  if (!preview.text.empty()) OGL_string(col_light, 341, 270, preview.text, 200);
 }
 
 float width_of_browser(int open_save, int file_type) {
@@ -209,7 +209,7 @@ void plot_path(float dx) {
   if (PLT_is_utf8(shown)) shown = PLT_latin1_from_utf8(shown, '?');
   if (shown.size() > longest) shown = "..." + shown.substr(shown.size() - longest);
   OGL_scissors(rim, head_y, dx, head_dy);
-  OGL_string(light_colour, 2 * rim, head_y + head_dy - 55, shown, dx - 2 * rim);
+  OGL_string(col_light, 2 * rim, head_y + head_dy - 55, shown, dx - 2 * rim);
   OGL_scissors_end();
 }
 
@@ -339,11 +339,11 @@ bool escape_leaves() {
 void stand_io_dialog(int open_save, int file_type, const std::string& path) {
   if (!ogl_inited) return;
   OGL_plot_back_col();
-  BTN_fillwin(1, 21);
+  BTN_fillwin(1, inner_none);
   const UTL_text title = file_type == file_type_folder ? "Folder"
                          : open_save == win_file_save  ? "Save"
                                                        : "Open";
-  BTN_frame2(dark_plate, rim, head_y, width_of_browser(open_save, file_type), head_dy, tr(title));
+  BTN_frame2(box_dark, rim, head_y, width_of_browser(open_save, file_type), head_dy, tr(title));
   if (has_preview(open_save, file_type)) plot_preview(path);
 }
 

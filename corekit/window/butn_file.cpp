@@ -134,7 +134,6 @@ enum wait_result { wait_chosen, wait_cancelled, wait_browse };
 // up, or choose in this window instead.
 wait_result wait_for_picker(const std::string& prompt, std::string* path) {
   constexpr float dx = 360, dy = 110;
-  constexpr int panel = 13, text_colour = 43;
   MACIBM_startwind(win_file_open, 0);
   wait_result result = wait_cancelled;
   while (mnw.win_id == win_file_open && !app_done) {
@@ -147,10 +146,10 @@ wait_result wait_for_picker(const std::string& prompt, std::string* path) {
     }
     stls.window_title = prompt;
     OGL_plot_back_col();
-    BTN_fillwin(1, 21);
+    BTN_fillwin(1, inner_none);
     const float x = std::round((mnw.win_dx - dx) / 2), y = std::round((mnw.win_dy - dy) / 2);
-    BTN_frame2(panel, x, y, dx, dy, "");
-    OGL_string(text_colour, x + dx / 2, y + 70, tr("Waiting for the folder window..."), 9999,
+    BTN_frame2(box_group, x, y, dx, dy, "");
+    OGL_string(col_label, x + dx / 2, y + 70, tr("Waiting for the folder window..."), 9999,
                charset_text, just_centre);
     const int browse = BTN_action(x + dx / 2 - 80, y + 30, 120, 0, 1, tr("Choose Here"), "");
     const int cancel = BTN_action(x + dx / 2 + 80, y + 30, 120, 0, 1, tr("Cancel"), "");

@@ -30,7 +30,6 @@ constexpr int64_t list_budget = 1'000'000;  // bytes
 constexpr char list_path[] = "Resources/preferences/serverlist9.txt";
 constexpr char zip_path[] = "Resources/preferences/installer.zip";
 
-constexpr int title_colour = 49, text_colour = 47, state_colour = 58;
 constexpr float text_x = 35, text_top = 250, line_dy = 14, state_y = 50, button_y = 17;
 
 // --- the list of releases -----------------------------------------------------------------------
@@ -145,17 +144,17 @@ std::string state_line() {
 
 void plot_text() {
   const float wrap = mnw.win_dx - 2 * text_x;
-  OGL_string(title_colour, text_x, text_top, skyvane_version_title, wrap);
+  OGL_string(col_white, text_x, text_top, skyvane_version_title, wrap);
   float y = text_top - 2 * line_dy;
   const std::string lines[] = {
       tr("Skyvane, its scenery and this program are made by Tessaron Labs."),
       tr("Thanks to all who have flown the test releases."), "",
       std::string("http://") + APP.web_host + "/", version_line()};
   for (const std::string& line : lines) {
-    OGL_string(text_colour, text_x, y, line, wrap);
+    OGL_string(col_light, text_x, y, line, wrap);
     y -= line_dy;
   }
-  OGL_string(state_colour, text_x, state_y, state_line(), wrap);
+  OGL_string(col_state, text_x, state_y, state_line(), wrap);
 }
 
 void plot_buttons() {
@@ -229,8 +228,8 @@ void MACIBM_about() {
   while (mnw.win_id == win_about) {
     about_step_on();
     OGL_plot_back_col();
-    BTN_fillwin(1, 21);
-    BTN_subwin(0, 15, -1, 35, -1, -1, "", nullptr, nullptr);
+    BTN_fillwin(1, inner_none);
+    BTN_subwin(0, box_dark, -1, 35, -1, -1, "", nullptr, nullptr);
     plot_text();
     plot_buttons();
     MACIBM_event_proc();

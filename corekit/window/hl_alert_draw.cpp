@@ -20,8 +20,6 @@ alert_texts_record alert_texts;
 
 namespace {
 
-constexpr int text_colour = 43;
-constexpr int no_inner = 21, panel = 14;  // frames of BTN_fillwin and BTN_subwin
 constexpr float line_ys[] = {205, 165, 125, 85};
 constexpr float where_y = 45, button_y = 18;
 constexpr float panel_y = 35;
@@ -55,7 +53,7 @@ void plot_lines(const std::string* lines, float bottom) {
     const float limit = next < 4 ? line_ys[next] + above_next : bottom;
     const float end = y - ink_below - std::floor((y - ink_below - limit) / line_dy) * line_dy;
     OGL_scissors(0, end, mnw.win_dx, y + ink_above - end);
-    OGL_string(text_colour, half, y, lines[i], wrap, charset_text, just_centre);
+    OGL_string(col_label, half, y, lines[i], wrap, charset_text, just_centre);
   }
   OGL_scissors_end();
 }
@@ -63,7 +61,7 @@ void plot_lines(const std::string* lines, float bottom) {
 void plot_message(const std::string* lines, int type, const std::string& where) {
   plot_lines(lines, type == t_exit ? where_y + above_next : panel_y);
   if (type == t_exit) {
-    OGL_string(text_colour, mnw.win_dx / 2, where_y, where, 0.9f * mnw.win_dx, charset_text,
+    OGL_string(col_label, mnw.win_dx / 2, where_y, where, 0.9f * mnw.win_dx, charset_text,
                just_centre);
   }
 }
@@ -77,7 +75,7 @@ void plot_languages() {
 
 void plot_backdrop() {
   OGL_plot_back_col();
-  BTN_fillwin(1, no_inner);
+  BTN_fillwin(1, inner_none);
 }
 
 }  // namespace
@@ -95,7 +93,7 @@ void draw_alert(const exce_class& failure, const std::string& where) {
   if (type == 0) stls.window_title = UTL_translate_string("Language/");
   while (mnw.win_id == win_alert) {
     plot_backdrop();
-    BTN_subwin(0, panel, -1, panel_y, -1, -1, "", nullptr, nullptr);
+    BTN_subwin(0, box_panel, -1, panel_y, -1, -1, "", nullptr, nullptr);
     if (type == 0) {
       plot_languages();
     } else {
@@ -128,7 +126,7 @@ int MACIBM_nuke_alert(const std::string& text, int offer_third) {
   };
   while (mnw.win_id == win_nuke_alert) {
     plot_backdrop();
-    OGL_string(text_colour, rim, mnw.win_dy - 40, question, mnw.win_dx - 2 * rim);
+    OGL_string(col_label, rim, mnw.win_dy - 40, question, mnw.win_dx - 2 * rim);
     // The first answer stands alone at the right edge; the second under it, the third beside that.
     const float right = mnw.win_dx - rim;
     const float xs[] = {right - width(0) / 2, right - width(1) / 2,

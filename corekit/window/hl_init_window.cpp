@@ -133,21 +133,19 @@ void init_window() {
 }
 
 void MACIBM_show_init(const std::string& text, float fraction) {
-  constexpr int title_colour = 12, text_colour = 12, white = 103;
-  constexpr int trough = 4, fill = 5;
   constexpr float bar_dx = 400, shortest_fill = 20.8f, no_wrap = 9999;
   // Later loads announce themselves too, but the splash is for the time before the first page.
   if (!plot_init_lights || !ogl_inited || mnw.win_id != win_none) return;
 
   const float dx = mnw.win_dx, dy = mnw.win_dy, middle = std::round(dx / 2);
-  colr.assign(white, 1, 1, 1);
-  OGL_2dquad_d(t_background, white, 1, 0, 0, 0, 0, dx, dy, dx / 1024, dy / 1024, 5);
-  OGL_string(title_colour, middle, dy / 2 + 30, APP.title, no_wrap, charset_text, just_centre);
-  OGL_string(text_colour, middle, dy / 2, text, no_wrap, charset_text, just_centre);
+  colr.assign(col_picture, 1, 1, 1);
+  OGL_2dquad_d(t_background, col_picture, 1, 0, 0, 0, 0, dx, dy, dx / 1024, dy / 1024, blend_mix);
+  OGL_string(col_black, middle, dy / 2 + 30, APP.title, no_wrap, charset_text, just_centre);
+  OGL_string(col_black, middle, dy / 2, text, no_wrap, charset_text, just_centre);
   if (fraction > 0) {
     const float length = std::clamp(fraction * bar_dx, shortest_fill, bar_dx);
-    BTN_frame1(trough, middle, dy / 2 - 30, bar_dx, 0);
-    BTN_frame1(fill, middle - bar_dx / 2 + length / 2, dy / 2 - 30, length, 0);
+    BTN_frame1(strip_trough, middle, dy / 2 - 30, bar_dx, col_as_is);
+    BTN_frame1(strip_fill, middle - bar_dx / 2 + length / 2, dy / 2 - 30, length, col_as_is);
   }
   OGL_sbuff();
 }

@@ -88,7 +88,6 @@ float mouse_rest() {
 
 void plot_tooltip(const std::string& text) {
   constexpr float panel_dx = 420, away = 16, rim = 10;
-  constexpr int frame = 18, text_colour = 43;
   const float panel_dy = std::clamp(static_cast<float>(text.size() / 50 * 10 + 20), 60.0f, 300.0f);
   // Beside the mouse on the side with more room, and inside the window in any case.
   const float left = -mnw.x_off, right = left + static_cast<float>(mnw.pix_dx);
@@ -98,8 +97,8 @@ void plot_tooltip(const std::string& text) {
   x = std::max(left, std::min(x, right - panel_dx));
   const float y = std::max(bottom, std::min(mnw.mouse_y - panel_dy, top - panel_dy));
   watch_cover();
-  BTN_frame2(frame, x, y, panel_dx, panel_dy, "");
-  OGL_string(text_colour, x + rim, y + panel_dy - 2 * rim, text, panel_dx - 2 * rim);
+  BTN_frame2(box_help, x, y, panel_dx, panel_dy, "");
+  OGL_string(col_label, x + rim, y + panel_dy - 2 * rim, text, panel_dx - 2 * rim);
 }
 
 int pointer_of(int id) {
