@@ -77,7 +77,11 @@ int run_wizard() {
 
 int run(int argc, char** argv) {
   MACIBM_init(argc, argv);
-  get_OS_abs_path(os_dir_temp, temp_path);
+  if (get_OS_abs_path(os_dir_temp, temp_path) != 0) {
+    __MACIBM_alert(win_main, "I could not make a temporary folder to work in!",
+                   "Neither the folder that TMPDIR names nor /tmp can be written.", "", "", t_exit,
+                   "Installer-f/main", 1180);
+  }
   UTIL_scan_volumes(disc_label_file);
   leave_disc(argc, argv);
   log_folders();

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "Installer-f/settings/main_stg.h"
+#include "corekit/Platform/PLT_system.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
@@ -39,8 +40,14 @@ bool next_line(std::FILE* file, char (&line)[line_size], bool& open_ended) {
   return true;
 }
 
+// A list that somebody else has put there is none: what it names would be offered as a copy.
+std::FILE* open_list(const std::string& path, PLT_own_mode mode) {
+  const int file = PLT_open_own(path, mode);
+  return file < 0 ? nullptr : fdopen(file, mode == plt_own_read ? "r" : "a");
+}
+
 bool append_line(const std::string& path, const std::string& line) {
-  std::FILE* const file = std::fopen(path.c_str(), "a");
+  std::FILE* const file = open_list(path, plt_own_append);
   if (file == nullptr) return false;
   const bool written = std::fputs(line.c_str(), file) >= 0;
   return std::fclose(file) == 0 && written;
@@ -52,7 +59,7 @@ void locate_all_skyvanes() {
   all_skyroots.clear();
   const std::string path = registry_path();
   if (path.empty()) return;
-  std::FILE* const file = std::fopen(path.c_str(), "r");
+  std::FILE* const file = open_list(path, plt_own_read);
   if (file == nullptr) return;  // no copy was ever registered
 
   char line[line_size];
@@ -77,7 +84,7 @@ void register_new_skyvane() {
   }
 
   bool open_ended = false;
-  if (std::FILE* const file = std::fopen(path.c_str(), "r")) {
+  if (std::FILE* const file = open_list(path, plt_own_read)) {
     char line[line_size];
     bool known = false;
     while (!known && next_line(file, line, open_ended))

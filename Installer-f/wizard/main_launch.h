@@ -17,7 +17,7 @@ int launch_app(const std::string& app, const std::string& path);
 // gets it. Returns if it does not run from there, or if it cannot get away: then it goes on from
 // the disc.
 //
-// The copy is told by a mark in its folder. When it ends, it keeps its log in the preferences
-// folder, and removes its folder. One that ends by a fatal alert or a signal leaves both where they
-// are, for the system's own clearing of temporary files.
+// The copy is told by a token that it is handed and a mark in its folder. When it ends, it keeps
+// its log in the preferences folder, and removes what was copied. One that ends by a fatal alert or
+// a signal leaves both where they are, for the system's own clearing of temporary files.
 void leave_disc(int argc, char** argv);

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -109,6 +110,33 @@ std::string PLT_temp_folder() {
     temp_owner = getpid();
   }
   return temp_folder;
+}
+
+std::string PLT_make_lasting_folder(std::string_view head) {
+  // Not inside the temporary folder, which goes when this process ends.
+  std::string path = PLT_temp_folder();
+  if (path.empty()) {
+    errno = ENOENT;
+    return path;
+  }
+  path.resize(path.rfind('/', path.size() - 2) + 1);
+  path += std::string(head) + std::string(name_blanks);
+  if (!mkdtemp(path.data())) return {};
+  char resolved[PATH_MAX];
+  return std::string(realpath(path.c_str(), resolved) ? resolved : path) + "/";
+}
+
+bool PLT_is_lasting_folder(const std::string& folder, std::string_view head) {
+  std::string_view name = folder;
+  if (!name.ends_with('/')) return false;
+  name.remove_suffix(1);
+  name.remove_prefix(name.rfind('/') + 1);
+  if (name.size() != head.size() + name_blanks.size() || !name.starts_with(head)) return false;
+  const int handle = open_folder(folder.substr(0, folder.size() - 1));
+  if (handle < 0) return false;
+  const bool ours = is_private_folder(handle);
+  close(handle);
+  return ours;
 }
 
 void PLT_drop_temp_folder() {

@@ -29,12 +29,27 @@ std::string PLT_desktop_folder();
 // by fork shares the folder but does not remove it.
 std::string PLT_temp_folder();
 void PLT_drop_temp_folder();
+// A new folder beside that one, with access for its user only, for what outlives this process:
+// `head` and six characters, links resolved. Empty, with errno, if there can be none.
+std::string PLT_make_lasting_folder(std::string_view head);
+// Whether `folder` is one that PLT_make_lasting_folder has made for this user, and still his alone.
+bool PLT_is_lasting_folder(const std::string& folder, std::string_view head);
 // Where the user's settings live; made on first use.
 std::string PLT_prefs_folder();
 
 // Deletes `path` with all that is in it, hidden files as well; links are removed, never followed,
 // and other volumes that are mounted inside are left alone. 0 or errno.
 int PLT_remove_tree(const std::string& path);
+
+// --- files of the program's own ------------------------------------------------------------------
+
+enum PLT_own_mode { plt_own_read, plt_own_anew, plt_own_append };
+
+// Opens a file that the program keeps for itself, and makes it if it is to be written. Refused,
+// with EPERM, is all that somebody else could have put there: a link, a pipe, a device, a file of
+// another user's or with a second name. Does not wait, and no program that is started inherits it.
+// The handle, or -1 with errno.
+int PLT_open_own(const std::string& path, PLT_own_mode mode);
 
 // --- volumes -------------------------------------------------------------------------------------
 

@@ -84,6 +84,18 @@ std::string PLT_terminal_text(std::string_view text) {
   return out;
 }
 
+unsigned char PLT_hide_controls(char* bytes, size_t count, unsigned char before) {
+  constexpr unsigned char lead_of_c1 = 0xC2;
+  for (size_t i = 0; i < count; ++i) {
+    const unsigned char byte = static_cast<unsigned char>(bytes[i]);
+    const bool steers = (byte < ' ' && byte != '\n' && byte != '\t') || byte == 0x7F ||
+                        (before == lead_of_c1 && byte >= 0x80 && byte < 0xA0);
+    if (steers) bytes[i] = '?';
+    before = byte;
+  }
+  return before;
+}
+
 bool PLT_is_utf8(std::string_view bytes) {
   while (!bytes.empty()) {
     if (take_character(bytes) < 0) return false;

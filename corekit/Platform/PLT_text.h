@@ -2,6 +2,7 @@
 // desktop's is UTF-8. Any thread.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,11 @@ std::string PLT_utf8_from_latin1(std::string_view latin1);
 // bytes as the system has them: a valid UTF-8 sequence stays, any other byte above 127 is taken for
 // a Latin-1 character. What would steer the terminal, but for line feeds and tabs, becomes "?".
 std::string PLT_terminal_text(std::string_view text);
+
+// Writes "?" over what would steer a terminal in `bytes`, but for line feeds and tabs: the controls
+// below 32 and 127, and in UTF-8 those of 128 to 159. `before` is the byte that went before, 0 at
+// the start; returns the one to hand in with what follows.
+unsigned char PLT_hide_controls(char* bytes, size_t count, unsigned char before);
 
 // Whether the bytes are UTF-8 throughout.
 bool PLT_is_utf8(std::string_view bytes);

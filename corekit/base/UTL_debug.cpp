@@ -1,4 +1,4 @@
-// What the program asks of the system to survive its peers, and the hex dump.
+// What the program asks of the system to survive its peers, the files of reports, and the hex dump.
 //
 // Main thread, at start; the dump on the failing thread.
 
@@ -7,8 +7,17 @@
 #include <algorithm>
 #include <csignal>
 
+#include "corekit/Platform/PLT_system.h"
+
 void UTL_debug_init() {
   std::signal(SIGPIPE, SIG_IGN);
+}
+
+std::FILE* UTL_open_report(const char* name, bool anew) {
+  const PLT_own_mode mode = anew ? plt_own_anew : plt_own_append;
+  int file = PLT_open_own(name, mode);
+  if (file < 0) file = PLT_open_own(PLT_prefs_folder() + name, mode);
+  return file < 0 ? nullptr : fdopen(file, anew ? "w" : "a");
 }
 
 void dump_hex(std::FILE* file, const void* start, int bytes) {

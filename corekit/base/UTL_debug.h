@@ -9,6 +9,10 @@
 // ignored.
 void UTL_debug_init();
 
+// Opens a report in the working folder, or where something lies in its way that is not ours, in the
+// preferences folder. Null if neither can be had.
+std::FILE* UTL_open_report(const char* name, bool anew);
+
 // --- memory ------------------------------------------------------------------------------------
 
 // Adds a report to "MemoryLog.txt" in the working folder, which the first report of a run makes

@@ -96,7 +96,7 @@ char mem_to_suffix(unsigned long long bytes) {
 }
 
 void dump_mem_stats(const char* label) {
-  std::FILE* const file = std::fopen(report_name, reported.exchange(true) ? "a" : "w");
+  std::FILE* const file = UTL_open_report(report_name, !reported.exchange(true));
   if (!file) return;
   std::fprintf(file, "dump_mem_stats: %s\n", label);
   const PLT_memory_sizes sizes = PLT_memory_size();

@@ -131,7 +131,7 @@ __attribute__((noinline)) void UTL_dump_stack(std::FILE* file, const stack_frame
 }
 
 void UTL_append_crawl() {
-  std::FILE* const file = std::fopen(crawl_name, "a");
+  std::FILE* const file = UTL_open_report(crawl_name, false);
   if (!file) return;
   UTL_dump_stack(file, nullptr, nullptr);
   std::fclose(file);

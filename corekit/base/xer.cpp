@@ -2,12 +2,74 @@
 
 #include "corekit/base/xer.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <ios>
 
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/Platform/PLT_text.h"
 #include "corekit/base/hl_app.h"
 
-std::ofstream xer;
+xer_class xer;
+
+// --- the stream ---------------------------------------------------------------------------------
+
+bool xer_buffer::open(const std::string& path) {
+  close();
+  before_ = 0;
+  failed_ = false;
+  file_ = PLT_open_own(path, plt_own_anew);
+  setp(bytes_, bytes_ + sizeof bytes_);
+  return file_ >= 0;
+}
+
+void xer_buffer::close() {
+  if (file_ < 0) return;
+  sync();
+  ::close(file_);
+  file_ = -1;
+}
+
+int xer_buffer::overflow(int c) {
+  if (sync() != 0) return traits_type::eof();
+  if (c == traits_type::eof()) return traits_type::not_eof(c);
+  *pptr() = static_cast<char>(c);
+  pbump(1);
+  return c;
+}
+
+int xer_buffer::sync() {
+  if (file_ < 0 || failed_) return -1;
+  const size_t count = static_cast<size_t>(pptr() - pbase());
+  before_ = PLT_hide_controls(bytes_, count, before_);
+  for (size_t at = 0; at < count;) {
+    const ssize_t put = write(file_, bytes_ + at, count - at);
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) {
+      failed_ = true;  // the run goes on without its log
+      break;
+    }
+    at += static_cast<size_t>(put);
+  }
+  setp(bytes_, bytes_ + sizeof bytes_);
+  return failed_ ? -1 : 0;
+}
+
+void xer_class::close() {
+  buffer_.close();
+}
+
+bool xer_open(const std::string& path) {
+  xer.close();
+  xer.clear();
+  const bool opened = xer.buffer_.open(path);
+  if (!opened) xer.setstate(std::ios::failbit);
+  xer << std::fixed;
+  return opened;
+}
+
+// --- the header ---------------------------------------------------------------------------------
 
 namespace {
 
@@ -19,14 +81,6 @@ std::string figure(uint32_t value) {
 }
 
 }  // namespace
-
-bool xer_open(const std::string& path) {
-  xer.close();
-  xer.clear();
-  xer.open(path, std::ios::out | std::ios::trunc);
-  xer << std::fixed;
-  return xer.is_open();
-}
 
 std::string xer_cpu_name(uint32_t cpu_type) {
   struct known_type {

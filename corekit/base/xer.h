@@ -2,15 +2,48 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
+#include <ostream>
+#include <streambuf>
 #include <string>
+
+// Collects what is written and hands it to the file in pieces. What would steer the terminal of one
+// who reads the log becomes "?": names come from servers and archives.
+class xer_buffer : public std::streambuf {
+ public:
+  ~xer_buffer() override { close(); }
+  bool open(const std::string& path);
+  void close();
+  bool is_open() const { return file_ >= 0; }
+
+ protected:
+  int overflow(int c) override;
+  int sync() override;
+
+ private:
+  int file_ = -1;  // a program that is started does not inherit it
+  bool failed_ = false;
+  unsigned char before_ = 0;  // the last byte that has been written
+  char bytes_[4096];
+};
+
+class xer_class : public std::ostream {
+ public:
+  xer_class() : std::ostream(&buffer_) {}
+  void close();
+  bool is_open() const { return buffer_.is_open(); }
+
+ private:
+  friend bool xer_open(const std::string& path);
+  xer_buffer buffer_;
+};
 
 // The log, "Skyvane Installer Log.txt" beside the application; rewritten on each run, fixed-point
 // numbers. A stream that could not be opened swallows what is written to it. It has no lock: the
 // main thread writes, and another one only when it has no other way left to report its failure.
-extern std::ofstream xer;
+extern xer_class xer;
 
-// Opens the log at `path`, truncating. Returns false if that failed; the run goes on without.
+// Opens the log at `path`, truncating. Returns false if that failed, as it does where something
+// else lies there than a file of this user's own; the run goes on without.
 bool xer_open(const std::string& path);
 
 // Writes the log's header: title, notices, system and hardware lines.

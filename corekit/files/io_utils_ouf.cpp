@@ -2,10 +2,13 @@
 
 #include "corekit/files/io_utils_ouf.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 
+#include "corekit/Platform/PLT_system.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
@@ -20,8 +23,12 @@ constexpr char no_note[] = "no-copyright-string";
 bool open_anew(const std::string& full, int type) {
   if (ouf.is_open()) ouf.close();  // only one file is written at a time: the last one wins
   ouf.clear();
-  ouf.open(full, type == ouf_text ? std::ios::out | std::ios::trunc
-                                  : std::ios::out | std::ios::trunc | std::ios::binary);
+  const int own = PLT_open_own(full, plt_own_anew);
+  if (own < 0) return false;
+  // By the handle's own name: the file that was looked at is the one that is written.
+  const std::string by_handle = "/proc/self/fd/" + std::to_string(own);
+  ouf.open(by_handle, type == ouf_text ? std::ios::out : std::ios::out | std::ios::binary);
+  close(own);
   return ouf.is_open();
 }
 }  // namespace

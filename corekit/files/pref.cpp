@@ -115,8 +115,9 @@ scan_class::scan_class(const std::string& file_path, int io_direction)
     : direction(io_direction), path(file_path) {
   // A writer needs the old file too: what was overridden for this run goes back as it was.
   read_tags(path, tags);
-  if (direction == pref_write && !path.empty())
-    open = ouf_open(path + new_suffix, ouf_text, pref_version, no_note) != 0;
+  if (direction != pref_write || path.empty()) return;
+  delete_file(path + new_suffix);  // of a run that was stopped, or somebody's link
+  open = ouf_open(path + new_suffix, ouf_text, pref_version, no_note) != 0;
 }
 
 scan_class::~scan_class() {

@@ -6,6 +6,9 @@
 
 #include "corekit/window/hl_about.h"
 
+#include <cerrno>
+
+#include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_run.h"
@@ -13,9 +16,10 @@
 #include "corekit/base/hl_types.h"
 #include "corekit/base/hl_url.h"
 #include "corekit/draw/oglp.h"
+#include "corekit/files/io_handle.h"
+#include "corekit/files/io_single.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
-#include "corekit/files/io_zip.h"
 #include "corekit/files/xmap.h"
 #include "corekit/net/http.h"
 #include "corekit/widgets/butn.h"
@@ -94,6 +98,52 @@ void check_list() {
   if (about_read_list(list_path)) about_compare(skyvane_version);
 }
 
+int code_of(single_outcome outcome) {
+  switch (outcome) {
+    case single_ok:
+      return 0;
+    case single_no_archive:
+      return 20001;
+    case single_no_memory:
+      return ENOMEM;
+    case single_unread:
+      return errno;
+    default:
+      return 20002;
+  }
+}
+
+int write_program(const std::string& path, const single_file& program) {
+  io_handle file(PLT_open_own(path, plt_own_anew));
+  if (!file) return errno;
+  int failed = io_write_all(file.get(), program.bytes, program.size);
+  if (!failed) failed = file.close();
+  return failed ? failed : make_file_executable(path.c_str());
+}
+
+// Takes the one program out of the archive, into a new folder that is this user's alone: what
+// stands beside this program may be somebody else's. 0 or a code for error_str.
+int unpack_installer() {
+  constexpr uint64_t most = 512u << 20;
+  const io_handle archive(PLT_open_own(zip_path, plt_own_read));
+  if (!archive) return 20001;
+  const unsigned char* bytes = nullptr;
+  size_t size = 0;
+  single_file program;
+  single_outcome outcome = io_load_archive(archive.get(), most, bytes, size);
+  if (outcome == single_ok) outcome = io_read_single(bytes, size, most, program);
+  if (outcome != single_ok) return code_of(outcome);
+  const std::string leaf(path_leaf(program.name));
+  if (program.is_link || leaf.empty() || leaf == "." || leaf == ".." ||
+      leaf.find('\0') != std::string::npos) {
+    return 20002;
+  }
+  const std::string folder = PLT_make_lasting_folder("skyvane-update-");
+  if (folder.empty()) return errno;
+  about.installer_app_name = folder + leaf;
+  return write_program(about.installer_app_name, program);
+}
+
 void step_download() {
   switch (http.net_check(installer_slot, about.installer.server, about.installer.path, zip_path)) {
     case http_failed:
@@ -105,7 +155,7 @@ void step_download() {
     default:
       return;
   }
-  const int code = zip_to_file(zip_path, "", &about.installer_app_name, 0);
+  const int code = unpack_installer();
   delete_file(zip_path);
   if (code != 0) {
     settle(with_code(tr("There was an error unzipping the installer: %s (%d)"), code));

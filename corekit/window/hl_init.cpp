@@ -69,7 +69,8 @@ void MACIBM_init(int argc, const char* const* argv) {
   app_path.clear();
   if (is_build) g_case_sensitive = 0;
   const std::string app_folder = enter_app_folder();
-  xer_open(app_folder + log_name);
+  // Where the program's folder cannot be written, or something of another's lies in the way.
+  if (!xer_open(app_folder + log_name)) xer_open(PLT_prefs_folder() + log_name);
 
   hl_math_init();
   xer_header();

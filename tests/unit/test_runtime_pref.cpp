@@ -172,17 +172,16 @@ TEST_F(RuntimePref, AFailedWriteKeepsTheOldFile) {
   overwrite(path, old);
   // Where the new file should go stands a folder.
   std::filesystem::create_directory(path + ".new");
+  overwrite(path + ".new/inside", "");
   EXPECT_EQ(write({.streams = 3}), old);
   EXPECT_NE(log.text().find("I could not save the file!"), std::string::npos);
-  std::filesystem::remove(path + ".new");
-  // The device is full only when the stream is closed.
-  ASSERT_EQ(symlink("/dev/full", (path + ".new").c_str()), 0);
-  EXPECT_EQ(write({.streams = 3}), old);
-  EXPECT_NE(log.text().find("WARNING: the file " + path + " stays as it was: No space left"),
-            std::string::npos)
-      << log.text();
-  EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(path + ".new")));
+  std::filesystem::remove_all(path + ".new");
+  // A link there is no way to a file elsewhere.
+  const std::string elsewhere = log.folder / "elsewhere";
+  overwrite(elsewhere, "mine");
+  ASSERT_EQ(symlink(elsewhere.c_str(), (path + ".new").c_str()), 0);
   EXPECT_NE(write({.streams = 3}), old);
+  EXPECT_EQ(content_of(elsewhere), "mine");
   EXPECT_FALSE(std::filesystem::exists(path + ".new"));
   const std::string deep = log.folder / "new/Test.prf";
   {
