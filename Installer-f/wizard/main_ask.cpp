@@ -94,6 +94,13 @@ struct answer_button {
   int answer;
 };
 
+// Marks the button that Return and Escape press.
+void plot_focus(const answer_button& button) {
+  constexpr float half_dy = 10, rim = 2;
+  OGL_framerect(col_light, 1, button.x - button.dx / 2 - rim, button.y - half_dy - rim,
+                button.dx + 2 * rim, 2 * (half_dy + rim));
+}
+
 // Draws the buttons; the answer of the first one pressed, or 0 for none.
 int pressed_answer(const answer_button* buttons, int count) {
   for (int i = 0; i < count; ++i) {
@@ -111,12 +118,14 @@ int abort_alert(const std::string& question, const std::string& label_1, const s
 
   constexpr int first = 1, second = 2;  // 0 stands for no button, so the answer is mapped below
   const answer_button buttons[] = {{96, 56, 100, label_1, first}, {96, 31, 100, label_2, second}};
+  const answer_button& focused = buttons[1];
 
   // Below y 66 are the buttons; between 160 and the title a long question finds a line more.
   constexpr float usual_y = 160, highest_y = 170;
   constexpr size_t usual_lines = 9, most_lines = 11;
 
   MACIBM_startwind(win_abort_alert, 0);
+  if (mnw.win_id != win_abort_alert) return 3;
   const float wrap = mnw.win_dx - 2 * text_x;
   std::vector<std::string> lines = lines_of(question, wrap);
   cut_end(lines, most_lines, wrap);
@@ -127,13 +136,15 @@ int abort_alert(const std::string& question, const std::string& label_1, const s
     plot_lines(lines, y);
     OGL_string(col_label, 150, 53, line_1, mnw.win_dx - 210);
     OGL_string(col_label, 150, 28, line_2, mnw.win_dx - 210);
-    if (const int answer = pressed_answer(buttons, 2)) {
+    plot_focus(focused);
+    const int answer = escape_hit ? focused.answer : pressed_answer(buttons, 2);
+    if (answer) {
       MACIBM_startwind(win_main, 0);
       return answer == first ? 1 : 0;
     }
     MACIBM_event_proc();
   }
-  return 3;
+  return 0;  // closed by Return, by its box or by the window's: a slip gives nothing up
 }
 
 int UTIL_cancel_install(const std::string& header, const std::string& advice,

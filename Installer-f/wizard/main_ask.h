@@ -3,8 +3,9 @@
 
 #include <string>
 
-// Two buttons, each beside its line. 1 for the first, 0 for the second, 3 when the question was
-// closed or could not be put. Callers put "Cancel" or "Stop" first, so 0 always means go on.
+// Two buttons, each beside its line. 1 for the first, 0 for the second, 3 when the question could
+// not be put. Callers put "Cancel" or "Stop" first, so 0 always means go on. The second has the
+// focus: whatever closes the question, Return, Escape, its box or the window's, answers 0.
 int abort_alert(const std::string& question, const std::string& label_1, const std::string& line_1,
                 const std::string& label_2, const std::string& line_2);
 
