@@ -1,9 +1,10 @@
 // Questions that the engine puts to a path before it acts on it. No globals are written; the
-// destination is read.
+// destination and the disk are read.
 
 #include "Installer-f/engine/utils_decide.h"
 
 #include "Installer-f/settings/main_stg.h"
+#include "corekit/files/io_utils.h"
 
 std::string_view installed_part(std::string_view path) {
   const size_t slash = path.find('/');
@@ -19,6 +20,12 @@ std::string install_location(std::string_view path) {
   std::string location;
   location.reserve(dest_dir_path.size() + part.size());
   return location.append(dest_dir_path).append(part);
+}
+
+std::string location_on_disk(std::string_view path) {
+  std::string location = install_location(path);
+  if (g_case_sensitive) findPath(location);
+  return location;
 }
 
 int path_has_no_file(std::string_view path) {

@@ -1,5 +1,6 @@
 // What the engine's decisions need to know of a path. Pure functions of their arguments, except
-// install_location, which reads dest_dir_path; callable from any thread.
+// for the two locations, which read dest_dir_path and, the second, the disk; callable from any
+// thread.
 #pragma once
 
 #include <string>
@@ -14,6 +15,11 @@ std::string_view installed_part(std::string_view path);
 
 // Where the file of a manifest path lies on disk: dest_dir_path and the installed part.
 std::string install_location(std::string_view path);
+
+// Where it lies now. The verification finds a file under another case of letters, too, and it is
+// replaced or deleted under the spelling that it has on disk: under the manifest's own, the old one
+// would stay beside the new and be found again for ever.
+std::string location_on_disk(std::string_view path);
 
 // 1 if `path` names a folder. REQUIRES: not empty.
 int path_has_no_file(std::string_view path);

@@ -116,9 +116,10 @@ void delete_files() {
     file_version_struct& current = history.current();
     if (!current.need_delete) continue;
 
-    const std::string location = install_location(current.path);
+    const std::string location = location_on_disk(current.path);
     stg.activity = activity_deleting;
-    const int code = gate ? gate->remove_file(installed_part(current.path)) : ENOENT;
+    const std::string_view inside = std::string_view(location).substr(dest_dir_path.size());
+    const int code = gate ? gate->remove_file(inside) : ENOENT;
     if (stg.log_actions) xer << "DELETING  file " << location << ", with result=" << code << ".\n";
     note_emptied_folders(location, folders);
     if (show_del_err(code)) {
@@ -127,6 +128,17 @@ void delete_files() {
     }
     current.sig_match = 0;
     current.sig_have = sig_none;
+  }
+  remove_emptied_folders(folders);
+}
+
+void remove_unused_folders() {
+  std::set<std::string> folders;
+  for (const file_history_struct& history : sim_info) {
+    const file_version_struct& current = history.current();
+    if (current.need_fetch && current.sig_have == sig_none) {
+      note_emptied_folders(install_location(current.path), folders);
+    }
   }
   remove_emptied_folders(folders);
 }

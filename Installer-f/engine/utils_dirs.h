@@ -14,6 +14,9 @@ int make_dirs();
 // Carries out the delete decisions and removes the folders that become empty. Failures are logged.
 void delete_files();
 
+// When a job is given up: removes the folders that were made for files that have not come.
+void remove_unused_folders();
+
 // Tells the user which folder could not be made, and why.
 void make_dir_error(const std::string& path, int code);
 

@@ -165,7 +165,9 @@ dvd_unpack_task::dvd_unpack_task(int32_t index, std::shared_ptr<gate_class> copy
   temp_file.append(temp_path)
       .append(record_->sig_want)
       .append(str_format("_%d.%s", file_index, suffix.c_str()));
-  dest_file = install_location(record_->path);
+  base_ = dest_dir_path.size();
+  dest_file = record_->sig_have == sig_none ? install_location(record_->path)
+                                            : location_on_disk(record_->path);
   // The manifest tells the size of a zip. Other packers may do worse, but not worse than not
   // packing.
   most_archive_ = place_budget(record_->zip_kb);
@@ -224,7 +226,7 @@ int dvd_unpack_task::copy_from(int disc_file) {
 void dvd_unpack_task::unpack_archive() {
   // What failed before passes through here only to be reported.
   if (outcome_ == went_well) {
-    const place_order order{installed_part(record_->path), record_->sig_want,
+    const place_order order{std::string_view(dest_file).substr(base_), record_->sig_want,
                             place_budget(record_->raw_kb)};
     io_handle file;
     if (!copy_) {

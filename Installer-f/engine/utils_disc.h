@@ -77,6 +77,7 @@ class dvd_unpack_task : public UTL_work_task {
   void unpack_archive();
   void drop_archive();
 
+  size_t base_;  // characters of dest_file that are the destination's
   std::shared_ptr<gate_class> copy_, temp_;
   file_version_struct* record_;  // the worker writes its sig_have and sig_match
   uint64_t most_archive_;        // bytes

@@ -21,6 +21,7 @@
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/files/io_utils.h"
 
 int32_t g_want_sim = 1;
 int32_t g_want_global = 1;
@@ -168,6 +169,21 @@ void share_progress() {
   }
 }
 
+// --- sectors ---------------------------------------------------------------------------------
+
+// Whether the folder that holds the tile, and tiles of its sector alone, is on disk: it is made
+// when the sector is chosen and goes with its last tile when the sector is taken away. So a sector
+// whose tiles have all been lost, or never came, is still told from one that nobody wanted. Nothing
+// tells them apart where a release keeps tiles of several sectors in one folder, or where somebody
+// has removed the folder as well.
+bool has_folder_of_sector(const file_version_struct& tile) {
+  std::string_view folder = path_folder(tile.path);
+  if (folder.empty()) return false;
+  const std::string_view name = path_leaf(folder.substr(0, folder.size() - 1));
+  return sector_cell_of(name) == sector_cell(tile.lon_index, tile.lat_index) &&
+         dir_exists(install_location(folder));
+}
+
 }  // namespace
 
 void set_install_filter(int want_sim, int want_global) {
@@ -192,8 +208,9 @@ void scenery_from_install() {
   std::fill(std::begin(stg.sector_selected), std::end(stg.sector_selected), 0);
   for (const file_history_struct& history : sim_info) {
     const file_version_struct& current = history.current();
-    if (current.is_global && !(current.sig_have == sig_none))
-      stg.sector_selected[sector_cell(current.lon_index, current.lat_index)] = 1;
+    if (!current.is_global) continue;
+    int& selected = stg.sector_selected[sector_cell(current.lon_index, current.lat_index)];
+    if (!selected) selected = !(current.sig_have == sig_none) || has_folder_of_sector(current);
   }
 }
 

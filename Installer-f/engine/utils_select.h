@@ -23,8 +23,10 @@ int want_this_f(int history, int version);
 // Whether the tile's 10-degree sector is one that the user wants. REQUIRES: is_global.
 bool sector_is_selected(const file_version_struct& tile);
 
-void scenery_take_all();      // selects every sector that the manifest offers
-void scenery_from_install();  // selects the sectors that have a tile on disk
+void scenery_take_all();  // selects every sector that the manifest offers
+// Selects the sectors that have a tile on disk, or the folder that is theirs alone: one whose tiles
+// have been lost is not one that nobody wanted.
+void scenery_from_install();
 
 // Sets need_fetch, need_delete and progress_start of every current version. False when the user
 // cancelled the installation at a question: the flags of the files after that one are clear, and

@@ -75,6 +75,7 @@ void tell_foreign(UTL_text what) {
                  "Installer-f/utils", 1172);
 }
 
+int list_beta_flag = 0;     // stg.beta_flag when the list was read
 float list_not_before = 0;  // frame clock
 float manifest_not_before = 0;
 
@@ -122,6 +123,7 @@ void fetch_list() {
     drop_list();
     return;
   }
+  list_beta_flag = stg.beta_flag;
   draw_server();
   http.drop(manifest_slot);  // whatever runs there came from the list before
 }
@@ -181,6 +183,11 @@ void draw_server() {
 }
 
 void UTL_download_directory() {
+  // The options ask for the other release by now, which the list that was read does not lead to.
+  if (stg.server_count > 0 && list_beta_flag != stg.beta_flag) {
+    stg.server_count = -1;
+    set_directory_state(manifest_none);
+  }
   if (stg.server_count < 1) {
     fetch_list();
   } else if (stg.directory_state == manifest_none) {

@@ -2,14 +2,44 @@
 
 #include "Installer-f/settings/main_stg.h"
 
-stg_record stg;
+#include <algorithm>
 
-void set_directory_state(int state) {
-  stg.directory_state = state;
-}
+#include "corekit/base/hl_string.h"
+
+stg_record stg;
 
 std::string dest_dir_path;
 std::string temp_path;
 std::string dvd_path;
 std::string cmd_line_path;
 std::string install_name;
+
+namespace {
+
+constexpr size_t name_length = 7;  // of "+30-120"
+
+bool is_number(std::string_view digits) {
+  return std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// A sign and a whole number of degrees that a sector begins at: its index, or -1.
+int index_of(std::string_view text, int limit) {
+  if ((text[0] != '+' && text[0] != '-') || !is_number(text.substr(1))) return -1;
+  const int size = str_to_int(text.substr(1));
+  const int degrees = text[0] == '-' ? -size : size;
+  if (degrees % 10 != 0 || degrees < -limit || degrees >= limit) return -1;
+  return (degrees + limit) / 10;
+}
+
+}  // namespace
+
+int sector_cell_of(std::string_view name) {
+  if (name.size() != name_length) return -1;
+  const int row = index_of(name.substr(0, 3), 90);
+  const int column = index_of(name.substr(3), 180);
+  return row < 0 || column < 0 ? -1 : sector_cell(column, row);
+}
+
+void set_directory_state(int state) {
+  stg.directory_state = state;
+}

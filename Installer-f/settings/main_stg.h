@@ -6,6 +6,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 inline constexpr int sector_columns = 36;  // of longitude, west to east
 inline constexpr int sector_rows = 18;     // of latitude, south to north
@@ -15,6 +16,9 @@ inline constexpr int sector_count = sector_columns * sector_rows;
 inline constexpr int sector_cell(int lon_index, int lat_index) {
   return lon_index * sector_rows + lat_index;
 }
+
+// The cell of a sector named by its south-west corner, such as "+30-120"; -1 for any other name.
+int sector_cell_of(std::string_view name);
 
 enum manifest_state : int {
   manifest_none = 0,      // not yet

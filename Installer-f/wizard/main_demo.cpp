@@ -91,10 +91,13 @@ int show_get_updates(int first_time, wizard_screen& screen) {
 
 int show_pick_dest(int first_time, wizard_screen& screen) {
   if (first_time) {
+    // What was there before is not deleted, and so nothing has to be asked.
+    if (demo_dest.goes_on) demo_install_is_running = 0;
     if (demo_install_is_running && resume_suspended_transfer()) {
       screen.next = demo_run_patch;
       return 1;
     }
+    locate_all_skyvanes();
     grab_discard_partial();
     grab_reset();
     get_OS_abs_path(os_dir_desktop, demo_dest.desktop_f);
@@ -111,13 +114,14 @@ int show_pick_dest(int first_time, wizard_screen& screen) {
       "can install to a different location, or save disk space by installing only some of the "
       "global scenery.",
       true,
+      true,
   };
   return pick_new_copy(flow, demo_dest, screen);
 }
 
 int show_run_patch(int first_time, wizard_screen& screen) {
   static constexpr patch_flow flow = {demo_pick_dest, demo_done, &demo_install_is_running,
-                                      &totl_inst_rat};
+                                      &totl_inst_rat, true};
   return run_patch(flow, first_time, screen);
 }
 

@@ -20,8 +20,12 @@ struct new_copy_choice {
   std::string parent_dir;      // folder to create the copy in, trailing "/"
   std::string install_folder;  // name of the copy's folder
   std::string desktop_f;       // the desktop folder
-  int named = 0;               // the name has been filled in once; an empty one is the user's
+  std::string proposed;        // the name that the page proposes
+  int named = 0;               // it has been filled in once; an empty one is the user's
   int changed = 0;             // the sizes must be worked out anew
+  int goes_on = 0;             // the folder is there: an installation that was interrupted
+  int scanned = 0;             // files of such a folder handed to the verification so far
+  int is_scanned = 0;          //   and all of them done
 };
 struct new_copy_flow {
   page_function back;
@@ -31,6 +35,7 @@ struct new_copy_flow {
   UTL_text enough_text;  // disk space
   UTL_text short_text;
   bool space_decides;  // too little space shuts Next
+  bool may_go_on;      // an installation that was interrupted is taken up again
 };
 // One frame of the page that picks parent folder and name. Leaves dest_dir_path. Returns 0.
 int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_screen& screen);

@@ -132,6 +132,7 @@ int show_pick_install(int first_time, wizard_screen& screen) {
       "install to a different location, or save disk space by installing only some of the global "
       "scenery.",
       false,
+      false,
   };
   return pick_new_copy(flow, dvd_dest, screen);
 }
@@ -217,7 +218,7 @@ int show_pick_run_sim(int first_time, wizard_screen& screen) {
   if (all_skyroots.size() == 1) {  // nothing to pick, so not even a frame of the list
     dest_dir_path = all_skyroots[0];
     screen.title = tr(pick.title);
-    screen.next = pick.next;
+    screen.next = UTIL_sim_can_start() ? pick.next : screen.back;
     return 1;
   }
   dvd_pick_page(pick, first_time, screen);

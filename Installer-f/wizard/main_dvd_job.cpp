@@ -67,6 +67,7 @@ int ask_after_error(const dvd_job& job, wizard_screen& screen) {
   }
   if (job.cancel_ends_job) {
     install_files_kill();
+    remove_unused_folders();
     *job.is_running = 0;
   }
   screen.next = job.cancelled;
@@ -129,7 +130,11 @@ bool dvd_job_goes_on(const dvd_job& job, const dvd_leave_question& leave) {
   // The program being ended from outside is no wish to give the job up.
   if (answer == 0 || app_done) return true;
   install_files_kill();
-  if (leave.deletes_copy) recursive_delete_folder(dest_dir_path);
+  if (leave.deletes_copy) {
+    recursive_delete_folder(dest_dir_path);
+  } else {
+    remove_unused_folders();
+  }
   *job.is_running = 0;
   return false;
 }
@@ -154,7 +159,7 @@ void dvd_pick_page(const dvd_pick& pick, int first_time, wizard_screen& screen) 
 int dvd_scan_page(const dvd_scan& scan, int& counter, wizard_screen& screen) {
   screen.title = tr(scan.title);
   screen.text = tr("I am scanning ") + dest_dir_path + tr(scan.note);
-  screen.kill_proc = checksum_directory_kill;
+  screen.kill_proc = screen.leave_proc = checksum_directory_kill;
   float fraction = 0;
   if (checksum_directory(counter, fraction)) {
     screen.back = nullptr;

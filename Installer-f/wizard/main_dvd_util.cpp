@@ -35,6 +35,7 @@ int want_file_disk = 0;
 
 namespace {
 
+constexpr char sim_program[] = "Skyvane.app";
 constexpr float bytes_per_kb = 1000.0f;
 constexpr float look_again_after = 0.5f;  // seconds between two looks at the same volumes
 
@@ -128,8 +129,10 @@ std::string parent_folder(std::string path) {
   return std::string(path_folder(path));
 }
 
-// The user picked a folder: a copy, or anything inside one, is registered and chosen.
+// The user picked a folder: a copy, or anything inside one, is registered and chosen. Any other
+// leaves the choice as it was: an update of it would fill it with a whole copy.
 void take_found_folder(const std::string& picked) {
+  const std::string before = dest_dir_path;
   dest_dir_path = picked == "/" ? picked : picked + "/";
   const std::string chosen = dest_dir_path;
   while (!dest_dir_path.empty()) {
@@ -142,7 +145,7 @@ void take_found_folder(const std::string& picked) {
     if (shorter.size() >= dest_dir_path.size()) break;
     dest_dir_path = shorter;
   }
-  dest_dir_path = chosen;
+  dest_dir_path = before;
   __MACIBM_alert(win_main, "You selected the folder path:", chosen,
                  "But it does not appear to be an installed copy of Skyvane 9.",
                  "Please be sure to select the folder that contains the Skyvane application.",
@@ -279,7 +282,20 @@ int UTIL_disk_space(const std::string& enough_text, const std::string& short_tex
   return free_kb > stg.todo_raw_kb ? 1 : 0;
 }
 
-const wizard_page dvd_do_run_sim = {page_job, [](int, wizard_screen&) {
-                                      launch_app(dest_dir_path + "Skyvane.app", "");
+bool UTIL_sim_can_start() {
+  const std::string missing = missing_program(dest_dir_path + sim_program);
+  if (missing.empty()) return true;
+  __MACIBM_alert(win_main,
+                 "I can not start Skyvane, because there is no program to run here:", missing,
+                 "This copy may be incomplete, or it may be for another operating system.", "",
+                 t_alert, "Installer-f/main", 402);
+  return false;
+}
+
+const wizard_page dvd_do_run_sim = {page_job,
+                                    [](int, wizard_screen&) {
+                                      launch_app(dest_dir_path + sim_program, "");
                                       return 0;
-                                    }};
+                                    },
+                                    {},
+                                    UTIL_sim_can_start};

@@ -52,5 +52,8 @@ std::string give_listed_copy();
 // fits. A volume that does not tell waives the check.
 int UTIL_disk_space(const std::string& enough_text, const std::string& short_text);
 
-// A page that starts the simulator of the copy at dest_dir_path.
+// Whether the copy at dest_dir_path has a simulator to start; says so if it has none.
+bool UTIL_sim_can_start();
+
+// A page that starts it. A button that leads there stays on its page while there is none.
 extern const wizard_page dvd_do_run_sim;

@@ -88,3 +88,8 @@ int launch_app(const std::string& app, const std::string& path) {
   if (!copy_folder.empty()) order.folder = path_folder(without_last_slash(app_path + app));
   return launch_hand_over(order, 1);
 }
+
+std::string missing_program(const std::string& app) {
+  const std::string program = executable_of(app_path + without_last_slash(app));
+  return file_exists(program) && access(program.c_str(), X_OK) == 0 ? "" : program;
+}

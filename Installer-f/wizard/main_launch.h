@@ -10,6 +10,9 @@
 // no process could be made, and only then.
 int launch_app(const std::string& app, const std::string& path);
 
+// Empty if launch_app has a program to run for `app`; else the path at which there is none.
+std::string missing_program(const std::string& app);
+
 // If the program runs from the product's disc, where it could neither eject the disc nor outlive a
 // change of disc: copies it, and the "Resources/" beside it, into a folder of its own among the
 // temporary ones, and starts the copy with the same arguments. A run with a window does so as

@@ -13,10 +13,14 @@
 #include "Installer-f/wizard/main_patch.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/files/io_utils.h"
 
 namespace {
 
+constexpr UTL_text no_copy_known = "You do not appear to have Skyvane 9 installed.";
+
 struct net_page_state {
+  bool is_no_copy = false;  // net_start: what was handed over is no copy
   int scanned = 0;          // net_get_updates: files handed to the verification so far
   bool is_current = false;  // net_get_updates found nothing to do
   float totl_inst_rat = 0;  // net_run_patch: smoothed fraction of the whole job done
@@ -25,6 +29,14 @@ struct net_page_state {
 void forget_transfer() {
   grab_discard_partial();
   grab_reset();
+}
+
+// An update of any other folder would fill it with a whole copy. One of the marks is enough: a copy
+// that has lost the others is what an update is there to heal.
+bool looks_like_a_copy(const std::string& folder) {
+  for (const char* const mark : {"Airfoils", "Instructions", "Output", "Resources"})
+    if (dir_exists(folder + mark)) return true;
+  return false;
 }
 
 // With one copy and nothing handed over, the choice alternates from visit to visit: the first leads
@@ -60,11 +72,20 @@ int show_start(int first_time, wizard_screen& screen) {
     wizard_set_steps(steps);
     forget_transfer();
     choose_copy();
+    state.is_no_copy = !cmd_line_path.empty() && !looks_like_a_copy(cmd_line_path);
   }
   screen.title = tr("Skyvane 9 Web Updater");
   screen.prefs_enabled = 1;
+  if (state.is_no_copy) {
+    screen.text = tr("You selected the folder path:") + "\n" + cmd_line_path + "\n\n" +
+                  tr("But it does not appear to be an installed copy of Skyvane 9.") + "\n\n" +
+                  tr("Please be sure to select the folder that contains the Skyvane application.");
+    return 0;
+  }
   if (dest_dir_path.empty() && all_skyroots.empty()) {
-    screen.text = tr("You do not appear to have Skyvane 9 installed.");
+    // The next page can find one that is on no list.
+    screen.text = tr(no_copy_known);
+    screen.next = net_pick_dest;
     return 0;
   }
   screen.text =
@@ -78,7 +99,9 @@ int show_pick_dest(int first_time, wizard_screen& screen) {
   if (first_time) forget_transfer();
   screen.title = tr("Pick Destination");
   screen.prefs_enabled = 1;
-  if (all_skyroots.size() > 1) {
+  if (all_skyroots.empty()) {
+    screen.text = tr(no_copy_known) + "\n\n";
+  } else if (all_skyroots.size() > 1) {
     screen.text = tr("You have more than one copy of Skyvane 9 installed on this computer.  ");
   }
   screen.text += tr("Please select which copy of Skyvane 9 you would like to update.");
@@ -99,7 +122,7 @@ int show_get_updates(int first_time, wizard_screen& screen) {
   if (first_time) state.scanned = 0;
   if (!check_servers(flow, first_time, screen)) return 0;
 
-  screen.kill_proc = checksum_directory_kill;
+  screen.kill_proc = screen.leave_proc = checksum_directory_kill;
   float fraction = 0;
   if (checksum_directory(state.scanned, fraction)) {
     screen.back = nullptr;

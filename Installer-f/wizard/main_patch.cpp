@@ -7,6 +7,7 @@
 
 #include "Installer-f/engine/utils_dirs.h"
 #include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
@@ -100,6 +101,7 @@ void show_transfer(const patch_flow& flow, wizard_screen& screen) {
 // could not be made.
 bool begin_transfer(const patch_flow& flow) {
   if (!choose_files()) return false;
+  if (flow.is_new_copy) register_new_skyvane();
   if (make_dirs() != 0) return false;
   grab_discard_partial();
   grab_reset();

@@ -24,6 +24,8 @@ struct patch_flow {
   int* is_running;    // set while the job lives, also while the page is left; null for a flow in
                       // which every visit starts anew
   float* done_ratio;  // smoothed fraction of the job done, 0 to 1
+  bool is_new_copy = false;  // the copy is put on the list before anything is made, so that what is
+                             // interrupted can be found and healed
 };
 
 // One frame of the transfer page: up to 0.02 seconds of work. Its result is the page's.

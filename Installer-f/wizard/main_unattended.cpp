@@ -44,6 +44,7 @@ struct run_state {
   double high_mark = -1;                // measure of what has been reached
   page_function shown;                  // page whose title was printed
   int patience = 0;                     // frames that a choice page has been given
+  bool is_finding_out = false;          // it has shown how far it is
   float looked_at = 0;                  // frame clock of the last look for a disc,
   bool disc_is_in = false;              //   and what was found
   std::string told;                     // what was last said of a disc that is not there
@@ -153,12 +154,20 @@ wizard_press press_on_choice(page_function page, int first_time, const wizard_sc
   }
   if (first_time) {
     run.patience = 0;
+    run.is_finding_out = false;
     if (page->answer.give) return give_answer(page) ? wizard_press() : refuse(page, screen);
   }
   wizard_press press;
   if (find_way(page, screen, press)) {
+    if (run.is_finding_out) say(on_one_page(screen.text));
     run.answered.push_back(page);
     return press;
+  }
+  // A page that finds something out first shows how far it is, and then what it found.
+  run.is_finding_out |= screen.progress >= 0;
+  if (screen.progress >= 0) {
+    progress_show(page->kind, screen);
+    return stalled(first_time, screen) ? give_up(page, screen, "no progress") : wizard_press();
   }
   // One frame for the page to take the answers in.
   if (++run.patience < 2) return {};

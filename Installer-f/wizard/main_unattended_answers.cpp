@@ -44,22 +44,11 @@ bool read_folder(const char* option, std::string& folder) {
   return true;
 }
 
-// An update of any other folder would fill it with a whole copy. One of the marks is enough: a copy
-// that has lost the others is what an update is there to heal.
-bool is_a_copy(const std::string& folder) {
-  for (const char* const mark : {"Airfoils", "Instructions", "Output", "Resources"})
-    if (dir_exists(folder + mark)) return true;
-  return false;
-}
-
-// The copy to update, by the flag or by a program that handed its folder over.
+// The copy to work on; what handed over its folder is overruled.
 bool read_copy() {
   if (!read_folder("--copy", answers.copy)) return false;
   if (!answers.copy.empty()) cmd_line_path = answers.copy;
-  if (cmd_line_path.empty() || g_wizard != net_start) return true;
-  if (is_a_copy(cmd_line_path)) return true;
-  complain(cmd_line_path + " does not appear to be an installed copy of Skyvane 9.");
-  return false;
+  return true;
 }
 
 bool read_modified() {

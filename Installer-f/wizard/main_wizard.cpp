@@ -101,18 +101,21 @@ void draw_bottom_row(const wizard_screen& screen, wizard_press& press) {
   press.next |= last_page ? face(670, 1, 50, 1, 1) : face(670, 150, 100, next_set, next_set);
 }
 
+void turn_to(page_function target) {
+  if (!target->may_enter || target->may_enter()) g_wizard = target;
+}
+
 // Acts on what was pressed. Of several targets in one frame the last one to write wins, and a page
 // that moves on by itself beats them all.
 void act(const wizard_screen& screen, const wizard_press& press, int result) {
-  if (press.extra >= 0) g_wizard = screen.button_pages[static_cast<size_t>(press.extra)];
+  if (press.extra >= 0) turn_to(screen.button_pages[static_cast<size_t>(press.extra)]);
   if (press.quit) {
     if (screen.kill_proc) screen.kill_proc();
     app_done = 1;
   }
   if (press.options && screen.prefs_enabled) handle_prefs();
-  if (press.back && screen.back) g_wizard = screen.back;
-  if (press.next && screen.next) g_wizard = screen.next;
-  if (result && screen.next) g_wizard = screen.next;
+  if (press.back && screen.back) turn_to(screen.back);
+  if ((press.next || result) && screen.next) turn_to(screen.next);
 }
 
 }  // namespace
@@ -139,6 +142,7 @@ void APP_update() {
   draw_bottom_row(screen, press);
   if (stand_in) press = stand_in->press(page, first_time, screen, result);
   act(screen, press, result);
+  if (screen.leave_proc && g_wizard != page) screen.leave_proc();
 }
 
 void wizard_quit_request() {

@@ -54,13 +54,15 @@ struct page_answer {
 
 struct wizard_page {
   constexpr wizard_page(page_kind kind_, int (*show_)(int first_time, wizard_screen& screen),
-                        page_answer answer_ = {})
-      : kind(kind_), show(show_), answer(answer_) {}
+                        page_answer answer_ = {}, bool (*may_enter_)() = nullptr)
+      : kind(kind_), show(show_), answer(answer_), may_enter(may_enter_) {}
   wizard_page(const wizard_page&) = delete;
 
   page_kind kind;
   int (*show)(int first_time, wizard_screen& screen);
   page_answer answer;
+  bool (*may_enter)();  // asked before the page is turned to; false, after saying why: the present
+                        // one stays. Null: always
 };
 
 inline int page_function::operator()(int first_time, wizard_screen& screen) const {
@@ -80,6 +82,7 @@ struct wizard_screen {
   std::vector<std::string> button_names;    // the page's extra buttons
   std::vector<page_function> button_pages;  // their targets, parallel to the names
   void (*kill_proc)() = nullptr;            // called on Quit, before the program ends
+  void (*leave_proc)() = nullptr;           // called when the next frame is another page's
 };
 
 extern page_function g_wizard;                 // the current page; an edition names the first one

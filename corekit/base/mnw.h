@@ -58,7 +58,7 @@ struct mnw_record {
   int mouse_released = 0;          // a release arrived this frame
   int mouse_held = 0;              // the button is down
   int press_came_last = 0;         // of the presses and releases so far
-  int wheel = 0;                   // sum of wheel movement
+  int wheel = 0;                   // sum of this frame's wheel movement
   int key_hit = 0;                 // a key went down or repeated this frame
   float last_action = 0;           // frame clock at the last input
   int key_held = 0;                // some key is down

@@ -256,6 +256,7 @@ bool menu_follow_mouse() {
   if (!is_open()) return false;
   if (escape_hit) {
     mnw.popup_code = -1;
+    escape_hit = 0;  // the dialog behind the menu stays
     return false;
   }
   if (mnw.wheel) {

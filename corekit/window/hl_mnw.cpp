@@ -275,7 +275,7 @@ void APL_handlewin(const PLT_event& event) {
 
 void MACIBM_event_proc() {
   return_hit = escape_hit = delete_hit = 0;
-  mnw.mouse_clicked = mnw.mouse_released = mnw.key_hit = 0;
+  mnw.mouse_clicked = mnw.mouse_released = mnw.key_hit = mnw.wheel = 0;
 
   static bool first_pass = true;
   if (mnw.win_id == win_none) mnw.win_id = win_main;

@@ -33,6 +33,15 @@ want_status 0
 same_tree "$SOURCE" Macintosh "$copy"
 want_no_leftovers
 
+# A damaged file that is there in another spelling is put right under that one, and stays one file.
+mv "$copy/Airfoils/NACA 0013.afl" "$copy/Airfoils/naca 0013.AFL"
+: >"$copy/Airfoils/naca 0013.AFL"
+repair --on_modified=overwrite
+want_status 0
+[ ! -e "$copy/Airfoils/NACA 0013.afl" ] || fail "a second file beside the one in another spelling"
+mv "$copy/Airfoils/naca 0013.AFL" "$copy/Airfoils/NACA 0013.afl"
+same_tree "$SOURCE" Macintosh "$copy"
+
 # What the user has changed is kept, unless told otherwise; what is the user's own is not seen.
 echo mine >"$copy/Airfoils/NACA 0012.afl"
 echo mine >"$copy/Airfoils/My own.afl"

@@ -173,7 +173,8 @@ give "$SCRATCH/documents"
 for folder in documents "no such folder"; do
   plain --copy="$SCRATCH/$folder"
   want_status 2
-  want_text "$SCRATCH/$folder/ does not appear to be an installed copy of Skyvane 9."
+  want_text "$SCRATCH/$folder/"
+  want_text "But it does not appear to be an installed copy of Skyvane 9."
 done
 [ ! -e "$SCRATCH/no such folder" ] && [ -z "$(ls -A "$SCRATCH/documents")" ] || fail "a folder was filled"
 

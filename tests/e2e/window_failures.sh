@@ -50,15 +50,27 @@ rm -f "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
 speak 4
 start_display
 
-echo "Nothing to update"
+echo "No copy is known: Next leads to the page that finds one, and no farther"
 open_window skyvane-web-updater $(through_proxy "$PORT")
 wait_step 0
-wait_grey
+wait_open
 shot failure_1_no_copy
+press_next
+wait_step 1
+wait_grey
 press_quit
 window_ended 0
 
-echo "A folder that is no copy"
+echo "A folder that is no copy: handed over, and found"
+open_window skyvane-web-updater -path "$HOME" $(through_proxy "$PORT")
+wait_step 0
+wait_grey
+shot failure_1_no_copy_handed_over
+press_next
+step_is_lit 0 || fail "a grey Next moved on"
+press_quit
+window_ended 0
+[ -z "$(ls "$HOME/Desktop")" ] && [ "$(ls "$HOME")" = Desktop ] || fail "a home folder was filled"
 printf '%s/\n' "$SCRATCH/Copy" "$SCRATCH/Other" >"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
 open_window skyvane-web-updater $(through_proxy "$PORT")
 wait_step 0
@@ -75,6 +87,28 @@ click_away 541 87
 alert failure_2_no_copy_there
 wait_no_dialog
 step_is_lit 1 || fail "another page after the alert"
+wait_grey
+press_quit
+window_ended 0
+
+echo "The same with a copy chosen, which stays chosen"
+mkdir "$SCRATCH/fake"
+printf '#!/bin/sh\necho "$HOME"\n' >"$SCRATCH/fake/zenity"
+chmod +x "$SCRATCH/fake/zenity"
+PATH=$SCRATCH/fake:$PATH open_window skyvane-web-updater $(through_proxy "$PORT")
+wait_step 0
+press_next
+wait_step 1
+pick_copy 1
+wait_open
+wait_still
+marks=$(picture_of 240 370 20 45)
+click_away 605 353
+alert failure_2_choice_stays
+wait_no_dialog
+wait_open
+wait_still
+[ "$(picture_of 240 370 20 45)" = "$marks" ] || fail "the choice was changed"
 press_quit
 window_ended 0
 

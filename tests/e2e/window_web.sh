@@ -99,6 +99,17 @@ wait_step 5
 shot web_6_finish
 same_tree "$FIXTURE/sample/new" Macintosh "$two"
 same_tree "$FIXTURE/sample/old" Macintosh "$one"
+
+echo "A copy without its program: the start button says so, and the page stays"
+mv "$two/Skyvane.app" "$SCRATCH/Skyvane.app"
+press_extra 0
+wait_dialog
+wait_still
+shot web_6_nothing_to_start
+click_away 400 193
+wait_no_dialog
+step_is_lit 5 || fail "the page has gone"
+mv "$SCRATCH/Skyvane.app" "$two/"
 start_skyvane 1
 
 echo "A copy that is current, handed over by a relative path, goes to the last page at once"
@@ -255,3 +266,37 @@ asked_about | sed "s#^$one/##" >"$SCRATCH/asked.txt"
 } | diff - "$SCRATCH/asked.txt" || fail "not the questions that belong here"
 grep -qx '_stream_count 1' "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" ||
   fail "the option was not kept"
+
+echo "The box for the beta counts also when it is ticked after the list was read"
+ln -s "$FIXTURE/master-newer/disk_0/Skyvane newer" "$new_root/updates/Skyvane newer"
+sed -i 's/^FINAL Skyvane new$/&\nBETA Skyvane newer/' "$new_root/serverlist9.txt"
+touch "$SCRATCH/slow-manifest"
+open_window skyvane-web-updater $(through_proxy "$PORT")
+wait_step 0
+press_next
+wait_step 1
+wait_for "the manifest's request" asks_for_manifest
+press_back
+wait_for "the list" on_list "$OPEN_FACE"
+press_back
+wait_step 0
+press_options
+wait_dialog
+unticked=$(picture_of 121 297 18 18)
+click_away 130 303
+wait_for "the tick" picture_differs "$unticked" 121 297 18 18
+click_away 116 480
+wait_no_dialog
+rm "$SCRATCH/slow-manifest"
+press_next
+wait_for "the list" on_list "$GREY_FACE"
+pick_copy 0
+wait_next "$OPEN_FACE"
+press_next
+wait_step 2
+shot web_10_beta
+press_next
+wait_step 4
+same_tree "$FIXTURE/sample/newer" Macintosh "$one"
+press_last_quit
+window_ended 0

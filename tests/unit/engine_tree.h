@@ -32,6 +32,7 @@ class engine_tree : public testing::Test {
     deleted_files.clear();
     stg = stg_record();
     set_install_filter(1, 1);
+    g_case_sensitive = 1;
   }
 
   void TearDown() override {

@@ -112,6 +112,8 @@ TEST_F(EngineDirs, DeletesAndCleansUp) {
   write("elsewhere/7", "mine");
   link("../elsewhere", "copy/link");     // the user's, who keeps a folder on another disk
   link("../elsewhere", "copy/shipped");  // by its name one that the release ships
+  write("copy/f/UPPER", "s");
+  drop("ALL_os/F/upper");
   drop("ALL_os/a/b/1");
   drop("ALL_os/c/3");
   drop("ALL_os/d/4");
@@ -123,14 +125,14 @@ TEST_F(EngineDirs, DeletesAndCleansUp) {
   add("ALL_os/e/5", {"s"});
 
   delete_files();
-  for (const char* gone : {"a", "c/3", "d/4", "top"})
+  for (const char* gone : {"a", "c/3", "d/4", "top", "f"})
     EXPECT_FALSE(there(std::string("copy/") + gone)) << gone;
   for (const char* kept :
        {"copy", "copy/c/mine", "copy/d/.hidden", "copy/e/5", "copy/link", "elsewhere"})
     EXPECT_TRUE(there(kept)) << kept;
   EXPECT_FALSE(there("elsewhere/6"));
   EXPECT_EQ(read("elsewhere/7"), "mine");
-  for (size_t i = 0; i < 5; ++i) {
+  for (size_t i = 0; i < 6; ++i) {
     EXPECT_EQ(sim_info[i].current().sig_have, sig_none);
     EXPECT_EQ(sim_info[i].current().sig_match, 0);
   }

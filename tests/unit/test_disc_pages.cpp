@@ -136,6 +136,10 @@ TEST_F(DiscPages, PickingACopy) {
     EXPECT_EQ(dest_dir_path, root + "b/");
   }
   all_skyroots.pop_back();
+  // A sole copy is started unseen, unless there is nothing in it to start.
+  write("a/Skyvane.app/Contents/MacOS/Skyvane", "not executable");
+  EXPECT_EQ(show(dvd_pick_run_sim, 1, 1).next, dvd_start);
+  chmod((root + "a/Skyvane.app/Contents/MacOS/Skyvane").c_str(), 0755);
   const wizard_screen screen = show(dvd_pick_run_sim, 1, 1);
   EXPECT_EQ(screen.next, dvd_do_run_sim);
   EXPECT_EQ(screen.text, "");

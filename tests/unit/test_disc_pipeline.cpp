@@ -90,9 +90,15 @@ TEST_F(DiscPipeline, InstallsBothKindsOfArchive) {
   ship("All/Global Scenery/x/+30-120/+34-118.dsf", std::string(200000, 't'));
   ship("Macintosh/S.app/Contents/MacOS/S", "#!");
   ship("All/top.txt", "");
+  // What is there under another spelling is replaced under it, and stays one file.
+  ship("All/Case/Read me.txt", "new");
+  write("copy/Case/READ ME.TXT", "old");
+  sim_info.back().current().sig_have = "old";
   int index = 0;
   EXPECT_EQ(run(index), install_done);
-  EXPECT_EQ(index, 4);
+  EXPECT_EQ(index, 5);
+  EXPECT_EQ(read("copy/Case/READ ME.TXT"), "new");
+  EXPECT_FALSE(there("copy/Case/Read me.txt"));
   EXPECT_EQ(read("copy/Resources/text/a b.txt"), "plain");
   EXPECT_EQ(read("copy/Global Scenery/x/+30-120/+34-118.dsf"), std::string(200000, 't'));
   EXPECT_TRUE(there("copy/top.txt"));

@@ -201,6 +201,30 @@ TEST_F(EngineSelect, Scenery) {
   EXPECT_EQ(stg.sector_selected[sector_cell(1, 2)], 0);
 }
 
+// A sector that has lost its last tile is told by its folder, if that is its own.
+TEST_F(EngineSelect, SceneryThatIsLost) {
+  const struct {
+    const char *label, *path, *folder;
+    bool selected;
+  } rows[] = {
+      {"its folder is there", "A/Earth/+30-120/+34-118.dsf", "Earth/+30-120", true},
+      {"in another case", "A/Earth/+30-120/+34-118.dsf", "EARTH/+30-120", true},
+      {"and is not", "A/Earth/+30-120/+34-118.dsf", "Earth/+30-110", false},
+      {"only the one above", "A/Earth/+30-120/+34-118.dsf", "Earth", false},
+      {"that of another sector", "A/Earth/+30-110/+34-118.dsf", "Earth/+30-110", false},
+      {"one for all sectors", "A/Earth/tiles/+34-118.dsf", "Earth/tiles", false},
+      {"none of its own", "A/+34-118.dsf", "Earth", false},
+  };
+  for (const auto& row : rows) {
+    dest_dir_path = root + row.label + "/";
+    write(std::string(row.label) + "/" + row.folder + "/x", "");
+    sim_info.clear();
+    make_tile(file(row.path, "NONE"), 6, 12);
+    scenery_from_install();
+    EXPECT_EQ(stg.sector_selected[sector_cell(6, 12)] != 0, row.selected) << row.label;
+  }
+}
+
 TEST_F(EngineSelect, Totals) {
   const auto sized = [](file_version_struct& current, float zip) -> file_version_struct& {
     current.zip_kb = zip;

@@ -73,6 +73,21 @@ TEST_F(WindowFrame, ButtonFlagsLastTheirFrame) {
   }
 }
 
+// A turn that nothing took must not move the next list that the mouse comes to.
+TEST_F(WindowFrame, TheWheelLastsItsFrame) {
+  for (const int wanted : {2, 0}) {
+    if (wanted != 0) {
+      SDL_Event event = {};
+      event.type = SDL_MOUSEWHEEL;
+      event.wheel.y = 1;
+      SDL_PushEvent(&event);
+      SDL_PushEvent(&event);
+    }
+    MACIBM_event_proc();
+    EXPECT_EQ(mnw.wheel, wanted);
+  }
+}
+
 TEST_F(WindowFrame, AClickIsWhereThePressWas) {
   push_motion(10, 10);
   push_button(100, 200, true);

@@ -23,7 +23,8 @@ struct script {
   std::vector<int> first_times;
 };
 script a, b;
-int kills;
+int kills, leaves;
+bool is_open;  // whether page_guarded may be entered
 
 int play(script& page, int first_time, wizard_screen& screen) {
   page.first_times.push_back(first_time);
@@ -34,6 +35,7 @@ int play(script& page, int first_time, wizard_screen& screen) {
   screen.back = page.back;
   screen.next = page.next;
   screen.kill_proc = [] { ++kills; };
+  screen.leave_proc = [] { ++leaves; };
   for (const page_function target : page.extra) {
     screen.button_names.push_back("more");
     screen.button_pages.push_back(target);
@@ -45,6 +47,9 @@ constexpr wizard_page page_a = {
 constexpr wizard_page page_b = {
     page_choice, [](int first_time, wizard_screen& screen) { return play(b, first_time, screen); }};
 
+constexpr wizard_page page_guarded = {
+    page_choice, [](int, wizard_screen&) { return 0; }, {}, [] { return is_open; }};
+
 class Wizard : public gl_fixture {
  protected:
   void SetUp() override {
@@ -52,7 +57,8 @@ class Wizard : public gl_fixture {
     scratch_dx = scratch_dy = 16;  // any picture will do for a background
     tman.load_texture(tex_fail_silent, 395, 1281, tex_load_now, "scratch_array:background");
     a = b = script();
-    kills = 0;
+    kills = leaves = 0;
+    is_open = false;
     app_done = 0;
     g_wizard = page_b;  // so that page_a is new in the first frame of each test
     frame();
@@ -123,6 +129,33 @@ TEST_F(Wizard, FirstTimeIsOncePerVisit) {
   frame();
   EXPECT_EQ(a.first_times, (std::vector<int>{1, 0, 0, 1, 0}));
   EXPECT_EQ(b.first_times, (std::vector<int>{1, 0}));
+}
+
+// By its button, by Next, or by a page that leads on by itself: what may not be entered is not.
+TEST_F(Wizard, APageThatMayNotBeEnteredIsNot) {
+  const struct {
+    const char* label;
+    page_function next;
+    std::vector<page_function> extra;
+    int result;
+    float x, y;
+  } rows[] = {{"extra button", nullptr, {page_guarded}, 0, 500, 350},
+              {"next", page_guarded, {}, 0, next_x, row},
+              {"result", page_guarded, {}, 1, 0, 0}};
+  for (const auto& test : rows) {
+    for (const bool open : {false, true}) {
+      SCOPED_TRACE(test.label);
+      is_open = open;
+      leaves = 0;
+      g_wizard = page_a;
+      a.next = test.next;
+      a.extra = test.extra;
+      a.result = test.result;
+      test.x > 0 ? frame_with_click(test.x, test.y) : frame();
+      EXPECT_EQ(g_wizard == page_guarded, open);
+      EXPECT_EQ(leaves, open ? 1 : 0) << "a page is told when it is left";
+    }
+  }
 }
 
 TEST_F(Wizard, QuitEndsTheRunAndTellsThePage) {

@@ -1,0 +1,131 @@
+#!/usr/bin/env bash
+# A demo install that is killed on the way: the same command goes on with it, with the user's own
+# files as they were; the updater finds it, too; and a window offers to go on.
+#
+# DEMO_KILLS  how many kills (default 3)
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/lib_window.sh"
+. "$(dirname "$0")/lib_flows.sh"
+
+root=$(web_root "Skyvane new" "$FIXTURE/master-new")
+# While a file "slow" lies beside it, each stream trickles.
+serve "$root" "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
+requests=$SCRATCH/nginx-$PORT/access.log
+copy="$SCRATCH/My copy"
+path=$(program skyvane-demo-installer)
+command=(--unattended --accept_eula "--dest=$SCRATCH" "--name=My copy" $(through_proxy "$PORT"))
+
+files_there() { [ "$(find "$copy" -type f 2>/dev/null | wc -l)" -ge "$1" ]; }
+# start_and_kill FILES ARGS...: until so many files are in the copy.
+start_and_kill() {
+  local files=$1
+  touch "$SCRATCH/slow"
+  env -u DISPLAY "$path" "${command[@]}" >"$OUT" 2>&1 </dev/null &
+  CHILDREN+=($!)
+  wait_for "$files files" files_there "$files"
+  kill -KILL "${CHILDREN[-1]}"
+  wait "${CHILDREN[-1]}" 2>/dev/null || true
+  rm "$SCRATCH/slow"
+}
+is_listed() { grep -qxF "$copy/" "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"; }
+# The user's own work in a half-made copy: a file of his, and one of the release that he changed.
+own=("Output/situations/My flight.sit" "Aircraft/My own.acf")
+make_own() {
+  local file
+  for file in "${own[@]}"; do
+    mkdir -p "$(dirname "$copy/$file")"
+    echo "my $file" >"$copy/$file"
+  done
+  changed=$(cd "$copy" && find . -type f -name '*.acf' ! -name 'My own.acf' | head -n 1)
+  [ -z "$changed" ] || echo mine >"$copy/$changed"
+}
+want_healed() {
+  local file from
+  for file in "${own[@]}"; do
+    [ "$(cat "$copy/$file")" = "my $file" ] || fail "the user's $file was touched"
+    rm "$copy/$file"
+  done
+  if [ -n "$changed" ]; then
+    [ "$(cat "$copy/$changed")" = mine ] || fail "what the user changed was replaced"
+    from=$(shipped "$FIXTURE/sample/new" Macintosh | awk -F'\t' -v rel="${changed#./}" '$1 == rel { print $2 }')
+    cp -p "$FIXTURE/sample/new/$from" "$copy/$changed"
+  fi
+  same_tree "$FIXTURE/sample/new" Macintosh "$copy"
+}
+
+echo "Killed again and again, then left to end"
+for files in $(seq 3 12 $((12 * ${DEMO_KILLS:-3}))); do
+  start_and_kill "$files"
+  is_listed || fail "an interrupted install is not on the list"
+done
+make_own
+before=$(find "$copy" -type f | wc -l)
+: >"$requests"
+run skyvane-demo-installer "${command[@]}"
+want_status 0
+want_text "I will go on with the installation in the folder 'My copy' in the directory '$SCRATCH/'."
+fetched=$(grep -c '/updates/.*[^t]\.zip HTTP' "$requests")
+[ $((fetched + before)) -le $(($(shipped "$FIXTURE/sample/new" Macintosh | wc -l) + ${#own[@]})) ] ||
+  fail "$fetched files were fetched for a copy that had $before"
+want_healed
+
+echo "A copy that is whole, and one of an earlier release, are not gone on with"
+run skyvane-demo-installer "${command[@]}"
+want_status 2
+want_text "The folder 'My copy' already exists in the dir '$SCRATCH/'."
+older=$(cd "$FIXTURE/sample" && shipped "$FIXTURE/sample/new" Macintosh | while IFS=$'\t' read -r rel from; do
+  [ -f "old/$from" ] && [ -f "new/$from" ] && ! cmp -s "old/$from" "new/$from" && echo "$rel	$from" && break
+done)
+cp -p "$FIXTURE/sample/old/${older#*	}" "$copy/${older%	*}"
+rm "$copy/Airfoils/NACA 0012.afl"
+run skyvane-demo-installer "${command[@]}"
+want_status 2
+want_text "The folder 'My copy' already exists"
+
+echo "The updater finds what was interrupted, and heals it"
+rm -rf "$copy"
+start_and_kill 5
+make_own
+run skyvane-web-updater --unattended $(through_proxy "$PORT")
+want_status 0
+want_text "I have finished updating $copy/."
+want_healed
+
+echo "A window goes on as well; Back out of that asks nothing and deletes nothing"
+export HOME=$SCRATCH/home
+mkdir -p "$HOME/Desktop"
+copy="$HOME/Desktop/Skyvane new Demo"  # what the page proposes
+command=(--unattended --accept_eula "--dest=$HOME/Desktop" $(through_proxy "$PORT"))
+start_and_kill 5
+make_own
+touch "$SCRATCH/slow"
+start_display
+open_window skyvane-demo-installer $(through_proxy "$PORT")
+wait_step 0
+learn_faces
+press_next
+wait_step 1
+click_away 230 103
+wait_open
+press_next
+wait_step 3
+wait_open
+shot demo_9_goes_on
+press_next
+[ -z "$changed" ] || { wait_question; answer keep; }
+wait_step 4
+before=$(find "$copy" -type f | wc -l)
+wait_for "files" files_there $((before + 3))
+press_back
+wait_step 3
+dialog_is_gone || fail "Back asks"
+rm "$SCRATCH/slow"
+files_there $((before + 3)) || fail "Back has deleted files"
+wait_open
+QUESTION=
+press_next
+[ -z "$changed" ] || { wait_question; answer keep; }
+wait_step 5
+press_last_quit
+window_ended 0
+want_healed
