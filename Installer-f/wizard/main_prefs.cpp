@@ -3,7 +3,6 @@
 #include "Installer-f/wizard/main_prefs.h"
 
 #include "Installer-f/settings/main_stg.h"
-#include "Installer-f/wizard/main_wizard.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_string.h"
@@ -31,7 +30,6 @@ void edit_language() {
   if (!BTN_textlist(200, 228, &language, languages, tr("Language:"))) return;
   mnw.language = language;
   MACIBM_setupforlang();
-  wizard_name_steps();
   MACIBM_startwind(win_prefs, 0);  // for its title
 }
 

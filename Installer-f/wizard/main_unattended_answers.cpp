@@ -6,8 +6,6 @@
 
 #include <cstdlib>
 
-#include "Installer-f/wizard/main_net.h"
-#include "Installer-f/wizard/main_unattended.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
 #include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/base/UTL_cmdline.h"

@@ -8,6 +8,14 @@
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/settings/main_stg.h"
 
+// How an unattended run ends; the program's exit status.
+enum unattended_result : int {
+  unattended_done = 0,      // the last page offers its start button
+  unattended_failed = 1,    // a failure page, or a fatal alert
+  unattended_refused = 2,   // an answer is missing or was refused
+  unattended_given_up = 3,  // no progress for too long, or interrupted
+};
+
 enum disc_task { task_install, task_scenery, task_repair };
 
 struct answer_set {

@@ -113,7 +113,10 @@ void act(const wizard_screen& screen, const wizard_press& press, int result) {
     if (screen.kill_proc) screen.kill_proc();
     app_done = 1;
   }
-  if (press.options && screen.prefs_enabled) handle_prefs();
+  if (press.options && screen.prefs_enabled) {
+    handle_prefs();
+    wizard_name_steps();  // the language may be another one
+  }
   if (press.back && screen.back) turn_to(screen.back);
   if ((press.next || result) && screen.next) turn_to(screen.next);
 }

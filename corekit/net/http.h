@@ -15,16 +15,11 @@
 #include <string>
 #include <vector>
 
+#include "corekit/net/http_place.h"
+
 class down_class;
 class PCSBSocket;
 struct pollfd;
-
-// Where a connection leads to: a server, or the proxy on the way to it.
-struct net_place {
-  std::string host;
-  unsigned short port = 0;
-  bool operator==(const net_place&) const = default;
-};
 
 enum net_result : int {
   http_running = 0,
@@ -103,12 +98,3 @@ class http_class {
 };
 
 extern http_class http;
-
-// Host suffixes that bypass the proxy. Stays empty unless a setting comes to fill it.
-extern std::vector<std::string> gProxyExclude;
-
-// Whether a request to `host` goes through the proxy, and where it then connects to.
-bool UseProxy(const char* host, unsigned short port);
-std::string ProxyHost(const char* host, unsigned short port);
-unsigned short ProxyPort(const char* host, unsigned short port);
-net_place place_to_connect(const std::string& host, unsigned short port);

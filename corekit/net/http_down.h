@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "corekit/net/PCSBSocket.h"
-#include "corekit/net/http.h"
 #include "corekit/net/http_answer.h"
+#include "corekit/net/http_place.h"
 
 // What the caller of a transfer grants it.
 struct down_terms {
