@@ -11,6 +11,7 @@
 #include "Installer-f/builder/make_installer_cmdline.h"
 #include "Installer-f/editions/edition.h"
 #include "Installer-f/engine/utils_disc.h"
+#include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_verify.h"
@@ -70,6 +71,7 @@ int run_wizard() {
   while (!app_done)
     MACIBM_event_proc();
   // Not every way out leads over Quit: no thread may be at work while all is taken down.
+  grab_kill();
   install_files_kill();
   checksum_directory_kill();
   return unattended ? unattended_end() : 0;

@@ -6,12 +6,15 @@
 #include "Installer-f/engine/utils_grab.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_dirs.h"
+#include "Installer-f/engine/utils_grab_mirrors.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_stream.h"
+#include "Installer-f/engine/utils_unpack.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
@@ -23,6 +26,11 @@ transfer_totals grab_totals;
 
 namespace {
 
+// The first file that no stream has had yet. A failure rewinds next.next_file, the measure of how
+// far the job has come; but a stream keeps its file until it is settled, so none behind this mark
+// has to be handed out, or looked at, again.
+int32_t handed_out = 0;
+
 bool job_is_over(int32_t file_count) {
   for (int s = 0; s < stream_limit; ++s) {
     if (next.stream_active[s] != 0 && next.stream_file[s] < file_count) return false;
@@ -30,17 +38,30 @@ bool job_is_over(int32_t file_count) {
   return true;
 }
 
+bool needs_work(const file_version_struct& file) {
+  return file.need_fetch != 0 || file.need_delete != 0;
+}
+
+// Gives stream `s` the next file that needs something. Most files of an update need nothing: those
+// on the way there are passed over in one go, and the stream visits the last of them for all.
+void take_next_file(int s, int32_t file_count) {
+  const int32_t first = std::max(next.next_file, handed_out);
+  int32_t at = first;
+  while (at < file_count && !needs_work(sim_info[static_cast<size_t>(at)].current()))
+    ++at;
+  next.stream_file[s] = at > first ? at - 1 : at;
+  handed_out = next.next_file = std::min(file_count, next.stream_file[s] + 1);
+}
+
 }  // namespace
 
 int grab_files() {
   const int32_t file_count = static_cast<int32_t>(sim_info.size());
+  stream_collect_unpacked();
   next.in_flight_kb = 0;
   for (int s = 0; s < stream_limit; ++s) {
     if (next.stream_active[s] == 0) continue;
-    if (next.stream_take_next[s] != 0) {
-      next.stream_file[s] = next.next_file;
-      next.next_file = std::min(file_count, next.next_file + 1);
-    }
+    if (next.stream_take_next[s] != 0) take_next_file(s, file_count);
     if (next.stream_file[s] >= file_count) continue;  // it waits for the others, still active
     if (stream_step(s)) settle_stream_count(s);
   }
@@ -53,23 +74,42 @@ int grab_files() {
 
 void grab_wait(int milliseconds) {
   unsigned slots = 0;
+  bool unpacks = false;
+  float rest = static_cast<float>(milliseconds) / 1000;
   for (int s = 0; s < stream_limit; ++s) {
-    if (next.stream_active[s] != 0 && next.stream_file[s] < static_cast<int32_t>(sim_info.size())) {
-      slots |= 1u << (first_stream_slot + s);
+    if (next.stream_active[s] == 0) continue;
+    if (next.stream_take_next[s] != 0) return;
+    if (next.stream_file[s] >= static_cast<int32_t>(sim_info.size())) continue;
+    switch (stream_where(s)) {
+      case stream_fetching:
+        slots |= 1u << (first_stream_slot + s);
+        break;
+      case stream_unpacking:
+        unpacks = true;
+        break;
+      case stream_resting:
+        rest = std::min(rest, stream_rests_for(s));
+        break;
     }
   }
-  http.wait(slots, milliseconds);
+  http.wait(slots, static_cast<int>(std::ceil(rest * 1000)), unpacks ? unpack_descriptor() : -1);
 }
 
 void grab_reset() {
-  next.next_file = 0;
+  stream_stop_all();
+  handed_out = next.next_file = 0;
   for (int s = 0; s < stream_limit; ++s) {
     next.stream_active[s] = next.stream_take_next[s] = s < 2 ? 1 : 0;
     next.stream_file[s] = 0;
-    http.drop(first_stream_slot + s);  // or the next job would take the old file for its own
   }
   next.start_time = xtim.now_sec;
   next.in_flight_kb = next.done_zip_kb = next.done_raw_kb = 0;
+  mirrors_forget();
+}
+
+void grab_kill() {
+  stream_stop_all();
+  unpack_end();
 }
 
 // The names are those beside the installed files, and not the streams' own under temp_path. That is

@@ -1,9 +1,9 @@
 // The network transfer: up to four downloads at a time from a mirror, each file unpacked into its
 // place. grab_files is polled by the transfer page for some 20 milliseconds a frame. Main thread.
 //
-// A stream takes a file, fetches its archive to temp_path + stream number + ".zip", unpacks and
-// deletes it, and takes the next. A failure draws another mirror and starts the file again, for
-// ever: there is no resume within a file. The number of live streams follows the measured speed.
+// A stream takes a file, fetches its archive, has it unpacked by a worker, and takes the next. A
+// failure draws another mirror and starts the file again, for ever: there is no resume within a
+// file. The number of live streams follows the measured speed.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +26,7 @@ struct transfer_record {
 };
 extern transfer_record next;
 
-// What all transfers of this run have done and met; only grows. Written by the stream step and the
-// unpacking.
+// What all transfers of this run have done and met; only grows. Written by the stream step.
 struct transfer_totals {
   int fetched = 0;  // files unpacked into their place
   int deleted = 0;  // files that the release has dropped
@@ -42,13 +41,18 @@ extern std::string crnt_file_path;  // its path on the server
 // stg.extract_failed set; 0 when more calls are needed.
 int grab_files();
 
-// Waits until one of the live streams can move, at most `milliseconds`; not at all if one of them
-// waits for nothing. For a page that would otherwise ask in vain until its time is up.
+// Waits until one of the live streams can move, by the network, by a worker, or because a mirror
+// has rested; at most `milliseconds`, and not at all if one of them waits for nothing. For a page
+// that would otherwise ask in vain until its time is up.
 void grab_wait(int milliseconds);
 
-// Readies `next` for a new transfer, which starts with two streams, and gives up what the streams'
-// HTTP slots still hold. Leaves next.finished and stg.extract_failed as they are.
+// Readies `next` for a new transfer, which starts with two streams. What the streams still fetch is
+// given up, what they unpack is finished and booked in sim_info first. Leaves next.finished and
+// stg.extract_failed as they are.
 void grab_reset();
+
+// Ends a transfer with its threads, as the program ends. Safe without one.
+void grab_kill();
 
 // Deletes the archive left beside the place of each live stream's file, if it is one of ours: with
 // that very file in it, and nothing else. Before grab_reset.

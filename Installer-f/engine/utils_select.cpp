@@ -34,7 +34,7 @@ int keep_it(const std::string&, int) {
 
 }  // namespace
 
-engine_questions engine_ask = {keep_it};
+engine_questions engine_ask = {keep_it, nullptr};
 
 namespace {
 
@@ -63,9 +63,13 @@ verdict put_question(const file_version_struct& file, int gone, folder_answers& 
   if (answers.overwrite.contains(folder)) return act_on_it;
   if (answers.keep.contains(folder)) return leave_it;
 
-  xer << "File: " << location << "  sig_want=" << file.sig_want
-      << "  sig_have=" << file.sig_have.view() << '\n';
-  switch (engine_ask.modified(location, gone)) {
+  int answer = engine_ask.given ? engine_ask.given(location) : 0;
+  if (answer == 0) {
+    xer << "File: " << location << "  sig_want=" << file.sig_want
+        << "  sig_have=" << file.sig_have.view() << '\n';
+    answer = engine_ask.modified(location, gone);
+  }
+  switch (answer) {
     case answer_overwrite:
       return act_on_it;
     case answer_keep:

@@ -53,5 +53,7 @@ struct engine_questions {
   // A modified_answer about the file at the full path `location`; `gone` non-zero when it is to be
   // deleted. Until one is installed the user's file is kept.
   int (*modified)(const std::string& location, int gone);
+  // An answer that was given already, so that there is no question; 0 for none. May be null.
+  int (*given)(const std::string& location);
 };
 extern engine_questions engine_ask;

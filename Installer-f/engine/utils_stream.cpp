@@ -1,27 +1,32 @@
-// One step of one stream: delete the file, fetch it, or pass over it; and how many streams there
-// should be.
+// One step of one stream: delete the file, fetch it, have it unpacked, or pass over it; and how
+// many streams there should be.
 //
-// A transfer from a fast mirror takes thousands of steps a second, and most files of an update need
-// nothing: the strings here keep their memory from step to step, nothing is asked of the disk for a
-// file that is passed over, and the log is not flushed.
+// A failure of a mirror, be it that it does not deliver or that what it delivers is not the file,
+// sends the stream to another; only when all have failed at a file, and one with a wrong archive,
+// is the user told. A transfer from a fast mirror takes thousands of steps a second: a stream's
+// strings are put together once a file, and the log is not flushed.
 //
 // Main thread. Writes `next`, grab_totals, crnt_file_name, crnt_file_path, deleted_files, the
 // decision's result in the current version, and of stg the fields activity, file_fraction,
-// server_down, server_index.
+// server_down, extract_failed.
 
 #include "Installer-f/engine/utils_stream.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_dirs.h"
 #include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_grab_mirrors.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_unpack.h"
 #include "Installer-f/settings/main_stg.h"
+#include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
@@ -34,34 +39,115 @@ std::string crnt_file_path;
 
 namespace {
 
-std::string location;  // where the present file is installed
+struct stream_record {
+  int32_t file = -1;     // what all this is about; -1: not yet begun
+  std::string location;  // where the file is installed
+  std::string remote;    // path of its archive, on the mirror asked last
+  int mirror = no_mirror;
+  float asked_at = 0;     // frame clock
+  mirror_set failed = 0;  // mirrors that have failed at this file
+  int bad_archive = 0;    // the code of a mirror that delivered something else
+  bool is_unpacking = false;
+  std::unique_ptr<unpack_task> unpacked;  // come back, not yet acted on
+};
+stream_record streams[stream_limit];
 
-// The user may pick a mirror while the transfer runs, and a new list may be shorter.
-int present_server() {
-  return std::clamp(stg.server_index, 0, std::max(stg.server_count - 1, 0));
+// An archive of up to so many bytes stays in memory. A larger one goes by way of the disk.
+constexpr uint64_t most_in_memory = 4'000'000;
+constexpr int code_too_large = 27;  // as of an archive on the disk
+
+// Where the stream's archive goes; empty for memory.
+std::string archive_path(int s, const file_version_struct& file) {
+  if (place_budget(file.zip_kb) <= most_in_memory) return "";
+  return temp_path + static_cast<char>('0' + s) + ".zip";
+}
+
+// Where `file` is on the mirror that is asked, or would be.
+void set_remote(stream_record& stream, const file_version_struct& file) {
+  const int mirror = stream.mirror != no_mirror ? stream.mirror : stg.server_index;
+  stream.remote = server_path[std::clamp(mirror, 0, std::max(stg.server_count - 1, 0))];
+  stream.remote += file.path;
+  stream.remote += ".zip";
+}
+
+void begin_file(int s, const file_version_struct& file) {
+  stream_record& stream = streams[s];
+  stream.file = next.stream_file[s];
+  stream.location = dest_dir_path;
+  stream.location += installed_part(file.path);
+  stream.mirror = no_mirror;
+  stream.failed = 0;
+  stream.bad_archive = 0;
+  stream.is_unpacking = false;
+  stream.unpacked.reset();
+  set_remote(stream, file);
 }
 
 // The verification finds a file under another case of letters, too. It is replaced or deleted under
 // the spelling that it has on disk: under the manifest's own, the old one would stay beside the new
 // and be found again for ever.
-void use_spelling_on_disk() {
+void use_spelling_on_disk(std::string& location) {
   if (g_case_sensitive) findPath(location);
 }
 
-void delete_step(file_version_struct& file) {
+// The location, as the gate of the copy takes it.
+std::string path_in_copy(const stream_record& stream) {
+  return stream.location.substr(dest_dir_path.size());
+}
+
+// --- delete --------------------------------------------------------------------------------------
+
+void delete_step(stream_record& stream, file_version_struct& file) {
   stg.activity = activity_deleting;
-  const int code = delete_file(location);
+  use_spelling_on_disk(stream.location);
+  const std::shared_ptr<gate_class> gate = copy_gate();
+  const int code = gate ? gate->remove_file(path_in_copy(stream)) : errno;
   if (code == 0) {
     file.sig_match = 0;
     file.sig_have = sig_none;
     ++grab_totals.deleted;
   }
   if (stg.log_actions != 0) {
-    xer << "now we want to nuke a file: DELETING  file " << location << ", with result=" << code
-        << ".\n";
+    xer << "now we want to nuke a file: DELETING  file " << stream.location
+        << ", with result=" << code << ".\n";
   }
-  note_emptied_folders(location, deleted_files);
+  note_emptied_folders(stream.location, deleted_files);
 }
+
+// --- a mirror fails ------------------------------------------------------------------------------
+
+// The file cannot be had: the transfer ends with it.
+void report_unpack_failure(const stream_record& stream, int code) {
+  stg.extract_failed = 1;
+  __MACIBM_alert(0, "The installer cannot extract a file.",
+                 UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
+                 UTL_translate_string("Compressed File: ") + stream.remote,
+                 UTL_translate_string("Destination: ") + stream.location, t_alert,
+                 "Installer-f/utils", 2288);
+}
+
+// The stream turns to another mirror with the file that it keeps. `bad_archive` is 0 for a mirror
+// that has not delivered. True when there is nobody left to ask, and the user has been told.
+bool mirror_let_down(int s, int bad_archive) {
+  stream_record& stream = streams[s];
+  stg.server_down = 1;
+  ++grab_totals.failed;
+  next.next_file = std::min(next.next_file, next.stream_file[s]);
+  if (stream.mirror == no_mirror) return false;
+  mirror_failed(stream.mirror, stream.asked_at);
+  stream.failed |= mirror_set{1} << stream.mirror;
+  stream.mirror = no_mirror;
+  if (bad_archive != 0) stream.bad_archive = bad_archive;
+  if (!mirrors_are_all(stream.failed)) return false;
+  if (stream.bad_archive != 0) {
+    report_unpack_failure(stream, stream.bad_archive);
+    return true;
+  }
+  stream.failed = 0;  // none was there: all are asked again, for ever
+  return false;
+}
+
+// --- fetch ---------------------------------------------------------------------------------------
 
 void note_progress(int slot, float zip_kb) {
   const auto received = static_cast<float>(http.slot_received(slot));
@@ -76,64 +162,127 @@ void note_progress(int slot, float zip_kb) {
   next.in_flight_kb += stg.file_fraction * zip_kb;
 }
 
-// The stream tries its file again on another mirror, and the file is handed out once more, so that
-// any stream may come by it. Files between that are done already are fetched twice; it does no
-// harm.
-void change_server(int s) {
-  stg.server_down = 1;
-  ++grab_totals.failed;
-  next.next_file = std::min(next.next_file, next.stream_file[s]);
-  next.stream_take_next[s] = 0;
-  draw_server();
+// False when there is no copy to unpack into any more, and the user has been told.
+bool begin_unpacking(int s, const file_version_struct& file) {
+  stream_record& stream = streams[s];
+  const std::shared_ptr<gate_class> gate = copy_gate();
+  if (!gate) {
+    report_unpack_failure(stream, errno);
+    return false;
+  }
+  if (!(file.sig_have == sig_none)) use_spelling_on_disk(stream.location);
+  auto task = std::make_unique<unpack_task>();
+  task->stream = s;
+  task->file = stream.file;
+  task->archive_path = archive_path(s, file);
+  if (task->archive_path.empty()) task->archive.swap(http.body(first_stream_slot + s));
+  task->most_archive = place_budget(file.zip_kb);
+  task->gate = gate;
+  task->path = path_in_copy(stream);
+  task->sig_want = file.sig_want;
+  task->most = place_budget(file.raw_kb);
+  stream.is_unpacking = true;
+  unpack_enqueue(std::move(task));
+  return true;
 }
 
-bool fetch_step(int s, file_version_struct& file) {
-  stg.activity = activity_fetching;
+// True when the stream is finished with its file.
+bool fetch(int s, const file_version_struct& file) {
+  stream_record& stream = streams[s];
+  if (stream.mirror == no_mirror) {
+    stream.mirror = mirror_to_ask(stream.failed);
+    stream.asked_at = xtim.now_sec;
+    // Without a list there is nothing to ask; it looks to the user like one that does not answer.
+    if (stg.server_count < 1) mirror_let_down(s, 0);
+    if (stream.mirror == no_mirror) return false;
+    set_remote(stream, file);
+  }
   const int slot = first_stream_slot + s;
-  static std::string archive;
-  archive = temp_path;
-  archive += static_cast<char>('0' + s);
-  archive += ".zip";
-
-  // Without a mirror there is nothing to ask; it looks to the user like one that does not answer.
-  const int result = stg.server_count < 1 ? http_failed
-                                          : http.net_check(slot, server_name[present_server()],
-                                                           crnt_file_path, archive);
-  switch (result) {
+  switch (http.net_check(slot, server_name[stream.mirror], stream.remote, archive_path(s, file),
+                         static_cast<int64_t>(place_budget(file.zip_kb)))) {
     case http_running:
       note_progress(slot, file.zip_kb);
       return false;
     case http_failed:
-      change_server(s);
-      return false;
+      return mirror_let_down(s, http.was_too_large(slot) ? code_too_large : 0);
     case http_done:
-      break;
+      return !begin_unpacking(s, file);
     default:
       return false;
   }
-  if (!(file.sig_have == sig_none)) use_spelling_on_disk();
-  if (!extract_and_delete_file(archive, location, file.sig_want)) {
-    change_server(s);
-    return false;
+}
+
+// --- unpacked ------------------------------------------------------------------------------------
+
+// The file is in its place, and known to be.
+void note_installed(file_version_struct& file) {
+  file.sig_have = file.sig_want;
+  file.sig_match = 1;
+  ++grab_totals.fetched;
+}
+
+void log_unpacked(const unpack_task& task) {
+  if (stg.log_actions == 0) return;
+  xer << "EXPANDING file " << dest_dir_path << task.path << ", with result=" << task.result.code
+      << ".\n"
+      << "CHMODING  file " << dest_dir_path << task.path << ", with result=" << task.result.code
+      << ".\n";
+}
+
+// Acts on what the worker gave back. True when the stream is finished with its file.
+bool act_on_unpacked(int s, file_version_struct& file) {
+  stream_record& stream = streams[s];
+  const std::unique_ptr<unpack_task> task = std::move(stream.unpacked);
+  stream.is_unpacking = false;
+  http.body(first_stream_slot + s).swap(task->archive);  // its memory, for the next
+  log_unpacked(*task);
+  log_gate_notes(*task->gate);
+  const place_result result = task->result;
+  if (result.outcome == place_ok) {
+    mirror_delivered(stream.mirror);
+    stg.server_down = 0;
+    note_installed(file);
+  } else if (place_is_wrong_content(result.outcome)) {
+    xer << "WARNING: " << server_name[stream.mirror] << " sent something else in place of "
+        << stream.remote << ": " << error_str(result.code) << '\n';
+    if (!mirror_let_down(s, result.code)) return false;
+  } else {
+    report_unpack_failure(stream, result.code);
   }
-  stg.server_down = 0;
   file.sig_match = 1;  // also if that failed: the next verification sees what is really there
   next.done_zip_kb += file.zip_kb;
   next.done_raw_kb += file.raw_kb;
   return true;
 }
 
+bool fetch_step(int s, file_version_struct& file) {
+  stg.activity = activity_fetching;
+  stream_record& stream = streams[s];
+  if (stream.unpacked) return act_on_unpacked(s, file);
+  if (!stream.is_unpacking) return fetch(s, file);
+  stg.file_fraction = 1;
+  next.in_flight_kb += file.zip_kb;
+  return false;
+}
+
 }  // namespace
+
+stream_state stream_where(int s) {
+  const stream_record& stream = streams[s];
+  if (stream.is_unpacking) return stream_unpacking;
+  return stream.mirror == no_mirror ? stream_resting : stream_fetching;
+}
+
+float stream_rests_for(int s) {
+  return mirror_rests_for(streams[s].failed);
+}
 
 bool stream_step(int s) {
   file_version_struct& file = sim_info[static_cast<size_t>(next.stream_file[s])].current();
-  const std::string_view inside = installed_part(file.path);
-  location = dest_dir_path;
-  location += inside;
-  crnt_file_name = path_leaf(inside);
-  crnt_file_path = server_path[present_server()];
-  crnt_file_path += file.path;
-  crnt_file_path += ".zip";
+  stream_record& stream = streams[s];
+  if (stream.file != next.stream_file[s]) begin_file(s, file);
+  crnt_file_name = path_leaf(stream.location);
+  crnt_file_path = stream.remote;
   next.stream_take_next[s] = 0;
 
   if (file.path.ends_with('/')) {
@@ -146,14 +295,33 @@ bool stream_step(int s) {
     xer << "WARNING: leaving alone a file that lies outside the destination: " << file.path << "\n";
     stg.activity = activity_not_wanted;
   } else if (file.need_delete != 0) {
-    use_spelling_on_disk();
-    delete_step(file);
+    delete_step(stream, file);
   } else if (file.need_fetch != 0) {
-    return fetch_step(s, file);
+    if (!fetch_step(s, file)) return false;
   } else {
     stg.activity = file.sig_match != 0 ? activity_have_it : activity_not_wanted;
   }
+  stream.file = -1;
   return true;
+}
+
+void stream_collect_unpacked() {
+  while (std::unique_ptr<unpack_task> task = unpack_take_finished())
+    streams[task->stream].unpacked = std::move(task);
+}
+
+void stream_stop_all() {
+  while (std::unique_ptr<unpack_task> task = unpack_wait_finished())
+    streams[task->stream].unpacked = std::move(task);
+  for (int s = 0; s < stream_limit; ++s) {
+    const std::unique_ptr<unpack_task> task = std::move(streams[s].unpacked);
+    if (task) log_unpacked(*task);
+    const size_t file = task ? static_cast<size_t>(task->file) : sim_info.size();
+    if (file < sim_info.size() && task->result.outcome == place_ok)
+      note_installed(sim_info[file].current());
+    streams[s] = {};
+    http.drop(first_stream_slot + s);  // or the next job would take the old file for its own
+  }
 }
 
 int wanted_streams(float rate, int manual) {

@@ -1,29 +1,42 @@
-// Unpacking of one archive into its place.
+// The workers that unpack what the streams have fetched, while the sockets go on.
 //
-// A file under its own name is always whole: it is unpacked beside its place and moved into it. If
-// the program wrote there and was stopped half-way, the next run would meet a file that no release
-// ever shipped, take it for the user's work, and keep it.
+// A stream hands its archive over, waits, and takes it back unpacked; so there is at most one for
+// each stream. The workers look at no global, and of the manifest's table at nothing that the
+// transfer writes: what they need was put into the task when it was made. Main thread.
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <string>
-#include <string_view>
+#include <vector>
 
-// What a stopped run may leave in a folder; hidden, and written over by the next run.
-inline constexpr std::string_view part_name = ".skyvane_part";
+#include "Installer-f/engine/utils_place.h"
+#include "corekit/base/UTL_workers.h"
 
-// The archive is whole, but holds another file than the manifest speaks of.
-inline constexpr int unpack_wrong_file = 20100;
+// One archive on its way into its place.
+class unpack_task : public UTL_work_task {
+ public:
+  void do_it() override;
+  int check_error(std::string& message) override;  // the code; it has no message of its own
 
-// Unpacks `archive` as the file at `location`, by way of a file named `part` in the same folder,
-// which no other call may use at the same time. Folders that are missing below the first `base`
-// characters of the location are made. The main program of a bundle is made runnable, with the
-// outcome in `chmod_code`. What does not have the signature `sig_want` (if that is one) never gets
-// to its place. 0, unpack_wrong_file, or a code of the archive layer or of the system. Any thread.
-int unpack_into_place(const std::string& archive, const std::string& location, size_t base,
-                      std::string_view part, std::string_view sig_want, int& chmod_code);
+  // Set by the stream.
+  int stream = 0;
+  int file = 0;               // index into sim_info
+  std::vector<char> archive;  // or, for a large one,
+  std::string archive_path;   // its file, which is deleted, whatever comes of it
+  uint64_t most_archive = 0;  // bytes that it may have
+  std::shared_ptr<gate_class> gate;
+  std::string path;  // of the file, below the destination
+  std::string sig_want;
+  uint64_t most = 0;  // bytes that the file may become
 
-// The same with a fetched archive, which is then deleted, whether that worked or not. A failure is
-// shown to the user and sets stg.extract_failed, but for the wrong file, which another mirror may
-// have right: then the result is false. Main thread.
-bool extract_and_delete_file(const std::string& archive, const std::string& location,
-                             std::string_view sig_want);
+  place_result result;  // set by the worker
+};
+
+extern UTL_worker_threads* unpack_pool;  // null when idle
+
+void unpack_enqueue(std::unique_ptr<unpack_task> task);  // starts the threads, if need be
+std::unique_ptr<unpack_task> unpack_take_finished();     // null for none
+std::unique_ptr<unpack_task> unpack_wait_finished();     // waits for one; null once none is out
+int unpack_descriptor();                                 // to be polled; -1 without threads
+void unpack_end();                                       // ends the threads. REQUIRES: none is out

@@ -32,6 +32,7 @@ bool resume_suspended_transfer() {
                   tr("Continue"), tr("the demo installation process."));
   // The program being ended from outside is no wish to give the job up.
   if (answer == 0 || app_done) return true;
+  grab_reset();  // no worker may go on below the folder
   recursive_delete_folder(dest_dir_path);
   demo_install_is_running = 0;
   return false;

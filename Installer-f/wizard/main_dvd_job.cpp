@@ -9,10 +9,12 @@
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_ask.h"
+#include "Installer-f/wizard/main_busy.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
@@ -31,6 +33,7 @@ page_function begin_job(const dvd_job& job) {
   xer << "Starting install at " << static_cast<double>(PLT_microseconds()) / 1e6 << '\n';
   if (!choose_files()) return job.choice;
   if (make_dirs() != 0) return job.no_folders;
+  if (lock_copy(dest_dir_path) == copy_lock_busy) return job.choice;  // it has just been made
   if (job.is_new_copy) register_new_skyvane();
   delete_files();
   *job.is_running = 1;
@@ -79,6 +82,7 @@ int ask_after_error(const dvd_job& job, wizard_screen& screen) {
 int dvd_job_page(const dvd_job& job, wizard_screen& screen) {
   screen.title = tr(job.title);
   if (!*job.is_running) {
+    if (!copy_is_free(job.choice, screen)) return 0;
     if (const page_function refused = begin_job(job)) {
       screen.next = refused;
       return 1;
@@ -158,6 +162,7 @@ void dvd_pick_page(const dvd_pick& pick, int first_time, wizard_screen& screen) 
 
 int dvd_scan_page(const dvd_scan& scan, int& counter, wizard_screen& screen) {
   screen.title = tr(scan.title);
+  if (!copy_is_free(scan.back, screen)) return 0;
   screen.text = tr("I am scanning ") + dest_dir_path + tr(scan.note);
   screen.kill_proc = screen.leave_proc = checksum_directory_kill;
   float fraction = 0;

@@ -5,12 +5,15 @@
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_busy.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_patch.h"
+#include "Installer-f/wizard/main_patch_answers.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
@@ -71,6 +74,7 @@ int show_start(int first_time, wizard_screen& screen) {
                                {"Finish", net_done}});
     wizard_set_steps(steps);
     forget_transfer();
+    unlock_copy();
     choose_copy();
     state.is_no_copy = !cmd_line_path.empty() && !looks_like_a_copy(cmd_line_path);
   }
@@ -96,7 +100,10 @@ int show_start(int first_time, wizard_screen& screen) {
 }
 
 int show_pick_dest(int first_time, wizard_screen& screen) {
-  if (first_time) forget_transfer();
+  if (first_time) {
+    forget_transfer();
+    unlock_copy();
+  }
   screen.title = tr("Pick Destination");
   screen.prefs_enabled = 1;
   if (all_skyroots.empty()) {
@@ -119,8 +126,12 @@ int show_get_updates(int first_time, wizard_screen& screen) {
       "I am downloading patch info from ",
       "I am processing information about the available patches.",
   };
-  if (first_time) state.scanned = 0;
+  if (first_time) {
+    state.scanned = 0;
+    forget_answers();
+  }
   if (!check_servers(flow, first_time, screen)) return 0;
+  if (!copy_is_free(flow.back, screen)) return 0;
 
   screen.kill_proc = screen.leave_proc = checksum_directory_kill;
   float fraction = 0;
@@ -143,7 +154,10 @@ int show_get_updates(int first_time, wizard_screen& screen) {
 }
 
 int show_check_disk(int first_time, wizard_screen& screen) {
-  if (first_time) forget_transfer();
+  if (first_time) {
+    forget_transfer();
+    recalc_disk_sizes();  // what remains, when the user comes back from the transfer
+  }
   screen.title = tr("Check Disk Space");
   screen.back = net_get_updates;
   screen.next = net_run_patch;

@@ -8,11 +8,13 @@
 #include "Installer-f/engine/utils_dirs.h"
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_registry.h"
-#include "Installer-f/engine/utils_select.h"
+#include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_patch_answers.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_alert.h"
 #include "corekit/base/xtim.h"
 #include "corekit/net/http.h"
 #include "corekit/window/hl_mnw.h"
@@ -97,12 +99,18 @@ void show_transfer(const patch_flow& flow, wizard_screen& screen) {
   screen.progress = *flow.done_ratio;
 }
 
-// Decides, makes the folders, and starts the streams. False when the user declined or a folder
-// could not be made.
+// Decides, makes the folders, and starts the streams. False when the user declined, a folder could
+// not be made, or another program works on the copy. That one leads back, too, and not on: a copy
+// that was verified is locked since then, so here it is a new one that somebody else has begun.
 bool begin_transfer(const patch_flow& flow) {
-  if (!choose_files()) return false;
+  if (!choose_files_again()) return false;
   if (flow.is_new_copy) register_new_skyvane();
   if (make_dirs() != 0) return false;
+  if (lock_copy(dest_dir_path) == copy_lock_busy) {
+    __MACIBM_alert(0, "Another installer or updater is at work on this folder:", dest_dir_path, "",
+                   "", t_alert, "Installer-f/main_patch", 118);
+    return false;
+  }
   grab_discard_partial();
   grab_reset();
   *flow.done_ratio = 0;
@@ -167,9 +175,7 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
   screen.show_servers = 1;
   // The first pass always runs, however late the frame is.
   const uint64_t start = PLT_microseconds();
-  const int failed_before = grab_totals.failed;
-  bool has_failed;
-  do {
+  for (uint64_t used = 0; used < frame_budget_us; used = PLT_microseconds() - start) {
     if (grab_files()) {
       grab_discard_partial();
       grab_reset();
@@ -179,15 +185,10 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
       return 1;
     }
     smooth_ratio(*flow.done_ratio);
-    // What failed is tried again in the next frame: a mirror that refuses at once would else be
-    // asked some thousand times a second.
-    has_failed = grab_totals.failed != failed_before;
-    const uint64_t used = PLT_microseconds() - start;
-    if (used < frame_budget_us && !has_failed) {
-      grab_wait(static_cast<int>((frame_budget_us - used) / 1000));
-    }
-  } while (!has_failed && PLT_microseconds() - start < frame_budget_us);
+    used = PLT_microseconds() - start;
+    if (used < frame_budget_us) grab_wait(static_cast<int>((frame_budget_us - used) / 1000));
+  }
   show_transfer(flow, screen);
-  frame_soon = has_failed ? frame_in_a_tick : frame_at_once;
+  frame_soon = frame_at_once;  // what this page waits for, it waits for by itself
   return 0;
 }

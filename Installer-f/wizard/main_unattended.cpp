@@ -248,6 +248,10 @@ wizard_press press_for_user(page_function page, int first_time, const wizard_scr
   if (screen.next == wizard_quit) return finish_on_last_page(page, screen);
 
   show_page(page, screen);
+  if (screen.copy_is_busy) {
+    complain(screen.title + ": " + whole_text(screen));
+    return finish(unattended_busy);
+  }
   if (page->kind == page_choice) return press_on_choice(page, first_time, screen);
   if (page->kind == page_disc) return press_on_disc(page, first_time, screen);
 

@@ -14,6 +14,7 @@ enum unattended_result : int {
   unattended_failed = 1,    // a failure page, or a fatal alert
   unattended_refused = 2,   // an answer is missing or was refused
   unattended_given_up = 3,  // no progress for too long, or interrupted
+  unattended_busy = 4,      // another program is at work on the copy
 };
 
 enum disc_task { task_install, task_scenery, task_repair };

@@ -83,6 +83,7 @@ struct wizard_screen {
   std::vector<page_function> button_pages;  // their targets, parallel to the names
   void (*kill_proc)() = nullptr;            // called on Quit, before the program ends
   void (*leave_proc)() = nullptr;           // called when the next frame is another page's
+  bool copy_is_busy = false;                // another program is at work on it; `text` says so
 };
 
 extern page_function g_wizard;                 // the current page; an edition names the first one

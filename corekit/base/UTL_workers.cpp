@@ -6,6 +6,9 @@
 
 #include "corekit/base/UTL_workers.h"
 
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_queue.h"
 #include "corekit/base/hl_thread.h"
@@ -21,7 +24,7 @@ UTL_work_task* as_task(UTL_message word) {
 }  // namespace
 
 UTL_worker_threads::UTL_worker_threads(int thread_count, int max_tasks_at_once)
-    : max_tasks(max_tasks_at_once) {
+    : retired_event(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)), max_tasks(max_tasks_at_once) {
   UTL_message_queue_create(&work_queue);
   UTL_message_queue_create(&retired_queue);
   const size_t count = thread_count > 0 ? static_cast<size_t>(thread_count) : 0;
@@ -40,6 +43,7 @@ UTL_worker_threads::~UTL_worker_threads() {
     UTL_thread_join(threads[i], joiners[i]);
   UTL_message_queue_destroy(work_queue);
   UTL_message_queue_destroy(retired_queue);
+  if (retired_event >= 0) close(retired_event);
 }
 
 void UTL_worker_threads::enqueue_task(UTL_work_task* task) {
@@ -48,6 +52,9 @@ void UTL_worker_threads::enqueue_task(UTL_work_task* task) {
 }
 
 UTL_work_task* UTL_worker_threads::check_retired_tasks() {
+  // Before the look at the queue: what is put there after it signals anew.
+  eventfd_t count;
+  if (retired_event >= 0) eventfd_read(retired_event, &count);
   UTL_work_task* const task = as_task(UTL_message_queue_read(retired_queue, queue_poll));
   if (task) --task_count;
   return task;
@@ -71,6 +78,7 @@ void* UTL_worker_threads::run_tasks(void* pool) {
     if (word == stop_order) return nullptr;
     as_task(word)->do_it();
     UTL_message_queue_write(self->retired_queue, word);
+    if (self->retired_event >= 0) eventfd_write(self->retired_event, 1);
     // The task is the owner's again: let it be taken now rather than at the next frame.
     PLT_wake();
   }

@@ -52,6 +52,9 @@ class UTL_worker_threads {
 
   UTL_work_task* check_retired_tasks();  // a finished task, or null; does not wait
   UTL_work_task* wait_retired_tasks();   // waits for one; null once none is out
+  // For an owner that waits for other things as well: becomes readable when a task finishes after
+  // the last check_retired_tasks that gave null. -1 if the system has none to give.
+  int retired_descriptor() const { return retired_event; }
 
  private:
   static void* thread_func(void* pool);
@@ -59,6 +62,7 @@ class UTL_worker_threads {
 
   UTL_message_queue* work_queue = nullptr;     // UTL_work_task pointers; 0 tells a thread to stop
   UTL_message_queue* retired_queue = nullptr;  // UTL_work_task pointers, in order of finishing
+  int retired_event;                           // signalled once a task is in the retired queue
   int max_tasks;
   int task_count = 0;
   std::vector<UTL_thread_handle> threads;  // these three are parallel

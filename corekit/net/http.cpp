@@ -5,6 +5,7 @@
 
 #include <poll.h>
 
+#include <cerrno>
 #include <map>
 #include <sstream>
 #include <string_view>
@@ -81,6 +82,7 @@ void http_class::start(int slot, const std::string& server, const std::string& f
   const bool leads_there = record.line && xtim.now_sec <= record.line_since + kept_limit &&
                            record.line_place == place_to_connect(server, http_port);
   if (!leads_there) record.line.reset();
+  record.too_large = false;
   record.down = std::make_unique<down_class>(
       server.c_str(), http_port, file.c_str(), false, headers, nullptr, 0, local.c_str(),
       down_terms{max_bytes, keep, std::move(record.line), &record.body});
@@ -99,10 +101,12 @@ int http_class::judge(slot_record& slot, const std::string& server, const std::s
     if (xtim.now_sec <= down.last_activity() + silence_limit) return http_running;
     return fail(slot, "");  // a server that has fallen silent has nothing to tell
   }
-  if (down.response_code() >= 200 && down.response_code() <= 299 && complete && !failed) {
+  const bool has_file = down.response_code() >= 200 && down.response_code() <= 299;
+  if (has_file && complete && !failed) {
     end(slot);
     return http_done;
   }
+  slot.too_large = has_file && down.error() == EFBIG;
 
   std::ostringstream text;
   if (*down.error_text() != '\0') text << "WARNING: " << down.error_text() << ".\n";
@@ -144,6 +148,10 @@ std::vector<char>& http_class::body(int slot) {
   return slots_[slot].body;
 }
 
+bool http_class::was_too_large(int slot) const {
+  return slots_[slot].too_large;
+}
+
 void http_class::drop(int slot) {
   slots_[slot].down.reset();
   slots_[slot].line.reset();
@@ -162,10 +170,12 @@ int http_class::poll_lines(unsigned slots, pollfd* lines) const {
   return used;
 }
 
-void http_class::wait(unsigned slots, int milliseconds) {
-  pollfd lines[slot_count];
+void http_class::wait(unsigned slots, int milliseconds, int other) {
+  pollfd lines[slot_count + 1];
   const int used = poll_lines(slots, lines);
-  if (used == 0 || poll(lines, static_cast<nfds_t>(used), milliseconds) < 0) return;
+  if (used == 0 && slots != 0) return;
+  lines[used] = {other, POLLIN, 0};  // one of -1 is passed over
+  if (poll(lines, static_cast<nfds_t>(used) + 1, milliseconds) < 0) return;
   int at = 0;
   for (int slot = 0; slot < slot_count; ++slot) {
     if ((slots >> slot & 1) != 0 && lines[at++].revents == 0) slots_[slot].down->rest();

@@ -53,14 +53,18 @@ class http_class {
   // The body that the slot's last transfer without a local file has left. The caller may move it
   // away; the slot's next such transfer clears it, keeping its memory.
   std::vector<char>& body(int slot);
+  // Whether the slot's last transfer failed because the file, which the server has, is longer than
+  // `max_bytes`.
+  bool was_too_large(int slot) const;
   // Gives up what runs in a slot, without a report, and closes its connection. The part that has
   // come stays on disk.
   void drop(int slot);
 
   // --- waiting -----------------------------------------------------------------------------------
-  // Waits until the network has something for one of the slots whose bits are set in `slots`, at
-  // most `milliseconds`. Returns at once if one of them is free or waits for nothing.
-  void wait(unsigned slots, int milliseconds);
+  // Waits until the network has something for one of the slots whose bits are set in `slots`, or
+  // the descriptor `other` (-1 for none) can be read, at most `milliseconds`. Returns at once if
+  // one of the slots is free or waits for nothing.
+  void wait(unsigned slots, int milliseconds, int other = -1);
   // The same for who polls other things as well: fills `lines` (slot_count entries) with what these
   // slots wait for, and returns their number; 0 also if one of them must not be waited for.
   int poll_lines(unsigned slots, pollfd* lines) const;
@@ -83,6 +87,7 @@ class http_class {
     net_place line_place;              // where it leads to,
     float line_since = 0;              // and since when it has been idle, frame clock
     std::vector<char> body;
+    bool too_large = false;
     std::string last_report;     // of the last failure,
     float last_report_time = 0;  // and when it was logged, frame clock
   };

@@ -1,0 +1,122 @@
+// Mirrors that fail: who is asked next, how often, and when the user is told.
+
+#include <algorithm>
+
+#include "Installer-f/engine/utils_grab_mirrors.h"
+#include "corekit/base/hl_alert.h"
+#include "grab_fixture.h"
+
+namespace {
+
+using GrabMirrors = Grab;
+
+constexpr char signature[] = "0cc175b9c0f1b6a831c399e269772661";  // of "a"
+
+// What three mirrors send for one file, each by a letter.
+TEST_F(GrabMirrors, AWrongArchiveIsThatMirrorsFailure) {
+  const std::string good = archive_of("f", "a");
+  std::string flipped = good;
+  flipped[flipped.size() / 2] ^= 0x55;
+  const std::map<char, std::string> kinds = {{'g', good},
+                                             {'w', archive_of("f", "another file")},
+                                             {'f', flipped},
+                                             {'t', good.substr(0, 20)},
+                                             {'p', "<html>log in</html>"},
+                                             {'l', std::string(2001, 'l')},
+                                             {'e', ""}};
+  const struct {
+    const char *label, *mirrors;  // '-' refuses
+    const char* content;          // of the file in the end
+    int alerts;
+  } rows[] = {
+      {"one damaged", "fgg", "a", 0},
+      {"cut off, and a page for the log-in", "tpg", "a", 0},
+      {"the only one that has it", "wfg", "a", 0},
+      {"behind others that refuse", "--g", "a", 0},
+      {"empty beside one that refuses", "e-g", "a", 0},
+      {"larger than its line says", "lfg", "a", 0},
+      {"all wrong", "wlf", "old", 1},
+      {"wrong where it is not refused", "l--", "old", 1},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    std::map<std::string, std::string> files;
+    stg.server_count = 3;
+    stg.extract_failed = 0;
+    for (int i = 0; i < 3; ++i) {
+      server_name[i] = std::string("m") + static_cast<char>('0' + i);
+      server_path[i] = "/";
+      if (row.mirrors[i] != '-')
+        files["http://" + server_name[i] + "/A/f.zip"] = kinds.at(row.mirrors[i]);
+    }
+    mirror m(files);
+    put("f", "old");
+    sim_info.clear();
+    add_history(wanted_file("A/f", 1, signature));
+    const int alerts_before = alerts_shown;
+    grab_reset();
+    ASSERT_TRUE(run_job());
+    EXPECT_EQ(bytes_of(dest_dir_path + "f"), row.content);
+    EXPECT_EQ(alerts_shown - alerts_before, row.alerts);
+    EXPECT_EQ(stg.extract_failed, row.alerts);
+    EXPECT_EQ(sim_info[0].current().sig_have == signature, row.alerts == 0);
+    std::vector<std::string> asked = m.requests();
+    std::sort(asked.begin(), asked.end());
+    EXPECT_EQ(std::adjacent_find(asked.begin(), asked.end()), asked.end()) << "each once";
+  }
+}
+
+// A mirror that refuses is asked after half a second, then after twice as long each time, up to
+// half a minute; not for each of the streams. The clock is the frame's.
+TEST_F(GrabMirrors, ARefusingMirrorIsLeftAlone) {
+  mirror m({});
+  stg.server_count = 1;
+  for (const char* path : {"A/f", "A/g", "A/h"})
+    add_history(wanted_file(path));
+  grab_reset();
+  const float start = xtim.now_sec;
+  size_t seen = 0;
+  std::vector<float> asked_at;
+  for (int step = 0; step < 1300; ++step) {
+    xtim.now_sec = start + 0.1f * static_cast<float>(step);
+    for (int i = 0; i < 200; ++i) {
+      ASSERT_EQ(grab_files(), 0);
+      grab_wait(0);
+      if (stream_where(0) == stream_resting && stream_where(1) == stream_resting) break;
+      usleep(100);
+    }
+    if (m.requests().size() == seen) continue;
+    EXPECT_LE(m.requests().size() - seen, 2u) << "each stream once";
+    seen = m.requests().size();
+    if (asked_at.empty() || xtim.now_sec - start > asked_at.back() + 0.15f)
+      asked_at.push_back(xtim.now_sec - start);
+  }
+  const std::vector<float> want = {0, 0.5f, 1.5f, 3.5f, 7.5f, 15.5f, 31.5f, 61.5f, 91.5f, 121.5f};
+  ASSERT_EQ(asked_at.size(), want.size());
+  for (size_t i = 0; i < want.size(); ++i)
+    EXPECT_NEAR(asked_at[i], want[i], 0.15f * static_cast<float>(i + 1)) << i;
+  EXPECT_EQ(stg.server_down, 1);
+  EXPECT_EQ(stg.extract_failed, 0);
+}
+
+TEST_F(GrabMirrors, WhoIsAskedNext) {
+  stg.server_count = 3;
+  stg.server_index = 1;
+  mirrors_forget();
+  EXPECT_EQ(mirror_to_ask(0), 1) << "the one in use";
+  mirror_failed(1, xtim.now_sec);
+  const int other = mirror_to_ask(0);
+  EXPECT_NE(other, 1);
+  EXPECT_EQ(stg.server_index, other);
+  EXPECT_EQ(mirror_to_ask(mirror_set{1} << other | 1u << 1), 2 - other) << "the third";
+  EXPECT_EQ(mirror_to_ask(0b101), no_mirror) << "all but the one that rests";
+  EXPECT_FLOAT_EQ(mirror_rests_for(0b101), 0.5f);
+  stg.server_index = 1;
+  EXPECT_EQ(mirror_to_ask(0), 1) << "the user's choice is asked at once";
+  EXPECT_TRUE(mirrors_are_all(0b111));
+  EXPECT_FALSE(mirrors_are_all(0b011));
+  stg.server_count = 0;
+  EXPECT_EQ(mirror_to_ask(0), no_mirror);
+}
+
+}  // namespace
