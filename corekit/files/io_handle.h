@@ -18,6 +18,7 @@ class io_handle {
 
   explicit operator bool() const { return fd_ >= 0; }
   int get() const { return fd_; }
+  int release() { return std::exchange(fd_, -1); }  // to another owner
 
   // 0 or errno: some volumes tell of a full disk only here. The handle is empty afterwards.
   int close();

@@ -16,6 +16,7 @@
 #include "corekit/base/cmnd.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/files/io_handle.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_int.h"
 
@@ -54,25 +55,19 @@ int is_real_folder(int dir, const dirent& entry) {
   return fstatat(dir, entry.d_name, &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(info.st_mode);
 }
 
-std::string without_slash(std::string path) {
-  if (path.size() > 1 && path.back() == '/') path.pop_back();
-  return path;
-}
-}  // namespace
+struct io_item {
+  std::string name;
+  int is_folder;  // 1 for a folder; 0 for all else, links to folders too
+};
 
-int io_list_folder(const std::string& path, bool follow, std::vector<io_item>& items) {
+// Reads what an open folder holds, hidden names left out, in ascending order of the names' bytes. 0
+// or errno; on a failure midway `items` has what was read before it.
+int list_folder(int folder, std::vector<io_item>& items) {
   items.clear();
-  // With a "/" at its end a path is followed through a link whatever the flags say.
-  const int handle =
-      follow ? open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)
-             : open(without_slash(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
-  if (handle < 0) return errno;
-  DIR* const dir = fdopendir(handle);
-  if (!dir) {
-    const int failed = errno;
-    close(handle);
-    return failed;
-  }
+  io_handle listing(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  DIR* const dir = listing ? fdopendir(listing.get()) : nullptr;
+  if (!dir) return errno;
+  listing.release();
   int failed = 0;
   for (;;) {
     errno = 0;
@@ -82,13 +77,20 @@ int io_list_folder(const std::string& path, bool follow, std::vector<io_item>& i
       break;
     }
     if (entry->d_name[0] == '.' || entry->d_name[0] == '\0') continue;
-    items.push_back({entry->d_name, is_real_folder(handle, *entry)});
+    items.push_back({entry->d_name, is_real_folder(folder, *entry)});
   }
   closedir(dir);
   std::sort(items.begin(), items.end(),
             [](const io_item& a, const io_item& b) { return a.name < b.name; });
   return failed;
 }
+
+int list_folder(const std::string& path, std::vector<io_item>& items) {
+  items.clear();
+  const io_handle folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  return folder ? list_folder(folder.get(), items) : errno;
+}
+}  // namespace
 
 int opensave_takeit(const std::string& name, int is_folder, int filter, int* kind) {
   const int own_kind = is_folder ? 0 : kind_of_name(name);
@@ -117,7 +119,7 @@ int opensave_getitems(const std::string& folder, int filter, std::vector<std::st
     return 0;
   }
   std::vector<io_item> items;
-  io_list_folder(full, true, items);
+  list_folder(full, items);
   for (io_item& item : items) {
     if (!opensave_takeit(item.name, item.is_folder, filter, nullptr)) continue;
     names.push_back(std::move(item.name));
@@ -176,7 +178,7 @@ int copy_folder(const std::string& source, const std::string& target, const fold
   }
 
   std::vector<io_item> items;
-  if (const int failed = io_list_folder(app_path + source, true, items)) {
+  if (const int failed = list_folder(app_path + source, items)) {
     return io_fail(failed, this_file, 168);
   }
   for (const io_item& item : items) {
@@ -205,24 +207,30 @@ int copy_file_recursive(const std::string& source, const std::string& target) {
 // --- recursive deletion --------------------------------------------------------------------------
 
 namespace {
-int delete_folder(const std::string& path) {
-  std::vector<io_item> items;
-  const int unread = io_list_folder(app_path + path, false, items);
+// By handles and not by paths: a folder that is swapped for a link meanwhile leads nowhere.
+int delete_folder(int parent, const std::string& name) {
+  const io_handle folder(
+      openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  int unread = folder ? 0 : errno;
   if (unread == ENOTDIR || unread == ELOOP) return io_fail(ENOTDIR, this_file, 198);
+  std::vector<io_item> items;
+  if (folder) unread = list_folder(folder.get(), items);
   for (const io_item& item : items) {
-    const std::string inner = path + item.name;
-    const int failed = item.is_folder ? delete_folder(inner + "/") : delete_file(inner);
-    if (failed) return failed;
+    if (!item.is_folder) {
+      if (unlinkat(folder.get(), item.name.c_str(), 0) != 0) return io_fail(errno, this_file, 203);
+    } else if (const int failed = delete_folder(folder.get(), item.name)) {
+      return failed;
+    }
   }
-  const int failed = delete_file(path);
+  if (unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0) return 0;
   // A folder that could not be read and did not go says more by the first of the two reasons.
-  return failed && unread ? io_fail(unread, this_file, 206) : failed;
+  return io_fail(unread ? unread : errno, this_file, 206);
 }
 }  // namespace
 
 int recursive_delete_folder(const std::string& path) {
   if (path.empty()) return delete_file(path);
-  const std::string full = app_path + path;
+  std::string full = app_path + path;
   if (full.find_first_not_of('/') == std::string::npos) return io_fail(EPERM, this_file, 213);
   if (full.back() != '/') {
     __MACIBM_alert(0, "Working path does not appear to be a directory!",
@@ -231,5 +239,8 @@ int recursive_delete_folder(const std::string& path) {
                    217);
     return ENOTDIR;
   }
-  return delete_folder(path);
+  // With a "/" at its end a path is followed through a link whatever the flags say.
+  while (full.back() == '/')
+    full.pop_back();
+  return delete_folder(AT_FDCWD, full);
 }

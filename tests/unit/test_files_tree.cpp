@@ -1,7 +1,9 @@
 // Folders: listing, recursive copy and deletion; repair of a path's case.
 
+#include <atomic>
 #include <ctime>
 #include <filesystem>
+#include <thread>
 
 #include "tests/unit/test_files_scratch.h"
 
@@ -65,6 +67,29 @@ TEST(FilesTree, DeletesAllButWhatLinksLeadTo) {
   EXPECT_EQ(20, recursive_delete_folder(here / "link/"));
   EXPECT_TRUE(is_there(here / "outside/precious"));
   EXPECT_TRUE(is_there(here / "link"));
+}
+
+// A folder that turns into a link to the outside and back while it is deleted.
+TEST(FilesTree, DeletionIsNotLedAway) {
+  const scratch_folder here;
+  here.file("outside/f0", "precious");
+  const std::string sub = here / "tree/sub", spare = here / "spare";
+  std::atomic<bool> done = false;
+  std::thread swapper([&] {
+    while (!done)
+      renameat2(AT_FDCWD, sub.c_str(), AT_FDCWD, spare.c_str(), RENAME_EXCHANGE);
+  });
+  for (int i = 0; i < 300; ++i) {
+    for (const char* name : {"tree/sub/f0", "tree/sub/f1"})
+      here.file(name);
+    EXPECT_EQ(0, symlink((here / "outside").c_str(), spare.c_str()));
+    recursive_delete_folder(here / "tree/");
+    std::filesystem::remove_all(here / "tree");
+    std::filesystem::remove_all(spare);
+  }
+  done = true;
+  swapper.join();
+  EXPECT_EQ(content_of(here / "outside/f0"), "precious");
 }
 
 TEST(FilesTree, DeletionStopsAtTheFirstFailure) {
