@@ -4,6 +4,7 @@
 //   place_archive        an archive in memory
 //   place_archive_file   an archive on the disk
 //   place_manifest       the manifest's own archive into the working folder
+//   remove_temp_file     from the working folder
 //   open_copy_gate       the gate of the copy at dest_dir_path, at the start of a job
 //   copy_gate            the same gate, later in it
 #pragma once
@@ -68,6 +69,9 @@ place_result place_archive_file(gate_class& gate, int archive, uint64_t most_arc
 // earlier one, which is gone after a failure, too. The archive may hold nothing else, and no more
 // than 512 MB.
 place_result place_manifest(const std::string& zip_path);
+
+// Deletes a file of the working folder, if it is there.
+void remove_temp_file(std::string_view leaf);
 
 // The gate of the copy at dest_dir_path. It knows the release from sim_info, so every job opens it
 // anew when it begins (make_dirs does), and sim_info must not be read while it is in use; in

@@ -168,7 +168,7 @@ void fetch_manifest() {
                    UTL_translate_string("Destination Path/") + temp_path, t_alert,
                    "Installer-f/utils", 1203);
   }
-  delete_file(zip);
+  remove_temp_file(path_leaf(zip));
 }
 
 }  // namespace
