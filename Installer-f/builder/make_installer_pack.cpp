@@ -57,10 +57,7 @@ enum pack_failure { pack_fine, cannot_link, cannot_zip, cannot_measure };
 std::string sig_text_of(MD5_state& state) {
   uint8_t digest[16];
   MD5Final(digest, state);
-  std::string sig;
-  for (const uint8_t byte : digest)
-    sig += str_format("%02x", byte);
-  return sig;
+  return MD5_text(state.chain);
 }
 
 void look_at_bytes(void* with, const void* bytes, size_t size) {

@@ -59,6 +59,30 @@ TEST_F(ArchivePack, WholeAndStreamed) {
   }
 }
 
+// The sample that tells what is not worth packing must not cost what is.
+TEST_F(ArchivePack, WhatCanBePackedIs) {
+  const std::string text(300000, 'x'), noisy = noise(300000, 5);
+  std::string skewed = noisy;
+  for (size_t i = 0; i < skewed.size(); i += 20)
+    skewed[i] = 'x';
+  const struct {
+    const char* label;
+    std::string bytes;
+    double most;  // of the archive, as a part of the file
+  } rows[] = {{"noise", noisy, 1.01},
+              {"text", text, 0.01},
+              {"skewed noise", skewed, 0.99},
+              {"noise, then text", noisy + text, 0.51},
+              {"text, then noise", text + noisy, 0.51}};
+  for (const auto& row : rows) {
+    write_text(base + "a", row.bytes);
+    ASSERT_EQ(file_to_zip(base + "a", base + "a.zip"), 0);
+    run("unzip -tq '" + base + "a.zip'");
+    EXPECT_LT(double(file_stat(base + "a.zip").st_size), row.most * double(row.bytes.size()))
+        << row.label;
+  }
+}
+
 TEST_F(ArchivePack, DatesEndAtTheNewest) {
   setenv("TZ", "UTC", 1);
   zip_packer packer;
