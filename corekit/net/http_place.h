@@ -1,5 +1,5 @@
-// Where a request goes: to its server, or to the proxy that the settings name. Main thread; answered
-// by http.cpp, which holds the settings.
+// Where a request goes: to its server, or to the proxy that the settings name. Main thread;
+// answered by http.cpp, which holds the settings.
 #pragma once
 
 #include <string>
