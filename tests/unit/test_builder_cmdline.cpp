@@ -142,8 +142,7 @@ TEST_F(BuilderCmdline, ServerListWithABuild) {
   expect(0, both, "");
   EXPECT_TRUE(is_there("out/serverlist9.txt"));
   EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));
-  expect(1, {"--write_server_list=/dev/full", "--mirrors=a"},
-         "The server list could not be written whole");
+  expect(1, {"--write_server_list=/dev/full", "--mirrors=a"}, "I could not save the file!");
 }
 
 }  // namespace
