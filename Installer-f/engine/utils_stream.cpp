@@ -20,8 +20,8 @@
 
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_dirs.h"
-#include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_grab_mirrors.h"
+#include "Installer-f/engine/utils_grab_state.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_unpack.h"

@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-#include "Installer-f/engine/utils_grab.h"
+#include "Installer-f/engine/utils_grab_state.h"
 #include "corekit/base/UTL_thread.h"
 #include "corekit/files/io_handle.h"
 #include "corekit/files/io_utils.h"
