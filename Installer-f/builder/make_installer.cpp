@@ -262,7 +262,7 @@ int build_install() {
       status = build_region(2);
       break;
     default:
-      builder_fatal("I can not tell what type of install this is!", "", "", "", 307);
+      builder_fatal("I can not tell what type of install this is!", "", "", "", at_build_type);
   }
   if (status == build_done) close_build();
   return status;

@@ -65,7 +65,7 @@ void say_checklist() {
                            bld.sim_name.c_str(), bld.release_version),
                 "Upload the -NET uploads- folder stuff.",
                 "Extract directory.txt.zip to the next previous directory file for use next time.",
-                308);
+                at_build_done);
 }
 
 // --- JSON (RFC 8259) ----------------------------------------------------------------------------

@@ -102,16 +102,14 @@ int builder_warnings() {
 }
 
 void builder_alert(const std::string& line_1, const std::string& line_2, const std::string& line_3,
-                   const std::string& line_4, int source_line) {
+                   const std::string& line_4, alert_source source) {
   builder_progress_end();
-  __MACIBM_alert(mnw.win_id, line_1, line_2, line_3, line_4, t_alert, "Installer-f/make_installer",
-                 source_line);
+  __MACIBM_alert(mnw.win_id, line_1, line_2, line_3, line_4, t_alert, source);
 }
 
 void builder_fatal(const std::string& line_1, const std::string& line_2, const std::string& line_3,
-                   const std::string& line_4, int source_line) {
+                   const std::string& line_4, alert_source source) {
   builder_progress_end();
-  __MACIBM_alert(mnw.win_id, line_1, line_2, line_3, line_4, t_exit, "Installer-f/make_installer",
-                 source_line);
+  __MACIBM_alert(mnw.win_id, line_1, line_2, line_3, line_4, t_exit, source);
   std::abort();  // not reached: the alert ends the process
 }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "corekit/base/hl_alert_source.h"
+
 // The progress of a long job, `line` and the `path` in hand. On a terminal one line that is
 // rewritten; elsewhere a line is written where `done`, the count that the line tells of, has gone
 // on by 500.
@@ -22,10 +24,9 @@ int builder_warnings();  // how many there have been
 // A line for the log alone.
 void builder_log(const std::string& line);
 
-// An alert, and the fatal one, in the makers' English. `source_line` is a fixed number that
-// identifies the complaint.
+// An alert, and the fatal one, in the makers' English.
 void builder_alert(const std::string& line_1, const std::string& line_2, const std::string& line_3,
-                   const std::string& line_4, int source_line);
+                   const std::string& line_4, alert_source source);
 [[noreturn]] void builder_fatal(const std::string& line_1, const std::string& line_2,
                                 const std::string& line_3, const std::string& line_4,
-                                int source_line);
+                                alert_source source);

@@ -122,7 +122,7 @@ bool is_of_type(const std::string& path) {
     default:
       break;
   }
-  builder_fatal("I can not tell what type of install this is!", "", "", "", 111);
+  builder_fatal("I can not tell what type of install this is!", "", "", "", at_build_tree_type);
 }
 
 // Whether there is anything in the file to ship.

@@ -82,7 +82,7 @@ int run(int argc, char** argv) {
   if (get_OS_abs_path(os_dir_temp, temp_path) != 0) {
     __MACIBM_alert(win_main, "I could not make a temporary folder to work in!",
                    "Neither the folder that TMPDIR names nor /tmp can be written.", "", "", t_exit,
-                   "Installer-f/main", 1180);
+                   at_no_temporary_folder);
   }
   UTIL_scan_volumes(disc_label_file);
   leave_disc(argc, argv);
@@ -110,9 +110,9 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv);
   } catch (const std::exception& e) {
-    MACIBM_fault("Installer-f/main", 1214, "Caught an unhandled C++ exception", e.what());
+    MACIBM_fault(at_stray_exception, "Caught an unhandled C++ exception", e.what());
   } catch (...) {
-    MACIBM_fault("Installer-f/main", 1217, "Caught an unhandled unknown exception");
+    MACIBM_fault(at_stray_throw, "Caught an unhandled unknown exception");
   }
   return 1;
 }

@@ -28,8 +28,6 @@
 
 namespace {
 
-constexpr char source_name[] = "Installer-f/utils_dirs";
-
 // Every copy has these, whether or not a file needs them.
 constexpr const char* fixed_folders[] = {
     "Output",    "Output/FMS plans",      "Output/logbooks", "Output/movies", "Output/situations",
@@ -124,7 +122,7 @@ void delete_files() {
     note_emptied_folders(location, folders);
     if (show_del_err(code)) {
       __MACIBM_alert(mnw.win_id, "Could not delete a file that I no longer want to have!", location,
-                     "", "", t_alert, source_name, 173);
+                     "", "", t_alert, at_file_not_deleted);
     }
     current.sig_match = 0;
     current.sig_have = sig_none;
@@ -150,7 +148,7 @@ void make_dir_error(const std::string& path, int code) {
                  "that you have access to!",
                  UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                  UTL_translate_string("Install Location: ") + dest_dir_path,
-                 UTL_translate_string("Install Path:") + path, t_alert, source_name, 96);
+                 UTL_translate_string("Install Path:") + path, t_alert, at_folder_not_made);
 }
 
 void note_emptied_folders(std::string_view location, std::set<std::string>& folders) {

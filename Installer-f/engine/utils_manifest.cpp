@@ -30,7 +30,6 @@ std::map<std::string, int32_t, std::less<>> sim_info_index;
 
 namespace {
 
-constexpr char source_name[] = "Installer-f/utils_manifest";
 constexpr int format_versions[] = {840, 900, 0};
 constexpr int warnings_logged = 100;      // of records left out; a hostile file could hold millions
 constexpr size_t most_records = 2000000;  // many times any release; bounds what a file can allocate
@@ -188,7 +187,7 @@ bool begin_run(manifest_reader& reader, std::string_view name, file_version_stru
     __MACIBM_alert(mnw.win_id,
                    "I am reading the directory text file and found a path that has no file!",
                    "This is impossible to download or delete!", "It is:", std::string(record.path),
-                   t_exit, source_name, 412);
+                   t_exit, at_manifest_names_folder);
   }
   if (!manifest_path_is_safe(record.path)) {
     warn_left_out(reader, reader.folder, name);
@@ -247,7 +246,7 @@ void read_body(text_walk walk, const std::string& path) {
     if (reader.records > most_records) {
       __MACIBM_alert(mnw.win_id, "This directory file lists more files than any release holds!",
                      "It is damaged, or it is not one of ours.", "The file is:", path, t_exit,
-                     source_name, 437);
+                     at_manifest_too_long);
     }
   }
   close_run(reader);
@@ -284,7 +283,7 @@ int read_directory(const std::string& path, std::string) {
   xmap_class map(path);
   if (map.file_start == nullptr || map.cursor == map.file_end) {
     __MACIBM_alert(mnw.win_id, "I tried to read a directory file that does not exist!", "",
-                   "The file is:", path, t_exit, source_name, 386);
+                   "The file is:", path, t_exit, at_manifest_missing);
     return 2;
   }
   if (map.check_file(ouf_text, format_versions, "INSTALLER", nullptr) == 0) {
@@ -336,7 +335,7 @@ void new_format(const std::string& path) {
   __MACIBM_alert(
       mnw.win_id, "The servers now hold files in a newer format than this installer understands.",
       "In other words, you need to get a new installer!",
-      "You can get one from the download section of our web site.", "", t_alert, source_name, 355);
+      "You can get one from the download section of our web site.", "", t_alert, at_new_format);
   go_to_URL("http://" + std::string(product_web_host) + "/demo.html");
   set_directory_state(manifest_refused);
   stg.new_format_state = 2;

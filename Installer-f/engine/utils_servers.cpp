@@ -72,7 +72,7 @@ void tell_foreign(UTL_text what) {
   told = true;
   __MACIBM_alert(0, what, "Perhaps the network that you use wants you to log in first.",
                  "Please look with your web browser. I will go on trying.", "", t_alert,
-                 "Installer-f/utils", 1172);
+                 at_foreign_list);
 }
 
 int list_beta_flag = 0;     // stg.beta_flag when the list was read
@@ -87,7 +87,7 @@ void tell_no_beta() {
   told = true;
   __MACIBM_alert(0, "There is no beta of Skyvane 9 at the moment.",
                  "Go back to the first page, choose options and uncheck the beta option.", "", "",
-                 t_alert, "Installer-f/utils", 1188);
+                 t_alert, at_no_beta);
 }
 
 // As if the list had not come: it leads nowhere, and is fetched again, though not at once.
@@ -133,7 +133,7 @@ void fetch_list() {
 // A whole number from 0 to count - 1, each as likely.
 int uniform_server(int count) {
   if (count < 1) {
-    MACIBM_fault("GenH/hl_math", 61, "int rand range negative!",
+    MACIBM_fault(at_random_range, "int rand range negative!",
                  str_format("lo=%1.0f hi=%1.0f", 0.0, count - 1.0));
     return 0;
   }
@@ -166,7 +166,7 @@ void fetch_manifest() {
                    UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                    UTL_translate_string("Compressed File/") + zip,
                    UTL_translate_string("Destination Path/") + temp_path, t_alert,
-                   "Installer-f/utils", 1203);
+                   at_manifest_archive);
   }
   remove_temp_file(path_leaf(zip));
 }

@@ -122,8 +122,7 @@ void report_unpack_failure(const stream_record& stream, int code) {
   __MACIBM_alert(0, "The installer cannot extract a file.",
                  UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                  UTL_translate_string("Compressed File: ") + stream.remote,
-                 UTL_translate_string("Destination: ") + stream.location, t_alert,
-                 "Installer-f/utils", 2288);
+                 UTL_translate_string("Destination: ") + stream.location, t_alert, at_file_archive);
 }
 
 // The stream turns to another mirror with the file that it keeps. `bad_archive` is 0 for a mirror
@@ -288,7 +287,7 @@ bool stream_step(int s) {
   if (file.path.ends_with('/')) {
     __MACIBM_alert(0, "I am working through the list and found a path that has no file!",
                    "This is impossible to download or delete!", "It is:", std::string(file.path),
-                   t_exit, "Installer-f/utils", 2410);
+                   t_exit, at_path_without_file);
   }
   const bool wanted = file.need_delete != 0 || file.need_fetch != 0;
   if (wanted && !manifest_path_is_safe(file.path)) {

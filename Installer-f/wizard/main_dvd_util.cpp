@@ -149,7 +149,7 @@ void take_found_folder(const std::string& picked) {
   __MACIBM_alert(win_main, "You selected the folder path:", chosen,
                  "But it does not appear to be an installed copy of Skyvane 9.",
                  "Please be sure to select the folder that contains the Skyvane application.",
-                 t_alert, "Installer-f/main", 342);
+                 t_alert, at_no_copy_there);
 }
 
 }  // namespace
@@ -177,7 +177,7 @@ void UTIL_scan_dvd() {
   if (const int code = place_manifest(zip).code) {
     __MACIBM_alert(win_main, "DVD scan: The installer cannot extract a file.",
                    tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
-                   tr("Destination Path/") + plain, t_exit, "Installer-f/main", 383);
+                   tr("Destination Path/") + plain, t_exit, at_disc_manifest_archive);
   }
   set_directory_state(read_directory(
       plain, UTL_translate_string(
@@ -288,7 +288,7 @@ bool UTIL_sim_can_start() {
   __MACIBM_alert(win_main,
                  "I can not start Skyvane, because there is no program to run here:", missing,
                  "This copy may be incomplete, or it may be for another operating system.", "",
-                 t_alert, "Installer-f/main", 402);
+                 t_alert, at_nothing_to_start);
   return false;
 }
 

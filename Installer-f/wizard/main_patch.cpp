@@ -108,7 +108,7 @@ bool begin_transfer(const patch_flow& flow) {
   if (make_dirs() != 0) return false;
   if (lock_copy(dest_dir_path) == copy_lock_busy) {
     __MACIBM_alert(0, "Another installer or updater is at work on this folder:", dest_dir_path, "",
-                   "", t_alert, "Installer-f/main_patch", 118);
+                   "", t_alert, at_copy_in_use);
     return false;
   }
   grab_discard_partial();

@@ -22,16 +22,14 @@ struct UTL_message_queue {
 
 namespace {
 
-constexpr char source[] = "UTL/UTL_queue";
-
 void lock(UTL_message_queue* queue) {
-  UTL_thread_check(pthread_mutex_lock(&queue->mutex), "\"pthread_mutex_lock\" OS error", source,
-                   31);
+  UTL_thread_check(pthread_mutex_lock(&queue->mutex), "\"pthread_mutex_lock\" OS error",
+                   at_queue_lock);
 }
 
 void unlock(UTL_message_queue* queue) {
-  UTL_thread_check(pthread_mutex_unlock(&queue->mutex), "\"pthread_mutex_unlock\" OS error", source,
-                   36);
+  UTL_thread_check(pthread_mutex_unlock(&queue->mutex), "\"pthread_mutex_unlock\" OS error",
+                   at_queue_unlock);
 }
 
 // Waits for a signal, until `deadline` unless that is null. True when the time is up.
@@ -44,7 +42,7 @@ bool wait(UTL_message_queue* queue, const timespec* deadline) {
   if (error == ETIMEDOUT) return true;
   // The failure ends this thread, or the program, which must not find the queue locked.
   unlock(queue);
-  UTL_thread_check(error, "\"pthread_cond_timedwait\" OS error", source, 51);
+  UTL_thread_check(error, "\"pthread_cond_timedwait\" OS error", at_queue_wait);
   lock(queue);
   return false;
 }
@@ -63,17 +61,17 @@ timespec UTL_message_deadline(const timespec& now, int timeout) {
 void UTL_message_queue_create(UTL_message_queue** queue) {
   auto* made = new UTL_message_queue;
   UTL_thread_check(pthread_mutex_init(&made->mutex, nullptr), "\"::pthread_mutex_init\" OS error",
-                   source, 70);
+                   at_queue_init);
   UTL_thread_check(pthread_cond_init(&made->condition, nullptr), "\"::pthread_cond_init\" OS error",
-                   source, 71);
+                   at_queue_condition_init);
   *queue = made;
 }
 
 void UTL_message_queue_destroy(UTL_message_queue* queue) {
   UTL_thread_check(pthread_mutex_destroy(&queue->mutex), "\"::pthread_mutex_destroy\" OS error",
-                   source, 77);
+                   at_queue_destroy);
   UTL_thread_check(pthread_cond_destroy(&queue->condition), "\"::pthread_cond_desroy\" OS error",
-                   source, 78);
+                   at_queue_condition_destroy);
   delete queue;
 }
 
@@ -83,7 +81,7 @@ void UTL_message_queue_write(UTL_message_queue* queue, UTL_message word) {
   // Before the word is there, which does no harm: the reader needs the mutex to look.
   if (queue->waiters > 0) {
     UTL_thread_check(pthread_cond_signal(&queue->condition), "\"pthread_cond_signal\" OS error",
-                     source, 88);
+                     at_queue_signal);
   }
   queue->messages.splice(queue->messages.end(), node);
   unlock(queue);

@@ -18,20 +18,18 @@
 
 namespace {
 
-constexpr char source[] = "UTL/UTL_thread";
-
 thread_local bool reporting = false;  // this thread is raising a failure of a system call
 
 }  // namespace
 
-void UTL_thread_check(int error, const char* text, const char* file, int line) {
+void UTL_thread_check(int error, const char* text, alert_source source) {
   if (error == 0) return;
   if (reporting) {
     std::fprintf(stderr, "%s err=%d\n", text, error);
     std::_Exit(1);
   }
   reporting = true;
-  MACIBM_fault(file, line, text, str_format("err=%f", static_cast<double>(error)));
+  MACIBM_fault(source, text, str_format("err=%f", static_cast<double>(error)));
   reporting = false;
 }
 
@@ -59,7 +57,7 @@ void UTL_sleep(int milliseconds) {
 void UTL_thread_create(UTL_thread_function function, void* argument, UTL_thread_handle* thread,
                        UTL_thread_joiner* join, UTL_thread_identity* identity) {
   UTL_thread_check(pthread_create(thread, nullptr, function, argument),
-                   "\"pthread_create\" OS error", source, 71);
+                   "\"pthread_create\" OS error", at_thread_create);
   *join = *thread;
   *identity = *thread;
 }
@@ -86,25 +84,26 @@ void UTL_thread_murder(UTL_thread_handle thread) {
 
 void UTL_critical_section_create(UTL_critical_section* section) {
   pthread_mutexattr_t kind;
-  UTL_thread_check(pthread_mutexattr_init(&kind), "\"::pthread_mutexattr_init\" OS error", source,
-                   112);
+  UTL_thread_check(pthread_mutexattr_init(&kind), "\"::pthread_mutexattr_init\" OS error",
+                   at_section_kind_init);
   UTL_thread_check(pthread_mutexattr_settype(&kind, PTHREAD_MUTEX_RECURSIVE),
-                   "\"::pthread_mutexattr_settype\" OS error", source, 113);
-  UTL_thread_check(pthread_mutex_init(section, &kind), "\"::pthread_mutex_init\" OS error", source,
-                   114);
+                   "\"::pthread_mutexattr_settype\" OS error", at_section_kind_set);
+  UTL_thread_check(pthread_mutex_init(section, &kind), "\"::pthread_mutex_init\" OS error",
+                   at_section_init);
   UTL_thread_check(pthread_mutexattr_destroy(&kind), "\"::pthread_mutexattr_destroy\" OS error",
-                   source, 115);
+                   at_section_kind_destroy);
 }
 
 void UTL_critical_section_destroy(UTL_critical_section* section) {
-  UTL_thread_check(pthread_mutex_destroy(section), "\"::pthread_mutex_destroy\" OS error", source,
-                   121);
+  UTL_thread_check(pthread_mutex_destroy(section), "\"::pthread_mutex_destroy\" OS error",
+                   at_section_destroy);
 }
 
 void UTL_critical_section_lock(UTL_critical_section* section) {
-  UTL_thread_check(pthread_mutex_lock(section), "\"pthread_mutex_lock\" OS error", source, 127);
+  UTL_thread_check(pthread_mutex_lock(section), "\"pthread_mutex_lock\" OS error", at_section_lock);
 }
 
 void UTL_critical_section_unlock(UTL_critical_section* section) {
-  UTL_thread_check(pthread_mutex_unlock(section), "\"pthread_mutex_unlock\" OS error", source, 133);
+  UTL_thread_check(pthread_mutex_unlock(section), "\"pthread_mutex_unlock\" OS error",
+                   at_section_unlock);
 }

@@ -6,6 +6,8 @@
 
 #include <pthread.h>
 
+#include "corekit/base/hl_alert_source.h"
+
 using UTL_thread_function = void* (*)(void*);
 
 // Three names for one thread, since some systems tell them apart. Here all are the same handle.
@@ -55,4 +57,4 @@ void UTL_critical_section_unlock(UTL_critical_section* section);
 // and `line` name the caller. On the main thread the program ends, on another the thread does. A
 // call that fails while this same thread reports a failure ends the process at once, because the
 // report itself goes through the failing calls.
-void UTL_thread_check(int error, const char* text, const char* file, int line);
+void UTL_thread_check(int error, const char* text, alert_source source);

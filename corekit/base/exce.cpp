@@ -48,7 +48,7 @@ void show_plain(const exce_class& failure, bool nested) {
     if (nested) {
       part.resize(plain_limit);
     } else {
-      report(exce_class("String too long!", part, "", "", "corekit/GenH/hl_string", 137, t_exit));
+      report(exce_class("String too long!", part, "", "", at_plain_too_long, t_exit));
     }
   }
   PLT_plain_alert(text[0], text[1]);
@@ -142,6 +142,11 @@ exce_class::exce_class(alert_line l1, alert_line l2, alert_line l3, alert_line l
       file(source_file),
       line(source_line),
       severity(how_bad) {}
+
+exce_class::exce_class(alert_line l1, alert_line l2, alert_line l3, alert_line l4,
+                       alert_source source, int how_bad)
+    : exce_class(std::move(l1), std::move(l2), std::move(l3), std::move(l4), quote_of(source).file,
+                 quote_of(source).line, how_bad) {}
 
 void exce_class::log_lines() const {
   for (const alert_line* text : {&line_1, &line_2, &line_3, &line_4})

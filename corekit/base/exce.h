@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_alert_source.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/xer.h"
 
@@ -34,6 +35,8 @@ class exce_class {
   exce_class() = default;
   exce_class(alert_line l1, alert_line l2, alert_line l3, alert_line l4, const char* source_file,
              int source_line, int how_bad);
+  exce_class(alert_line l1, alert_line l2, alert_line l3, alert_line l4, alert_source source,
+             int how_bad);
   exce_class(const exce_class&) = default;
   exce_class& operator=(const exce_class&) = default;
   virtual ~exce_class() = default;

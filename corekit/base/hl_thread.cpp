@@ -33,7 +33,6 @@ uint32_t next_cookie = 0;
 
 namespace {
 
-constexpr char source[] = "Thread/hl_thread";
 constexpr UTL_message stop_order = -1;  // in call_queue
 constexpr int wait_slice = 100;         // milliseconds between two looks for failures
 
@@ -102,8 +101,8 @@ void* xtaskproc(void*) {
 }
 
 // A fault of the program: it stays English, for those who can mend it.
-exce_class unhandled(const std::string& kind, const std::string& what, int source_line) {
-  return exce_class(kind, what, "", "", source, source_line, t_exit);
+exce_class unhandled(const std::string& kind, const std::string& what, alert_source source) {
+  return exce_class(kind, what, "", "", source, t_exit);
 }
 
 void* THREAD_launch(void* parameters) {
@@ -214,9 +213,9 @@ __attribute__((no_sanitize("null"))) void* THREAD_guard(UTL_thread_function func
     failure = caught;
     failure.MakeFatal();
   } catch (std::exception& caught) {
-    failure = unhandled("Caught an unhandled C++ exception", caught.what(), 203);
+    failure = unhandled("Caught an unhandled C++ exception", caught.what(), at_thread_exception);
   } catch (...) {
-    failure = unhandled("Caught an unhandled unknown exception", "", 206);
+    failure = unhandled("Caught an unhandled unknown exception", "", at_thread_throw);
   }
   THREAD_send_exception(failure);
   return nullptr;
@@ -261,7 +260,7 @@ void* THREAD_cleanup(THREAD_call* call) {
   THREAD_check_exception(0);
   UTL_critical_section_lock(&call->lock);
   if (!call->done) {
-    MACIBM_fault(source, 249, "Thread cleanup called on not-done call.");
+    MACIBM_fault(at_thread_call_not_done, "Thread cleanup called on not-done call.");
   }
   void* const result = call->result;
   UTL_critical_section_unlock(&call->lock);

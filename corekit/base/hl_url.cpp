@@ -16,7 +16,7 @@ constexpr size_t url_limit = 499;
 void go_to_URL(const std::string& url) {
   if (url.size() > url_limit) {
     __MACIBM_alert(win_main, "String too long!", url.substr(0, url_limit), "", "", t_exit,
-                   "GenC/hl_mnw", 412);
+                   at_url_too_long);
   }
   xer << "Web page: " << url << '\n';
   if (!ogl_inited) return;

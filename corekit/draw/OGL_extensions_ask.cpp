@@ -32,8 +32,6 @@ const OGL_source OGL_driver_source = {
 
 namespace {
 
-constexpr char this_file[] = "OGL/OGL_extensions";
-
 // A feature is there from a version on, or below it by one of the extensions. Version 0: by the
 // extensions alone. The names are searched for, so that a longer name counts too.
 struct feature_row {
@@ -331,13 +329,13 @@ void OGL_extensions::check_minimum() const {
     __MACIBM_alert(0, main_line,
                    "You have used the force-run command inline option to run "
                    "Skyvane anyway, but it may crash.",
-                   "", "", t_alert, this_file, 318);
+                   "", "", t_alert, at_gl_forced);
     return;
   }
   __MACIBM_alert(0, main_line, "Your system does not meet Skyvane's hardware requirements.",
                  "First, try updating your graphics drivers.",
                  "If this does not help, check your graphics card specifications.", t_exit,
-                 this_file, 327);
+                 at_gl_too_old);
 }
 
 void OGL_extensions::check_software() const {
@@ -349,7 +347,7 @@ void OGL_extensions::check_software() const {
                  "allow for a good simulation.",
                  "Please install the newest drivers from the maker of your graphics "
                  "card, and then start this program again.",
-                 "", t_alert, this_file, 341);
+                 "", t_alert, at_gl_software);
 }
 
 void OGL_extensions::threaded_ogl_failed() {
@@ -359,5 +357,5 @@ void OGL_extensions::threaded_ogl_failed() {
       0, "There was a problem setting up OpenGL.",
       "You can still fly, but you may experience pauses during flight while scenery loads.",
       "Please send the log file to Tessaron Labs, so that we can look into it.", "", t_alert,
-      this_file, 19);
+      at_gl_procs);
 }

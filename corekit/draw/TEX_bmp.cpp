@@ -63,16 +63,16 @@ void check_header(const bmp_header& h, TEX_fault& fault) {
   const struct {
     bool broken;
     UTL_text text;
-    int source_line;
+    alert_source source;
   } rows[] = {
-      {h.header_size < least_header_size, "This kind of bitmap file cannot be read!", 96},
-      {h.bit_count != 24, "Wrong bitmap color depth for texture!", 98},
-      {h.compression != 0, "Compressed bitmaps cannot be used for a texture!", 100},
+      {h.header_size < least_header_size, "This kind of bitmap file cannot be read!", at_bmp_kind},
+      {h.bit_count != 24, "Wrong bitmap color depth for texture!", at_bmp_depth},
+      {h.compression != 0, "Compressed bitmaps cannot be used for a texture!", at_bmp_compressed},
   };
   for (const auto& row : rows) {
     if (!row.broken) continue;
     fault.text = row.text;
-    fault.source_line = row.source_line;
+    fault.source = row.source;
     return;
   }
 }
@@ -96,13 +96,13 @@ int TEX_read_bmp(xmap_class& file, unsigned char*& pixels, unsigned long format,
                  int pow2, TEX_image_desc& desc, TEX_fault& fault) {
   if (!file.file_start || file.file_end - file.file_start < 2) return 0;
   if (std::memcmp(file.file_start, "BM", 2) != 0) return 0;
-  const auto broken = [&fault](const char* text, int line) {
+  const auto broken = [&fault](const char* text, alert_source source) {
     fault.text = text;
-    fault.source_line = line;
+    fault.source = source;
     return 0;
   };
   bmp_header header;
-  if (!read_header(file, header)) return broken(cut_short, 134);
+  if (!read_header(file, header)) return broken(cut_short, at_bmp_header_cut);
   check_header(header, fault);
   if (fault.text) return 0;
 
@@ -118,7 +118,7 @@ int TEX_read_bmp(xmap_class& file, unsigned char*& pixels, unsigned long format,
     const int64_t have = file.file_end - file.file_start;
     // The last row may come without the bytes that fill it up.
     const int64_t needed = header.data_offset + file_row * (height - 1) + width * 3;
-    if (have < needed) return broken(cut_short, 148);
+    if (have < needed) return broken(cut_short, at_bmp_cut);
 
     unsigned char* const into = TEX_take_buffer(found, pixels, width_limit, pow2);
     if (into) {
@@ -133,7 +133,7 @@ int TEX_read_bmp(xmap_class& file, unsigned char*& pixels, unsigned long format,
   }
   fault.detail =
       str_format("%lld by %lld", static_cast<long long>(width), static_cast<long long>(height));
-  return broken(TEX_bad_size, 163);
+  return broken(TEX_bad_size, at_bmp_size);
 }
 
 int TEX_load_bmp(const std::string& path, xmap_class* file, unsigned char*& pixels,
@@ -141,7 +141,7 @@ int TEX_load_bmp(const std::string& path, xmap_class* file, unsigned char*& pixe
   TEX_fault fault;
   TEX_image_desc found;
   const int ok = TEX_read_bmp(*file, pixels, format, width_limit, pow2, found, fault);
-  if (fault.text) TEX_report(fault, path, "TEX/TEX_bmp");
+  if (fault.text) TEX_report(fault, path);
   if (ok && desc) *desc = found;
   return ok;
 }

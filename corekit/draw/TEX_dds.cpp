@@ -78,7 +78,8 @@ int TEX_load_dds(const std::string&, xmap_class* file, unsigned char*& pixels,
 
 int TEX_save_dds(const std::string& path, const unsigned char* pixels, const TEX_image_desc& desc) {
   if (desc.format != TEX_rgba && desc.format != TEX_rgb) {
-    MACIBM_fault("TEX/TEX_dds", 97, "in_desc.format == GL_RGBA || in_desc.format == GL_RGB", path);
+    MACIBM_fault(at_dds_write_format, "in_desc.format == GL_RGBA || in_desc.format == GL_RGB",
+                 path);
     return 0;
   }
   if (!TEX_size_fits(desc.width, desc.height)) return 0;

@@ -26,7 +26,6 @@
 
 namespace {
 
-constexpr char this_file[] = "TEX/TEX_png";
 constexpr UTL_text overrun = "PNG Read Error, overran end of buffer!";
 // Named by the call that failed, and never translated.
 constexpr char jumped[] = "setjmp(png_ptr->jmpbuf";  // an error of libpng's own
@@ -40,7 +39,7 @@ struct png_job {
   png_structp png = nullptr;
   png_infop info = nullptr;
   const char* fault = nullptr;  // static text; null while all is well
-  int source_line = 0;
+  alert_source source = at_png_jumped;
   char message[160] = {};  // libpng's words
   // reading
   int wanted = 0;  // TEX_format; 0 as the file is
@@ -56,7 +55,7 @@ struct png_job {
   png_job& job = *static_cast<png_job*>(png_get_error_ptr(png));
   if (!job.fault) {
     job.fault = jumped;
-    job.source_line = 71;
+    job.source = at_png_jumped;
   }
   std::snprintf(job.message, sizeof job.message, "%s", text ? text : "");
   png_longjmp(png, 1);
@@ -81,7 +80,7 @@ void my_readbuf(png_structp png, png_bytep data, size_t bytes) {
   if (static_cast<size_t>(file.file_end - file.cursor) < bytes) {
     png_job& job = *static_cast<png_job*>(png_get_error_ptr(png));
     job.fault = overrun;
-    job.source_line = 92;
+    job.source = at_png_overrun;
     png_longjmp(png, 1);
   }
   std::memcpy(data, file.cursor, bytes);
@@ -142,9 +141,10 @@ void read_rows(png_job& job) {
   png_read_image(job.png, job.rows);
 }
 
-int give_up(png_job& job, TEX_fault& fault, UTL_text text = nullptr, int line = 0) {
+int give_up(png_job& job, TEX_fault& fault, UTL_text text = nullptr,
+            alert_source source = at_png_jumped) {
   fault.text = text ? text : job.fault;
-  fault.source_line = text ? line : job.source_line;
+  fault.source = text ? source : job.source;
   if (job.message[0]) fault.detail = std::string("PNG error! ") + job.message;
   png_destroy_read_struct(&job.png, &job.info, nullptr);
   png_mapped_file = nullptr;
@@ -159,16 +159,16 @@ int TEX_read_png(xmap_class& file, unsigned char*& pixels, unsigned long format,
   png_job job;
   constexpr ptrdiff_t signature = 8;
   if (file.file_end - file.file_start < signature) {
-    return give_up(job, fault, overrun, 168);
+    return give_up(job, fault, overrun, at_png_too_short);
   }
   if (png_sig_cmp(file.file_start, 0, signature) != 0) {
-    return give_up(job, fault, no_signature, 171);
+    return give_up(job, fault, no_signature, at_png_signature);
   }
 
   job.png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, &job, my_error, my_warning, nullptr,
                                      my_malloc, my_free);
   if (job.png) job.info = png_create_info_struct(job.png);
-  if (!job.info) return give_up(job, fault, no_struct, 177);
+  if (!job.info) return give_up(job, fault, no_struct, at_png_struct);
   file.cursor = file.file_start;
   png_mapped_file = &file;
   const bool known = format == TEX_alpha || format == TEX_rgb || format == TEX_rgba;
@@ -177,16 +177,16 @@ int TEX_read_png(xmap_class& file, unsigned char*& pixels, unsigned long format,
   if (!guarded(job, read_size)) return give_up(job, fault);
   if (!TEX_size_fits(job.desc.width, job.desc.height)) {
     fault.detail = str_format("%d by %d", job.desc.width, job.desc.height);
-    return give_up(job, fault, TEX_bad_size, 186);
+    return give_up(job, fault, TEX_bad_size, at_png_size);
   }
   if (!guarded(job, set_transformations)) return give_up(job, fault);
   const size_t row = static_cast<size_t>(job.desc.width) * TEX_pixel_bytes(job.desc.format);
   if (png_get_bit_depth(job.png, job.info) != 8 || png_get_rowbytes(job.png, job.info) != row) {
-    return give_up(job, fault, "Illegal bits per pixel", 191);
+    return give_up(job, fault, "Illegal bits per pixel", at_png_depth);
   }
 
   unsigned char* const into = TEX_take_buffer(job.desc, pixels, width_limit, pow2);
-  if (!into) return give_up(job, fault, TEX_bad_size, 195);
+  if (!into) return give_up(job, fault, TEX_bad_size, at_png_buffer);
   std::vector<png_bytep> rows(job.desc.height);
   for (int y = 0; y < job.desc.height; ++y)
     rows[flip ? y : job.desc.height - 1 - y] = into + TEX_row_bytes(job.desc) * y;
@@ -207,7 +207,7 @@ int TEX_load_png(const std::string& path, xmap_class* file, unsigned char*& pixe
   TEX_fault fault;
   TEX_image_desc found;
   const int ok = TEX_read_png(*file, pixels, format, width_limit, pow2, flip, found, fault);
-  if (fault.text) TEX_report(fault, path, this_file);
+  if (fault.text) TEX_report(fault, path);
   if (ok && desc) *desc = found;
   return ok;
 }
@@ -261,7 +261,7 @@ bool write_png(FILE* out, const TEX_image_desc& desc, const unsigned char* pixel
 
 int TEX_save_png(const std::string& path, const TEX_image_desc& desc, const unsigned char* pixels) {
   if (desc.format != TEX_rgb && desc.format != TEX_rgba && desc.format != TEX_alpha) {
-    MACIBM_fault(this_file, 288, "Illegal pixel format for png-write.", path);
+    MACIBM_fault(at_png_write_format, "Illegal pixel format for png-write.", path);
     return 0;
   }
   if (desc.width < 1 || desc.height < 1) return 0;

@@ -89,7 +89,7 @@ bool TEX_size_fits(long long dx, long long dy) {
 int check_dxy(const std::string& name, int dx, int dy) {
   if (TEX_size_fits(dx, dy)) return 1;
   const std::string size = str_format("%d by %d", dx, dy);
-  __MACIBM_alert(win_main, TEX_bad_size, name, size, "", t_exit, "TEX/TEX_utils", 61);
+  __MACIBM_alert(win_main, TEX_bad_size, name, size, "", t_exit, at_picture_size);
   return 0;
 }
 
@@ -111,6 +111,6 @@ unsigned char* TEX_take_buffer(TEX_image_desc& desc, unsigned char* pixels, int 
   return pixels;
 }
 
-void TEX_report(const TEX_fault& fault, const std::string& path, const char* source) {
-  __MACIBM_alert(win_main, fault.text, path, fault.detail, "", t_exit, source, fault.source_line);
+void TEX_report(const TEX_fault& fault, const std::string& path) {
+  __MACIBM_alert(win_main, fault.text, path, fault.detail, "", t_exit, fault.source);
 }

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_alert_source.h"
 
 // --- description of a picture ------------------------------------------------------------------
 
@@ -41,8 +42,8 @@ inline constexpr UTL_text TEX_bad_size = "This picture has a size that cannot be
 // What a reader found wrong with a picture of its own type. `text` is static, null for nothing.
 struct TEX_fault {
   const char* text = nullptr;
-  std::string detail;   // a second line for the user; may be empty
-  int source_line = 0;  // of the alert
+  std::string detail;  // a second line for the user; may be empty
+  alert_source source = at_picture_size;
 };
 
 int TEX_pixel_bytes(int format);                  // 0 for a compressed or unknown format
@@ -88,7 +89,7 @@ int check_dxy(const std::string& name, int dx, int dy);
 // readers.
 unsigned char* TEX_take_buffer(TEX_image_desc& desc, unsigned char* pixels, int limit, int pow2);
 // The fatal alert that tells of a broken picture. For the readers.
-void TEX_report(const TEX_fault& fault, const std::string& path, const char* source);
+void TEX_report(const TEX_fault& fault, const std::string& path);
 
 // --- pixels ------------------------------------------------------------------------------------
 // `pixels` holds what desc describes.

@@ -126,7 +126,7 @@ void TEX_halve(TEX_image_desc& desc, unsigned char* pixels) {
 
 void TEX_flip_y(const TEX_image_desc& desc, unsigned char* pixels) {
   if (!TEX_pixel_bytes(desc.format) && !TEX_block_bytes(desc.format)) {
-    MACIBM_fault("TEX/TEX_utils", 245, "Illegal format!", str_format("%d", desc.format));
+    MACIBM_fault(at_picture_format, "Illegal format!", str_format("%d", desc.format));
     return;
   }
   TEX_image_desc level = desc;

@@ -46,7 +46,7 @@ const font_info* find_font(int charset) {
   for (const font_info& font : fonts) {
     if (font.charset == charset) return &font;
   }
-  MACIBM_fault("OOPS_cpp/oglp", 1377, "String proc with bad charset!");
+  MACIBM_fault(at_text_charset, "String proc with bad charset!");
   return nullptr;
 }
 

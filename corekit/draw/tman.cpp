@@ -33,8 +33,8 @@ int o_mod[bind_slots] = {-1, -1, -1, -1, -1, -1};
 
 }  // namespace
 
-void tman_alert(const char* text, const std::string& line_2, double value, int source_line) {
-  MACIBM_fault("OOPS_cpp/tman", source_line, text, line_2, str_format("value: %.0f", value));
+void tman_alert(const char* text, const std::string& line_2, double value, alert_source source) {
+  MACIBM_fault(source, text, line_2, str_format("value: %.0f", value));
 }
 
 // --- binding by OpenGL name ---------------------------------------------------------------------
@@ -101,11 +101,12 @@ int tman_class::load_texture(tex_fail_mode mode, int manual_ref, int flags, tex_
   announce_load(manual_ref, when, name);
   const tman_lock hold(lock_);
   if (when < tex_load_now || when > tex_load_none) {
-    tman_alert("Trying to create an invalid texture load_time!", name, when, 151);
+    tman_alert("Trying to create an invalid texture load_time!", name, when, at_texture_load_time);
     return 0;
   }
   if (manual_ref < 0 || manual_ref > first_automatic) {
-    tman_alert("Trying to bind too low or high a manual_ref!", name, manual_ref, 155);
+    tman_alert("Trying to bind too low or high a manual_ref!", name, manual_ref,
+               at_texture_manual_ref);
     return 0;
   }
 
@@ -163,15 +164,16 @@ int tman_class::automatic_ref(const std::string& name, bool* found) {
 void tman_class::release_texture(int ref) {
   const tman_lock hold(lock_);
   if (ref < first_automatic) {
-    tman_alert("Trying to release a manual texture - use unload_texture.", "", ref, 203);
+    tman_alert("Trying to release a manual texture - use unload_texture.", "", ref,
+               at_texture_release_manual);
     return;
   }
   if (ref >= static_cast<int>(ref_dat_.size()) || ref_dat_[ref].ref_count < 0) {
-    tman_alert("Ref count is negative - was never reffed.", "", ref, 207);
+    tman_alert("Ref count is negative - was never reffed.", "", ref, at_texture_never_reffed);
     return;
   }
   if (--ref_dat_[ref].ref_count < 0) {
-    tman_alert("Ref count went negative", ref_dat_[ref].name, ref, 211);
+    tman_alert("Ref count went negative", ref_dat_[ref].name, ref, at_texture_ref_negative);
   }
 }
 
@@ -185,7 +187,8 @@ void tman_class::purge_unused_texes() {
 void tman_class::unload_texture(int ref) {
   const tman_lock hold(lock_);
   if (ref < 0 || ref >= first_automatic) {
-    tman_alert("Error: dynamic textures should be released, not unloaded.", "", ref, 225);
+    tman_alert("Error: dynamic textures should be released, not unloaded.", "", ref,
+               at_texture_unload_dynamic);
     return;
   }
   unload_texture_internal(ref);
@@ -218,7 +221,8 @@ unsigned tman_class::gl_name(int ref) {
     make_blank_gray();
     return ref_dat_[t_blank_gray].gl_id;
   }
-  tman_alert("missing non-scenery texture - how?", str_format("ref=%6.0f", double(ref)), ref, 253);
+  tman_alert("missing non-scenery texture - how?", str_format("ref=%6.0f", double(ref)), ref,
+             at_texture_missing_ref);
   return 0;
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "corekit/base/UTL_thread.h"
+#include "corekit/base/hl_alert_source.h"
 
 // One load on its way: what is asked, and what the first half (pixels) hands to the second
 // (OpenGL).
@@ -50,4 +51,4 @@ class tman_lock {
 void TEX_bind_for_load(unsigned gl_id);
 
 // The manager's fatal alert; its third line gives the bad number.
-void tman_alert(const char* text, const std::string& line_2, double value, int source_line);
+void tman_alert(const char* text, const std::string& line_2, double value, alert_source source);

@@ -117,13 +117,13 @@ bool tman_is_scratch(const std::string& name) {
 
 int tman_check_flags(int flags, const std::string& name) {
   if (flags < 0 || flags >= tex_flags_end) {
-    tman_alert("Trying to bind an invalid filter type!", name, flags, 402);
+    tman_alert("Trying to bind an invalid filter type!", name, flags, at_texture_filter);
     return 0;
   }
   const int color = flags & tex_color_mask;
   if (color == 0 || color > tex_depth) {
     tman_alert("BAD color enum for tman - see tman.h for valid colors!  We cannot pass 0.", name,
-               color, 408);
+               color, at_texture_colour);
     return 0;
   }
   return 1;
@@ -153,7 +153,7 @@ int tman_class::load_texture_io(tex_load_vars& load) {
   // The pixels are handed over as they lie, so the row stride is the texture's width.
   if (load.dx != scratch_dx || load.dy < scratch_dy) {
     tman_alert("load_tex: Trying to read a texture that is not a power of 2!", load.name,
-               scratch_dx, 429);
+               scratch_dx, at_texture_manual_size);
     return 0;
   }
   if (!check_dxy(load.name, load.dx, load.dy)) return 0;
@@ -169,7 +169,7 @@ void tman_class::load_texture_ogl(const tex_load_vars& load, int ok) {
     tman_alert("(manual_ref>=ref_dat.size()!",
                "maybe we tried to load some texture thatis not avail, and we have not loaded the "
                "t_blank_gray yet?",
-               load.ref, 445);
+               load.ref, at_texture_manual_range);
     return;
   }
   if (!ok) {
@@ -179,7 +179,7 @@ void tman_class::load_texture_ogl(const tex_load_vars& load, int ok) {
   const auto power_of_2 = [](int side) { return std::has_single_bit(static_cast<unsigned>(side)); };
   if (!(load.flags & tex_exact_size) && !(power_of_2(load.dx) && power_of_2(load.dy))) {
     tman_alert("load_tex: Trying to read a texture that is not a power of 2!", load.name, load.dx,
-               455);
+               at_texture_size);
     return;
   }
 
@@ -241,7 +241,7 @@ void tman_class::take_missing(const tex_load_vars& load) {
     __MACIBM_alert(mnw.win_id, "Trying to load a texture that you do not have!",
                    "This smacks of a mis-installed copy of Skyvane!",
                    "Please download Skyvane again, and install that copy.", load.name, t_exit,
-                   "OOPS_cpp/tman", 512);
+                   at_texture_missing);
   } else if (load.fail_mode != tex_fail_silent && fail_flags_[load.fail_mode] == 0) {
     fail_flags_[load.fail_mode] = 1;
     xer << "WARNING: we are missing the texture: " << load.name << ".\n";

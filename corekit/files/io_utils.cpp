@@ -46,7 +46,7 @@ int io_fail(int code, const char* file, int line) {
 
 const std::string& path_checked(const std::string& path) {
   if (path.size() > path_limit) {
-    __MACIBM_alert(0, "String too long!", "", "", "", t_exit, this_file, 51);
+    __MACIBM_alert(0, "String too long!", "", "", "", t_exit, at_path_too_long);
   }
   return path;
 }

@@ -35,7 +35,7 @@ bool open_anew(const std::string& full, int type) {
 
 int ouf_open(const std::string& path, int type, int version, const std::string& note) {
   if (type != ouf_binary && type != ouf_text) {
-    MACIBM_fault(this_file, 32, "Bad ouf_open type!");
+    MACIBM_fault(at_ouf_type, "Bad ouf_open type!");
     return 0;
   }
   const std::string full = app_path + path;
@@ -55,7 +55,7 @@ int ouf_open(const std::string& path, int type, int version, const std::string& 
                    full,
                    "Try putting this app in the background and then flag the file as NOT "
                    "read-only, or creating the folder listed in the path above.",
-                   t_alert, this_file, 46);
+                   t_alert, at_ouf_not_saved);
     return 0;
   }
   if (type == ouf_text) {

@@ -114,8 +114,8 @@ int opensave_getitems(const std::string& folder, int filter, std::vector<std::st
   if (full.size() > 1 && full.back() != '/') {
     __MACIBM_alert(0, "Working path does not appear to be a directory!",
                    "I need to end all paths with the directory indicator!",
-                   "This is not consistent with my labelling practices!", full, t_exit, this_file,
-                   112);
+                   "This is not consistent with my labelling practices!", full, t_exit,
+                   at_list_no_folder);
     return 0;
   }
   std::vector<io_item> items;
@@ -235,8 +235,8 @@ int recursive_delete_folder(const std::string& path) {
   if (full.back() != '/') {
     __MACIBM_alert(0, "Working path does not appear to be a directory!",
                    "I need to end all paths with the directory indicator!",
-                   "This is not consistent with my labelling practices!", full, t_exit, this_file,
-                   217);
+                   "This is not consistent with my labelling practices!", full, t_exit,
+                   at_delete_no_folder);
     return ENOTDIR;
   }
   // With a "/" at its end a path is followed through a link whatever the flags say.

@@ -24,7 +24,6 @@
 std::atomic<int32_t> mapped_files_open = 0;
 
 namespace {
-constexpr char this_file[] = "OOPS_cpp/xmap";
 
 // Up to here a file is read rather than mapped: reading is as fast, a failing disc gives a code
 // where a mapping gives a bus error, and nobody can change the bytes between check and use.
@@ -85,13 +84,13 @@ void xmap_class::drop() {
 const unsigned char* xmap_class::retry(const std::string& path) {
   if (!app_path.empty() && str_holds(path, app_path)) {
     MACIBM_fault(
-        this_file, 99, "retry: We are getting a file string that is not Sky-Root relative!",
+        at_map_absolute_path, "retry: We are getting a file string that is not Sky-Root relative!",
         "This is illegal! All paths must be Sky-Root relative!", "The path in question is:", path);
   }
   // Refused even where the system allows them: a path that holds one was put together wrongly for
   // some other system, and would be found on the makers' machines only.
   if (path.find_first_of("\\:") != std::string::npos) {
-    MACIBM_fault(this_file, 105, "OOPS!", "I got a bad dirchar! I only want '/'!",
+    MACIBM_fault(at_map_bad_dirchar, "OOPS!", "I got a bad dirchar! I only want '/'!",
                  "The path in question is:", path);
   }
   std::string full = app_path + path;
@@ -133,7 +132,7 @@ const unsigned char* xmap_class::retry(const std::string& path) {
     xer << "Mem file error.  Err=" << failed << ", file=" << full << "\n";
     drop();
     if (failed == ENOMEM) {
-      MACIBM_fault(this_file, 143, "Xmapped out of memory", "c_path=", full,
+      MACIBM_fault(at_map_read, "Xmapped out of memory", "c_path=", full,
                    str_format("errno=%f", static_cast<double>(failed)));
     }
     return nullptr;
@@ -145,7 +144,7 @@ const unsigned char* xmap_class::retry(const std::string& path) {
 
 int xmap_class::check_file(int type, const int* versions, const char* keyword, std::string* note) {
   if (type != ouf_binary && type != ouf_text) {
-    MACIBM_fault(this_file, 156, "Bad check_file type!");
+    MACIBM_fault(at_map_check_type, "Bad check_file type!");
     return 0;
   }
   if (!file_start || file_start == file_end || cursor == file_end) return 0;
@@ -201,7 +200,7 @@ int xmap_class::io_file_close() {
 
 void xmap_class::read_n_rev(void* target, long bytes) {
   if (bytes < 0 || bytes > file_end - cursor) {
-    MACIBM_fault(this_file, 210, "Invalid read_n_rev read!");
+    MACIBM_fault(at_map_swap_size, "Invalid read_n_rev read!");
     return;
   }
   if (bytes == 0) return;

@@ -27,7 +27,7 @@ int PCSBSocketUDP::udp_init(unsigned short port, mode_value mode) {
     const int flags = fcntl(socket_, F_GETFL);
     if (flags < 0 || fcntl(socket_, F_SETFL, flags | O_NONBLOCK) != 0) {
       __MACIBM_alert(0, "Could not set net to non-blocking!", "", "", "", t_alert,
-                     "Sockets/PCSBSocketUDP", 40);
+                     at_udp_nonblocking);
     }
   }
   return 0;

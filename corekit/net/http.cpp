@@ -28,7 +28,6 @@ constexpr unsigned short http_port = 80;
 constexpr float silence_limit = 30.0f;  // seconds of the frame clock
 constexpr float kept_limit = 15.0f;     // seconds for which an unused connection is believed in
 constexpr float report_pause = 1.0f;    // seconds between two equal reports of a slot
-constexpr char source_name[] = "OOPS_cpp/http";
 
 // The release by the last four characters of its title, a cut as blunt as the servers' statistics
 // expect it.
@@ -45,7 +44,7 @@ http_class::~http_class() = default;
 int http_class::net_check(int slot, const std::string& server, const std::string& file,
                           const std::string& local, int64_t max_bytes) {
   if (slot < 0 || slot >= slot_count) {
-    MACIBM_fault(source_name, 398, "Too many download objects requested!");
+    MACIBM_fault(at_http_slots, "Too many download objects requested!");
     return http_failed;
   }
   if (!slots_[slot].down) start(slot, server, file, local, max_bytes);
@@ -61,12 +60,12 @@ void http_class::start(int slot, const std::string& server, const std::string& f
   }
   if (!server.empty() && server.back() == '/') {
     MACIBM_fault(
-        source_name, 411, "net_check error! You have a dirchar at the end of the server name!",
+        at_http_server_slash, "net_check error! You have a dirchar at the end of the server name!",
         "You should not!",
         "Our convention is that a server name is simply a server name... with no slash!", server);
   }
   if (file.empty() || file.front() != '/') {
-    MACIBM_fault(source_name, 419,
+    MACIBM_fault(at_http_file_slash,
                  "net_check error! You do not have a dirchar at the beginning of the directory "
                  "name!",
                  "You should!",

@@ -91,8 +91,8 @@ float even_length(float length) {
   return 2.0f * std::round(length / 2.0f);
 }
 
-void bad_call(const char* text, int source_line) {
-  MACIBM_fault("OOPS_cpp/butn", source_line, text);
+void bad_call(const char* text, alert_source source) {
+  MACIBM_fault(source, text);
 }
 
 // --- strips -------------------------------------------------------------------------------------
@@ -197,9 +197,9 @@ void BTN_util_element(float x, float y, float s, float t, float half_dx, float h
 }
 
 void BTN_frame0(int type, float x, float y, float length) {
-  if (type != bar_scroll) return bad_call("Bad BTN_frame0 call!", 301);
-  if (x != std::round(x)) return bad_call("BTN_frame0 non-int x_center!", 302);
-  if (y != std::round(y)) return bad_call("BTN_frame0 non-int y_center!", 303);
+  if (type != bar_scroll) return bad_call("Bad BTN_frame0 call!", at_frame0_type);
+  if (x != std::round(x)) return bad_call("BTN_frame0 non-int x_center!", at_frame0_x);
+  if (y != std::round(y)) return bad_call("BTN_frame0 non-int y_center!", at_frame0_y);
   if (!ogl_inited) return;
   const float height = even_length(length) + frame0_extra;
   across.assign(1, {0, frame0_width, 0, frame0_width});
@@ -209,7 +209,7 @@ void BTN_frame0(int type, float x, float y, float length) {
 
 void BTN_frame1(int type, float x, float y, float width, int col) {
   const frame1_row* row = find_row(frame1_rows, type);
-  if (!row) return bad_call("Bad BTN_frame1 call!", 317);
+  if (!row) return bad_call("Bad BTN_frame1 call!", at_frame1_type);
   if (!ogl_inited) return;
   width = even_length(width) + row->extra;
   // Kept as it stands: the divisor is `tile` and not the tile's length, so that the last tile is a
@@ -224,7 +224,7 @@ void BTN_frame1(int type, float x, float y, float width, int col) {
 int BTN_frame2(int type, float x, float y, float dx, float dy, const std::string& title) {
   const frame2_row* row = find_row(frame2_rows, type);
   if (!row) {
-    bad_call("Bad BTN_frame2 call!", 331);
+    bad_call("Bad BTN_frame2 call!", at_frame2_type);
     return 0;
   }
   if (!ogl_inited) return 0;

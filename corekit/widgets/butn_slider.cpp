@@ -84,7 +84,7 @@ struct scroll_bar {
 int BTN_vert_slider(int index, float x, float y_low, float y_high, int low, int high, int* value) {
   static bool slider_grabbed[4] = {};
   if (index < 0 || index >= static_cast<int>(std::size(slider_grabbed))) {
-    MACIBM_fault("OOPS_cpp/butn", 731, "Too many sliders!");
+    MACIBM_fault(at_sliders, "Too many sliders!");
     return 0;
   }
   if (!ogl_inited) return 0;

@@ -377,7 +377,7 @@ int BTN_enterstring(float x, float y, char* text, int max_length, const std::str
   const size_t capacity = max_length > 0 ? static_cast<size_t>(max_length) : 0;
   const size_t length = strnlen(text, capacity);
   if (length == capacity) {
-    __MACIBM_alert(mnw.win_id, "String too long!", "", "", "", t_exit, "OOPS_cpp/butn", 512);
+    __MACIBM_alert(mnw.win_id, "String too long!", "", "", "", t_exit, at_entry_too_long);
     return 0;
   }
   std::string as_string(text, length);

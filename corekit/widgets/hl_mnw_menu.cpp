@@ -213,7 +213,7 @@ void MACIBM_read_menus(const std::string& folder, const std::string& file) {
   xmap_class map(path);
   if (!map.file_start || !map.check_file(ouf_text, accepted_versions, "MENUS", nullptr)) {
     __MACIBM_alert(mnw.win_id, "Cannot open file!", path, "Trash this copy and re-install Skyvane.",
-                   "", t_exit, "GenC/hl_mnw", 913);
+                   "", t_exit, at_menu_file);
     return;
   }
   bool in_menu = false;

@@ -236,7 +236,7 @@ bool good_name(const std::string& name) {
 void make_new_folder() {
   const auto complain = [](const std::string& why) {
     __MACIBM_alert(browser.open_save, "This folder cannot be made.", browser.new_name, why, "",
-                   t_alert, "OOPS_cpp/butn", 951);
+                   t_alert, at_folder_name);
   };
   if (!good_name(browser.new_name)) {
     return complain(

@@ -28,19 +28,18 @@ namespace {
 
 constexpr int folder_mode = 2;  // of GetFilePathFromUser: choose a folder
 
-void bad_argument(const char* what, const char* kind, int source_line) {
-  MACIBM_fault("OOPS_cpp/butn", source_line,
-               str_format("Bad %s arg to BTN_select_file_%s!", what, kind));
+void bad_argument(const char* what, const char* kind, alert_source source) {
+  MACIBM_fault(source, str_format("Bad %s arg to BTN_select_file_%s!", what, kind));
 }
 
 // False after the alert.
 bool check_arguments(int open_save, int file_type, const char* kind) {
   if (open_save != win_file_open && open_save != win_file_save) {
-    bad_argument("open_save", kind, 861);
+    bad_argument("open_save", kind, at_select_open_save);
     return false;
   }
   if (file_type < 0 || file_type > file_type_limit) {
-    bad_argument("file_type", kind, 862);
+    bad_argument("file_type", kind, at_select_file_type);
     return false;
   }
   return true;
@@ -108,7 +107,7 @@ int BTN_select_path_chr(float x, float y, int open_save, int file_type, char* pa
   const int changed =
       path_row(x, y, file_type, &as_string, path, max_length - 1, label, dx, auto_focus);
   if (as_string.size() >= capacity) {
-    __MACIBM_alert(mnw.win_id, "String too long!", "", "", "", t_exit, "OOPS_cpp/butn", 871);
+    __MACIBM_alert(mnw.win_id, "String too long!", "", "", "", t_exit, at_select_too_long);
     return 0;
   }
   if (changed) std::memcpy(path, as_string.c_str(), as_string.size() + 1);
@@ -185,7 +184,7 @@ bool can_be_used(const std::string& folder) {
     trouble = "This folder does not exist.";
   }
   if (!trouble) return true;
-  __MACIBM_alert(mnw.win_id, trouble, folder, "", "", t_alert, "OOPS_cpp/butn", 901);
+  __MACIBM_alert(mnw.win_id, trouble, folder, "", "", t_alert, at_picked_folder);
   return false;
 }
 

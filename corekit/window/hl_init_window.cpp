@@ -98,7 +98,7 @@ void no_graphics() {
       "accelerator card!",
       "If you reset the resolution, you can try launching Skyvane again, since I am "
       "resetting Skyvane to default resolution now.",
-      t_exit, "corekit/GenC/hl_init", 1574);
+      t_exit, at_no_graphics);
 }
 
 }  // namespace
@@ -128,7 +128,7 @@ void init_window() {
   if (mnw.language < 0) {
     mnw.language = 0;
     const std::string none = "-";
-    __MACIBM_alert(win_none, none, none, none, none, 0, "corekit/GenC/hl_init", 1651);
+    __MACIBM_alert(win_none, none, none, none, none, 0, at_no_language);
   }
 }
 

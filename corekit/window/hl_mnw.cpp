@@ -112,20 +112,21 @@ void take_events() {
 // Textures that are missing, once each.
 void report_missing_textures() {
   constexpr UTL_text advice = "Please see the log.txt file for a detailed list of missing files.";
-  const auto report = [&](UTL_text text, int source_line) {
-    __MACIBM_alert(win_main, text, advice, "", "", t_alert, "GenC/hl_mnw", source_line);
+  const auto report = [&](UTL_text text, alert_source source) {
+    __MACIBM_alert(win_main, text, advice, "", "", t_alert, source);
   };
   if (tman.has_scene_load_fail()) {
     tman.mute_scene_load_fail();
-    report("Some scenery textures could not be loaded.", 507);
+    report("Some scenery textures could not be loaded.", at_scenery_textures);
   }
   if (tman.has_plane_load_fail()) {
     tman.mute_plane_load_fail();
-    report("Some textures for the aircraft you selected could not be loaded.", 512);
+    report("Some textures for the aircraft you selected could not be loaded.",
+           at_aircraft_textures);
   }
   if (tman.has_instl_load_fail()) {
     tman.mute_instl_load_fail();
-    report("Some textures could not be loaded.", 517);
+    report("Some textures could not be loaded.", at_some_textures);
   }
 }
 
