@@ -57,7 +57,7 @@ void* raise_fatal(void*) {
 
 void* fail_a_call(void*) {
   const witness local;
-  UTL_thread_check(22, "\"pthread_cond_timedwait\" OS error", "UTL/UTL_queue", 51);
+  UTL_thread_check(22, "\"pthread_cond_timedwait\" OS error", at_queue_wait);
   ++survived;
   return nullptr;
 }
