@@ -47,8 +47,8 @@ enum PLT_own_mode { plt_own_read, plt_own_anew, plt_own_append };
 
 // Opens a file that the program keeps for itself, and makes it if it is to be written. Refused,
 // with EPERM, is all that somebody else could have put there: a link, a pipe, a device, a file of
-// another user's or with a second name. Does not wait, and no program that is started inherits it.
-// The handle, or -1 with errno.
+// another user's (root's is taken) or with a second name. Does not wait, and no program that is
+// started inherits it. The handle, or -1 with errno.
 int PLT_open_own(const std::string& path, PLT_own_mode mode);
 
 // --- volumes -------------------------------------------------------------------------------------
