@@ -18,9 +18,10 @@
 //   - any other link is the user's own (scenery on another drive) and is followed
 //   - without a `ships` that tells them apart, no link is followed
 //
-// A file is made under a hidden name beside its place and then moved in, so that under its own name
-// it is always whole. The hidden name is this process's own and has a lock that dies with it; what
-// a process that was stopped left under such a name is removed when a folder is first written to.
+// A file is made without a name, or under a hidden one beside its place, and then moved in, so that
+// under its own name it is always whole. A hidden name is this process's own and has a lock that
+// dies with it; what a process that was stopped left under such a name is removed when a folder is
+// first written to.
 // There is no fsync: after a loss of power the newest files may be short, which the next
 // verification sees.
 //
@@ -101,7 +102,7 @@ class gate_class {
   // Lines for the log, each once: which links of the user's are followed.
   std::vector<std::string> take_notes();
 
-  // For tests: never ask openat2.
+  // For tests: neither openat2 nor files without a name, which some systems do not have.
   bool walk_only = false;
 
  private:
@@ -127,6 +128,7 @@ class gate_class {
   size_t root_length_ = 0;  // characters of its path, which count towards the limit of a path
   gate_ships ships_;
   std::atomic<bool> no_openat2_ = false;
+  std::atomic<bool> no_nameless_ = false;  // the volume makes no file without a name
 
   std::mutex lock_;                                 // of all below
   std::map<std::string, bool, std::less<>> links_;  // met on the way, and whether they are followed

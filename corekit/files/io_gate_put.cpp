@@ -1,8 +1,10 @@
 // Files and links put into their place by the gate.
 //
 // Steps: reach the folder, making what is missing; at the first visit, remove what a stopped
-// process left there; make the file under a hidden name, lock it, write it, give it its mode and
-// time; move it over what is there. Any thread; the counter of hidden names is the only state.
+// process left there; make the file without a name, write it, give it its mode and time; link it
+// into its place, or, where something is in the way, link it under a hidden name, locked, and move
+// it over that. Volumes that make no file without a name get it under the hidden one at once. Any
+// thread; the counter of hidden names is the only state.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -65,14 +67,21 @@ class part_names {
 };
 
 struct new_part {
-  std::string name;
+  std::string name;  // empty: none yet, and nothing is left of the file if the process ends
   io_handle file;
   struct stat info;  // of the empty file
 };
 
+// A new file without a name. False where there is none to be had; an attempt with a name tells why.
+bool make_nameless(int folder, new_part& part) {
+  part.name.clear();
+  part.file = io_handle(openat(folder, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666));
+  return part.file && fstat(part.file.get(), &part.info) == 0;
+}
+
 // A new file of a hidden name, locked. A sweeper of another process may have had it in the moment
 // before the lock; then another one is made.
-int make_part(int folder, new_part& part) {
+int make_named(int folder, new_part& part) {
   for (int tries = 0; tries < name_tries; ++tries) {
     part.name = part_names::own().next();
     part.file = io_handle(openat(folder, part.name.c_str(),
@@ -103,6 +112,27 @@ void remove_abandoned(int folder, const char* name) {
 
 // --- in place ------------------------------------------------------------------------------------
 
+// Gives a nameless file a name that nothing has yet. 0 or errno.
+int link_in(int folder, int file, const std::string& name) {
+  if (linkat(file, "", folder, name.c_str(), AT_EMPTY_PATH) == 0) return 0;
+  if (errno == EEXIST) return EEXIST;
+  // Kernels before 6.10 let only the privileged link by the handle alone.
+  const std::string way = "/proc/self/fd/" + std::to_string(file);
+  return linkat(AT_FDCWD, way.c_str(), folder, name.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
+}
+
+// A hidden name for a nameless file. The lock comes first, so that no sweeper takes it.
+int name_part(int folder, new_part& part) {
+  flock(part.file.get(), LOCK_EX | LOCK_NB);
+  for (int tries = 0; tries < name_tries; ++tries) {
+    const std::string name = part_names::own().next();
+    const int code = link_in(folder, part.file.get(), name);
+    if (code == 0) part.name = name;
+    if (code != EEXIST) return code;
+  }
+  return EEXIST;
+}
+
 // Moves `part` over what is called `leaf`. An empty folder there holds nothing to lose and makes
 // room; any other stays.
 int move_in(int folder, const std::string& part, const std::string& leaf) {
@@ -113,6 +143,12 @@ int move_in(int folder, const std::string& part, const std::string& leaf) {
     return 0;
   }
   return fail(code, 20);
+}
+
+int move_part_in(int folder, const new_part& part, const std::string& leaf) {
+  const int code = move_in(folder, part.name, leaf);
+  if (code != 0) unlinkat(folder, part.name.c_str(), 0);
+  return code;
 }
 
 // What cannot be set is passed over: a volume that keeps neither is no reason to refuse the file.
@@ -133,6 +169,7 @@ int fill(int file, const struct stat& info, const void* bytes, size_t size,
 int copy_into(int file, int source, uint64_t most) {
   constexpr size_t piece = 256 * 1024;
   thread_local const auto buffer = std::make_unique_for_overwrite<unsigned char[]>(piece);
+  if (lseek(source, 0, SEEK_SET) != 0) return fail(errno, 36);
   for (size_t got = piece; got == piece;) {
     if (const int code = io_read_all(source, buffer.get(), piece, got)) return fail(code, 31);
     if (got > most) return fail(EFBIG, 32);
@@ -214,12 +251,23 @@ int gate_class::put_part(std::string_view path, const gate_filler& fill_part, pl
   if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 50);
   sweep_once(path.substr(0, path.size() - std::min(path.size(), leaf.size() + 1)), at.folder);
   new_part part;
-  if (const int code = make_part(at.folder, part)) return code;
-  int code = fill_part(part.file.get(), part.info);
-  if (code == 0) code = told_at_close(part.file.get(), part.info.st_dev);
-  if (code == 0) code = move_in(at.folder, part.name, leaf);
-  if (code != 0) unlinkat(at.folder, part.name.c_str(), 0);
-  return code;
+  const auto filled = [&] {
+    const int code = fill_part(part.file.get(), part.info);
+    return code != 0 ? code : told_at_close(part.file.get(), part.info.st_dev);
+  };
+  if (!walk_only && !no_nameless_ && make_nameless(at.folder, part)) {
+    if (const int code = filled()) return code;
+    int code = link_in(at.folder, part.file.get(), leaf);
+    if (code == EEXIST) code = name_part(at.folder, part);
+    if (code == 0) return part.name.empty() ? 0 : move_part_in(at.folder, part, leaf);
+  }
+  if (const int code = make_named(at.folder, part)) return code;
+  if (const int code = filled()) {
+    unlinkat(at.folder, part.name.c_str(), 0);
+    return code;
+  }
+  no_nameless_ = true;  // this way works, and the other did not
+  return move_part_in(at.folder, part, leaf);
 }
 
 int gate_class::put_file(std::string_view path, const void* bytes, size_t size,

@@ -90,16 +90,23 @@ int zip_entry_info(const zip_reader& zip, unz_file_info_s& info, std::string& na
   return 0;
 }
 
-// mktime carries fields that are out of range, which a damaged date holds, over into the next.
+// mktime carries fields that are out of range, which a damaged date holds, over into the next. It
+// looks on the disk each time whether the zone has changed; so files of one minute share a call.
 time_t zip_entry_time(const unz_file_info_s& info) {
-  const tm_unz& date = info.tmu_date;
-  tm t = {};
-  t.tm_sec = int(date.tm_sec);
-  t.tm_min = int(date.tm_min);
-  t.tm_hour = int(date.tm_hour);
-  t.tm_mday = int(date.tm_mday);
-  t.tm_mon = int(date.tm_mon);
-  t.tm_year = int(date.tm_year) - 1900;
-  t.tm_isdst = -1;
-  return mktime(&t);
+  thread_local uLong known_minute =
+      ~uLong{0};  // none: dates have 32 bits, of which five are seconds
+  thread_local time_t minute_start = -1;
+  if (known_minute != info.dosDate >> 5) {
+    known_minute = info.dosDate >> 5;
+    const tm_unz& date = info.tmu_date;
+    tm t = {};
+    t.tm_min = int(date.tm_min);
+    t.tm_hour = int(date.tm_hour);
+    t.tm_mday = int(date.tm_mday);
+    t.tm_mon = int(date.tm_mon);
+    t.tm_year = int(date.tm_year) - 1900;
+    t.tm_isdst = -1;
+    minute_start = mktime(&t);
+  }
+  return minute_start == -1 ? -1 : minute_start + time_t(info.tmu_date.tm_sec);
 }
