@@ -99,7 +99,7 @@ std::string join(const std::vector<std::string>& said) {
   for (size_t i = 0; i < said.size(); ++i) {
     if (said[i].empty()) continue;
     if (!text.empty()) text += i % 2 == 0 ? '\n' : ' ';
-    text += in_one_line(said[i]);
+    text += in_one_line(builder_text(said[i]));
   }
   return text;
 }

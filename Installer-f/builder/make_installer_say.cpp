@@ -13,6 +13,7 @@
 #include <cstdlib>
 
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
@@ -80,6 +81,10 @@ std::string builder_rate(int64_t done_bytes, int64_t all_bytes, double seconds) 
   if (seconds < 1 || done_bytes <= 0) return text;
   const double left = static_cast<double>(all_bytes - done_bytes);
   return text + ", " + time_text(left * seconds / static_cast<double>(done_bytes)) + " left";
+}
+
+std::string builder_text(const std::string& text) {
+  return UTL_translate_string(text);
 }
 
 void builder_log(const std::string& line) {

@@ -21,6 +21,9 @@ void builder_notice(const std::string& line);
 void builder_warning(const std::string& line);
 int builder_warnings();  // how many there have been
 
+// A text as the English language file has it. Texts that come in pieces are given piece by piece.
+std::string builder_text(const std::string& text);
+
 // A line for the log alone.
 void builder_log(const std::string& line);
 

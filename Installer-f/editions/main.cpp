@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <utility>
 
 #include "Installer-f/builder/make_installer_cmdline.h"
 #include "Installer-f/editions/edition.h"
@@ -49,7 +50,7 @@ void log_folders() {
 }
 
 // The settings' defaults; the preference file is read over them. The target system is not kept from
-// run to run, on purpose.
+// run to run, on purpose: one that was chosen for another computer once would be a trap.
 void set_defaults() {
   stg = stg_record();
   install_name = no_install_name;
@@ -62,7 +63,18 @@ void take_handed_over_path(int argc, char** argv) {
   }
 }
 
+void take_platform() {
+  if (!cmdline.has_option("--platform")) return;
+  const std::string word = cmdline.get_option("--platform");
+  if (const int platform = platform_named(word)) {
+    stg.new_copy_os = platform;
+  } else {
+    xer << "WARNING: --platform wants mac, windows or linux, not '" << word << "'.\n";
+  }
+}
+
 int run_wizard() {
+  take_platform();
   engine_ask.modified = select_alert;
   const bool unattended = cmdline.has_option("--unattended");
   if (unattended) {
@@ -75,6 +87,15 @@ int run_wizard() {
   install_files_kill();
   checksum_directory_kill();
   return unattended ? unattended_end() : 0;
+}
+
+// The makers speak English, whatever the user of this machine has chosen.
+int run_builder() {
+  const int language = std::exchange(mnw.language, 0);
+  MACIBM_setupforlang();
+  const int status = run_master_builder();
+  mnw.language = language;
+  return status;
 }
 
 int run(int argc, char** argv) {
@@ -95,7 +116,7 @@ int run(int argc, char** argv) {
 
   const int status =
       cmdline.has_option("--build_master") || cmdline.has_option("--write_server_list")
-          ? run_master_builder()
+          ? run_builder()
           : run_wizard();
   MACIBM_finishup(1);
   return status;

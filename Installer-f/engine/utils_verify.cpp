@@ -4,9 +4,9 @@
 // slot, and collects finished tasks; the pool's threads work as utils_verify_pass.h tells; last,
 // names that differ in case only are told apart.
 //
-// Main thread: checksum_workers and the pass that its threads share. Pool threads: sig_have and
-// sig_match of the histories that were handed out; each is written by one of them, and that is the
-// table's whole protection.
+// Main thread: stg.target_os, checksum_workers and the pass that its threads share. Pool threads:
+// sig_have and sig_match of the histories that were handed out; each is written by one of them, and
+// that is the table's whole protection.
 
 #include "Installer-f/engine/utils_verify.h"
 
@@ -21,6 +21,7 @@
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_md5.h"
+#include "Installer-f/engine/utils_platform.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_verify_open.h"
 #include "Installer-f/engine/utils_verify_pass.h"
@@ -147,7 +148,10 @@ void disown_other_spellings(const std::string& root) {
 int checksum_directory(int& index, float& progress) {
   const int count = static_cast<int>(sim_info.size());
 
-  if (index == 0) checksum_directory_kill();  // of a pass that its page left behind
+  if (index == 0) {
+    checksum_directory_kill();  // of a pass that its page left behind
+    settle_platform();
+  }
   if (checksum_workers == nullptr) {
     if (!dir_exists(dest_dir_path)) {
       mark_all_absent();

@@ -9,9 +9,10 @@ class UTL_worker_threads;
 extern UTL_worker_threads* checksum_workers;  // the pool of the pass; null when none is running
 
 // One step of the pass over the copy at dest_dir_path; call once a frame, with `index` 0 the first
-// time. Returns 0 while work remains and 1 when the pass is complete. `index` is the next history
-// to hand out; `progress` is set to the share handed out, 0 to 1. Main thread. While the pass runs,
-// sig_have and sig_match belong to the workers, and sim_info must not change.
+// time, which settles the platform that the copy is for. Returns 0 while work remains and 1 when
+// the pass is complete. `index` is the next history to hand out; `progress` is set to the share
+// handed out, 0 to 1. Main thread. While the pass runs, sig_have and sig_match belong to the
+// workers, and sim_info must not change.
 int checksum_directory(int& index, float& progress);
 
 // Abandons a running pass: lets go of the files in hand, then ends the threads. Safe without one.

@@ -33,6 +33,16 @@ int index_of(std::string_view text, int limit) {
 
 }  // namespace
 
+int platform_named(std::string_view word) {
+  constexpr struct {
+    std::string_view word;
+    target_platform platform;
+  } rows[] = {{"mac", target_mac}, {"windows", target_windows}, {"linux", target_linux}};
+  const auto* const row = std::find_if(std::begin(rows), std::end(rows),
+                                       [&](const auto& one) { return one.word == word; });
+  return row == std::end(rows) ? 0 : row->platform;
+}
+
 int sector_cell_of(std::string_view name) {
   if (name.size() != name_length) return -1;
   const int row = index_of(name.substr(0, 3), 90);

@@ -29,6 +29,18 @@ enum manifest_state : int {
 
 enum target_platform : int { target_mac = 1, target_windows = 2, target_linux = 3 };
 
+// The one that this program runs on.
+#if defined(__APPLE__)
+inline constexpr target_platform machine_platform = target_mac;
+#elif defined(_WIN32)
+inline constexpr target_platform machine_platform = target_windows;
+#else
+inline constexpr target_platform machine_platform = target_linux;
+#endif
+
+// The platform of a word of the command line, "mac", "windows" or "linux"; 0 for any other word.
+int platform_named(std::string_view word);
+
 // What the transfer is doing to the present file.
 enum file_activity : int {
   activity_deleting = 0,
@@ -39,13 +51,18 @@ enum file_activity : int {
 
 // --- choices of the user -------------------------------------------------------------------------
 
-// Written by the options dialog and the preference file. For the run; all but target_os are kept
-// from run to run.
+// Written by the options dialog, the command line and the preference file. For the run; all but
+// new_copy_os are kept from run to run.
 struct stg_options {
-  int target_os = target_mac;  // target_platform; every run starts at the Macintosh  (selection)
-  int log_actions = 0;         // log each file action                                (engine)
-  int stream_count = 0;        // streams set by hand, 1 to 4; 0 lets the transfer choose
-  int beta_flag = 0;           // fetch the test release instead of the public one    (server list)
+  int new_copy_os = machine_platform;  // target_platform of a copy that is made      (selection)
+  int log_actions = 0;                 // log each file action                        (engine)
+  int stream_count = 0;                // streams set by hand, 1 to 4; 0 lets the transfer choose
+  int beta_flag = 0;                   // fetch the test release, not the public one  (server list)
+};
+
+// Written by settle_platform as a verification begins. Until the next one.
+struct stg_target {
+  int target_os = machine_platform;  // target_platform that files are fetched for     (selection)
 };
 
 // Written by the map, and by selection where a page begins. Until the next such page.
@@ -87,7 +104,13 @@ struct stg_transfer {
   int extract_failed = 0;              // a file could not be unpacked; ends the transfer for good
 };
 
-struct stg_record : stg_options, stg_sectors, stg_mirrors, stg_offer, stg_job, stg_transfer {};
+struct stg_record : stg_options,
+                    stg_target,
+                    stg_sectors,
+                    stg_mirrors,
+                    stg_offer,
+                    stg_job,
+                    stg_transfer {};
 extern stg_record stg;
 
 // The one door to stg.directory_state:

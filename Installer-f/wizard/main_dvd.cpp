@@ -85,6 +85,7 @@ int show_start(int first_time, wizard_screen& screen) {
     dvd_dest.changed = 1;
   }
   screen.title = tr("Skyvane 9 Installer");
+  screen.prefs_enabled = 1;
   UTIL_scan_dvd();  // every frame, so that a disc that is put in now is noticed
 
   if (dvd_path.empty()) {

@@ -35,11 +35,11 @@ void edit_language() {
 
 // There is no cancel: every edit takes effect at once. What is being fetched is not started anew.
 void edit_general() {
-  int system = stg.target_os - 1;
+  int system = stg.new_copy_os - 1;
   BTN_textlist(200, 310, &system, tr("Macintosh-Windows-Linux"),
                tr("Operating System to download Skyvane for:|(Install and copy the entire Skyvane "
                   "folder to another computer if you like)"));
-  stg.target_os = system + 1;
+  stg.new_copy_os = system + 1;
 
   BTN_bool(30, 265, &stg.log_actions,
            tr("|log installer actions... turn this on to output the installer file downloads and "

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 
+#include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
 #include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/base/UTL_cmdline.h"
@@ -65,6 +66,15 @@ bool read_modified() {
   return true;
 }
 
+// The value was taken where every run takes it; here a wrong one ends the run.
+bool platform_is_known() {
+  if (!cmdline.has_option("--platform")) return true;
+  const std::string word = cmdline.get_option("--platform");
+  if (platform_named(word)) return true;
+  complain("--platform wants mac, windows or linux, not '" + word + "'.");
+  return false;
+}
+
 bool read_disc_answers() {
   if (cmdline.has_option("--do")) {
     const std::string word = cmdline.get_option("--do");
@@ -101,7 +111,8 @@ bool read_name() {
 int unattended_read_answers() {
   answers.accept_eula = cmdline.has_option("--accept_eula");
   if (!read_folder("--dest", answers.dest) || !read_copy() || !read_name() || !read_modified() ||
-      !read_disc_answers() || !read_number("--give_up_after", answers.give_up_after)) {
+      !read_disc_answers() || !platform_is_known() ||
+      !read_number("--give_up_after", answers.give_up_after)) {
     return unattended_refused;
   }
   return 0;

@@ -64,6 +64,10 @@ RUNNING WITHOUT A DISPLAY
 
 SETTINGS FOR ONE RUN
 
+--platform=mac|windows|linux
+  The system that a new copy is for. Default: this computer's. An installed
+  copy keeps the one that it has.
+
 --pref:TAG=VALUE
   Overrides a setting of the preference file without touching the file:
   _stream_count (1 to 4, 0 automatic), _log_actions (0, 1), _proxy_host,

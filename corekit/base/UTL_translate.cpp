@@ -50,9 +50,9 @@ void UTL_translate_add(const std::string& line) {
   }
 }
 
-void UTL_translate_use() {
+void UTL_translate_use(bool is_whole) {
   has_translation = true;
-  log_missing = cmdline.has_option("--missing_strings");
+  log_missing = is_whole && cmdline.has_option("--missing_strings");
 }
 
 std::string UTL_translate_string(const std::string& text) {

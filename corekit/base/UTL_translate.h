@@ -13,8 +13,9 @@ using UTL_text = const char*;
 // Enters one line of a language file, what stands behind its STRING: "<English>====<translation>".
 // A faulty one, and a second translation of a text, are logged and skipped.
 void UTL_translate_add(const std::string& line);
-// The table is whole: from here on texts are looked up in it.
-void UTL_translate_use();
+// All lines are in: from here on texts are looked up in the table. One that is not `is_whole` has
+// the texts that differ and no others, so that none counts as missing.
+void UTL_translate_use(bool is_whole = true);
 
 // The translation of `text`, or `text` itself. With "--missing_strings" and a table loaded, a text
 // without translation is logged once, as a line ready for a language file.

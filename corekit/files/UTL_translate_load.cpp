@@ -25,11 +25,11 @@ std::string rest_of_line(xmap_class& map) {
 
 }  // namespace
 
-void UTL_translate_load(const std::string& path) {
+bool UTL_translate_load(const std::string& path, bool is_whole) {
   UTL_translate_clear();
   xmap_class map(path);
-  if (!map.file_start) return;
-  if (map.check_file(ouf_text, accepted_versions, "TRANSLATION", nullptr) == 0) return;
+  if (!map.file_start) return false;
+  if (map.check_file(ouf_text, accepted_versions, "TRANSLATION", nullptr) == 0) return false;
 
   std::string word;
   while (map.cursor < map.file_end) {
@@ -37,5 +37,6 @@ void UTL_translate_load(const std::string& path) {
     const std::string rest = rest_of_line(map);
     if (word == "STRING") UTL_translate_add(rest);
   }
-  UTL_translate_use();
+  UTL_translate_use(is_whole);
+  return true;
 }

@@ -8,6 +8,7 @@
 
 #include <string>
 
-// Replaces the table by the file at `path`. A missing or unsuitable file leaves an empty table;
+// Replaces the table by the file at `path`; `is_whole` is that of UTL_translate_use. A missing or
+// unsuitable file leaves an empty table, and false is returned;
 // faulty lines are logged and skipped.
-void UTL_translate_load(const std::string& path);
+bool UTL_translate_load(const std::string& path, bool is_whole = true);

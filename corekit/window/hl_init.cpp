@@ -9,7 +9,9 @@
 
 #include <climits>
 #include <cstdlib>
+#include <iterator>
 
+#include "corekit/Platform/PLT_locale.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_cmdline.h"
@@ -34,11 +36,34 @@ namespace {
 
 constexpr char log_name[] = "Skyvane Installer Log.txt";
 
-constexpr const char* language_folders[] = {
-    "text/english/", "text/french/",    "text/german/", "text/italian/",
-    "text/spanish/", "text/portugese/", "text/korean/",
+constexpr int english = 0;
+
+// In the order of mnw.language. A code of ISO 639, by which a user's locale asks for the language;
+// none where there are no letters to show it with.
+constexpr struct {
+  const char* folder;
+  const char* code;
+} languages[] = {
+    {"text/english/", "en"}, {"text/french/", "fr"},  {"text/german/", "de"},
+    {"text/italian/", "it"}, {"text/spanish/", "es"}, {"text/portugese/", "pt"},
+    {"text/korean/", ""},
 };
-constexpr int language_count = 7;
+constexpr int language_count = static_cast<int>(std::size(languages));
+
+// What a user reads who has chosen nothing yet: the first language of his locale that there is.
+int language_of_user() {
+  for (const std::string& code : PLT_user_languages())
+    for (int i = 0; i < language_count; ++i)
+      if (code == languages[i].code) return i;
+  return english;
+}
+
+// The English file puts right some of the texts that are its keys, and lacks none.
+bool load_language(int language) {
+  return UTL_translate_load(
+      std::string("Resources/") + languages[language].folder + "Installer2.txt",
+      language != english);
+}
 
 void remember_start_folder() {
   char folder[PATH_MAX];
@@ -88,7 +113,7 @@ void MACIBM_init(int argc, const char* const* argv) {
   mnw.req_dy = 600;
   mnw.req_depth = 32;
   mnw.alias_req = 0;
-  mnw.language = 0;
+  mnw.language = language_of_user();  // the preferences are read over it
   if (app_headless) {
     THREAD_make_workers();
   } else {
@@ -100,11 +125,8 @@ void MACIBM_init(int argc, const char* const* argv) {
 }
 
 void MACIBM_setupforlang() {
-  if (mnw.language <= 0 || mnw.language >= language_count) {
-    UTL_translate_clear();
-    return;
-  }
-  UTL_translate_load(std::string("Resources/") + language_folders[mnw.language] + "Installer2.txt");
+  const bool is_known = mnw.language > english && mnw.language < language_count;
+  if (!is_known || !load_language(mnw.language)) load_language(english);
 }
 
 void MACIBM_finishup(int save) {

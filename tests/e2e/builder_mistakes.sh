@@ -37,7 +37,7 @@ done <<ROWS
 1|/another.zip: it is no manifest of ours, |--previous=$SCRATCH/another.zip
 1|/cut.zip: it is a damaged zip, |--previous=$SCRATCH/cut.zip
 1|/none.txt: there is no such file. |--previous=$SCRATCH/none.txt
-1|You idiot! I already have a version: version_number 90900.000000@in file |--release=90900
+1|This version is there already: version_number 90900.000000@in file |--release=90900
 1|Give this build a number of its own, above all earlier ones, by --release=N.|--release=90900
 1|@There is no Mars scenery in this tree!@|--type=2
 1|--type=3 builds Moon scenery, and no file of it is there. |--type=3

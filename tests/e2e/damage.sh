@@ -62,7 +62,7 @@ for way in flipped another; do
   install_copy --dest="$SCRATCH"
   want_status 1
   want_text "The installer cannot extract a file."
-  want_text "Finshed Web Demo Install: There were problem installing the Skyvane 9 web demo - it may not be usable."
+  want_text "Finished Web Demo Install: There were problems installing the Skyvane 9 web demo - it may not be usable."
   [ ! -e "$SCRATCH/Copy/${heron#All/}" ] || fail "a wrong file was installed"
   rm -rf "$SCRATCH/Copy"
 done
@@ -108,7 +108,7 @@ want_status 2
 want_text "You do not have enough free disk space to install the Skyvane 9 demo at this location."
 
 # A volume that fills up on the way: the sizes of the manifest are a little below what files take.
-raw=$(shipped "$FIXTURE/sample/new" Macintosh | cut -f2 | (cd "$FIXTURE/sample/new" && tr '\n' '\0' | xargs -0 stat -c %s) | awk '{ s += int($1 / 1000) } END { print s }')
+raw=$(shipped "$FIXTURE/sample/new" Linux | cut -f2 | (cd "$FIXTURE/sample/new" && tr '\n' '\0' | xargs -0 stat -c %s) | awk '{ s += int($1 / 1000) } END { print s }')
 mkdir "$SCRATCH/tight"
 mount -t tmpfs -o size=$((raw * 1000 + 40000)) tmpfs "$SCRATCH/tight"
 MOUNTS+=("$SCRATCH/tight")

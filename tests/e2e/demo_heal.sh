@@ -47,10 +47,10 @@ want_healed() {
   done
   if [ -n "$changed" ]; then
     [ "$(cat "$copy/$changed")" = mine ] || fail "what the user changed was replaced"
-    from=$(shipped "$FIXTURE/sample/new" Macintosh | awk -F'\t' -v rel="${changed#./}" '$1 == rel { print $2 }')
+    from=$(shipped "$FIXTURE/sample/new" Linux | awk -F'\t' -v rel="${changed#./}" '$1 == rel { print $2 }')
     cp -p "$FIXTURE/sample/new/$from" "$copy/$changed"
   fi
-  same_tree "$FIXTURE/sample/new" Macintosh "$copy"
+  same_tree "$FIXTURE/sample/new" Linux "$copy"
 }
 
 echo "Killed again and again, then left to end"
@@ -63,17 +63,17 @@ before=$(find "$copy" -type f | wc -l)
 : >"$requests"
 run skyvane-demo-installer "${command[@]}"
 want_status 0
-want_text "I will go on with the installation in the folder 'My copy' in the directory '$SCRATCH/'."
+want_text "I will go on with the installation in the folder 'My copy' in the folder '$SCRATCH/'."
 fetched=$(grep -c '/updates/.*[^t]\.zip HTTP' "$requests")
-[ $((fetched + before)) -le $(($(shipped "$FIXTURE/sample/new" Macintosh | wc -l) + ${#own[@]})) ] ||
+[ $((fetched + before)) -le $(($(shipped "$FIXTURE/sample/new" Linux | wc -l) + ${#own[@]})) ] ||
   fail "$fetched files were fetched for a copy that had $before"
 want_healed
 
 echo "A copy that is whole, and one of an earlier release, are not gone on with"
 run skyvane-demo-installer "${command[@]}"
 want_status 2
-want_text "The folder 'My copy' already exists in the dir '$SCRATCH/'."
-older=$(cd "$FIXTURE/sample" && shipped "$FIXTURE/sample/new" Macintosh | while IFS=$'\t' read -r rel from; do
+want_text "The folder 'My copy' already exists in the folder '$SCRATCH/'."
+older=$(cd "$FIXTURE/sample" && shipped "$FIXTURE/sample/new" Linux | while IFS=$'\t' read -r rel from; do
   [ -f "old/$from" ] && [ -f "new/$from" ] && ! cmp -s "old/$from" "new/$from" && echo "$rel	$from" && break
 done)
 cp -p "$FIXTURE/sample/old/${older#*	}" "$copy/${older%	*}"

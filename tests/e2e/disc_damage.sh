@@ -53,7 +53,7 @@ want_text "DVD scan: The installer cannot extract a file."
 damaged sh -c "printf 'I\n900 version\nDVD\n\nVERSION ../Skyvane 9\n' >disk_0/dvd_version.txt"
 install_from "$BAD"
 want_status 2
-want_text "This DVD does not appear to be an Skyvane 9 DVD."
+want_text "This DVD does not appear to be a Skyvane 9 DVD."
 
 # A disc that is pulled out in the middle: few questions for what was in hand, then the wish for the
 # disc, and with it the rest. The installer is held while it is pulled, so that most is still to come.
@@ -73,7 +73,7 @@ want_text "I was unable to copy the file $DISCS/1/"
 want_asked_for "1 "
 # Those in the two queues fail, in as many questions as there are frames that see one.
 [ "$(grep -c "An error occurred" "$OUT")" -le 60 ] || fail "a question for every file"
-missing=$(comm -23 <(shipped "$SOURCE" Macintosh | cut -f1) <(cd "$copy" && find . ! -type d | sed 's#^\./##' | sort) | wc -l)
+missing=$(comm -23 <(shipped "$SOURCE" Linux | cut -f1) <(cd "$copy" && find . ! -type d | sed 's#^\./##' | sort) | wc -l)
 [ "$missing" -ge 1 ] && [ "$missing" -le 61 ] || fail "$missing files are missing"
 repair_all
 
@@ -84,5 +84,5 @@ take_out 3
 : >"$OUT"
 run skyvane-disc-installer --unattended --accept_eula --give_up_after=2 --dest="$SCRATCH" --name=Copy
 want_status 3
-want_text "Given up: no progress. Installing Skyvane - Please Change DVDs: Please insert DVD number 3 and click continue."
+want_text "Given up: no progress. Installing Skyvane - Please Change DVDs: Please insert DVD number 3 and click Next."
 repair_all

@@ -10,7 +10,7 @@ want_status 0
 want_text "Please insert Skyvane 9 DVD number one to begin."
 want_text "Finished Installing Skyvane: Installation was successful."
 want_asked_for "2 3 "
-same_tree "$SOURCE" Macintosh "$SCRATCH/My copy"
+same_tree "$SOURCE" Linux "$SCRATCH/My copy"
 want_no_leftovers
 ! is_in 1 && ! is_in 2 || fail "a disc that was done with was not ejected"
 grep -qxF "$SCRATCH/My copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "not registered"
@@ -19,13 +19,13 @@ grep -qxF "$SCRATCH/My copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "
 only_disc 1
 run_with_discs --accept_eula --dest="$SCRATCH" --name="My copy"
 want_status 2
-want_text "The folder 'My copy' already exists in the dir '$SCRATCH/'."
+want_text "The folder 'My copy' already exists in the folder '$SCRATCH/'."
 
 # Part of the scenery, and none: no more than that is there, and no disc is asked for in vain.
 only_disc 1
 run_with_discs --accept_eula --dest="$SCRATCH" --name=Some --sectors=+30-120,-90-180
 want_status 0
-SECTORS='\\+30-120|-90-180' same_tree "$SOURCE" Macintosh "$SCRATCH/Some"
+SECTORS='\\+30-120|-90-180' same_tree "$SOURCE" Linux "$SCRATCH/Some"
 
 # All discs in drives of their own: none is asked for, none is ejected.
 only_disc 1
@@ -34,7 +34,7 @@ insert_disc 3
 run_with_discs --accept_eula --dest="$SCRATCH" --name=None --sectors=none
 want_status 0
 want_asked_for ""
-SECTORS=nothing same_tree "$SOURCE" Macintosh "$SCRATCH/None"
+SECTORS=nothing same_tree "$SOURCE" Linux "$SCRATCH/None"
 is_in 1 && is_in 2 && is_in 3 || fail "a disc was ejected without need"
 
 # Answers that make no sense touch nothing.

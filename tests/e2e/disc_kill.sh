@@ -47,7 +47,7 @@ for ((round = 0; round < KILLS; ++round)); do
     early)
       run_with_discs "${arguments[@]}"
       want_status 0
-      same_tree "$SOURCE" Macintosh "$copy"
+      same_tree "$SOURCE" Linux "$copy"
       ;;
     # Only its folders were made: they are nobody's, and are left alone like any others.
     unlisted) [ -z "$(find "$copy" -type f)" ] || fail "files in a copy that nobody knows" ;;

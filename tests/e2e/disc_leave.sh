@@ -18,7 +18,7 @@ start_from_disc --accept_eula --dest=. --name=Copy
 want_status 0
 want_text "Finished Installing Skyvane: Installation was successful."
 want_asked_for "2 3 "
-same_tree "$SOURCE" Macintosh "$SCRATCH/Copy"
+same_tree "$SOURCE" Linux "$SCRATCH/Copy"
 ! is_in 1 || fail "the first disc was not ejected"
 want_no_leftovers
 log=$(echo "$XDG_CONFIG_HOME"/*/"Skyvane Installer Log.txt")
@@ -43,7 +43,7 @@ if [ "$(id -u)" = 0 ]; then
   MOUNTS+=("$SCRATCH/tight")
   TMPDIR=$SCRATCH/tight start_from_disc --accept_eula --dest=. --name=Third --sectors=none
   want_status 0
-  SECTORS=nothing same_tree "$SOURCE" Macintosh "$SCRATCH/Third"
+  SECTORS=nothing same_tree "$SOURCE" Linux "$SCRATCH/Third"
   [ -z "$(ls "$SCRATCH/tight")" ] || fail "working files were left: $(ls "$SCRATCH/tight")"
 fi
 
@@ -71,11 +71,11 @@ press_next
 change_disc 1 2
 change_disc 2 3
 wait_step 5
-same_tree "$SOURCE" Macintosh "$HOME/Desktop/$RELEASE"
+same_tree "$SOURCE" Linux "$HOME/Desktop/$RELEASE"
 
 # The simulator that it starts stands on its own: the copy is gone, and its folder.
 press_extra 0
-wait_file_text "$OUT" "Started: Macintosh/Skyvane.app/Contents/MacOS/Skyvane (revision 1)"
+wait_file_text "$OUT" "Started: Linux/Skyvane.app (revision 1)"
 [ "$(grep -vc ^Started "$OUT")" = 0 ] || fail "more was said"
 want_no_leftovers
 ! grep -a "ERROR: language" "$XDG_CONFIG_HOME"/*/*Log.txt || fail "a language file was not found"

@@ -30,7 +30,7 @@ make_fixture() {
   rm -rf "$FIXTURE/sample-discs" "$MASTER" "$IMAGES"
   "$BIN/make-sample" --7z=all "$FIXTURE/sample-discs"
   "$(program skyvane-disc-installer)" --build_master --type=1 --name="$RELEASE" \
-    --source="$SOURCE" --output="$MASTER" --disk_kb=4000
+    --source="$SOURCE" --output="$MASTER" --disk_kb=3850
   "$(dirname "$0")/../../script/make_discs" --program="$BIN/skyvane-disc-installer" \
     --resources="$BIN/Resources" \
     "$MASTER" "$IMAGES"
@@ -101,7 +101,7 @@ repair_all() {
   want_status 0
   run_with_discs --do=scenery --sectors=all --on_modified=overwrite
   want_status 0
-  same_tree "$SOURCE" Macintosh "$copy"
+  same_tree "$SOURCE" Linux "$copy"
   want_no_leftovers
 }
 

@@ -17,7 +17,7 @@ repair() {
 # A copy that is whole needs nothing, and no disc but the first.
 repair
 want_status 0
-want_text "Finished Repairing Skyvane.: I have finished repairing $copy/ - click Go Back to return to the main menu."
+want_text "Finished Repairing Skyvane.: I have finished repairing $copy/ - click Back to return to the main menu."
 want_asked_for ""
 
 # Missing files and folders, cut files, a lost link, a lost execute bit.
@@ -25,12 +25,12 @@ cd "$copy"
 rm -r Aircraft/"Heavy Metal"
 rm Instructions/Manual.txt Instructions/"one byte.txt"
 : >Resources/text/English/Skyvane.txt
-truncate -s 1 Skyvane.app/Contents/MacOS/Skyvane
-chmod 644 Skyvane.app/Contents/MacOS/Skyvane
+truncate -s 1 Skyvane.app
+chmod 644 Skyvane.app
 cd "$SCRATCH"
 repair --on_modified=overwrite
 want_status 0
-same_tree "$SOURCE" Macintosh "$copy"
+same_tree "$SOURCE" Linux "$copy"
 want_no_leftovers
 
 # A damaged file that is there in another spelling is put right under that one, and stays one file.
@@ -40,7 +40,7 @@ repair --on_modified=overwrite
 want_status 0
 [ ! -e "$copy/Airfoils/NACA 0013.afl" ] || fail "a second file beside the one in another spelling"
 mv "$copy/Airfoils/naca 0013.AFL" "$copy/Airfoils/NACA 0013.afl"
-same_tree "$SOURCE" Macintosh "$copy"
+same_tree "$SOURCE" Linux "$copy"
 
 # What the user has changed is kept, unless told otherwise; what is the user's own is not seen.
 echo mine >"$copy/Airfoils/NACA 0012.afl"
@@ -56,17 +56,17 @@ repair --on_modified=overwrite
 want_status 0
 [ "$(cat "$copy/Airfoils/My own.afl")" = mine ] || fail "the user's own file was touched"
 rm "$copy/Airfoils/My own.afl"
-same_tree "$SOURCE" Macintosh "$copy"
+same_tree "$SOURCE" Linux "$copy"
 
 # A repair of something that lies on the last disc alone asks for that one alone.
-last=$(cd "$MASTER/disk_2/$RELEASE" && find All Macintosh -name '*.zip' 2>/dev/null | sed -n 1p)
+last=$(cd "$MASTER/disk_2/$RELEASE" && find All Linux -name '*.zip' 2>/dev/null | sed -n 1p)
 [ -n "$last" ] || fail "nothing for this platform on the last disc"
 last=${last#*/}
 rm "$copy/${last%.zip}"
 repair
 want_status 0
 want_asked_for "3 "
-same_tree "$SOURCE" Macintosh "$copy"
+same_tree "$SOURCE" Linux "$copy"
 
 # No room: the page refuses, and nothing is touched.
 if [ "$(id -u)" = 0 ]; then

@@ -8,7 +8,7 @@ change() {
   run_with_discs --do=scenery "$@"
 }
 want_scenery() {
-  SECTORS=$1 same_tree "$SOURCE" Macintosh "$copy"
+  SECTORS=$1 same_tree "$SOURCE" Linux "$copy"
   want_no_leftovers
 }
 

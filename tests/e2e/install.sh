@@ -8,14 +8,14 @@ run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name="
   $(through_proxy "$PORT")
 want_status 0
 want_text "I have finished installing the Skyvane 9 web demo at: $SCRATCH/My copy/."
-same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/My copy"
+same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/My copy"
 
 # A second run into the same place is refused by the page's own words, and changes nothing.
 run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name="My copy" \
   $(through_proxy "$PORT")
 want_status 2
-want_text "The folder 'My copy' already exists in the dir '$SCRATCH/'."
-same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/My copy"
+want_text "The folder 'My copy' already exists in the folder '$SCRATCH/'."
+same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/My copy"
 
 # Without the licence nothing is fetched.
 run skyvane-demo-installer --unattended --dest="$SCRATCH" --name=Other $(through_proxy "$PORT")

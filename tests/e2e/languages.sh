@@ -14,7 +14,7 @@ demo() {
   run skyvane-demo-installer "${options[@]}" --pref:_lang="$1" --accept_eula \
     --dest="$SCRATCH" --name="Copy $1"
   want_status 0
-  same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy $1"
+  same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/Copy $1"
 }
 
 # want_lines KEY...: the output has the translations of these texts, each as a line of its own.

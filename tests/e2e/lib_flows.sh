@@ -54,7 +54,7 @@ start_skyvane() {
   press_extra 0
   # The process that the wizard was ends with 1 when it has handed over.
   window_ended 1
-  wait_file_text "$OUT" "Started: Macintosh/Skyvane.app/Contents/MacOS/Skyvane (revision $1)"
+  wait_file_text "$OUT" "Started: Linux/Skyvane.app (revision $1)"
 }
 
 # --- the question about a modified file ------------------------------------------------------------

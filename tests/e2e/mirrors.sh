@@ -30,4 +30,4 @@ CHILDREN+=("$!")
 run skyvane-demo-loopback --unattended --accept_eula --dest="$SCRATCH" --name=Copy
 want_status 0
 [ ! -e "$SCRATCH/slow" ] || fail "no mirror has stalled"
-same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy"
+same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/Copy"

@@ -37,6 +37,28 @@ echo "No file: the run makes one"
 run_once
 want_settings "made" $defaults
 
+echo "The first run takes the user's language, and what it wrote then holds"
+while IFS='|' read -r all messages lang list wanted; do
+  rm "$settings"
+  LC_ALL=$all LC_MESSAGES=$messages LANG=$lang LANGUAGE=$list run_once
+  want_settings "LC_ALL=$all LC_MESSAGES=$messages LANG=$lang LANGUAGE=$list" _lang="$wanted"
+  LC_ALL=fr_FR.UTF-8 LANGUAGE= run_once
+  want_settings "kept" _lang="$wanted"
+done <<'ROWS'
+de_DE.UTF-8|fr_FR|it_IT||2
+|fr|de_DE.UTF-8||1
+||pt_BR.ISO-8859-1@x||5
+||sv_SE.UTF-8|nn::it:de|3
+||de_AT|en:fr|0
+||C|de|0
+||sv_SE.UTF-8||0
+|||de|0
+||ko_KR.UTF-8||0
+||../de||0
+ROWS
+LC_ALL=it_IT.UTF-8 run_once --pref:_lang=4
+want_text "Bienvenida"
+
 echo "What a file says"
 rows() { # LABEL|CONTENT|TAG=VALUE...
   cat <<'ROWS'

@@ -24,5 +24,5 @@ done
 run skyvane-demo-loopback --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
   $(through_proxy "$port")
 want_status 0
-same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy"
+same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/Copy"
 grep -q "127.0.0.7" "$SCRATCH/tinyproxy.log" || fail "the mirror was not asked through the proxy"

@@ -26,7 +26,7 @@ install() {
   run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
     $(through_proxy "$PORT")
   want_status 0
-  same_tree "$tree" Macintosh "$SCRATCH/Copy"
+  same_tree "$tree" Linux "$SCRATCH/Copy"
   ! grep -q "HTTP Error" "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "$1: a fetch has failed"
   curl -s "http://127.0.0.1:$PORT/count" | awk 'NR == 3 { print $1 - 1, $3 - 1 }' >"$SCRATCH/count.txt"
   awk "{ r = \$2; exit !(\$1 >= $2 && \$1 <= $3) }" "$SCRATCH/count.txt" ||

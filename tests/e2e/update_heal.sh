@@ -51,7 +51,7 @@ tree "$COPY" >"$SCRATCH/want_tree.txt"
 cp -a "$COPY" "$SCRATCH/checked"
 (cd "$SCRATCH/checked" && rm "my flights.txt" "Airfoils/Clark Y.afl" && rm -r "Aircraft/General Aviation/Little Wren" &&
   cp "$FIXTURE/sample/new/All/Instructions/Pilot's Guide.txt" Instructions/ && chmod 444 "Instructions/Pilot's Guide.txt")
-same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/checked"
+same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/checked"
 
 # exec_updater: in place of this process, so that its id is the program's.
 exec_updater() {
@@ -83,7 +83,7 @@ for try in $(seq $((3 * kills))); do
   sleep "$(printf '%d.%06d' $((delay / 1000000)) $((delay % 1000000)))"
   kill -KILL "$pid" 2>/dev/null || true
   wait "$pid" 2>/dev/null || true
-  if grep -q '^Finshed' "$OUT"; then
+  if grep -q '^Finished' "$OUT"; then
     length[$PORT]=$((length[$PORT] * 4 / 5))
     continue
   fi

@@ -8,9 +8,10 @@
 ORDINARY=65534  # nobody; owns no file of this machine
 COPY=$SCRATCH/sim
 export TMPDIR=$SCRATCH/tmp
-mkdir -p "$SCRATCH/bin" "$TMPDIR" "$XDG_CONFIG_HOME"
+mkdir -p "$SCRATCH/bin/Resources" "$TMPDIR" "$XDG_CONFIG_HOME"
 # Copies of their own and no hard links: their owner is about to change.
 cp "$BIN/skyvane-web-updater" "$BIN/skyvane-demo-installer" "$SCRATCH/bin/"
+cp -r "$BIN/Resources/text" "$SCRATCH/bin/Resources/"
 [ "$(id -u)" != 0 ] || chown -R "$ORDINARY:$ORDINARY" "$SCRATCH"
 
 # as_user COMMAND...: runs it without privileges.

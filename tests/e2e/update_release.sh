@@ -38,14 +38,14 @@ want_release() {
   # The folders that only the user's files have kept.
   (cd "$copy" && rmdir -p --ignore-fail-on-non-empty "Aircraft/General Aviation/Mine" \
     "Aircraft/General Aviation/Little Wren" Resources/fonts/a/b)
-  same_tree "$FIXTURE/sample/$1" Macintosh "$copy"
+  same_tree "$FIXTURE/sample/$1" Linux "$copy"
 }
 
 # --- from old to new, and then nothing left to do ------------------------------------------------
 
 # The figures of the summary, by comparing the two source trees.
-shipped "$FIXTURE/sample/old" Macintosh >"$SCRATCH/old.tsv"
-shipped "$FIXTURE/sample/new" Macintosh >"$SCRATCH/new.tsv"
+shipped "$FIXTURE/sample/old" Linux >"$SCRATCH/old.tsv"
+shipped "$FIXTURE/sample/new" Linux >"$SCRATCH/new.tsv"
 fetched=0
 while IFS=$'\t' read -r rel from; do
   same_bytes "$SCRATCH/old/$rel" "$FIXTURE/sample/new/$from" || fetched=$((fetched + 1))
@@ -56,7 +56,7 @@ total=$(($(wc -l <"$SCRATCH/new.tsv") + dropped))
 make_copy
 update
 want_status 0
-want_text "Finshed Web Update: I have finished updating $COPY/."
+want_text "Finished Web Update: I have finished updating $COPY/."
 want_count "$total" "files checked"
 want_count "$fetched" "files fetched"
 want_count "$dropped" "files deleted"

@@ -127,7 +127,7 @@ rm "$SCRATCH/slow"
 press_next
 wait_step 5
 shot demo_8_finish
-same_tree "$FIXTURE/sample/new" Macintosh "$mine"
+same_tree "$FIXTURE/sample/new" Linux "$mine"
 [ "$(cat "$taken/note.txt")" = "the user's own" ] || fail "the folder that was there was touched"
 [ "$(ls "$taken")" = note.txt ] || fail "something was put into the folder that was there"
 

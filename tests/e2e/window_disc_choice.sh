@@ -142,7 +142,7 @@ change_disc 1 2
 change_disc 2 3
 wait_step 5
 shot disc_7_finish
-SECTORS='\\+30-120|\\+40-080' same_tree "$SOURCE" Macintosh "$copy"
+SECTORS='\\+30-120|\\+40-080' same_tree "$SOURCE" Linux "$copy"
 
 echo "The new copy is started"
 start_skyvane 1

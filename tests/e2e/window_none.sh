@@ -47,7 +47,7 @@ rm "$SCRATCH/slow"
 STATUS=0
 wait "$WINDOW_PID" || STATUS=$?
 want_status 0
-same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Copy"
+same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/Copy"
 
 echo "The same look at a run with a window does find one"
 SDL_VIDEODRIVER=offscreen watch skyvane-demo-installer

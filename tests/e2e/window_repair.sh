@@ -7,10 +7,10 @@ copy="$SCRATCH/Copy"
 only_disc 1
 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
 want_status 0
-same() { SECTORS='\\+30-120' same_tree "$SOURCE" Macintosh "$copy"; }
+same() { SECTORS='\\+30-120' same_tree "$SOURCE" Linux "$copy"; }
 same
 manual=Instructions/Manual.txt
-late="Skyvane.app/Contents/PkgInfo"  # on the last disc
+late="Notes for this platform.txt"
 rm "$copy/$manual" "$copy/$late"
 echo mine >"$copy/Airfoils/NACA 0012.afl"
 # All discs in drives of their own: none has to be changed. The first has an archive that is damaged.

@@ -21,7 +21,7 @@ to_map() {
 }
 
 # want_scenery PATTERN: the copy holds this, and nothing else of it has changed.
-want_scenery() { SECTORS=$1 same_tree "$SOURCE" Macintosh "$copy"; }
+want_scenery() { SECTORS=$1 same_tree "$SOURCE" Linux "$copy"; }
 
 speak 2
 start_display

@@ -97,8 +97,8 @@ shot web_3_sizes
 press_next
 wait_step 5
 shot web_6_finish
-same_tree "$FIXTURE/sample/new" Macintosh "$two"
-same_tree "$FIXTURE/sample/old" Macintosh "$one"
+same_tree "$FIXTURE/sample/new" Linux "$two"
+same_tree "$FIXTURE/sample/old" Linux "$one"
 
 echo "A copy without its program: the start button says so, and the page stays"
 mv "$two/Skyvane.app" "$SCRATCH/Skyvane.app"
@@ -242,13 +242,13 @@ for file in "${kept[@]}" "${own[@]}"; do
 done
 # But for what is the user's, the copy is the release.
 for file in "${kept[@]}"; do
-  from=$(shipped "$FIXTURE/sample/new" Macintosh | awk -F'\t' -v rel="$file" '$1 == rel { print $2 }')
+  from=$(shipped "$FIXTURE/sample/new" Linux | awk -F'\t' -v rel="$file" '$1 == rel { print $2 }')
   rm "$one/$file"
   [ -z "$from" ] || cp -p "$FIXTURE/sample/new/$from" "$one/$file"
 done
 rm "${own[@]/#/"$one/"}"
 rmdir "$one/Aircraft/My own"
-same_tree "$FIXTURE/sample/new" Macintosh "$one"
+same_tree "$FIXTURE/sample/new" Linux "$one"
 
 echo "Quit, at the right; the log holds the questions in the order in which they were put"
 press_last_quit
@@ -292,6 +292,6 @@ wait_step 2
 shot web_10_beta
 press_next
 wait_step 4
-same_tree "$FIXTURE/sample/newer" Macintosh "$one"
+same_tree "$FIXTURE/sample/newer" Linux "$one"
 press_last_quit
 window_ended 0

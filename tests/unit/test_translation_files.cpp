@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <set>
 
@@ -15,6 +16,9 @@ namespace {
 
 constexpr char root[] = TESTS_FOLDER "/..";
 constexpr const char* languages[] = {"french", "german", "italian", "spanish", "portugese"};
+// English has what differs from the keys, and the builder's texts, which no other language has.
+constexpr const char* all_languages[] = {"french",  "german",    "italian",
+                                         "spanish", "portugese", "english"};
 
 std::string file_of(const std::string& language) {
   return std::string(root) + "/Resources/text/" + language + "/Installer2.txt";
@@ -108,8 +112,30 @@ TEST(TranslationFiles, EveryTextHasAnEntryAndEveryEntryAText) {
   }
 }
 
+TEST(TranslationFiles, EnglishPutsRightWhatSomebodySays) {
+  std::string said;
+  for (const std::string& text : program_texts())
+    said += text + "\n";
+  for (const auto& file :
+       std::filesystem::directory_iterator(std::string(root) + "/Installer-f/builder"))
+    said += content_of(file.path());
+  // The parts of a literal, joined as the compiler joins them.
+  for (size_t at = 0, next; (at = said.find('"', at)) != std::string::npos;
+       at = at < next ? at : at + 1) {
+    next = said.find_first_not_of(" \n", at + 1);
+    if (next != std::string::npos && said[next] == '"' && said[at + 1] == '\n')
+      said.erase(at, next - at + 1);
+    else
+      next = at;
+  }
+  for (const entry& e : entries_of("english")) {
+    EXPECT_NE(said.find(e.key), std::string::npos) << "nobody says: " << e.key;
+    EXPECT_NE(e.key, e.translation);
+  }
+}
+
 TEST(TranslationFiles, KeepTheFormOfTheEnglish) {
-  for (const char* language : languages) {
+  for (const char* language : all_languages) {
     for (const auto& [key, translation] : entries_of(language)) {
       const std::string label = std::string(language) + ": " + key;
       EXPECT_EQ(places_of(translation), places_of(key)) << label;
@@ -129,7 +155,7 @@ TEST(TranslationFiles, KeepTheFormOfTheEnglish) {
 
 TEST(TranslationFiles, AreReadWithoutComplaint) {
   log_capture log;
-  for (const char* language : languages) {
+  for (const char* language : all_languages) {
     UTL_translate_load(file_of(language));
     for (entry e : entries_of(language)) {
       STR_unescape(e.key);
@@ -191,8 +217,11 @@ TEST(TranslationFiles, FitTheirPlaces) {
       {378, 3, "I am unable to install or update Skyvane. An error occurred while creating"},
       {378, 3, "The servers now hold files in a newer format than this installer"},
   };
-  for (const char* language : languages) {
+  for (const char* language : all_languages) {
     std::map<std::string, std::string> shown;
+    if (std::strcmp(language, "english") == 0)
+      for (const std::string& text : program_texts())
+        shown[text] = text;
     for (const entry& e : entries_of(language))
       shown[e.key] = e.translation;
     for (const place& p : places) {

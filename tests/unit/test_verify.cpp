@@ -92,7 +92,9 @@ TEST_F(EngineVerify, APassOverATree) {
   write("copy/a/current", "abc");
   write("copy/a/changed", "abcd");
   write("copy/a/dropped", "abc");
-  write("copy/windows", "abc");
+  write("copy/windows", "abc");  // of no copy for this machine
+  write("copy/lib/1", "abc");
+  write("copy/lib/2", "abc");
   write("copy/Spelt Otherwise", "abc");
   add("ALL_os/a/current", {"older", md5_of_abc});
   add("ALL_os/a/changed", {md5_of_abc});
@@ -111,6 +113,8 @@ TEST_F(EngineVerify, APassOverATree) {
   add("ALL_os/fifo", {md5_of_abc});
   ASSERT_EQ(symlink("abc", (root + "copy/link").c_str()), 0);
   add("ALL_os/link", {md5_of_abc});
+  add("LIN_os/lib/1", {md5_of_abc}).os = 3;
+  add("ALL_os/lib/2", {md5_of_abc}).os = 6;
   ASSERT_EQ(chmod((root + "copy/shut").c_str(), 0), 0);
   ASSERT_EQ(chmod(root.c_str(), 0755), 0);
   const uid_t user = geteuid();
@@ -127,6 +131,7 @@ TEST_F(EngineVerify, APassOverATree) {
       {"NONE", 0},       {"NONE", 0},
       {"NONE", 0},       {"NONE", 0},
       {"UNREADABLE", 0}, {"UNREADABLE", 0},
+      {md5_of_abc, 1},   {md5_of_abc, 1},
       {md5_of_abc, 1},
   };
   for (size_t i = 0; i < std::size(rows); ++i) {
