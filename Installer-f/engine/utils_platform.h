@@ -6,6 +6,6 @@
 // loaded. One look at the disk for every such file. Main thread.
 int platform_of_copy();
 
-// Sets stg.target_os: a copy keeps the platform that it has, so that no update mixes two; a new one,
-// or one that does not tell, is for stg.new_copy_os. Main thread.
+// Sets stg.target_os: a copy keeps the platform that it has, so that no update mixes two; a new
+// one, or one that does not tell, is for stg.new_copy_os. Main thread.
 void settle_platform();

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
-// Language codes of ISO 639 in lower case, such as "pt", the one he likes best first; empty when his
-// locale names none ("C", "POSIX"). Any thread that starts no other while the environment changes.
+// Language codes of ISO 639 in lower case, such as "pt", the one he likes best first; empty when
+// his locale names none ("C", "POSIX"). Any thread that starts no other while the environment
+// changes.
 std::vector<std::string> PLT_user_languages();

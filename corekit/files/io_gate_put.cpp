@@ -96,6 +96,11 @@ int make_named(int folder, new_part& part) {
   return fail(EEXIST, 11);
 }
 
+// The folder of a path that ends in `leaf`, without a "/" behind it.
+std::string_view folder_above(std::string_view path, const std::string& leaf) {
+  return path.substr(0, path.size() - std::min(path.size(), leaf.size() + 1));
+}
+
 // Removes a hidden file if the process that made it is gone.
 void remove_abandoned(int folder, const char* name) {
   struct stat info;
@@ -249,7 +254,7 @@ void gate_class::sweep_once(std::string_view folder, int handle) {
 int gate_class::put_part(std::string_view path, const gate_filler& fill_part, place& at,
                          std::string& leaf) {
   if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 50);
-  sweep_once(path.substr(0, path.size() - std::min(path.size(), leaf.size() + 1)), at.folder);
+  sweep_once(folder_above(path, leaf), at.folder);
   new_part part;
   const auto filled = [&] {
     const int code = fill_part(part.file.get(), part.info);
@@ -296,6 +301,7 @@ int gate_class::put_link(std::string_view path, const std::string& target) {
   const int folder = at.folder;
   if (!stays_inside(at, target)) return fail(gate_leads_out, 61);
 
+  sweep_once(folder_above(path, leaf), folder);
   for (int tries = 0; tries < name_tries; ++tries) {
     const std::string part = part_names::own().next();
     if (symlinkat(target.c_str(), folder, part.c_str()) != 0) {

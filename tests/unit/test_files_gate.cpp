@@ -308,6 +308,11 @@ TEST_P(FilesGate, WhatStoppedProcessesLeave) {
   ASSERT_EQ(flock(alive.get(), LOCK_EX), 0);
   EXPECT_EQ(put("a/x"), 0);
   EXPECT_EQ(gate.remove_folder("b"), 0);
+  // A folder that takes nothing but a link.
+  dir.folder("copy/c");
+  dir.link("copy/c/.skyvane_part_7", "x");
+  EXPECT_EQ(gate.put_link("c/link", "x"), 0);
+  EXPECT_FALSE(std::filesystem::is_symlink(dir / "copy/c/.skyvane_part_7"));
   std::vector<std::string> names;
   for (const auto& item : std::filesystem::directory_iterator(dir / "copy/a"))
     names.push_back(item.path().filename());
