@@ -83,22 +83,11 @@ void art_draw_words(const art_cell& cell, const art_words& style, float x, float
 
 // --- the glyph grid -----------------------------------------------------------------------------
 
-// The byte in a cell of the grid, row 0 the lowest; 0 for the blank.
-static unsigned char glyph_at(int column, int row) {
-  const unsigned char byte = static_cast<unsigned char>(glyph_grid[row][size_t(column)]);
-  return byte == ' ' ? 0 : byte;
-}
 
 // An accent that overhangs its letter must not push the letter out of the middle.
 static unsigned char base_letter(unsigned char byte) {
-  switch (byte) {
-    case 0xCD:
-      return 'I';
-    case 0xED:
-      return 'i';
-    default:
-      return byte;
-  }
+  const bool is_letter = byte >= 0xC0 && byte != 0xDF;
+  return is_letter ? static_cast<unsigned char>(glyph_stand_ins[byte - 160u]) : byte;
 }
 
 // Width that the ink may take within an advance, pixels.
@@ -170,35 +159,41 @@ static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char 
   place(best_stretch, best_left);
 }
 
+// Draws the glyph of a byte into its cell, which is white all over: coverage is the alpha, the
+// colour comes from the program. A space has none.
+static void draw_glyph(art_canvas& atlas, FT_Face face, unsigned char byte) {
+  constexpr FT_Int32 load = FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_LIGHT;
+  const glyph_cell place = glyph_own_cells[byte];
+  const art_cell cell{&atlas, place.column * glyph_dx, place.row * glyph_dy, glyph_dx, glyph_dy};
+  for (int v = cell.v; v < cell.v + cell.dy; ++v)
+    for (int u = cell.u; u < cell.u + cell.dx; ++u)
+      atlas.at(u, v) = {1, 1, 1, 0};
+  if (byte == ' ') return;
+
+  FT_BBox base;
+  FT_Load_Char(face, base_letter(byte), load);
+  FT_Outline_Get_CBox(&face->glyph->outline, &base);
+  FT_Load_Char(face, byte, load);
+  fit_outline(face->glyph->outline, base, byte, glyph_widths[byte]);
+  FT_Render_Glyph(face->glyph, FT_RENDER_MODE_NORMAL);
+  const FT_Bitmap& ink = face->glyph->bitmap;
+  for (int y = 0; y < int(ink.rows); ++y)
+    for (int x = 0; x < int(ink.width); ++x) {
+      const int u = face->glyph->bitmap_left + x;
+      const int v = glyph_baseline + face->glyph->bitmap_top - 1 - y;
+      if (u < 0 || v < 0 || u >= glyph_dx || v >= glyph_dy) continue;
+      atlas.at(cell.u + u, cell.v + v).a = float(ink.buffer[y * ink.pitch + x]) / 255.0f;
+    }
+}
+
 void art_draw_glyphs(art_canvas& atlas) {
   FT_Face face = faces[face_medium];
   // Wider than high: the advances ask for 11 pixels, the line height for 10.
   FT_Set_Char_Size(face, to_26_6(11), to_26_6(10), 72, 72);
-  constexpr FT_Int32 load = FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_LIGHT;
-
-  for (int row = 0; row < glyph_rows; ++row)
-    for (int column = 0; column < glyph_columns; ++column) {
-      const art_cell cell{&atlas, column * glyph_dx, row * glyph_dy, glyph_dx, glyph_dy};
-      // White all over: coverage is the alpha, the colour comes from the program.
-      for (int v = cell.v; v < cell.v + cell.dy; ++v)
-        for (int u = cell.u; u < cell.u + cell.dx; ++u)
-          atlas.at(u, v) = {1, 1, 1, 0};
-
-      const unsigned char byte = glyph_at(column, row);
-      if (!byte) continue;
-      FT_BBox base;
-      FT_Load_Char(face, base_letter(byte), load);
-      FT_Outline_Get_CBox(&face->glyph->outline, &base);
-      FT_Load_Char(face, byte, load);
-      fit_outline(face->glyph->outline, base, byte, glyph_widths[byte]);
-      FT_Render_Glyph(face->glyph, FT_RENDER_MODE_NORMAL);
-      const FT_Bitmap& ink = face->glyph->bitmap;
-      for (int y = 0; y < int(ink.rows); ++y)
-        for (int x = 0; x < int(ink.width); ++x) {
-          const int u = face->glyph->bitmap_left + x;
-          const int v = glyph_baseline + face->glyph->bitmap_top - 1 - y;
-          if (u < 0 || v < 0 || u >= glyph_dx || v >= glyph_dy) continue;
-          atlas.at(cell.u + u, cell.v + v).a = float(ink.buffer[y * ink.pitch + x]) / 255.0f;
-        }
-    }
+  for (const std::string_view row : glyph_grid)
+    for (const char c : row)
+      draw_glyph(atlas, face, static_cast<unsigned char>(c));
+  for (const std::string_view row : glyph_annex)
+    for (const char c : row)
+      draw_glyph(atlas, face, static_cast<unsigned char>(c));
 }

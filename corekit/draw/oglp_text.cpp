@@ -26,20 +26,21 @@ constexpr float wrap_guess = 6.0f;  // a letter of the word that may not fit, wh
 constexpr float fixed_pitch = 10.0f;
 constexpr int digit_limit = 11;  // places that a number can have
 
+constexpr int alternate_columns = 40;  // of the second glyph set, which is in byte order
+
 // A font: a grid of cells in a texture.
 struct font_info {
   int charset;
   int ref;
-  int columns;
   float cell_dx, cell_dy;  // units, and pixels of the texture
   float advance;           // 0 for proportional
   float tex_dx, tex_dy;    // the texture's size, pixels
 };
 constexpr font_info fonts[] = {
-    {charset_text, t_interface, glyph_columns, glyph_dx, glyph_dy, 0, 512, 512},
-    {charset_fixed, t_interface, glyph_columns, glyph_dx, glyph_dy, fixed_pitch, 512, 512},
-    // 256 glyphs in byte order; its texture is the smallest that holds 40 by 7 cells.
-    {charset_alternate, t_glyphs_2, 40, 13, 13, 15, 1024, 128},
+    {charset_text, t_interface, glyph_dx, glyph_dy, 0, 512, 512},
+    {charset_fixed, t_interface, glyph_dx, glyph_dy, fixed_pitch, 512, 512},
+    // Its texture is the smallest that holds 40 by 7 cells.
+    {charset_alternate, t_glyphs_2, 13, 13, 15, 1024, 128},
 };
 
 const font_info* find_font(int charset) {
@@ -50,16 +51,6 @@ const font_info* find_font(int charset) {
   return nullptr;
 }
 
-constexpr std::array<unsigned char, 256> make_glyph_index() {
-  std::array<unsigned char, 256> index{};
-  int at = 0;
-  for (const std::string_view row : glyph_grid) {
-    for (const char c : row)
-      index[static_cast<unsigned char>(c)] = static_cast<unsigned char>(at++);
-  }
-  return index;
-}
-constexpr std::array<unsigned char, 256> glyph_index = make_glyph_index();
 bool is_break(char c) {
   return c == ' ' || c == '-' || c == '/';
 }
@@ -156,9 +147,13 @@ void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy
               int charset) {
   const font_info& font = charset == charset_alternate ? fonts[2] : fonts[0];
   const int byte = ch & 0xFF;
-  const int index = charset == charset_alternate ? byte : glyph_index[byte];
-  const float s = s0 + static_cast<float>(index % font.columns) * cell_dx / font.tex_dx;
-  const float t = t0 + static_cast<float>(index / font.columns) * cell_dy / font.tex_dy;
+  const glyph_cell cell =
+      charset == charset_alternate
+          ? glyph_cell{static_cast<unsigned char>(byte % alternate_columns),
+                       static_cast<unsigned char>(byte / alternate_columns)}
+          : glyph_own_cells[glyph_shown(static_cast<unsigned char>(byte))];
+  const float s = s0 + static_cast<float>(cell.column) * cell_dx / font.tex_dx;
+  const float t = t0 + static_cast<float>(cell.row) * cell_dy / font.tex_dy;
   const float size = oglp > 1.0f ? oglp : 1.0f;
   x = std::trunc(x);
   y = std::trunc(y) - 4;
