@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -83,7 +84,6 @@ void art_draw_words(const art_cell& cell, const art_words& style, float x, float
 
 // --- the glyph grid -----------------------------------------------------------------------------
 
-
 // An accent that overhangs its letter must not push the letter out of the middle.
 static unsigned char base_letter(unsigned char byte) {
   const bool is_letter = byte >= 0xC0 && byte != 0xDF;
@@ -133,6 +133,11 @@ static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char 
   // A stop leans to the right, away from the letter that it follows.
   const float target = float(advance) * 0.5f + (strchr(",.", byte) ? 0.25f : 0.0f);
 
+  // All letters keep the same space before them, and what is over stands behind them: else a blank
+  // between two words can be as narrow as the space that two letters of a word leave.
+  const bool is_letter = isalpha(byte) || (byte >= 0xC0 && advance > 3);
+  const float least_left = is_letter ? 0.8f : 0.0f;
+
   auto place = [&](float stretch, float left) {
     for (size_t i = 0; i < points.size(); ++i) {
       outline.points[i].x = to_26_6(float(points[i].x - box.xMin) / 64.0f * stretch + left);
@@ -146,7 +151,8 @@ static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char 
     if (width > room + 0.25f) continue;
     for (int shift = -6; shift <= 6; ++shift) {
       const float wish = target - middle * stretch + float(shift) / 16.0f;
-      const float left = std::clamp(wish, 0.0f, std::max(0.0f, float(advance) - width));
+      const float most = std::max(0.0f, float(advance) - width);
+      const float left = std::clamp(wish, std::min(least_left, most), most);
       place(stretch, left);
       const float score = sharpness(outline) - 0.6f * std::abs(float(s)) * 0.01f -
                           0.15f * std::abs(left - (target - middle * stretch));
@@ -186,6 +192,19 @@ static void draw_glyph(art_canvas& atlas, FT_Face face, unsigned char byte) {
     }
 }
 
+// An accented i has the advance of an e: bars at its foot and head take up the room, which would
+// part the word in two.
+static void draw_bars(art_canvas& atlas, unsigned char byte) {
+  constexpr float ink = 0.8f;
+  const glyph_cell place = glyph_own_cells[byte];
+  const int u = place.column * glyph_dx, foot = place.row * glyph_dy + glyph_baseline;
+  const int head = foot + (byte == 0xCD ? 6 : 4), head_end = byte == 0xCD ? 5 : 3;
+  for (int x = 1; x < 5; ++x) {
+    atlas.at(u + x, foot).a = std::max(atlas.at(u + x, foot).a, ink);
+    if (x < head_end) atlas.at(u + x, head).a = std::max(atlas.at(u + x, head).a, ink);
+  }
+}
+
 void art_draw_glyphs(art_canvas& atlas) {
   FT_Face face = faces[face_medium];
   // Wider than high: the advances ask for 11 pixels, the line height for 10.
@@ -196,4 +215,6 @@ void art_draw_glyphs(art_canvas& atlas) {
   for (const std::string_view row : glyph_annex)
     for (const char c : row)
       draw_glyph(atlas, face, static_cast<unsigned char>(c));
+  draw_bars(atlas, 0xCD);
+  draw_bars(atlas, 0xED);
 }

@@ -3,8 +3,8 @@
 //   make-art [--land LAND.json] [--fonts FOLDER] [--out FOLDER]
 //
 // 1. open the fonts; 2. draw interface, elements, background and, where the land is given, map;
-// 3. write them, topmost row first, into the out folder. The same input gives the same bytes. The build turns the files into
-// arrays with embed-art.
+// 3. write them, topmost row first, into the out folder. The same input gives the same bytes. The
+// build turns the files into arrays with embed-art.
 
 #include <cstdio>
 #include <string>

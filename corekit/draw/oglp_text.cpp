@@ -147,11 +147,10 @@ void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy
               int charset) {
   const font_info& font = charset == charset_alternate ? fonts[2] : fonts[0];
   const int byte = ch & 0xFF;
-  const glyph_cell cell =
-      charset == charset_alternate
-          ? glyph_cell{static_cast<unsigned char>(byte % alternate_columns),
-                       static_cast<unsigned char>(byte / alternate_columns)}
-          : glyph_own_cells[glyph_shown(static_cast<unsigned char>(byte))];
+  const glyph_cell cell = charset == charset_alternate
+                              ? glyph_cell{static_cast<unsigned char>(byte % alternate_columns),
+                                           static_cast<unsigned char>(byte / alternate_columns)}
+                              : glyph_own_cells[glyph_shown(static_cast<unsigned char>(byte))];
   const float s = s0 + static_cast<float>(cell.column) * cell_dx / font.tex_dx;
   const float t = t0 + static_cast<float>(cell.row) * cell_dy / font.tex_dy;
   const float size = oglp > 1.0f ? oglp : 1.0f;

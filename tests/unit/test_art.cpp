@@ -148,6 +148,28 @@ TEST(Art, GlyphsFitTheirAdvances) {
   EXPECT_EQ(glyphs, 144);
 }
 
+// What is free between two letters, with `blank` units in the middle.
+static int space_between(unsigned char left, unsigned char right, int blank) {
+  const auto ink = [](unsigned char byte) {
+    for (int row = 0; row < 5; ++row) {
+      const size_t column = glyph_rows[row].find(static_cast<char>(byte));
+      if (column != std::string_view::npos) return ink_of(int(column), row);
+    }
+    return ink_box();
+  };
+  return OGL_char_width(left) - ink(left).right + blank + ink(right).left;
+}
+
+TEST(Art, WordsHoldTogetherAndApart) {
+  // Pairs that were read as one word, and as two.
+  const std::string_view between[] = {"sP", "sr", "er", "sp", "eD", "np", "tb", "rF"};
+  for (const std::string_view pair : between)
+    EXPECT_GE(space_between(pair[0], pair[1], OGL_char_width(' ')), 4) << pair;
+  const std::string_view within[] = {"a\xED", "\xEDz", "\xEDn", "d\xED", "ll", "ri", "ub", "R\xED"};
+  for (const std::string_view pair : within)
+    EXPECT_LE(space_between(pair[0], pair[1], 0), 2) << pair;
+}
+
 // --- frames -------------------------------------------------------------------------------------
 TEST(Art, StripsStretchWithoutSeams) {
   static const struct {
