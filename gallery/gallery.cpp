@@ -105,14 +105,14 @@ bool write_page(const std::string& path) {
   const int dx = mnw.pix_dx, dy = static_cast<int>(page_height());
   const size_t row_bytes = static_cast<size_t>(dx) * rgb_bytes;
   const auto picture = std::make_unique<unsigned char[]>(row_bytes * static_cast<size_t>(dy));
-  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
   for (int bottom = 0; bottom < dy; bottom += mnw.pix_dy) {
     mnw.y_off = static_cast<float>(-bottom);
     BTN_begin_focus_ring();
     draw_page();
     OGL_paint();
-    glReadPixels(0, 0, dx, std::min(mnw.pix_dy, dy - bottom), GL_RGB, GL_UNSIGNED_BYTE,
-                 picture.get() + row_bytes * static_cast<size_t>(bottom));
+    gl.ReadPixels(0, 0, dx, std::min(mnw.pix_dy, dy - bottom), GL_RGB, GL_UNSIGNED_BYTE,
+                  picture.get() + row_bytes * static_cast<size_t>(bottom));
     OGL_sbuff();
   }
   TEX_image_desc desc;

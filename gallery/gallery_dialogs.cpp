@@ -61,8 +61,8 @@ void take_picture() {
   if (mnw.win_id == win_main) return;
   constexpr int rgb_bytes = 3;
   std::vector<unsigned char> rows(static_cast<size_t>(mnw.pix_dx) * mnw.pix_dy * rgb_bytes);
-  glPixelStorei(GL_PACK_ALIGNMENT, 1);
-  glReadPixels(0, 0, mnw.pix_dx, mnw.pix_dy, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
+  gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
+  gl.ReadPixels(0, 0, mnw.pix_dx, mnw.pix_dy, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
   TEX_image_desc desc;
   desc.format = TEX_rgb;
   desc.width = mnw.pix_dx;

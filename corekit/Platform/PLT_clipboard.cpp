@@ -5,17 +5,17 @@
 
 #include "corekit/Platform/PLT_clipboard.h"
 
-#include <SDL.h>
+#include "corekit/Platform/PLT_window_sdl.h"
 
 bool PLT_clipboard_put(const std::string& utf8) {
-  return SDL_WasInit(SDL_INIT_VIDEO) && SDL_SetClipboardText(utf8.c_str()) == 0;
+  return plt_sdl_runs() && sdl.SetClipboardText(utf8.c_str()) == 0;
 }
 
 std::string PLT_clipboard_text() {
-  if (!SDL_WasInit(SDL_INIT_VIDEO)) return "";
-  char* held = SDL_GetClipboardText();
+  if (!plt_sdl_runs()) return "";
+  char* held = sdl.GetClipboardText();
   if (!held) return "";
   std::string text = held;
-  SDL_free(held);
+  sdl.free(held);
   return text;
 }

@@ -24,9 +24,9 @@ std::string address_of(PLT_dbus_bus bus) {
   } else if (system) {
     address = "unix:path=/run/dbus/system_bus_socket";
   } else if (const char* run = getenv("XDG_RUNTIME_DIR")) {
-    if (char* const path = dbus_address_escape_value((std::string(run) + "/bus").c_str())) {
+    if (char* const path = dbus.address_escape_value((std::string(run) + "/bus").c_str())) {
       address = std::string("unix:path=") + path;
-      dbus_free(path);
+      dbus.free(path);
     }
   }
   return address.starts_with("unix:") ? address : "";
@@ -39,34 +39,34 @@ bool add_option(DBusMessageIter* list, const PLT_dbus_option& option) {
   const int length = static_cast<int>(option.value.size()) + 1;
   const char type[] = {option.type, '\0'};
   const char* const signature = option.type == 'y' ? "ay" : type;
-  if (option.type == 's' && !dbus_validate_utf8(text, nullptr)) return false;
-  if (!dbus_message_iter_open_container(list, DBUS_TYPE_DICT_ENTRY, nullptr, &entry)) return false;
-  bool whole = dbus_message_iter_append_basic(&entry, DBUS_TYPE_STRING, &option.name) &&
-               dbus_message_iter_open_container(&entry, DBUS_TYPE_VARIANT, signature, &variant);
+  if (option.type == 's' && !dbus.validate_utf8(text, nullptr)) return false;
+  if (!dbus.message_iter_open_container(list, DBUS_TYPE_DICT_ENTRY, nullptr, &entry)) return false;
+  bool whole = dbus.message_iter_append_basic(&entry, DBUS_TYPE_STRING, &option.name) &&
+               dbus.message_iter_open_container(&entry, DBUS_TYPE_VARIANT, signature, &variant);
   if (whole) {
     if (option.type == 'y') {
-      whole = dbus_message_iter_open_container(&variant, DBUS_TYPE_ARRAY, "y", &bytes) &&
-              dbus_message_iter_append_fixed_array(&bytes, DBUS_TYPE_BYTE, &text, length) &&
-              dbus_message_iter_close_container(&variant, &bytes);
+      whole = dbus.message_iter_open_container(&variant, DBUS_TYPE_ARRAY, "y", &bytes) &&
+              dbus.message_iter_append_fixed_array(&bytes, DBUS_TYPE_BYTE, &text, length) &&
+              dbus.message_iter_close_container(&variant, &bytes);
     } else if (option.type == 'b') {
-      whole = dbus_message_iter_append_basic(&variant, DBUS_TYPE_BOOLEAN, &yes);
+      whole = dbus.message_iter_append_basic(&variant, DBUS_TYPE_BOOLEAN, &yes);
     } else {
-      whole = dbus_message_iter_append_basic(&variant, DBUS_TYPE_STRING, &text);
+      whole = dbus.message_iter_append_basic(&variant, DBUS_TYPE_STRING, &text);
     }
-    whole = whole && dbus_message_iter_close_container(&entry, &variant);
+    whole = whole && dbus.message_iter_close_container(&entry, &variant);
   }
-  return whole && dbus_message_iter_close_container(list, &entry);
+  return whole && dbus.message_iter_close_container(list, &entry);
 }
 
 // Takes the bus's answer to the greeting out of the stream.
 bool is_greeting(DBusConnection* link, DBusMessage* message) {
   if (!PLT_dbus_answers(message, greeting_number)) return false;
   const char* name = nullptr;
-  if (dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN &&
-      dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID)) {
-    dbus_bus_set_unique_name(link, name);
+  if (dbus.message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN &&
+      dbus.message_get_args(message, nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID)) {
+    dbus.bus_set_unique_name(link, name);
   } else {
-    dbus_connection_close(link);
+    dbus.connection_close(link);
   }
   return true;
 }
@@ -74,19 +74,20 @@ bool is_greeting(DBusConnection* link, DBusMessage* message) {
 }  // namespace
 
 void PLT_dbus_free::operator()(DBusConnection* link) const {
-  dbus_connection_close(link);
-  dbus_connection_unref(link);
+  dbus.connection_close(link);
+  dbus.connection_unref(link);
 }
 
 void PLT_dbus_free::operator()(DBusMessage* message) const {
-  dbus_message_unref(message);
+  dbus.message_unref(message);
 }
 
 PLT_dbus_link PLT_dbus_open(PLT_dbus_bus bus) {
+  if (!plt_load_dbus()) return nullptr;
   const std::string address = address_of(bus);
   if (address.empty()) return nullptr;
   // Not dbus_bus_get_private, which waits for the bus's answer, for half a minute if need be.
-  PLT_dbus_link link(dbus_connection_open_private(address.c_str(), nullptr));
+  PLT_dbus_link link(dbus.connection_open_private(address.c_str(), nullptr));
   if (!link) return nullptr;
   const PLT_dbus_message greeting =
       PLT_dbus_new_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "Hello");
@@ -95,31 +96,31 @@ PLT_dbus_link PLT_dbus_open(PLT_dbus_bus bus) {
 }
 
 bool PLT_dbus_is_open(DBusConnection* link) {
-  return dbus_connection_get_is_connected(link);
+  return dbus.connection_get_is_connected(link);
 }
 
 std::string PLT_dbus_name(DBusConnection* link) {
-  const char* const name = dbus_bus_get_unique_name(link);
+  const char* const name = dbus.bus_get_unique_name(link);
   return name ? name : "";
 }
 
 PLT_dbus_message PLT_dbus_new_call(const char* service, const char* object, const char* interface,
                                    const char* method) {
-  return PLT_dbus_message(dbus_message_new_method_call(service, object, interface, method));
+  return PLT_dbus_message(dbus.message_new_method_call(service, object, interface, method));
 }
 
 bool PLT_dbus_add_options(DBusMessage* message, std::initializer_list<PLT_dbus_option> options) {
   DBusMessageIter end, list;
-  dbus_message_iter_init_append(message, &end);
-  if (!dbus_message_iter_open_container(&end, DBUS_TYPE_ARRAY, "{sv}", &list)) return false;
+  dbus.message_iter_init_append(message, &end);
+  if (!dbus.message_iter_open_container(&end, DBUS_TYPE_ARRAY, "{sv}", &list)) return false;
   const auto add = [&](const PLT_dbus_option& option) { return add_option(&list, option); };
   return std::all_of(options.begin(), options.end(), add) &&
-         dbus_message_iter_close_container(&end, &list);
+         dbus.message_iter_close_container(&end, &list);
 }
 
 uint32_t PLT_dbus_send(DBusConnection* link, const PLT_dbus_message& message) {
   uint32_t number = 0;
-  if (!message || !dbus_connection_send(link, message.get(), &number)) return 0;
+  if (!message || !dbus.connection_send(link, message.get(), &number)) return 0;
   return number;
 }
 
@@ -127,28 +128,28 @@ void PLT_dbus_listen(DBusConnection* link, const std::string& rule) {
   const PLT_dbus_message call =
       PLT_dbus_new_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "AddMatch");
   const char* const text = rule.c_str();
-  if (!call || !dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID)) {
+  if (!call || !dbus.message_append_args(call.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID)) {
     return;
   }
-  dbus_message_set_no_reply(call.get(), TRUE);
+  dbus.message_set_no_reply(call.get(), TRUE);
   PLT_dbus_send(link, call);
 }
 
 PLT_dbus_message PLT_dbus_next(DBusConnection* link, uint64_t deadline) {
   for (bool has_read = false;;) {
-    PLT_dbus_message message(dbus_connection_pop_message(link));
+    PLT_dbus_message message(dbus.connection_pop_message(link));
     if (message && is_greeting(link, message.get())) continue;
     if (message || !PLT_dbus_is_open(link)) return message;
     const uint64_t now = PLT_microseconds();
     if (has_read && now >= deadline) return nullptr;
     const int left_ms = now >= deadline ? 0 : static_cast<int>((deadline - now) / 1000 + 1);
-    dbus_connection_read_write(link, left_ms);
+    dbus.connection_read_write(link, left_ms);
     has_read = true;
   }
 }
 
 bool PLT_dbus_answers(DBusMessage* message, uint32_t number) {
-  return number != 0 && dbus_message_get_reply_serial(message) == number;
+  return number != 0 && dbus.message_get_reply_serial(message) == number;
 }
 
 PLT_dbus_message PLT_dbus_call(DBusConnection* link, const PLT_dbus_message& message,
@@ -160,6 +161,6 @@ PLT_dbus_message PLT_dbus_call(DBusConnection* link, const PLT_dbus_message& mes
     answer = PLT_dbus_next(link, deadline);
     if (!answer || PLT_microseconds() > deadline) return nullptr;
   } while (!PLT_dbus_answers(answer.get(), number));
-  const bool good = dbus_message_get_type(answer.get()) == DBUS_MESSAGE_TYPE_METHOD_RETURN;
+  const bool good = dbus.message_get_type(answer.get()) == DBUS_MESSAGE_TYPE_METHOD_RETURN;
   return good ? std::move(answer) : nullptr;
 }

@@ -5,12 +5,12 @@
 // there, or says nothing, is no failure: callers have another way.
 #pragma once
 
-#include <dbus/dbus.h>
-
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <string>
+
+#include "corekit/Platform/PLT_dbus_calls.h"
 
 struct PLT_dbus_free {
   void operator()(DBusConnection* link) const;  // closes it

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 
+#include "corekit/Platform/PLT_library.h"
 #include "corekit/Platform/PLT_text.h"
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/Platform/PLT_window_sdl.h"
@@ -19,17 +20,20 @@ void PLT_plain_alert(const std::string& message, const std::string& explanation)
   if (!PLT_has_display() || !plt_display_is_seen()) return;
   // Shown beside the window and not in it: what is wrong may be the window.
   const std::string text = PLT_short_lines(shown[0] + "\n\n" + shown[1]);
-  SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_ERROR, "Skyvane", text.c_str(), nullptr);
+  sdl.ShowSimpleMessageBox(SDL_MESSAGEBOX_ERROR, "Skyvane", text.c_str(), nullptr);
 }
 
 bool PLT_open_url(const std::string& url) {
-  return plt_display_is_seen() && SDL_OpenURL(url.c_str()) == 0;
+  return plt_display_is_seen() && sdl.OpenURL(url.c_str()) == 0;
 }
 
 std::string PLT_window_handle() {
+  // Not in the table: its header brings those of the window system, for this file alone.
+  decltype(&::SDL_GetWindowWMInfo) ask = nullptr;
+  if (!plt_window || !plt_take_call(ask, "SDL_GetWindowWMInfo", nullptr)) return "";
   SDL_SysWMinfo info;
   SDL_VERSION(&info.version);
-  if (!plt_window || !SDL_GetWindowWMInfo(plt_window, &info)) return "";
+  if (!ask(plt_window, &info)) return "";
   if (info.subsystem != SDL_SYSWM_X11) return "";
   char name[32];
   std::snprintf(name, sizeof name, "x11:%lx", info.info.x11.window);

@@ -28,13 +28,13 @@ constexpr char drive_interface[] = "org.freedesktop.UDisks2.Drive";
 template <typename visitor>
 void for_each_entry(DBusMessageIter* dictionary, visitor visit) {
   DBusMessageIter list, entry;
-  dbus_message_iter_recurse(dictionary, &list);
-  for (; dbus_message_iter_get_arg_type(&list) == DBUS_TYPE_DICT_ENTRY;
-       dbus_message_iter_next(&list)) {
+  dbus.message_iter_recurse(dictionary, &list);
+  for (; dbus.message_iter_get_arg_type(&list) == DBUS_TYPE_DICT_ENTRY;
+       dbus.message_iter_next(&list)) {
     const char* key = "";
-    dbus_message_iter_recurse(&list, &entry);
-    dbus_message_iter_get_basic(&entry, &key);
-    dbus_message_iter_next(&entry);
+    dbus.message_iter_recurse(&list, &entry);
+    dbus.message_iter_get_basic(&entry, &key);
+    dbus.message_iter_next(&entry);
     visit(key, &entry);
   }
 }
@@ -43,8 +43,8 @@ void for_each_entry(DBusMessageIter* dictionary, visitor visit) {
 template <typename value_type>
 void take_value(DBusMessageIter* variant, int type, value_type* value) {
   DBusMessageIter at;
-  dbus_message_iter_recurse(variant, &at);
-  if (dbus_message_iter_get_arg_type(&at) == type) dbus_message_iter_get_basic(&at, value);
+  dbus.message_iter_recurse(variant, &at);
+  if (dbus.message_iter_get_arg_type(&at) == type) dbus.message_iter_get_basic(&at, value);
 }
 
 // What the service calls a device, and the drive that it is in; both empty if it does not know it.
@@ -55,8 +55,8 @@ struct known_device {
 known_device find_device(DBusMessage* objects, uint64_t device) {
   known_device found;
   DBusMessageIter at;
-  if (!dbus_message_has_signature(objects, "a{oa{sa{sv}}}")) return found;
-  dbus_message_iter_init(objects, &at);
+  if (!dbus.message_has_signature(objects, "a{oa{sa{sv}}}")) return found;
+  dbus.message_iter_init(objects, &at);
   for_each_entry(&at, [&](const char* object, DBusMessageIter* interfaces) {
     for_each_entry(interfaces, [&](const char* interface, DBusMessageIter* properties) {
       if (std::strcmp(interface, block_interface) != 0) return;

@@ -5,11 +5,10 @@
 
 #include "corekit/Platform/PLT_keys.h"
 
-#include <SDL.h>
-
 #include <array>
 
 #include "corekit/Platform/PLT_window.h"
+#include "corekit/Platform/PLT_window_sdl.h"
 
 namespace {
 
@@ -91,8 +90,8 @@ constexpr std::array<unsigned char, key_map_size> make_key_map() {
 constexpr std::array<unsigned char, key_map_size> kvlm_Key_Map = make_key_map();
 
 int library_layout(int hardware) {
-  if (!SDL_WasInit(SDL_INIT_VIDEO)) return 0;
-  const SDL_Keycode key = SDL_GetKeyFromScancode(static_cast<SDL_Scancode>(hardware));
+  if (!plt_sdl_runs()) return 0;
+  const SDL_Keycode key = sdl.GetKeyFromScancode(static_cast<SDL_Scancode>(hardware));
   return key & SDLK_SCANCODE_MASK ? 0 : key;
 }
 

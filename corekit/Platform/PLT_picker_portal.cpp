@@ -54,7 +54,7 @@ bool ask_version() {
   const char *of = chooser, *property = "version";
   const PLT_dbus_message call = PLT_dbus_new_call(service, object, properties, "Get");
   return call &&
-         dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &of, DBUS_TYPE_STRING, &property,
+         dbus.message_append_args(call.get(), DBUS_TYPE_STRING, &of, DBUS_TYPE_STRING, &property,
                                   DBUS_TYPE_INVALID) &&
          wait_for_answer(PLT_dbus_send(portal.link.get(), call));
 }
@@ -63,11 +63,11 @@ bool ask_version() {
 uint32_t version_in(DBusMessage* answer) {
   DBusMessageIter at, value;
   uint32_t version = 0;
-  if (!dbus_message_has_signature(answer, "v")) return 0;
-  dbus_message_iter_init(answer, &at);
-  dbus_message_iter_recurse(&at, &value);
-  if (dbus_message_iter_get_arg_type(&value) != DBUS_TYPE_UINT32) return 0;
-  dbus_message_iter_get_basic(&value, &version);
+  if (!dbus.message_has_signature(answer, "v")) return 0;
+  dbus.message_iter_init(answer, &at);
+  dbus.message_iter_recurse(&at, &value);
+  if (dbus.message_iter_get_arg_type(&value) != DBUS_TYPE_UINT32) return 0;
+  dbus.message_iter_get_basic(&value, &version);
   return version;
 }
 
@@ -88,8 +88,8 @@ bool ask_for_folder() {
   const char* const parent_text = parent.c_str();
   const char* const title = portal.question.title.c_str();
   const PLT_dbus_message call = PLT_dbus_new_call(service, object, chooser, "OpenFile");
-  if (!call || !dbus_validate_utf8(title, nullptr) ||
-      !dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &parent_text, DBUS_TYPE_STRING,
+  if (!call || !dbus.validate_utf8(title, nullptr) ||
+      !dbus.message_append_args(call.get(), DBUS_TYPE_STRING, &parent_text, DBUS_TYPE_STRING,
                                 &title, DBUS_TYPE_INVALID)) {
     return false;
   }
@@ -104,22 +104,22 @@ bool ask_for_folder() {
 // The first path of a Response's result, a dictionary (a{sv}) with a list of URIs.
 std::string chosen_path(DBusMessageIter* results) {
   DBusMessageIter list, entry, value, uris;
-  dbus_message_iter_recurse(results, &list);
-  for (; dbus_message_iter_get_arg_type(&list) == DBUS_TYPE_DICT_ENTRY;
-       dbus_message_iter_next(&list)) {
+  dbus.message_iter_recurse(results, &list);
+  for (; dbus.message_iter_get_arg_type(&list) == DBUS_TYPE_DICT_ENTRY;
+       dbus.message_iter_next(&list)) {
     const char *name = "", *uri = "";
-    dbus_message_iter_recurse(&list, &entry);
-    dbus_message_iter_get_basic(&entry, &name);
+    dbus.message_iter_recurse(&list, &entry);
+    dbus.message_iter_get_basic(&entry, &name);
     if (std::strcmp(name, "uris") != 0) continue;
-    dbus_message_iter_next(&entry);
-    dbus_message_iter_recurse(&entry, &value);
-    if (dbus_message_iter_get_arg_type(&value) != DBUS_TYPE_ARRAY ||
-        dbus_message_iter_get_element_type(&value) != DBUS_TYPE_STRING) {
+    dbus.message_iter_next(&entry);
+    dbus.message_iter_recurse(&entry, &value);
+    if (dbus.message_iter_get_arg_type(&value) != DBUS_TYPE_ARRAY ||
+        dbus.message_iter_get_element_type(&value) != DBUS_TYPE_STRING) {
       continue;
     }
-    dbus_message_iter_recurse(&value, &uris);
-    if (dbus_message_iter_get_arg_type(&uris) != DBUS_TYPE_STRING) continue;
-    dbus_message_iter_get_basic(&uris, &uri);
+    dbus.message_iter_recurse(&value, &uris);
+    if (dbus.message_iter_get_arg_type(&uris) != DBUS_TYPE_STRING) continue;
+    dbus.message_iter_get_basic(&uris, &uri);
     return plt_path_of_uri(uri);
   }
   return "";
@@ -129,28 +129,28 @@ int take_response(DBusMessage* signal, std::string* path) {
   DBusMessageIter at;
   uint32_t response = 0;
   portal.handle.clear();  // the object is gone
-  if (!dbus_message_has_signature(signal, "ua{sv}")) return plt_picker_none;
-  dbus_message_iter_init(signal, &at);
-  dbus_message_iter_get_basic(&at, &response);
+  if (!dbus.message_has_signature(signal, "ua{sv}")) return plt_picker_none;
+  dbus.message_iter_init(signal, &at);
+  dbus.message_iter_get_basic(&at, &response);
   if (response == response_cancelled) return plt_picker_cancelled;
   if (response != response_chosen) return plt_picker_none;
-  dbus_message_iter_next(&at);
+  dbus.message_iter_next(&at);
   *path = chosen_path(&at);
   return path->empty() ? plt_picker_none : plt_picker_chosen;
 }
 
 // The answer to the present call leads to the next step.
 int take_answer(DBusMessage* answer) {
-  if (dbus_message_get_type(answer) != DBUS_MESSAGE_TYPE_METHOD_RETURN) return plt_picker_none;
+  if (dbus.message_get_type(answer) != DBUS_MESSAGE_TYPE_METHOD_RETURN) return plt_picker_none;
   portal.call = 0;
   if (portal.owner.empty()) {
-    const char* const sender = dbus_message_get_sender(answer);
+    const char* const sender = dbus.message_get_sender(answer);
     if (!sender || version_in(answer) < first_with_folders) return plt_picker_none;
     portal.owner = sender;
     return ask_for_folder() ? plt_picker_running : plt_picker_none;
   }
   const char* handle = nullptr;
-  dbus_message_get_args(answer, nullptr, DBUS_TYPE_OBJECT_PATH, &handle, DBUS_TYPE_INVALID);
+  dbus.message_get_args(answer, nullptr, DBUS_TYPE_OBJECT_PATH, &handle, DBUS_TYPE_INVALID);
   if (!handle) return plt_picker_none;
   const bool as_expected = handle == portal.handle;
   portal.handle = handle;
@@ -159,12 +159,12 @@ int take_answer(DBusMessage* answer) {
 
 int take_signal(DBusMessage* signal, std::string* path) {
   if (portal.owner.empty()) return plt_picker_running;  // the service may only just be starting
-  if (dbus_message_is_signal(signal, DBUS_INTERFACE_DBUS, "NameOwnerChanged")) {
+  if (dbus.message_is_signal(signal, DBUS_INTERFACE_DBUS, "NameOwnerChanged")) {
     return plt_picker_none;
   }
-  const bool is_response = dbus_message_is_signal(signal, request, "Response") &&
-                           dbus_message_has_sender(signal, portal.owner.c_str()) &&
-                           dbus_message_has_path(signal, portal.handle.c_str());
+  const bool is_response = dbus.message_is_signal(signal, request, "Response") &&
+                           dbus.message_has_sender(signal, portal.owner.c_str()) &&
+                           dbus.message_has_path(signal, portal.handle.c_str());
   return is_response ? take_response(signal, path) : plt_picker_running;
 }
 

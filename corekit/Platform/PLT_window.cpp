@@ -34,7 +34,7 @@ SDL_Cursor* cursors[pointer_count] = {};
 int pointer_shown = plt_arrow;
 
 void note_error() {
-  last_error = SDL_GetError();
+  last_error = sdl.GetError();
 }
 
 bool driver_was_named() {
@@ -52,20 +52,21 @@ bool open_display() {
     last_error = "no display is named in the environment";
     return false;
   }
-  SDL_SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");  // closing a dialog is not quitting
-  SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");   // a first click is a click all the same
-  SDL_SetHint(SDL_HINT_MOUSE_DOUBLE_CLICK_RADIUS, "6");  // pixels; else it is half a button's width
-  SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");  // a game would; a wizard may not
-  SDL_SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "1");
-  if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
+  if (!plt_load_sdl(&last_error)) return false;
+  sdl.SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");  // closing a dialog is not quitting
+  sdl.SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");   // a first click is a click all the same
+  sdl.SetHint(SDL_HINT_MOUSE_DOUBLE_CLICK_RADIUS, "6");  // pixels; else it is half a button's width
+  sdl.SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");  // a game would; a wizard may not
+  sdl.SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "1");
+  if (sdl.InitSubSystem(SDL_INIT_VIDEO) != 0) {
     note_error();
     return false;
   }
-  const char* driver = SDL_GetCurrentVideoDriver();
+  const char* driver = sdl.GetCurrentVideoDriver();
   display_is_seen = somebody_sees(driver);
   if (!display_is_seen && !driver_was_named()) {
     last_error = std::string("only the driver \"") + (driver ? driver : "") + "\" is there";
-    SDL_QuitSubSystem(SDL_INIT_VIDEO);
+    sdl.QuitSubSystem(SDL_INIT_VIDEO);
     return false;
   }
   plt_wake_through_events(true);
@@ -75,18 +76,18 @@ bool open_display() {
 void close_display() {
   if (display != display_open) return;
   for (SDL_Cursor*& cursor : cursors) {
-    SDL_FreeCursor(cursor);
+    sdl.FreeCursor(cursor);
     cursor = nullptr;
   }
   plt_wake_through_events(false);
-  SDL_QuitSubSystem(SDL_INIT_VIDEO);
+  sdl.QuitSubSystem(SDL_INIT_VIDEO);
   display = display_not_tried;
   display_is_seen = false;
   pointer_shown = plt_arrow;
 }
 
 void set_attributes(const PLT_pixel_format& format) {
-  SDL_GL_ResetAttributes();
+  sdl.GL_ResetAttributes();
   const struct {
     SDL_GLattr name;
     int value;
@@ -102,17 +103,17 @@ void set_attributes(const PLT_pixel_format& format) {
       {SDL_GL_MULTISAMPLESAMPLES, format.samples},
   };
   for (const auto& row : rows)
-    SDL_GL_SetAttribute(row.name, row.value);
+    sdl.GL_SetAttribute(row.name, row.value);
 }
 
 void swap_window() {
-  SDL_GL_SwapWindow(plt_window);
+  sdl.GL_SwapWindow(plt_window);
 }
 
 void drop_window() {
   PLT_swap_hook = nullptr;
-  if (context) SDL_GL_DeleteContext(context);
-  if (plt_window) SDL_DestroyWindow(plt_window);
+  if (context) sdl.GL_DeleteContext(context);
+  if (plt_window) sdl.DestroyWindow(plt_window);
   context = nullptr;
   plt_window = nullptr;
 }
@@ -122,14 +123,14 @@ void drop_window() {
 loader_context* make_loader() {
   constexpr int side = 16;
   SDL_Window* window =
-      SDL_CreateWindow("", 0, 0, side, side, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
+      sdl.CreateWindow("", 0, 0, side, side, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
   if (!window) return nullptr;
-  SDL_GL_SetAttribute(SDL_GL_SHARE_WITH_CURRENT_CONTEXT, 1);
-  SDL_GLContext made = SDL_GL_CreateContext(window);
-  SDL_GL_SetAttribute(SDL_GL_SHARE_WITH_CURRENT_CONTEXT, 0);
-  SDL_GL_MakeCurrent(plt_window, context);
+  sdl.GL_SetAttribute(SDL_GL_SHARE_WITH_CURRENT_CONTEXT, 1);
+  SDL_GLContext made = sdl.GL_CreateContext(window);
+  sdl.GL_SetAttribute(SDL_GL_SHARE_WITH_CURRENT_CONTEXT, 0);
+  sdl.GL_MakeCurrent(plt_window, context);
   if (!made) {
-    SDL_DestroyWindow(window);
+    sdl.DestroyWindow(window);
     return nullptr;
   }
   return new loader_context{window, made};
@@ -138,13 +139,13 @@ loader_context* make_loader() {
 SDL_Cursor* system_cursor(int pointer) {
   switch (pointer) {
     case plt_up_down:
-      return SDL_CreateSystemCursor(SDL_SYSTEM_CURSOR_SIZENS);
+      return sdl.CreateSystemCursor(SDL_SYSTEM_CURSOR_SIZENS);
     case plt_text:
-      return SDL_CreateSystemCursor(SDL_SYSTEM_CURSOR_IBEAM);
+      return sdl.CreateSystemCursor(SDL_SYSTEM_CURSOR_IBEAM);
     case plt_busy:
-      return SDL_CreateSystemCursor(SDL_SYSTEM_CURSOR_WAIT);
+      return sdl.CreateSystemCursor(SDL_SYSTEM_CURSOR_WAIT);
     default:
-      return SDL_CreateSystemCursor(SDL_SYSTEM_CURSOR_ARROW);
+      return sdl.CreateSystemCursor(SDL_SYSTEM_CURSOR_ARROW);
   }
 }
 
@@ -167,7 +168,7 @@ bool plt_display_is_seen() {
 
 bool PLT_screen_figures(int* dx, int* dy, int* depth) {
   SDL_DisplayMode mode;
-  if (!PLT_has_display() || SDL_GetDesktopDisplayMode(0, &mode) != 0) return false;
+  if (!PLT_has_display() || sdl.GetDesktopDisplayMode(0, &mode) != 0) return false;
   *dx = mode.w;
   *dy = mode.h;
   *depth = static_cast<int>(SDL_BITSPERPIXEL(mode.format));
@@ -177,11 +178,11 @@ bool PLT_screen_figures(int* dx, int* dy, int* depth) {
 // --- window and context -------------------------------------------------------------------------
 
 bool PLT_open_window(const char* title, int dx, int dy, const PLT_pixel_format& format) {
-  if (!PLT_has_display()) return false;
+  if (!PLT_has_display() || !PLT_load_gl(&last_error)) return false;
   set_attributes(format);
-  plt_window = SDL_CreateWindow(title, SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, dx, dy,
+  plt_window = sdl.CreateWindow(title, SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, dx, dy,
                                 SDL_WINDOW_OPENGL);
-  if (plt_window) context = SDL_GL_CreateContext(plt_window);
+  if (plt_window) context = sdl.GL_CreateContext(plt_window);
   if (!context) {
     note_error();
     drop_window();
@@ -189,15 +190,15 @@ bool PLT_open_window(const char* title, int dx, int dy, const PLT_pixel_format& 
   }
   // The frame keeps its own pace: a swap that waits for the screen would take the time from the
   // page's work, and a software renderer does not wait at all.
-  SDL_GL_SetSwapInterval(0);
+  sdl.GL_SetSwapInterval(0);
   PLT_swap_hook = swap_window;
   return true;
 }
 
 void PLT_close_window() {
   for (loader_context* loader : loaders) {
-    SDL_GL_DeleteContext(loader->context);
-    SDL_DestroyWindow(loader->window);
+    sdl.GL_DeleteContext(loader->context);
+    sdl.DestroyWindow(loader->window);
     delete loader;
   }
   loaders.clear();
@@ -207,7 +208,7 @@ void PLT_close_window() {
 
 void PLT_window_size(int* dx, int* dy) {
   *dx = *dy = 0;
-  if (plt_window) SDL_GL_GetDrawableSize(plt_window, dx, dy);
+  if (plt_window) sdl.GL_GetDrawableSize(plt_window, dx, dy);
 }
 
 std::string PLT_window_error() {
@@ -215,7 +216,7 @@ std::string PLT_window_error() {
 }
 
 void* PLT_gl_lookup(const char* name) {
-  return context ? SDL_GL_GetProcAddress(name) : nullptr;
+  return context ? sdl.GL_GetProcAddress(name) : nullptr;
 }
 
 void* PLT_make_loader_context() {
@@ -231,17 +232,17 @@ void* PLT_make_loader_context() {
 
 bool PLT_bind_loader_context(void* made) {
   const auto* loader = static_cast<const loader_context*>(made);
-  return loader && SDL_GL_MakeCurrent(loader->window, loader->context) == 0;
+  return loader && sdl.GL_MakeCurrent(loader->window, loader->context) == 0;
 }
 
 void PLT_set_pointer(int pointer) {
   if (!plt_window || pointer == pointer_shown || pointer < 0 || pointer >= pointer_count) return;
   pointer_shown = pointer;
   if (pointer == plt_hidden) {
-    SDL_ShowCursor(SDL_DISABLE);
+    sdl.ShowCursor(SDL_DISABLE);
     return;
   }
   if (!cursors[pointer]) cursors[pointer] = system_cursor(pointer);
-  if (cursors[pointer]) SDL_SetCursor(cursors[pointer]);
-  SDL_ShowCursor(SDL_ENABLE);
+  if (cursors[pointer]) sdl.SetCursor(cursors[pointer]);
+  sdl.ShowCursor(SDL_ENABLE);
 }

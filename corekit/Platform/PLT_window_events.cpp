@@ -65,9 +65,9 @@ void take_key(const SDL_Event& from, PLT_event* event) {
   key.scancode = from.key.keysym.scancode;
   key.modifiers = held_modifiers = modifiers_of(from.key.keysym.mod);
   SDL_Event next;
-  if (key.down && SDL_PeepEvents(&next, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) == 1 &&
+  if (key.down && sdl.PeepEvents(&next, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) == 1 &&
       next.type == SDL_TEXTINPUT) {
-    SDL_PeepEvents(&next, 1, SDL_GETEVENT, SDL_TEXTINPUT, SDL_TEXTINPUT);
+    sdl.PeepEvents(&next, 1, SDL_GETEVENT, SDL_TEXTINPUT, SDL_TEXTINPUT);
     take_text(next, key);
   }
 }
@@ -147,7 +147,7 @@ bool translate(const SDL_Event& from, PLT_event* event) {
 void plt_wake_through_events(bool on) {
   const std::lock_guard<std::mutex> hold(wake_lock);
   if (on && wake_event == 0) {
-    wake_event = SDL_RegisterEvents(1);
+    wake_event = sdl.RegisterEvents(1);
     if (wake_event == static_cast<Uint32>(-1)) wake_event = 0;
   }
   through_events = on && wake_event != 0;
@@ -159,7 +159,7 @@ void plt_wake_through_events(bool on) {
 bool PLT_next_event(PLT_event* event) {
   if (!through_events) return false;
   SDL_Event from;
-  while (SDL_PollEvent(&from)) {
+  while (sdl.PollEvent(&from)) {
     if (translate(from, event)) return true;
   }
   return false;
@@ -172,7 +172,7 @@ void PLT_mouse(int* x, int* y) {
 
 void PLT_wait_event(int milliseconds) {
   if (through_events) {
-    if (milliseconds > 0) SDL_WaitEventTimeout(nullptr, milliseconds);
+    if (milliseconds > 0) sdl.WaitEventTimeout(nullptr, milliseconds);
     return;
   }
   pollfd wake{wake_handle(), POLLIN, 0};
@@ -190,7 +190,7 @@ void PLT_wake() {
   if (through_events) {
     SDL_Event event = {};
     event.type = wake_event;
-    if (SDL_PushEvent(&event) != 1) awake = false;
+    if (sdl.PushEvent(&event) != 1) awake = false;
   } else {
     const uint64_t one = 1;
     [[maybe_unused]] const ssize_t put = write(wake_handle(), &one, sizeof one);

@@ -1,7 +1,36 @@
-// What the files of the window library share. Only files of this folder may include it.
+// What the files of the window library share: its calls, and the window. Only files of this folder
+// may include it.
 #pragma once
 
 #include <SDL.h>
+
+#include <string>
+
+// Every call that is made of the library; one that is missing here does not compile.
+// clang-format off
+#define PLT_SDL_CALLS(CALL) \
+  CALL(CreateSystemCursor) CALL(CreateWindow) CALL(DestroyWindow) CALL(FreeCursor) \
+  CALL(GL_CreateContext) CALL(GL_DeleteContext) CALL(GL_GetDrawableSize) CALL(GL_GetProcAddress) \
+  CALL(GL_MakeCurrent) CALL(GL_ResetAttributes) CALL(GL_SetAttribute) CALL(GL_SetSwapInterval) \
+  CALL(GL_SwapWindow) CALL(GetClipboardText) CALL(GetCurrentVideoDriver) \
+  CALL(GetDesktopDisplayMode) CALL(GetError) CALL(GetKeyFromScancode) CALL(InitSubSystem) \
+  CALL(OpenURL) CALL(PeepEvents) CALL(PollEvent) CALL(PushEvent) CALL(QuitSubSystem) \
+  CALL(RegisterEvents) CALL(SetClipboardText) CALL(SetCursor) CALL(SetHint) CALL(ShowCursor) \
+  CALL(ShowSimpleMessageBox) CALL(WaitEventTimeout) CALL(WasInit) CALL(free)
+// clang-format on
+
+#define PLT_SDL_POINTER(name) decltype(&::SDL_##name) name = nullptr;
+struct plt_sdl_calls {
+  PLT_SDL_CALLS(PLT_SDL_POINTER)
+};
+#undef PLT_SDL_POINTER
+
+extern plt_sdl_calls sdl;  // null, all of them, before the library is loaded
+
+// Loads the library, once. False, with the reason, if it is not there. Main thread.
+bool plt_load_sdl(std::string* error);
+// Whether the library is loaded and has its display open.
+bool plt_sdl_runs();
 
 extern SDL_Window* plt_window;  // the one window; null while none is open
 

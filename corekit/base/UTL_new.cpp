@@ -45,17 +45,22 @@ void count_named(const char* name, int line, size_t bytes) {
 
 #ifdef SKYVANE_JEMALLOC
 
-void* try_twice(size_t bytes) {
+// `alignment` 0: that of malloc.
+void* try_once(size_t bytes, size_t alignment) {
+  return alignment == 0 ? std::malloc(bytes) : std::aligned_alloc(alignment, bytes);
+}
+
+void* try_twice(size_t bytes, size_t alignment = 0) {
   if (bytes == 0) bytes = 1;
-  if (void* const memory = std::malloc(bytes)) return memory;
+  if (void* const memory = try_once(bytes, alignment)) return memory;
   const std::new_handler handler = std::get_new_handler();
   if (!handler) return nullptr;
   handler();
-  return std::malloc(bytes);
+  return try_once(bytes, alignment);
 }
 
-void* get(size_t bytes) {
-  if (void* const memory = try_twice(bytes)) return memory;
+void* get(size_t bytes, size_t alignment = 0) {
+  if (void* const memory = try_twice(bytes, alignment)) return memory;
   throw std::bad_alloc();
 }
 
@@ -158,6 +163,27 @@ void* operator new(size_t bytes, const std::nothrow_t&) noexcept {
 }
 void* operator new[](size_t bytes, const std::nothrow_t&) noexcept {
   return count(array_nt, bytes, try_twice_quietly(bytes));
+}
+
+// Of types that want more than malloc's alignment. They are the program's own as well, since else
+// the allocator's object with all of its forms would be linked beside these.
+void* operator new(size_t bytes, std::align_val_t alignment) {
+  return count(plain, bytes, get(bytes, static_cast<size_t>(alignment)));
+}
+void* operator new[](size_t bytes, std::align_val_t alignment) {
+  return count(array, bytes, get(bytes, static_cast<size_t>(alignment)));
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, size_t, std::align_val_t) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory, size_t, std::align_val_t) noexcept {
+  std::free(memory);
 }
 
 void operator delete(void* memory) noexcept {

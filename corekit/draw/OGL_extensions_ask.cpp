@@ -23,9 +23,9 @@
 OGL_extensions glExt;
 
 const OGL_source OGL_driver_source = {
-    [](unsigned name) { return reinterpret_cast<const char*>(glGetString(name)); },
-    [](unsigned name, int* values) { glGetIntegerv(name, values); },
-    [](unsigned name, float* values) { glGetFloatv(name, values); },
+    [](unsigned name) { return reinterpret_cast<const char*>(gl.GetString(name)); },
+    [](unsigned name, int* values) { gl.GetIntegerv(name, values); },
+    [](unsigned name, float* values) { gl.GetFloatv(name, values); },
     PLT_gl_lookup,
     std::numeric_limits<int>::max(),
 };

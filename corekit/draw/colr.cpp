@@ -124,5 +124,5 @@ void OGL_spectrum_rgb(float v) {
                                        {0, 1, 1}, {0, 0, 1},   {.8f, 0, .8f}};
   if (!ogl_inited) return;
   const colr_rgb rgb = along(stops, v);
-  glColor3fv(&rgb.r);
+  gl.Color3fv(&rgb.r);
 }

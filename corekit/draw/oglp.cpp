@@ -32,7 +32,7 @@ OGL_rgba OGL_color(int col, float alpha) {
 void OGL_check(const char* where) {
   // A lost context answers with an error for ever, so the reading is bounded.
   for (int reads = 0; reads < 8; ++reads) {
-    const GLenum error = glGetError();
+    const GLenum error = gl.GetError();
     if (error == GL_NO_ERROR) return;
     ++ogl_errors;
     char line[100];

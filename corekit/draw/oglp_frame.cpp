@@ -97,11 +97,11 @@ void OGL_screenshot(int to_file) {
   if (!ogl_inited) return;
   scratch_dx = std::clamp(mnw.pix_dx, 0, limit);
   scratch_dy = std::clamp(mnw.pix_dy, 0, limit);
-  glPixelStorei(GL_PACK_ALIGNMENT, 1);
-  glReadBuffer(GL_FRONT);
-  glReadPixels((mnw.pix_dx - scratch_dx) / 2, (mnw.pix_dy - scratch_dy) / 2, scratch_dx, scratch_dy,
-               GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
-  glReadBuffer(GL_BACK);
+  gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
+  gl.ReadBuffer(GL_FRONT);
+  gl.ReadPixels((mnw.pix_dx - scratch_dx) / 2, (mnw.pix_dy - scratch_dy) / 2, scratch_dx,
+                scratch_dy, GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
+  gl.ReadBuffer(GL_BACK);
   OGL_check("OGL_screenshot");
   if (!to_file) return;
 

@@ -98,11 +98,11 @@ void paint_run(const picture_how& how, const pixel_rect& area) {
   OGL_set_blending(how.glow != 0);
   if (how.tex > 0) TEX_bind_ref(how.texture, 0, 0);
   const paint_vertex& first = vertices.front();
-  glVertexPointer(2, GL_FLOAT, sizeof first, &first.x);
-  glTexCoordPointer(2, GL_FLOAT, sizeof first, &first.s);
-  glColorPointer(4, GL_FLOAT, sizeof first, first.rgba);
-  glDrawArrays(how.shape == shape_quad ? GL_QUADS : GL_LINES, 0,
-               static_cast<GLsizei>(vertices.size()));
+  gl.VertexPointer(2, GL_FLOAT, sizeof first, &first.x);
+  gl.TexCoordPointer(2, GL_FLOAT, sizeof first, &first.s);
+  gl.ColorPointer(4, GL_FLOAT, sizeof first, first.rgba);
+  gl.DrawArrays(how.shape == shape_quad ? GL_QUADS : GL_LINES, 0,
+                static_cast<GLsizei>(vertices.size()));
   vertices.clear();
 }
 
@@ -110,7 +110,7 @@ void paint_run(const picture_how& how, const pixel_rect& area) {
 void paint_pieces(size_t first, const pixel_rect& area) {
   constexpr GLenum arrays[] = {GL_VERTEX_ARRAY, GL_TEXTURE_COORD_ARRAY, GL_COLOR_ARRAY};
   for (const GLenum array : arrays)
-    glEnableClientState(array);
+    gl.EnableClientState(array);
   vertices.clear();
   const picture_how* how = nullptr;
   for (size_t i = first; i < drawn.size(); ++i) {
@@ -127,7 +127,7 @@ void paint_pieces(size_t first, const pixel_rect& area) {
   }
   if (how) paint_run(*how, area);
   for (const GLenum array : arrays)
-    glDisableClientState(array);
+    gl.DisableClientState(array);
   OGL_set_clip(0, 0, no_clip, 0);
   OGL_check("paint_pieces");
 }
@@ -137,10 +137,10 @@ void paint_pieces(size_t first, const pixel_rect& area) {
 // Whether the texture can give back exactly what was painted.
 bool can_keep() {
   GLint samples = 0, red = 0, green = 0, blue = 0;
-  glGetIntegerv(GL_SAMPLE_BUFFERS, &samples);
-  glGetIntegerv(GL_RED_BITS, &red);
-  glGetIntegerv(GL_GREEN_BITS, &green);
-  glGetIntegerv(GL_BLUE_BITS, &blue);
+  gl.GetIntegerv(GL_SAMPLE_BUFFERS, &samples);
+  gl.GetIntegerv(GL_RED_BITS, &red);
+  gl.GetIntegerv(GL_GREEN_BITS, &green);
+  gl.GetIntegerv(GL_BLUE_BITS, &blue);
   return samples == 0 && red == 8 && green == 8 && blue == 8;
 }
 
@@ -153,11 +153,11 @@ bool make_kept() {
   if (kept.gl_id && kept.dx == dx && kept.dy == dy) return true;
   OGL_forget_kept();
   if (std::max(dx, dy) > ren.max_texture_size || !can_keep()) return false;
-  glGenTextures(1, &kept.gl_id);
+  gl.GenTextures(1, &kept.gl_id);
   TEX_bind_for_load(kept.gl_id);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB8, dx, dy, 0, GL_RGB, GL_UNSIGNED_BYTE, nullptr);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+  gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGB8, dx, dy, 0, GL_RGB, GL_UNSIGNED_BYTE, nullptr);
+  gl.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+  gl.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
   kept.dx = dx;
   kept.dy = dy;
   OGL_check("make_kept");
@@ -169,21 +169,21 @@ void put_kept_down() {
   const float s = dx / static_cast<float>(kept.dx), t = dy / static_cast<float>(kept.dy);
   OGL_setstate(fog_off, 1, lit_off, blend_none, depth_read_off, depth_write_off);
   TEX_bind_for_load(kept.gl_id);
-  glColor4f(1, 1, 1, 1);
-  glBegin(GL_QUADS);
+  gl.Color4f(1, 1, 1, 1);
+  gl.Begin(GL_QUADS);
   const float corners[4][4] = {{0, 0, 0, 0}, {0, dy, 0, t}, {dx, dy, s, t}, {dx, 0, s, 0}};
   for (const auto& [x, y, at_s, at_t] : corners) {
-    glTexCoord2f(at_s, at_t);
-    glVertex2f(x / mnw.ui_scale, y / mnw.ui_scale);
+    gl.TexCoord2f(at_s, at_t);
+    gl.Vertex2f(x / mnw.ui_scale, y / mnw.ui_scale);
   }
-  glEnd();
+  gl.End();
   OGL_check("put_kept_down");
 }
 
 void keep(const pixel_rect& area) {
   if (!make_kept()) return;
   TEX_bind_for_load(kept.gl_id);
-  glCopyTexSubImage2D(GL_TEXTURE_2D, 0, area.x, area.y, area.x, area.y, area.dx, area.dy);
+  gl.CopyTexSubImage2D(GL_TEXTURE_2D, 0, area.x, area.y, area.x, area.y, area.dx, area.dy);
   kept.pix_dx = mnw.pix_dx;
   kept.pix_dy = mnw.pix_dy;
   OGL_check("keep");
@@ -256,7 +256,7 @@ int OGL_sbuff(int goes_on) {
   if (differs) {
     paint_frame();
     const float other = ren.mono_green ? 0.0f : 1.0f;
-    glColor4f(other, 1.0f, other, ren.plot_alpha);
+    gl.Color4f(other, 1.0f, other, ren.plot_alpha);
     OGL_check("OGL_sbuff");
     shown = drawn;
     must_show = false;
@@ -294,7 +294,7 @@ void OGL_texture_changes() {
 void OGL_forget_kept() {
   if (kept.gl_id) {
     TEX_forget(kept.gl_id);
-    if (OGL_can_call()) glDeleteTextures(1, &kept.gl_id);
+    if (OGL_can_call()) gl.DeleteTextures(1, &kept.gl_id);
   }
   kept = kept_picture();
 }

@@ -33,21 +33,21 @@ gl_state state;
 
 void enable(GLenum what, bool on) {
   if (on) {
-    glEnable(what);
+    gl.Enable(what);
   } else {
-    glDisable(what);
+    gl.Disable(what);
   }
 }
 
 void read_state() {
   state = gl_state();
   state.known = true;
-  state.fog = glIsEnabled(GL_FOG);
-  state.num_units = glIsEnabled(GL_TEXTURE_2D) ? 1 : 0;
-  state.lit = glIsEnabled(GL_LIGHTING);
-  state.blend = glIsEnabled(GL_BLEND);
-  state.alpha_test = glIsEnabled(GL_ALPHA_TEST);
-  state.depth_read = glIsEnabled(GL_DEPTH_TEST);
+  state.fog = gl.IsEnabled(GL_FOG);
+  state.num_units = gl.IsEnabled(GL_TEXTURE_2D) ? 1 : 0;
+  state.lit = gl.IsEnabled(GL_LIGHTING);
+  state.blend = gl.IsEnabled(GL_BLEND);
+  state.alpha_test = gl.IsEnabled(GL_ALPHA_TEST);
+  state.depth_read = gl.IsEnabled(GL_DEPTH_TEST);
 }
 
 void set_units(int units) {
@@ -121,13 +121,13 @@ void OGL_setstate(int fog, int tex, int lit, int alpha, int depth_read, int dept
     enable(GL_ALPHA_TEST, state.alpha_test);
   }
   if (set_flag(state.depth_read, depth_read == 8)) enable(GL_DEPTH_TEST, state.depth_read);
-  if (set_flag(state.depth_write, depth_write == 10)) glDepthMask(state.depth_write);
+  if (set_flag(state.depth_write, depth_write == 10)) gl.DepthMask(state.depth_write);
   OGL_check("OGL_setstate");
 }
 
 void OGL_set_blending(bool adds) {
   if (state.adds == int{adds}) return;
-  glBlendFunc(GL_SRC_ALPHA, adds ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA);
+  gl.BlendFunc(GL_SRC_ALPHA, adds ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA);
   state.adds = adds;
 }
 
@@ -135,7 +135,7 @@ void OGL_set_clip(int x, int y, int dx, int dy) {
   const int clip[4] = {x, y, dx, dy};
   if (std::equal(clip, clip + 4, state.clip)) return;
   if ((dx >= 0) != (state.clip[2] >= 0) || state.clip[2] == -2) enable(GL_SCISSOR_TEST, dx >= 0);
-  if (dx >= 0) glScissor(x, y, dx, dy);
+  if (dx >= 0) gl.Scissor(x, y, dx, dy);
   std::copy(clip, clip + 4, state.clip);
 }
 
@@ -156,12 +156,12 @@ void OGL_pix_specs() {
 void OGL_screensize(int mode, float x1, float y1, float x2, float y2) {
   if (!OGL_can_call()) return;
   if (mode == 2) {
-    glViewport(0, 0, mnw.pix_dx, mnw.pix_dy);
+    gl.Viewport(0, 0, mnw.pix_dx, mnw.pix_dy);
   } else if (mode == 3) {
-    glViewport(to_pixel(x1), to_pixel(y1), to_pixel(x2 - x1), to_pixel(y2 - y1));
+    gl.Viewport(to_pixel(x1), to_pixel(y1), to_pixel(x2 - x1), to_pixel(y2 - y1));
   } else {
-    glViewport(static_cast<GLint>(x1), static_cast<GLint>(y1), static_cast<GLsizei>(x2 - x1),
-               static_cast<GLsizei>(y2 - y1));
+    gl.Viewport(static_cast<GLint>(x1), static_cast<GLint>(y1), static_cast<GLsizei>(x2 - x1),
+                static_cast<GLsizei>(y2 - y1));
   }
   OGL_check("OGL_screensize");
 }
@@ -178,21 +178,21 @@ void OGL_viewport(int mode, float l, float b, float r, float t, int keep_aspect)
   }
   if (keep_aspect) {
     GLint viewport[4] = {};
-    glGetIntegerv(GL_VIEWPORT, viewport);
+    gl.GetIntegerv(GL_VIEWPORT, viewport);
     const float ratio =
         viewport[2] > 0 ? static_cast<float>(viewport[3]) / static_cast<float>(viewport[2]) : 1.0f;
     b *= ratio;
     t *= ratio;
   }
-  glMatrixMode(GL_PROJECTION);
-  glLoadIdentity();
+  gl.MatrixMode(GL_PROJECTION);
+  gl.LoadIdentity();
   // A window that is iconised has no size, and OpenGL refuses such limits.
   if (l != r && b != t) {
-    if (mode == 2) glOrtho(l, r, b, t, -1.0, 1.0);
-    if (mode == 3) glFrustum(l, r, b, t, near_plane, far_plane);
+    if (mode == 2) gl.Ortho(l, r, b, t, -1.0, 1.0);
+    if (mode == 3) gl.Frustum(l, r, b, t, near_plane, far_plane);
   }
-  glMatrixMode(GL_MODELVIEW);
-  glLoadIdentity();
+  gl.MatrixMode(GL_MODELVIEW);
+  gl.LoadIdentity();
   OGL_check("OGL_viewport");
 }
 
@@ -224,5 +224,5 @@ void OGL_nrml_colors() {
 void OGL_poly_offset(int level) {
   if (!OGL_can_call()) return;
   enable(GL_POLYGON_OFFSET_FILL, level != 0);
-  if (level) glPolygonOffset(static_cast<float>(level) * -10.0f, -1.0f);
+  if (level) gl.PolygonOffset(static_cast<float>(level) * -10.0f, -1.0f);
 }

@@ -50,11 +50,11 @@ void TEX_bind_ref(unsigned gl_id, int unit, int mode) {
 
   if (unit > 0 && !OGL_active_unit(unit)) return;
   if (new_tex) {
-    glBindTexture(GL_TEXTURE_2D, gl_id);
+    gl.BindTexture(GL_TEXTURE_2D, gl_id);
     o_tex[unit] = gl_id;
   }
   if (new_mod) {
-    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, env);
+    gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, env);
     o_mod[unit] = env;
   }
   if (unit > 0) OGL_active_unit(0);
@@ -62,7 +62,7 @@ void TEX_bind_ref(unsigned gl_id, int unit, int mode) {
 }
 
 void TEX_bind_for_load(unsigned gl_id) {
-  glBindTexture(GL_TEXTURE_2D, gl_id);
+  gl.BindTexture(GL_TEXTURE_2D, gl_id);
   o_tex[0] = gl_id;
 }
 
@@ -80,7 +80,7 @@ void TEX_set_blend_level(int unit, float level) {
   if (!OGL_can_call()) return;
   const float color[4] = {level, level, level, level};
   if (!OGL_active_unit(unit)) return;
-  glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, color);
+  gl.TexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, color);
   if (unit > 0) OGL_active_unit(0);
 }
 
@@ -207,7 +207,7 @@ void tman_class::drop_gl_id(int ref) {
   if (gl_id == 0 || gl_id == ref_dat_[t_blank_gray].gl_id) return;
   OGL_texture_changes();
   TEX_forget(gl_id);
-  if (OGL_can_call()) glDeleteTextures(1, &gl_id);
+  if (OGL_can_call()) gl.DeleteTextures(1, &gl_id);
   ref_dat_[ref].gl_id = 0;
 }
 

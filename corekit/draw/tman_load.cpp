@@ -62,9 +62,9 @@ void send_level(const tex_load_vars& load, int level, int dx, int dy, const unsi
   const GLenum format = static_cast<GLenum>(load.format);
   const GLenum type = load.format == GL_DEPTH_COMPONENT ? GL_UNSIGNED_INT : GL_UNSIGNED_BYTE;
   if (replace) {
-    glTexSubImage2D(GL_TEXTURE_2D, level, 0, 0, dx, dy, format, type, pixels);
+    gl.TexSubImage2D(GL_TEXTURE_2D, level, 0, 0, dx, dy, format, type, pixels);
   } else {
-    glTexImage2D(GL_TEXTURE_2D, level, internal_format(load), dx, dy, 0, format, type, pixels);
+    gl.TexImage2D(GL_TEXTURE_2D, level, internal_format(load), dx, dy, 0, format, type, pixels);
   }
 }
 
@@ -81,8 +81,8 @@ void send_blocks(const tex_load_vars& load) {
 
 void send_pixels(const tex_load_vars& load, bool replace) {
   const bool by_driver = wants_mipmaps(load) && glExt.automini_avail;
-  if (by_driver) glTexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, 1);
-  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  if (by_driver) gl.TexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, 1);
+  gl.PixelStorei(GL_UNPACK_ALIGNMENT, 1);
   send_level(load, 0, load.dx, load.dy, scratch_array, replace);
   if (!wants_mipmaps(load) || by_driver) return;
   // scratch_array keeps the picture, since its loader may still read from it.
@@ -95,7 +95,7 @@ void send_pixels(const tex_load_vars& load, bool replace) {
 }
 
 void set_parameters(const tex_load_vars& load) {
-  const auto set = [](GLenum name, int value) { glTexParameteri(GL_TEXTURE_2D, name, value); };
+  const auto set = [](GLenum name, int value) { gl.TexParameteri(GL_TEXTURE_2D, name, value); };
   const int clamped = glExt.tex_clamp_avail ? GL_CLAMP_TO_EDGE : GL_CLAMP;
   set(GL_TEXTURE_WRAP_S, load.flags & (tex_clamp | tex_clamp_s) ? clamped : GL_REPEAT);
   set(GL_TEXTURE_WRAP_T, load.flags & tex_clamp ? clamped : GL_REPEAT);
@@ -194,7 +194,7 @@ void tman_class::load_texture_ogl(const tex_load_vars& load, int ok) {
     OGL_texture_changes();
     if (!replace) {
       drop_gl_id(load.ref);
-      glGenTextures(1, &dat.gl_id);
+      gl.GenTextures(1, &dat.gl_id);
     }
     TEX_bind_for_load(dat.gl_id);
     if (is_compressed(load)) {
@@ -258,9 +258,9 @@ void tman_class::make_blank_gray() {
   const std::string name = "scratch_array:blank gray";
   tex_load_vars load{tex_fail_fatal, t_blank_gray, tex_rgb, name, GL_RGB, 3, 0, side, side};
   if (OGL_can_call()) {
-    glGenTextures(1, &dat.gl_id);
+    gl.GenTextures(1, &dat.gl_id);
     TEX_bind_for_load(dat.gl_id);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    gl.PixelStorei(GL_UNPACK_ALIGNMENT, 1);
     send_level(load, 0, side, side, pixels, false);
     set_parameters(load);
     OGL_check("make_blank_gray");

@@ -30,10 +30,10 @@ constexpr float above_next = ink_above + line_dy;            // an empty line se
 void restore_sane_state() {
   constexpr int errors_read = 30;
   // Outside a glBegin and outside a list these two only leave an error to be read.
-  glEnd();
-  glEndList();
+  gl.End();
+  gl.EndList();
   for (int i = 0; i < errors_read; ++i)
-    glGetError();
+    gl.GetError();
   OGL_reset_state();
   TEX_reset_bind();
   OGL_nrml_colors();

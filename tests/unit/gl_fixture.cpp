@@ -42,7 +42,8 @@ std::string make_window() {
   SDL_Window* window = SDL_CreateWindow("unit tests", 0, 0, dx, dy, SDL_WINDOW_OPENGL);
   if (!window) return SDL_GetError();
   if (!SDL_GL_CreateContext(window)) return SDL_GetError();
-  return "";
+  std::string error;
+  return PLT_load_gl(&error) ? "" : error;
 }
 
 // The interface and the elements image of one kind; made once, since every map takes three kinds.
