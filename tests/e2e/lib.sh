@@ -5,6 +5,7 @@
 # the log beside them is its own too), settings of its own, and takes everything down at the end.
 set -euo pipefail
 export LC_ALL=C  # names are bytes; sorting and matching go by them
+PATH=$PATH:/usr/sbin:/sbin  # nginx, which is not in an ordinary user's
 
 # The filters of the builder refuse paths that hold certain words, so the folder's name is plain.
 SCRATCH=$(mktemp -d "${TMPDIR:-/tmp}/skyvane-e2e-XXXXXX")
@@ -52,6 +53,14 @@ fail() {
 # A part that only root can set up; ctest counts 77 as skipped and says so.
 need_root() {
   [ "$(id -u)" = 0 ] || { echo "needs root: $1"; exit 77; }
+}
+
+# A test for which `script/bootstrap --minimal` has no program is skipped as well.
+need_tools() {
+  local tool
+  for tool in "$@"; do
+    command -v "$tool" >/dev/null || { echo "misses $tool"; exit 77; }
+  done
 }
 
 # own_network SCRIPT: goes on in a network of its own, in which port 80 of every loopback address is
