@@ -79,6 +79,14 @@ std::string enter_app_folder() {
   return folder;
 }
 
+// Whether it lies as the packages put it: in .../lib/NAME/, under that name. Then nothing is
+// written beside it, not even by root, so that a removal leaves nothing behind.
+bool is_installed(const std::string& app_folder) {
+  const std::string program = PLT_executable_path();
+  const std::string name = program.substr(program.rfind('/') + 1);
+  return app_folder.ends_with("/lib/" + name + "/");
+}
+
 }  // namespace
 
 void MACIBM_init(int argc, const char* const* argv) {
@@ -95,7 +103,8 @@ void MACIBM_init(int argc, const char* const* argv) {
   if (is_build) g_case_sensitive = 0;
   const std::string app_folder = enter_app_folder();
   // Where the program's folder cannot be written, or something of another's lies in the way.
-  if (!xer_open(app_folder + log_name)) xer_open(PLT_prefs_folder() + log_name);
+  if (is_installed(app_folder) || !xer_open(app_folder + log_name))
+    xer_open(PLT_prefs_folder() + log_name);
 
   hl_math_init();
   xer_header();

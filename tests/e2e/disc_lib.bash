@@ -15,6 +15,7 @@ if [ -z "${DISC_NAMESPACE:-}" ]; then
 fi
 
 . "$(dirname "$0")/lib.sh"
+need_tools xorriso 7z
 
 RELEASE="Skyvane 9"
 SOURCE=$FIXTURE/sample-discs/new  # what is on the discs

@@ -5,6 +5,8 @@
 # the wizard's own: pixels of the window, origin at its lower left. Whatever is waited for is
 # looked at every 50th of a second, for WAIT_SECONDS at most.
 
+need_tools Xvfb xdotool openbox xprop setxkbmap import
+
 ART=$(dirname "${BASH_SOURCE[0]}")/../../art
 WAIT_SECONDS=${WAIT_SECONDS:-30}
 SCREEN_DX=1024 SCREEN_DY=768

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Through a real proxy: tinyproxy asks the product's web server and the mirror on port 80.
 . "$(dirname "$0")/lib.sh"
+need_tools tinyproxy ip
 own_network "$0"
 
 root=$(web_root "Skyvane new" "$FIXTURE/master-new")

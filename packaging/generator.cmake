@@ -1,0 +1,5 @@
+# Read by cpack for each kind of package.
+if(CPACK_GENERATOR STREQUAL "TGZ")
+  set(CPACK_PACKAGING_INSTALL_PREFIX /)
+  set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)
+endif()
