@@ -7,7 +7,7 @@ cell() {
   for run in 1 2 3; do
     "$1" >&2
     echo "$WALL"
-  done | sort -n | sed -n 2p | awk '{ printf " %.2f |", $1 }'
+  done | sort -n | sed -n 2p | awk '{ printf " %." ($1 < 0.01 ? 4 : $1 < 0.1 ? 3 : 2) "f |", $1 }'
 }
 
 growth_jobs=("verification, the pass:by_pass" "verification, the whole run:by_update" "update, 5 % gone:by_lossy_update"
@@ -22,18 +22,25 @@ column() {
   (cd "$COPY" && find . -type f | sort | awk 'NR % 20 == 7') >"$SCRATCH/lost.txt"
   manifest "$1"
   for row in "${!growth_jobs[@]}"; do
-    for PIN in 0 0,1; do cell "${growth_jobs[row]#*:}"; done >>"$SCRATCH/row-$row.txt"
+    for PIN in 0 0,1; do cell "${growth_jobs[row]#*:}"; done >"$SCRATCH/cells.txt"
+    tr -d '\n' <"$SCRATCH/cells.txt" >"$GROWTH/$1-$row.txt"
   done
 }
 
+# cells FILES ROW: what was measured of them last.
+cells() { cat "$GROWTH/$1-$2.txt" 2>/dev/null || echo " | |"; }
+
+GROWTH=$BENCH/growth  # columns stay there, so that each can be measured by itself
+
 job_table() {
   local row count
-  for count in 1000 10000 100000; do column "$count"; done
+  mkdir -p "$GROWTH"
+  for count in ${COLUMNS_WANTED//,/ }; do column "$count"; done
   {
     echo "| Seconds, with 1 and with 2 processors | 1,000 files: 1 | 2 | 10,000: 1 | 2 | 100,000: 1 | 2 |"
     echo "|---|---|---|---|---|---|---|"
     for row in "${!growth_jobs[@]}"; do
-      echo "| ${growth_jobs[row]%%:*} |$(tr -d '\n' <"$SCRATCH/row-$row.txt")"
+      echo "| ${growth_jobs[row]%%:*} |$(for count in 1000 10000 100000; do cells "$count" "$row"; done | tr -d '\n')"
     done
   } >"$SCRATCH/table.md"
   awk -v table="$SCRATCH/table.md" '
