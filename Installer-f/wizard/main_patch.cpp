@@ -57,6 +57,8 @@ std::string activity_line() {
     case activity_deleting:
       return tr("Deleting ") + crnt_file_name + tr(" because that file is no longer needed!");
     case activity_fetching:
+      // How much of it is done is not known before its length is.
+      if (stg.file_fraction < 0) return tr("Downloading and installing ") + crnt_file_name + ".";
       return tr("Downloading and installing ") + crnt_file_name + tr(", currently ") +
              whole(stg.file_fraction * 100) + tr("% done with that file.");
     case activity_have_it:

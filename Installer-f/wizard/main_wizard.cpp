@@ -6,6 +6,7 @@
 
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_face.h"
 #include "Installer-f/wizard/main_prefs.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/draw/colr.h"
@@ -184,7 +185,6 @@ int interface_rect(float x, float y, float tex_x, float tex_y, float dx, float d
   const int inside = BTN_mouse_in(x, y, x + dx, y + dy);
   // A face is three images: idle on top of the stack, pressed under it, hover at the bottom.
   if (hot && inside) tex_y -= (mnw.mouse_held ? 1 : 2) * (dy + 1);
-  OGL_2dquad_d(t_elements, col_picture, state == 2 ? 0.5f : 1.0f, x, y, tex_x / 1024, tex_y / 128,
-               dx, dy, dx / 1024, dy / 128, blend_mix);
+  face_draw(x, y, tex_x, tex_y, dx, dy, state == 2 ? 0.5f : 1.0f);
   return BTN_click_in(x, y, x + dx, y + dy);
 }

@@ -1,15 +1,19 @@
 // The wizard engine, frame by frame, by clicks on its own buttons; the words of the transfer page.
 
+#include <algorithm>
 #include <map>
 
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_face.h"
 #include "Installer-f/wizard/main_patch.h"
 #include "Installer-f/wizard/main_wizard.h"
+#include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
+#include "corekit/draw/colr.h"
 #include "tests/unit/gl_fixture.h"
 
 namespace {
@@ -84,6 +88,25 @@ constexpr float row = 20;  // height of the bottom row's middle
 constexpr float quit_x = 50, options_x = 140, back_x = 600, next_x = 720;
 
 }  // namespace
+
+TEST_F(Wizard, FacesBearTheTranslationThatFits) {
+  UTL_translate_add("Back====Retour");
+  UTL_translate_add("Next====A word that no face has room for");
+  UTL_translate_use();
+  colr.assign(col_black, 1, 1, 1);  // what the map can count
+  // A text has cells over the plate; a picture is one layer.
+  const auto is_text = [](float tex_x, float dx) {
+    const picture_map map([&] { face_draw(100, 100, tex_x, 46, dx, 22, 1); });
+    int most = 0;
+    for (int x = 110; x < 90 + static_cast<int>(dx); ++x)
+      most = std::max(most, map.times(x, 111));
+    return most > map.times(102, 111);
+  };
+  EXPECT_TRUE(is_text(54, 89));
+  EXPECT_FALSE(is_text(150, 100));
+  UTL_translate_clear();
+  EXPECT_FALSE(is_text(54, 89));
+}
 
 TEST_F(Wizard, ClicksAndResultsLeadToTheRightPage) {
   const struct {
