@@ -9,6 +9,8 @@
 
 #include "Installer-f/engine/utils_manifest.h"
 
+#include <algorithm>
+#include <cctype>
 #include <memory>
 
 #include "Installer-f/engine/utils_decide.h"
@@ -33,6 +35,7 @@ namespace {
 constexpr int format_versions[] = {840, 900, 0};
 constexpr int warnings_logged = 100;      // of records left out; a hostile file could hold millions
 constexpr size_t most_records = 2000000;  // many times any release; bounds what a file can allocate
+constexpr int most_discs = 1000;          // a disc is asked for by its number
 constexpr size_t usual_history = 128;  // bytes of text a history takes up, for a first reservation
 
 // Two old data sets that old manifests still list and that must not be installed any more.
@@ -200,8 +203,14 @@ bool begin_run(manifest_reader& reader, std::string_view name, file_version_stru
   return true;
 }
 
+bool is_signature(std::string_view text) {
+  if (text == sig_gone) return true;
+  return text.size() == 32 &&
+         std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isxdigit(c); });
+}
+
 // Behind the keyword of a "FILE" line. A line that breaks off leaves 0 and empty text in the fields
-// that it lacks.
+// that it lacks; without a signature it is left out.
 void read_file_line(manifest_reader& reader, text_walk& walk) {
   file_version_struct record;
   walk.token();  // reserved
@@ -214,6 +223,10 @@ void read_file_line(manifest_reader& reader, text_walk& walk) {
   const std::string_view signature = walk.token();
   const std::string_view name = walk.rest_of_line();
   record.disk = reader.disk;
+  if (!is_signature(signature) && !path_has_no_file(name)) {
+    warn_left_out(reader, reader.folder, name);
+    return;
+  }
 
   if (continues_run(reader, name)) {
     const file_version_struct& earlier = reader.run.back();
@@ -236,7 +249,7 @@ void read_body(text_walk walk, const std::string& path) {
     if (walk.keyword("DIR")) {
       reader.folder = walk.rest_of_line();
     } else if (walk.keyword("DISK")) {
-      reader.disk = str_to_int(walk.token());
+      reader.disk = std::clamp(str_to_int(walk.token()), 0, most_discs);
       walk.rest_of_line();
     } else if (walk.keyword("FILE")) {
       read_file_line(reader, walk);

@@ -193,9 +193,15 @@ void UTL_download_directory() {
   } else if (stg.directory_state == manifest_none) {
     fetch_manifest();
   } else if (stg.directory_state == manifest_unpacked) {
-    set_directory_state(
-        read_directory(temp_path + "directory.txt",
-                       UTL_translate_string("Scanning directory text file to see if you already "
-                                            "have the latest version...")));
+    const std::string path = temp_path + "directory.txt";
+    const int state =
+        read_directory(path, UTL_translate_string("Scanning directory text file to see if you "
+                                                  "already have the latest version..."));
+    if (state == manifest_loaded && sim_info.empty()) {  // the job would look done at once
+      __MACIBM_alert(0, "I tried to read a directory file that does not exist!",
+                     "It is damaged, or it is not one of ours.", "The file is:", path, t_exit,
+                     at_manifest_missing);
+    }
+    set_directory_state(state);
   }
 }

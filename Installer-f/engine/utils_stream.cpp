@@ -46,7 +46,9 @@ struct stream_record {
   int mirror = no_mirror;
   float asked_at = 0;     // frame clock
   mirror_set failed = 0;  // mirrors that have failed at this file
-  int bad_archive = 0;    // the code of a mirror that delivered something else
+  mirror_set wrong = 0;   // those of them that delivered something else
+  int bad_archive = 0;    // the code of the last of these
+  int rounds = 0;         // times that all have failed
   bool is_unpacking = false;
   std::unique_ptr<unpack_task> unpacked;  // come back, not yet acted on
 };
@@ -54,6 +56,10 @@ stream_record streams[stream_limit];
 
 // An archive of up to so many bytes stays in memory. A larger one goes by way of the disk.
 constexpr uint64_t most_in_memory = 4'000'000;
+// A mirror that does not answer may do so a moment later; where the others have a wrong archive, it
+// is asked so many times, its rest in between, before the user is told. Alone it is asked for
+// ever.
+constexpr int most_rounds = 2;
 constexpr int code_too_large = 27;  // as of an archive on the disk
 
 // Where the stream's archive goes; empty for memory.
@@ -76,8 +82,8 @@ void begin_file(int s, const file_version_struct& file) {
   stream.location = dest_dir_path;
   stream.location += installed_part(file.path);
   stream.mirror = no_mirror;
-  stream.failed = 0;
-  stream.bad_archive = 0;
+  stream.failed = stream.wrong = 0;
+  stream.bad_archive = stream.rounds = 0;
   stream.is_unpacking = false;
   stream.unpacked.reset();
   set_remote(stream, file);
@@ -134,15 +140,20 @@ bool mirror_let_down(int s, int bad_archive) {
   next.next_file = std::min(next.next_file, next.stream_file[s]);
   if (stream.mirror == no_mirror) return false;
   mirror_failed(stream.mirror, stream.asked_at);
-  stream.failed |= mirror_set{1} << stream.mirror;
+  const mirror_set mirror = mirror_set{1} << stream.mirror;
+  stream.failed |= mirror;
   stream.mirror = no_mirror;
-  if (bad_archive != 0) stream.bad_archive = bad_archive;
+  if (bad_archive != 0) {
+    stream.bad_archive = bad_archive;
+    stream.wrong |= mirror;
+  }
   if (!mirrors_are_all(stream.failed)) return false;
-  if (stream.bad_archive != 0) {
+  ++stream.rounds;
+  if (mirrors_are_all(stream.wrong) || (stream.wrong != 0 && stream.rounds >= most_rounds)) {
     report_unpack_failure(stream, stream.bad_archive);
     return true;
   }
-  stream.failed = 0;  // none was there: all are asked again, for ever
+  stream.failed = stream.wrong;  // the others were not there, and are asked again
   return false;
 }
 

@@ -211,8 +211,40 @@ int told_at_close(int file, dev_t device) {
   return second ? fail(second.close(), 34) : fail(errno, 35);
 }
 
-// The last resort where a folder takes no new file but lets an old one be written. Not one with a
-// second name: that is somebody's copy.
+// Lets a folder of our own take new files for a moment. Not two at a time: the one that shuts it
+// would do so under the other. A kill in that moment leaves the folder open and every file in it
+// whole.
+class opened_folder {
+ public:
+  opened_folder(int folder, const std::string& leaf)
+      : way_("/proc/self/fd/" + std::to_string(folder)) {
+    struct stat file;
+    const bool replaces = fstatat(folder, leaf.c_str(), &file, AT_SYMLINK_NOFOLLOW) == 0 &&
+                          S_ISREG(file.st_mode) && file.st_nlink == 1 &&
+                          faccessat(folder, leaf.c_str(), W_OK, AT_EACCESS) == 0;
+    is_open_ = replaces && fstat(folder, &info_) == 0 && info_.st_uid == geteuid() &&
+               chmod(way_.c_str(), (info_.st_mode & 07777) | 0300) == 0;
+  }
+  ~opened_folder() {
+    if (is_open_) chmod(way_.c_str(), info_.st_mode & 07777);
+  }
+  opened_folder(const opened_folder&) = delete;
+  opened_folder& operator=(const opened_folder&) = delete;
+  bool is_open() const { return is_open_; }
+
+ private:
+  static std::mutex& one_at_a_time() {
+    static std::mutex mutex;
+    return mutex;
+  }
+  const std::lock_guard<std::mutex> turn_{one_at_a_time()};
+  std::string way_;
+  struct stat info_;
+  bool is_open_ = false;
+};
+
+// The last resort where a folder, another's, takes no new file but lets an old one be written. Not
+// one with a second name: that is somebody's copy.
 int write_over(int folder, const std::string& leaf, const void* bytes, size_t size,
                const gate_attributes& attributes) {
   io_handle file(
@@ -282,8 +314,13 @@ int gate_class::put_file(std::string_view path, const void* bytes, size_t size,
   const auto filler = [&](int file, const struct stat& info) {
     return fill(file, info, bytes, size, attributes);
   };
-  const int code = put_part(path, filler, at, leaf);
+  int code = put_part(path, filler, at, leaf);
   if (code != EACCES || at.folder < 0) return code;
+  if (const opened_folder door(at.folder, leaf); door.is_open()) {
+    place again;
+    code = put_part(path, filler, again, leaf);
+    if (code != EACCES) return code;
+  }
   return write_over(at.folder, leaf, bytes, size, attributes);
 }
 
