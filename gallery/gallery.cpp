@@ -18,6 +18,7 @@
 #include <string>
 
 #include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_app.h"
@@ -102,17 +103,22 @@ void scroll() {
 
 bool write_page(const std::string& path) {
   constexpr int rgb_bytes = 3;
-  const int dx = mnw.pix_dx, dy = static_cast<int>(page_height());
+  PLT_place place;
+  if (!PLT_picture_place(&place)) return false;
+  const auto pixels = [&place](int units) { return units * place.dx / mnw.pix_dx; };
+  const int units_dy = static_cast<int>(page_height());
+  const int dx = place.dx, dy = pixels(units_dy);
   const size_t row_bytes = static_cast<size_t>(dx) * rgb_bytes;
   const auto picture = std::make_unique<unsigned char[]>(row_bytes * static_cast<size_t>(dy));
   gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
-  for (int bottom = 0; bottom < dy; bottom += mnw.pix_dy) {
+  for (int bottom = 0; bottom < units_dy; bottom += mnw.pix_dy) {
     mnw.y_off = static_cast<float>(-bottom);
     BTN_begin_focus_ring();
     draw_page();
     OGL_paint();
-    gl.ReadPixels(0, 0, dx, std::min(mnw.pix_dy, dy - bottom), GL_RGB, GL_UNSIGNED_BYTE,
-                  picture.get() + row_bytes * static_cast<size_t>(bottom));
+    gl.ReadPixels(place.x, place.y, dx, std::min(place.dy, dy - pixels(bottom)), GL_RGB,
+                  GL_UNSIGNED_BYTE,
+                  picture.get() + row_bytes * static_cast<size_t>(pixels(bottom)));
     OGL_sbuff();
   }
   TEX_image_desc desc;

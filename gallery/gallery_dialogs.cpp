@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/draw/TEX_png.h"
@@ -60,13 +61,15 @@ bool all_written;
 void take_picture() {
   if (mnw.win_id == win_main) return;
   constexpr int rgb_bytes = 3;
-  std::vector<unsigned char> rows(static_cast<size_t>(mnw.pix_dx) * mnw.pix_dy * rgb_bytes);
+  PLT_place place;
+  if (!PLT_picture_place(&place)) return;
+  std::vector<unsigned char> rows(static_cast<size_t>(place.dx) * place.dy * rgb_bytes);
   gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
-  gl.ReadPixels(0, 0, mnw.pix_dx, mnw.pix_dy, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
+  gl.ReadPixels(place.x, place.y, place.dx, place.dy, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
   TEX_image_desc desc;
   desc.format = TEX_rgb;
-  desc.width = mnw.pix_dx;
-  desc.height = mnw.pix_dy;
+  desc.width = place.dx;
+  desc.height = place.dy;
   if (!TEX_save_png(picture_path, desc, rows.data())) all_written = false;
   MACIBM_startwind(win_main, 0);
 }

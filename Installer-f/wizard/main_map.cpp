@@ -21,6 +21,8 @@ constexpr float texels = 512;
 constexpr float map_dx = map_cell * sector_columns, map_dy = map_cell * sector_rows;
 constexpr float overlay_row = map_dy;  // the highlighted map stands above the plain one
 
+constexpr float mark_alpha = 0.8f;
+
 map_drag drag;
 
 float left_of(int column) {
@@ -49,12 +51,29 @@ void put_sectors(bool selected) {
   }
 }
 
+// A dark frame and a tick in every sector that will be installed: the highlight alone is too near
+// to that of the others to be told from it.
+void mark_selected() {
+  constexpr float side = map_cell - 1;
+  constexpr float lines[][4] = {{0, 0, side, 0}, {side, 0, side, side}, {side, side, 0, side},
+                                {0, side, 0, 0}, {3, 7, 5, 4},          {5, 4, 10, 10}};
+  OGL_put_as(shape_line, 0, blend_mix, 0, col_black, mark_alpha);
+  for (int cell = 0; cell < sector_count; ++cell) {
+    if (!stg.sector_available[cell] || !stg.sector_selected[cell]) continue;
+    const float x = left_of(cell / sector_rows) + mnw.x_off + 0.5f;
+    const float y = bottom_of(cell % sector_rows) + mnw.y_off + 0.5f;
+    for (const auto& [x1, y1, x2, y2] : lines)
+      OGL_put_line(x + x1, y + y1, x + x2, y + y2);
+  }
+}
+
 void draw_map() {
   OGL_put_as(shape_quad, 1, blend_mix, t_map, col_white, 1.0f);
   piece(map_x, map_y, map_dx, map_dy, 0);
   put_sectors(true);
   OGL_put_as(shape_quad, 1, blend_mix, t_map, col_white, 0.5f);
   put_sectors(false);
+  mark_selected();
 }
 
 void draw_band(const map_mouse& mouse) {

@@ -74,6 +74,10 @@ SETTINGS FOR ONE RUN
   _proxy_port_int (0 for none), _get_beta (0, 1), _lang (0 English, 1 French,
   2 German, 3 Italian, 4 Spanish, 5 Portuguese, 6 Korean).
 
+--scale=1 to 4
+  Pixels to a unit of the window, which has 800 by 600. Default: as the
+  desktop draws its own (GDK_SCALE, Xft.dpi, or the screen's resolution).
+
 --missing_strings
   Logs every text that the chosen language does not translate.
 

@@ -11,11 +11,11 @@
 // of its extensions are glExt's.
 // clang-format off
 #define PLT_GL_CALLS(CALL) \
-  CALL(Begin) CALL(BindTexture) CALL(BlendFunc) CALL(Color3fv) CALL(Color4f) CALL(ColorPointer) \
+  CALL(Begin) CALL(BindTexture) CALL(BlendFunc) CALL(Clear) CALL(ClearColor) CALL(Color3fv) CALL(Color4f) CALL(ColorPointer) \
   CALL(CopyTexSubImage2D) CALL(DeleteTextures) CALL(DepthMask) CALL(Disable) \
   CALL(DisableClientState) CALL(DrawArrays) CALL(Enable) CALL(EnableClientState) CALL(End) \
   CALL(EndList) CALL(Frustum) CALL(GenTextures) CALL(GetError) CALL(GetFloatv) CALL(GetIntegerv) \
-  CALL(GetString) CALL(IsEnabled) CALL(LoadIdentity) CALL(MatrixMode) CALL(Ortho) \
+  CALL(GetString) CALL(IsEnabled) CALL(LineWidth) CALL(LoadIdentity) CALL(MatrixMode) CALL(Ortho) \
   CALL(PixelStorei) CALL(PolygonOffset) CALL(ReadBuffer) CALL(ReadPixels) CALL(Scissor) \
   CALL(TexCoord2f) CALL(TexCoordPointer) CALL(TexEnvfv) CALL(TexEnvi) CALL(TexImage2D) \
   CALL(TexParameteri) CALL(TexSubImage2D) CALL(Vertex2f) CALL(VertexPointer) CALL(Viewport)

@@ -5,6 +5,8 @@
 
 #include "corekit/Platform/PLT_window.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -21,6 +23,7 @@ display_state display = display_not_wanted;
 bool display_is_seen = false;
 
 SDL_GLContext context = nullptr;
+int picture_dx = 0, picture_dy = 0;  // units; of the open window
 std::string last_error;
 
 struct loader_context {
@@ -136,6 +139,16 @@ loader_context* make_loader() {
   return new loader_context{window, made};
 }
 
+// What is left of `scale` where the screen has too little room for dx by dy units.
+float fitting_scale(float scale, int dx, int dy) {
+  SDL_Rect room;
+  if (sdl.GetDisplayUsableBounds(0, &room) != 0) return scale;
+  while (scale > 1 && (static_cast<float>(dx) * scale > static_cast<float>(room.w) ||
+                       static_cast<float>(dy) * scale > static_cast<float>(room.h)))
+    scale -= 0.5f;
+  return std::max(scale, 1.0f);
+}
+
 SDL_Cursor* system_cursor(int pointer) {
   switch (pointer) {
     case plt_up_down:
@@ -177,17 +190,27 @@ bool PLT_screen_figures(int* dx, int* dy, int* depth) {
 
 // --- window and context -------------------------------------------------------------------------
 
-bool PLT_open_window(const char* title, int dx, int dy, const PLT_pixel_format& format) {
+bool PLT_open_window(const char* title, int dx, int dy, float scale,
+                     const PLT_pixel_format& format) {
   if (!PLT_has_display() || !PLT_load_gl(&last_error)) return false;
   set_attributes(format);
-  plt_window = sdl.CreateWindow(title, SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, dx, dy,
-                                SDL_WINDOW_OPENGL);
+  if (scale <= 0) scale = plt_desktop_scale();
+  scale = fitting_scale(std::clamp(scale, 1.0f, 4.0f), dx, dy);
+  const auto scaled = [scale](int units) {
+    return static_cast<int>(std::lround(static_cast<float>(units) * scale));
+  };
+  plt_window = sdl.CreateWindow(
+      title, SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, scaled(dx), scaled(dy),
+      SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI);
+  picture_dx = dx;
+  picture_dy = dy;
   if (plt_window) context = sdl.GL_CreateContext(plt_window);
   if (!context) {
     note_error();
     drop_window();
     return false;
   }
+  sdl.SetWindowMinimumSize(plt_window, dx / 2, dy / 2);
   // The frame keeps its own pace: a swap that waits for the screen would take the time from the
   // page's work, and a software renderer does not wait at all.
   sdl.GL_SetSwapInterval(0);
@@ -207,8 +230,36 @@ void PLT_close_window() {
 }
 
 void PLT_window_size(int* dx, int* dy) {
-  *dx = *dy = 0;
-  if (plt_window) sdl.GL_GetDrawableSize(plt_window, dx, dy);
+  *dx = plt_window ? picture_dx : 0;
+  *dy = plt_window ? picture_dy : 0;
+}
+
+bool PLT_picture_place(PLT_place* place) {
+  if (!plt_window) return false;
+  int dx, dy;
+  sdl.GL_GetDrawableSize(plt_window, &dx, &dy);
+  place->dx = std::min(dx, dy * picture_dx / picture_dy);
+  place->dy = std::min(dy, dx * picture_dy / picture_dx);
+  place->x = (dx - place->dx) / 2;
+  place->y = (dy - place->dy) / 2;
+  return true;
+}
+
+void plt_to_picture(int* x, int* y) {
+  PLT_place place;
+  int window_dx = 0, window_dy = 0, dx = 0, dy = 0;
+  const int from_x = *x, from_y = *y;
+  *x = *y = -1;
+  if (!PLT_picture_place(&place) || place.dx <= 0 || place.dy <= 0) return;
+  sdl.GetWindowSize(plt_window, &window_dx, &window_dy);
+  sdl.GL_GetDrawableSize(plt_window, &dx, &dy);
+  if (window_dx <= 0 || window_dy <= 0) return;
+  // The desktop may count its places in units of its own, larger than a pixel.
+  const int at_x = from_x * dx / window_dx - place.x;
+  const int at_y = from_y * dy / window_dy - (dy - place.y - place.dy);
+  if (at_x < 0 || at_y < 0 || at_x >= place.dx || at_y >= place.dy) return;
+  *x = at_x * picture_dx / place.dx;
+  *y = at_y * picture_dy / place.dy;
 }
 
 std::string PLT_window_error() {

@@ -27,13 +27,22 @@ struct PLT_pixel_format {
   int color;    // bits of each colour channel
 };
 
-// Opens the window, dx by dy pixels and of fixed size, with a double-buffered context of the
-// compatibility profile, current on this thread. False, with PLT_window_error, if it cannot be had
-// in this format; then nothing is left open. REQUIRES: no window is open.
-bool PLT_open_window(const char* title, int dx, int dy, const PLT_pixel_format& format);
+// Opens the window, for a picture of dx by dy units, with a double-buffered context of the
+// compatibility profile, current on this thread. A unit is `scale` pixels, 1 to 4; 0 takes what the
+// desktop wants. It becomes less where the screen has no room. The user may give the window any
+// size: the picture keeps its shape, as large as fits, in the middle. False, with PLT_window_error,
+// if it cannot be had in this format; then nothing is left open. REQUIRES: no window is open.
+bool PLT_open_window(const char* title, int dx, int dy, float scale,
+                     const PLT_pixel_format& format);
 void PLT_close_window();                 // also the loader contexts, and the display
-void PLT_window_size(int* dx, int* dy);  // pixels that are drawn to; 0 without a window
-std::string PLT_window_error();          // why the last call failed, in the library's words
+void PLT_window_size(int* dx, int* dy);  // of the picture, units; 0 without a window
+
+// Where the picture lies, in pixels that are drawn to, from the window's lower left.
+struct PLT_place {
+  int x, y, dx, dy;
+};
+bool PLT_picture_place(PLT_place* place);  // false without a window
+std::string PLT_window_error();            // why the last call failed, in the library's words
 
 // Finds an OpenGL entry point by name. It may answer for names that the driver does not have: ask
 // the extension string first.

@@ -24,7 +24,7 @@ static_assert(int{plt_key_enter} == int{SDLK_KP_ENTER});
 
 namespace {
 
-int mouse_x = -1, mouse_y = -1;  // pixels, by the last event taken
+int mouse_x = -1, mouse_y = -1;  // units, by the last event taken
 unsigned held_modifiers = 0;     // by the last key taken: the library's own state is ahead of it
 
 std::mutex wake_lock;             // guards through_events, and keeps the library open meanwhile
@@ -73,6 +73,7 @@ void take_key(const SDL_Event& from, PLT_event* event) {
 }
 
 void take_mouse(int x, int y, PLT_event_kind kind, PLT_event* event) {
+  plt_to_picture(&x, &y);
   mouse_x = x;
   mouse_y = y;
   event->kind = kind;
@@ -83,6 +84,7 @@ void take_mouse(int x, int y, PLT_event_kind kind, PLT_event* event) {
 bool take_window_event(const SDL_WindowEvent& from, PLT_event* event) {
   switch (from.event) {
     case SDL_WINDOWEVENT_EXPOSED:
+    case SDL_WINDOWEVENT_SIZE_CHANGED:
       event->kind = plt_update;
       return true;
     case SDL_WINDOWEVENT_FOCUS_GAINED:

@@ -13,9 +13,9 @@
   CALL(GL_CreateContext) CALL(GL_DeleteContext) CALL(GL_GetDrawableSize) CALL(GL_GetProcAddress) \
   CALL(GL_MakeCurrent) CALL(GL_ResetAttributes) CALL(GL_SetAttribute) CALL(GL_SetSwapInterval) \
   CALL(GL_SwapWindow) CALL(GetClipboardText) CALL(GetCurrentVideoDriver) \
-  CALL(GetDesktopDisplayMode) CALL(GetError) CALL(GetKeyFromScancode) CALL(InitSubSystem) \
+  CALL(GetDesktopDisplayMode) CALL(GetDisplayDPI) CALL(GetDisplayUsableBounds) CALL(GetError) CALL(GetKeyFromScancode) CALL(GetWindowSize) CALL(InitSubSystem) \
   CALL(OpenURL) CALL(PeepEvents) CALL(PollEvent) CALL(PushEvent) CALL(QuitSubSystem) \
-  CALL(RegisterEvents) CALL(SetClipboardText) CALL(SetCursor) CALL(SetHint) CALL(ShowCursor) \
+  CALL(RegisterEvents) CALL(SetClipboardText) CALL(SetCursor) CALL(SetHint) CALL(SetWindowMinimumSize) CALL(ShowCursor) \
   CALL(ShowSimpleMessageBox) CALL(WaitEventTimeout) CALL(WasInit) CALL(free)
 // clang-format on
 
@@ -33,6 +33,13 @@ bool plt_load_sdl(std::string* error);
 bool plt_sdl_runs();
 
 extern SDL_Window* plt_window;  // the one window; null while none is open
+
+// From a place in the window, as an event tells it, to the picture's units from its upper left;
+// both -1 beside the picture.
+void plt_to_picture(int* x, int* y);
+
+// Pixels that a unit of the picture should have by what the desktop says, in halves from 1 to 4.
+float plt_desktop_scale();
 
 // Whether the display is open and somebody sees it.
 bool plt_display_is_seen();

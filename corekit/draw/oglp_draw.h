@@ -2,8 +2,12 @@
 #pragma once
 
 #include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_window.h"
 #include "corekit/base/hl_run.h"
 #include "corekit/draw/oglp_picture.h"
+
+// Where the picture lies in the window, pixels: the whole of it unless the window scales.
+PLT_place OGL_place();
 
 inline constexpr int interface_ref = 392;     // the interface image: glyphs, frames, cells
 inline constexpr float interface_side = 512;  // its side in pixels

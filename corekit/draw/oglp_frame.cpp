@@ -95,12 +95,13 @@ void OGL_plot_back_tex() {
 void OGL_screenshot(int to_file) {
   constexpr int limit = 2048;
   if (!ogl_inited) return;
-  scratch_dx = std::clamp(mnw.pix_dx, 0, limit);
-  scratch_dy = std::clamp(mnw.pix_dy, 0, limit);
+  const PLT_place place = OGL_place();
+  scratch_dx = std::clamp(place.dx, 0, limit);
+  scratch_dy = std::clamp(place.dy, 0, limit);
   gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
   gl.ReadBuffer(GL_FRONT);
-  gl.ReadPixels((mnw.pix_dx - scratch_dx) / 2, (mnw.pix_dy - scratch_dy) / 2, scratch_dx,
-                scratch_dy, GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
+  gl.ReadPixels(place.x + (place.dx - scratch_dx) / 2, place.y + (place.dy - scratch_dy) / 2,
+                scratch_dx, scratch_dy, GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
   gl.ReadBuffer(GL_BACK);
   OGL_check("OGL_screenshot");
   if (!to_file) return;

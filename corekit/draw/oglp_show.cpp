@@ -34,8 +34,8 @@ picture_piece next = {{shape_quad, 0, blend_mix, 0, 0, 0, 0, no_clip, 0}, {}, {}
 // The texture that holds what the window shows.
 struct kept_picture {
   unsigned gl_id = 0;
-  int dx = 0, dy = 0;          // of the texture, pixels
-  int pix_dx = 0, pix_dy = 0;  // of the picture in it; 0 while it holds none
+  int dx = 0, dy = 0;    // of the texture, pixels
+  PLT_place place = {};  // of the picture in it; dx 0 while it holds none
 };
 kept_picture kept;
 
@@ -55,6 +55,10 @@ bool paints_alike(const picture_how& a, const picture_how& b) {
   return a.shape == b.shape && a.tex == b.tex && a.blend == b.blend && a.glow == b.glow &&
          a.texture == b.texture && a.clip_x == b.clip_x && a.clip_y == b.clip_y &&
          a.clip_dx == b.clip_dx && a.clip_dy == b.clip_dy;
+}
+
+bool same_place(const PLT_place& a, const PLT_place& b) {
+  return a.x == b.x && a.y == b.y && a.dx == b.dx && a.dy == b.dy;
 }
 
 pixel_rect window_pixels() {
@@ -100,6 +104,10 @@ void paint_run(const picture_how& how, const pixel_rect& area) {
   const paint_vertex& first = vertices.front();
   gl.VertexPointer(2, GL_FLOAT, sizeof first, &first.x);
   gl.TexCoordPointer(2, GL_FLOAT, sizeof first, &first.s);
+  if (how.shape != shape_quad) {
+    // A line is a unit wide.
+    gl.LineWidth(static_cast<float>(OGL_place().dx) / static_cast<float>(std::max(mnw.pix_dx, 1)));
+  }
   gl.ColorPointer(4, GL_FLOAT, sizeof first, first.rgba);
   gl.DrawArrays(how.shape == shape_quad ? GL_QUADS : GL_LINES, 0,
                 static_cast<GLsizei>(vertices.size()));
@@ -149,7 +157,8 @@ bool make_kept() {
   const auto side = [](int pixels) {
     return static_cast<int>(std::bit_ceil(static_cast<unsigned>(std::max(pixels, 1))));
   };
-  const int dx = side(mnw.pix_dx), dy = side(mnw.pix_dy);
+  const PLT_place place = OGL_place();
+  const int dx = side(place.dx), dy = side(place.dy);
   if (kept.gl_id && kept.dx == dx && kept.dy == dy) return true;
   OGL_forget_kept();
   if (std::max(dx, dy) > ren.max_texture_size || !can_keep()) return false;
@@ -166,7 +175,8 @@ bool make_kept() {
 
 void put_kept_down() {
   const float dx = static_cast<float>(mnw.pix_dx), dy = static_cast<float>(mnw.pix_dy);
-  const float s = dx / static_cast<float>(kept.dx), t = dy / static_cast<float>(kept.dy);
+  const float s = static_cast<float>(kept.place.dx) / static_cast<float>(kept.dx);
+  const float t = static_cast<float>(kept.place.dy) / static_cast<float>(kept.dy);
   OGL_setstate(fog_off, 1, lit_off, blend_none, depth_read_off, depth_write_off);
   TEX_bind_for_load(kept.gl_id);
   gl.Color4f(1, 1, 1, 1);
@@ -180,19 +190,39 @@ void put_kept_down() {
   OGL_check("put_kept_down");
 }
 
+// All of the picture is kept, or the part of it in `area`.
 void keep(const pixel_rect& area) {
   if (!make_kept()) return;
+  const PLT_place place = OGL_place();
+  const auto down = [](int units, int pixels, int all) { return units * pixels / all; };
+  const auto up = [](int units, int pixels, int all) { return (units * pixels + all - 1) / all; };
+  const int x = down(area.x, place.dx, mnw.pix_dx), y = down(area.y, place.dy, mnw.pix_dy);
+  const int dx = up(area.x + area.dx, place.dx, mnw.pix_dx) - x;
+  const int dy = up(area.y + area.dy, place.dy, mnw.pix_dy) - y;
   TEX_bind_for_load(kept.gl_id);
-  gl.CopyTexSubImage2D(GL_TEXTURE_2D, 0, area.x, area.y, area.x, area.y, area.dx, area.dy);
-  kept.pix_dx = mnw.pix_dx;
-  kept.pix_dy = mnw.pix_dy;
+  gl.CopyTexSubImage2D(GL_TEXTURE_2D, 0, x, y, place.x + x, place.y + y, dx, dy);
+  kept.place = place;
   OGL_check("keep");
+}
+
+// Before the first piece of a frame: a window of another size, and the bars beside the picture.
+void begin_paint() {
+  if (painted > 0) return;
+  const PLT_place place = OGL_place();
+  if (!same_place(place, kept.place)) {
+    kept.place.dx = 0;
+    OGL_viewport(2, 0, 0, 0, 0);
+  }
+  if (place.x == 0 && place.y == 0) return;
+  OGL_set_clip(0, 0, no_clip, 0);
+  gl.ClearColor(0, 0, 0, 1);
+  gl.Clear(GL_COLOR_BUFFER_BIT);
 }
 
 // Paints the frame's picture into the back buffer.
 void paint_frame() {
-  const bool has_kept =
-      painted == 0 && kept.gl_id && kept.pix_dx == mnw.pix_dx && kept.pix_dy == mnw.pix_dy;
+  begin_paint();
+  const bool has_kept = painted == 0 && kept.gl_id && kept.place.dx > 0;
   const pixel_rect all = window_pixels();
   pixel_rect area = has_kept ? to_pixels(picture_damage(shown, drawn)) : all;
   // Of a picture that is new for the most part, putting the old one down first is wasted.
@@ -281,6 +311,7 @@ void OGL_show_next() {
 
 void OGL_paint() {
   if (!ogl_inited || painted == drawn.size()) return;
+  begin_paint();
   paint_pieces(painted, window_pixels());
   painted = drawn.size();
 }
@@ -288,7 +319,7 @@ void OGL_paint() {
 void OGL_texture_changes() {
   OGL_paint();
   must_show = true;
-  kept.pix_dx = 0;
+  kept.place.dx = 0;
 }
 
 void OGL_forget_kept() {

@@ -76,6 +76,11 @@ int to_pixel(float units) {
 
 }  // namespace
 
+PLT_place OGL_place() {
+  PLT_place place;
+  return PLT_picture_place(&place) ? place : PLT_place{0, 0, mnw.pix_dx, mnw.pix_dy};
+}
+
 void OGL_new_context(bool is_there) {
   OGL_drop_picture();
   OGL_forget_kept();
@@ -132,10 +137,18 @@ void OGL_set_blending(bool adds) {
 }
 
 void OGL_set_clip(int x, int y, int dx, int dy) {
-  const int clip[4] = {x, y, dx, dy};
+  // The pixels whose middles lie in it, so that what stands side by side still does.
+  const PLT_place place = OGL_place();
+  const auto scaled = [](int units, int pixels, int all) {
+    return static_cast<int>(std::lround(static_cast<double>(units) * pixels / std::max(all, 1)));
+  };
+  const int left = scaled(x, place.dx, mnw.pix_dx), low = scaled(y, place.dy, mnw.pix_dy);
+  const int clip[4] = {place.x + left, place.y + low,
+                       dx < 0 ? dx : scaled(x + dx, place.dx, mnw.pix_dx) - left,
+                       dx < 0 ? dy : scaled(y + dy, place.dy, mnw.pix_dy) - low};
   if (std::equal(clip, clip + 4, state.clip)) return;
   if ((dx >= 0) != (state.clip[2] >= 0) || state.clip[2] == -2) enable(GL_SCISSOR_TEST, dx >= 0);
-  if (dx >= 0) gl.Scissor(x, y, dx, dy);
+  if (dx >= 0) gl.Scissor(clip[0], clip[1], clip[2], clip[3]);
   std::copy(clip, clip + 4, state.clip);
 }
 
@@ -156,7 +169,8 @@ void OGL_pix_specs() {
 void OGL_screensize(int mode, float x1, float y1, float x2, float y2) {
   if (!OGL_can_call()) return;
   if (mode == 2) {
-    gl.Viewport(0, 0, mnw.pix_dx, mnw.pix_dy);
+    const PLT_place place = OGL_place();
+    gl.Viewport(place.x, place.y, place.dx, place.dy);
   } else if (mode == 3) {
     gl.Viewport(to_pixel(x1), to_pixel(y1), to_pixel(x2 - x1), to_pixel(y2 - y1));
   } else {

@@ -156,7 +156,9 @@ void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy
   const float size = oglp > 1.0f ? oglp : 1.0f;
   x = std::trunc(x);
   y = std::trunc(y) - 4;
-  OGL_put_quad(x, y, x + cell_dx * size, y + cell_dy * size, s, t, s + cell_dx / font.tex_dx,
+  // The last column is blank. Where a unit is several pixels, it would take in the next cell's ink.
+  const float dx = cell_dx - 1;
+  OGL_put_quad(x, y, x + dx * size, y + cell_dy * size, s, t, s + dx / font.tex_dx,
                t + cell_dy / font.tex_dy);
 }
 

@@ -5,7 +5,10 @@
 
 #include "corekit/window/hl_mnw_context.h"
 
+#include <cstdlib>
+
 #include "corekit/Platform/PLT_window.h"
+#include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_run.h"
@@ -26,6 +29,11 @@ constexpr format_attempt attempts[] = {
     {true, 24, 8, 8}, {true, 24, 0, 8}, {false, 24, 0, 8}, {false, 16, 0, 8}, {false, 0, 0, 0},
 };
 
+// Of "--scale="; 0 leaves it to the desktop.
+float asked_scale() {
+  return std::strtof(cmdline.get_option("--scale").c_str(), nullptr);
+}
+
 }  // namespace
 
 int MACIBM_make_context(int index) {
@@ -37,7 +45,7 @@ int MACIBM_make_context(int index) {
   for (const format_attempt& attempt : attempts) {
     const PLT_pixel_format format = {attempt.aliased ? mnw.alias_req : 0, attempt.depth,
                                      attempt.stencil, attempt.color};
-    window_is_open = PLT_open_window(APP.title, mnw.req_dx, mnw.req_dy, format);
+    window_is_open = PLT_open_window(APP.title, mnw.req_dx, mnw.req_dy, asked_scale(), format);
     if (window_is_open) break;
     xer << str_format("No window with %d samples, %d bits of depth, %d of stencil: ",
                       format.samples, format.depth, format.stencil)

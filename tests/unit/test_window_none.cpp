@@ -28,7 +28,7 @@ void touch_nothing() {
   setenv("DISPLAY", ":0", 1);
   setenv("SDL_VIDEODRIVER", "offscreen", 1);
   EXPECT_FALSE(PLT_has_display()) << "nobody has allowed one";
-  EXPECT_FALSE(PLT_open_window("none", 800, 600, {}));
+  EXPECT_FALSE(PLT_open_window("none", 800, 600, 1, {}));
   int dx, dy, depth;
   EXPECT_FALSE(PLT_screen_figures(&dx, &dy, &depth));
   PLT_wake();
