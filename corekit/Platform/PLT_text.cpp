@@ -1,4 +1,7 @@
 // The reading and writing of UTF-8. Keeps nothing; any thread.
+//
+// Not by iconv: its handle may not be shared by threads and takes longer to make than a text to
+// read, and behind a byte that begins no character it leaves the caller to find the next one.
 
 #include "corekit/Platform/PLT_text.h"
 

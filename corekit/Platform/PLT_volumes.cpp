@@ -4,6 +4,9 @@
 // mount table is read again only when the system says that it has changed, and at the latest after
 // a second, in case a system does not say. Finding them touches no disc.
 //
+// The table is read here and not by libmount: Debian has no archive of that library to link, and a
+// program on a first disc must start where it is not installed.
+//
 // Any thread. Writes disc_cache, under its lock.
 
 #include <fcntl.h>

@@ -25,7 +25,6 @@ enum window_number : int {
 // Values of cursor_mode. A widget sets one while the mouse is on it.
 enum cursor_shape : int {
   cursor_arrow = 0,
-  cursor_plain_arrow = 1,
   cursor_hidden = 2,
   cursor_text = 3,
   cursor_busy = 4,

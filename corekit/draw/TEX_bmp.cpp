@@ -1,5 +1,8 @@
 // The BMP reader: the headers field by field, then the rows.
 //
+// Not by SDL's loader: it takes palettes, other depths and packed rows, each of which is refused
+// here in words of its own, and files that are cut short.
+//
 // Main thread, or the background load. Writes nothing but what it is given.
 
 #include "corekit/draw/TEX_bmp.h"

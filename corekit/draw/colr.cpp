@@ -1,4 +1,4 @@
-// The colour table: the fixed colours, the ones that the interface image carries, and the spectrum.
+// The colour table: the fixed colours, and the spectrum.
 //
 // Main thread. Writes nothing but the table.
 
@@ -46,16 +46,6 @@ constexpr colr_row fixed_colours[] = {
     {87, {1, 0, 1}},          {88, {1, 1, 1}},
 };
 
-// Where the interface image keeps a colour: the pixel, counted from the lower left.
-struct colr_swatch {
-  int index, column, row;
-};
-constexpr colr_swatch swatches[] = {
-    {34, 319, 155}, {35, 319, 147}, {36, 319, 139}, {37, 319, 131}, {38, 319, 123},
-    {40, 319, 115}, {41, 319, 107}, {42, 319, 99},  {43, 319, 91},  {44, 395, 115},
-    {45, 319, 83},  {46, 319, 75},  {47, 319, 67},
-};
-
 colr_rgb mix(const colr_rgb& a, const colr_rgb& b, float part) {
   return {a.r + (b.r - a.r) * part, a.g + (b.g - a.g) * part, a.b + (b.b - a.b) * part};
 }
@@ -81,15 +71,6 @@ colr_class::colr_class() {
 
 void colr_class::assign(int index, float r, float g, float b) {
   if (index >= 0 && index < colr_count) table_[index] = {r, g, b};
-}
-
-void colr_class::assign_from_interface(const unsigned char* rgba) {
-  for (const colr_swatch& swatch : swatches) {
-    const unsigned char* pixel = rgba + (swatch.row * 512 + swatch.column) * 4;
-    const auto part = [](unsigned char byte) { return static_cast<float>(byte) / 255.0f; };
-    assign(swatch.index, part(pixel[0]), part(pixel[1]), part(pixel[2]));
-  }
-  table_[39] = mix(table_[35], table_[38], 0.5f);
 }
 
 void colr_class::set_lites_for_interface() {

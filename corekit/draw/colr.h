@@ -23,20 +23,15 @@ class colr_class {
   const colr_rgb& operator[](int index) const {
     return table_[index >= 0 && index < colr_count ? index : 0];
   }
-  // Reads 34 to 47 from the swatches of the interface image: RGBA rows 512 pixels wide, row 0
-  // first.
-  void assign_from_interface(const unsigned char* rgba);
 
   // Raises each tint component to at least 0.75, so that a dark scene leaves the interface
   // readable.
   void set_lites_for_interface();
-  void set_lites(float r, float g, float b) { lites_ = {r, g, b}; }
   const colr_rgb& lites() const { return lites_; }
 
   // Fills the spectrum. `kind` 0 is the rainbow from red to violet, 1, 2 and 3 a ramp of red, green
   // or blue alone.
   void spectrum_init(int kind);
-  const colr_rgb& spectrum(int entry) const { return spectrum_[entry]; }
   // Draws the spectrum as a legend 1,000 units high that stands on (x, y), with its two limits.
   void spectrum_plotscale(float x, float y, float low, float high, int decimals);
 

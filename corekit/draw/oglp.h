@@ -132,9 +132,10 @@ void OGL_show_next();
 // Puts what was drawn so far into the back buffer. For whoever reads from there; OGL_sbuff does it
 // by itself.
 void OGL_paint();
-// Takes the dx by dy picture in scratch_array (RGBA, rows `stride` pixels apart, at most 2,048 a
-// side) as the tiled background, in references 427 to 442; and draws it. Uses up scratch_array.
-void OGL_cut_back_tex(int dx, int dy, int stride);
+// The large background: while the splash is up, takes "Resources/bitmaps/intro_PFC.png", of at most
+// 2,048 pixels a side, into the tiles t_back_tile and on (an alert if it cannot); and draws it, if
+// there is one. Uses up scratch_array.
+void OGL_make_back_tex();
 void OGL_plot_back_tex();
 // Reads the middle of the window, at most 2,048 by 2,048, from the shown picture into scratch_array
 // as rows of RGB, and its size into scratch_dx, scratch_dy. With `to_file` non-zero also writes it

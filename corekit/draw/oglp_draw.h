@@ -9,8 +9,7 @@
 // Where the picture lies in the window, pixels: the whole of it unless the window scales.
 PLT_place OGL_place();
 
-inline constexpr int interface_ref = 392;     // the interface image: glyphs, frames, cells
-inline constexpr float interface_side = 512;  // its side in pixels
+inline constexpr float interface_side = 512;  // of the interface image, pixels
 
 // Whether OpenGL may be called at all: a context has been announced, or a window stands.
 bool OGL_can_call();

@@ -1,4 +1,4 @@
-// What concerns a whole frame: the background, the swap, the reading back.
+// What concerns a whole frame: the background, the reading back.
 //
 // Main thread. Writes scratch_array and its sizes, and the size of the tiled background.
 
@@ -8,13 +8,16 @@
 #include <string>
 
 #include "corekit/base/hl_string.h"
+#include "corekit/base/hl_types.h"
 #include "corekit/base/mnw.h"
+#include "corekit/draw/TEX_load.h"
 #include "corekit/draw/TEX_png.h"
 #include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/draw/tman.h"
+#include "corekit/draw/tman_int.h"
 #include "corekit/files/io_utils.h"
 
 namespace {
@@ -30,27 +33,12 @@ int tile_start(int i, int length) {
   return i * length / tiles_a_side;
 }
 
-}  // namespace
-
-void OGL_plot_back_col() {
-  watch_cover();
-  OGL_fillrect(col_back, 1.0f, -mnw.x_off, -mnw.y_off, static_cast<float>(mnw.pix_dx),
-               static_cast<float>(mnw.pix_dy));
-}
-
-void OGL_cut_back_tex(int dx, int dy, int stride) {
+// Cuts the picture in scratch_array, rows `stride` pixels apart, into the tiles; uses it up.
+void cut_tiles(int dx, int dy, int stride) {
   constexpr int pixel = 4;
-  const int limit = tiles_a_side * tile_side;
-  if (dx < 1 || dy < 1 || dx > limit || dy > limit || stride < dx ||
-      stride > scratch_bytes / pixel / dy) {
-    return;
-  }
   const size_t size = static_cast<size_t>(stride) * dy * pixel;
   const auto picture = std::make_unique<unsigned char[]>(size);
   std::memcpy(picture.get(), scratch_array, size);
-  back_dx = dx;
-  back_dy = dy;
-
   for (int tile = 0; tile < tiles_a_side * tiles_a_side; ++tile) {
     const int column = tile % tiles_a_side, row = tile / tiles_a_side;
     const int x = tile_start(column, dx), width = tile_start(column + 1, dx) - x;
@@ -65,6 +53,31 @@ void OGL_cut_back_tex(int dx, int dy, int stride) {
     tman.load_texture(tex_fail_fatal, t_back_tile + tile, tile_flags, tex_load_now,
                       str_format("scratch_array-t_tex_back (%d)", tile));
   }
+}
+
+}  // namespace
+
+void OGL_plot_back_col() {
+  watch_cover();
+  OGL_fillrect(col_back, 1.0f, -mnw.x_off, -mnw.y_off, static_cast<float>(mnw.pix_dx),
+               static_cast<float>(mnw.pix_dy));
+}
+
+void OGL_make_back_tex() {
+  if (mnw.win_id != win_none) return;
+  const std::string path = "Resources/bitmaps/intro_PFC.png";
+  constexpr int limit = tiles_a_side * tile_side, pixel = 4;
+  std::memset(scratch_array, 0, scratch_bytes);
+  unsigned char* into = scratch_array;
+  TEX_image_desc desc;
+  if (!TEX_load_any(path, into, TEX_rgba, limit, 0, &desc) || desc.width > limit ||
+      desc.height > limit) {
+    tman_missing(path, t_alert);
+    return;
+  }
+  back_dx = desc.width;
+  back_dy = desc.height;
+  cut_tiles(back_dx, back_dy, desc.width + desc.pad / pixel);
 }
 
 void OGL_plot_back_tex() {

@@ -115,18 +115,20 @@ void OGL_setstate(int fog, int tex, int lit, int alpha, int depth_read, int dept
   if (!OGL_can_call()) return;
   if (!state.known) read_state();
 
-  if (set_flag(state.fog, fog == 0)) enable(GL_FOG, state.fog);
+  if (set_flag(state.fog, fog == fog_on)) enable(GL_FOG, state.fog);
   set_units(std::clamp(tex, 0, std::min(ren.max_units, unit_limit)));
-  if (set_flag(state.lit, lit == 2)) {
+  if (set_flag(state.lit, lit == lit_on)) {
     enable(GL_LIGHTING, state.lit);
     enable(GL_LIGHT0, state.lit);
   }
-  if (set_flag(state.blend, alpha == 5 || alpha == 7)) enable(GL_BLEND, state.blend);
-  if (set_flag(state.alpha_test, alpha == 6 || alpha == 7)) {
+  if (set_flag(state.blend, alpha == blend_mix || alpha == blend_mix_test))
+    enable(GL_BLEND, state.blend);
+  if (set_flag(state.alpha_test, alpha == blend_test || alpha == blend_mix_test)) {
     enable(GL_ALPHA_TEST, state.alpha_test);
   }
-  if (set_flag(state.depth_read, depth_read == 8)) enable(GL_DEPTH_TEST, state.depth_read);
-  if (set_flag(state.depth_write, depth_write == 10)) gl.DepthMask(state.depth_write);
+  if (set_flag(state.depth_read, depth_read == depth_read_on))
+    enable(GL_DEPTH_TEST, state.depth_read);
+  if (set_flag(state.depth_write, depth_write == depth_write_on)) gl.DepthMask(state.depth_write);
   OGL_check("OGL_setstate");
 }
 

@@ -50,5 +50,7 @@ class tman_lock {
 // Binds to unit 0 whatever gKillTex says: a texture that is being made. REQUIRES: a context.
 void TEX_bind_for_load(unsigned gl_id);
 
+// The alert of a picture that is not there.
+void tman_missing(const std::string& name, int type);
 // The manager's fatal alert; its third line gives the bad number.
 void tman_alert(const char* text, const std::string& line_2, double value, alert_source source);

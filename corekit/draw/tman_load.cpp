@@ -111,6 +111,13 @@ void set_parameters(const tex_load_vars& load) {
 
 }  // namespace
 
+void tman_missing(const std::string& name, int type) {
+  __MACIBM_alert(mnw.win_id, "Trying to load a texture that you do not have!",
+                 "This smacks of a mis-installed copy of Skyvane!",
+                 "Please download Skyvane again, and install that copy.", name, type,
+                 at_texture_missing);
+}
+
 bool tman_is_scratch(const std::string& name) {
   return name.starts_with(scratch_prefix);
 }
@@ -238,10 +245,7 @@ void tman_class::take_missing(const tex_load_vars& load) {
   dat.fail_mode = load.fail_mode;
 
   if (load.fail_mode == tex_fail_fatal) {
-    __MACIBM_alert(mnw.win_id, "Trying to load a texture that you do not have!",
-                   "This smacks of a mis-installed copy of Skyvane!",
-                   "Please download Skyvane again, and install that copy.", load.name, t_exit,
-                   at_texture_missing);
+    tman_missing(load.name, t_exit);
   } else if (load.fail_mode != tex_fail_silent && fail_flags_[load.fail_mode] == 0) {
     fail_flags_[load.fail_mode] = 1;
     xer << "WARNING: we are missing the texture: " << load.name << ".\n";

@@ -188,13 +188,6 @@ int gate_class::make_folder(std::string_view path) {
   return mkdirat(at.folder, leaf.c_str(), 0755) == 0 ? 0 : fail(errno, 21);
 }
 
-int gate_class::make_folders(std::string_view path) {
-  place at;
-  std::string leaf;
-  if (const int code = reach_parent(path, make, at, leaf)) return fail(code, 30);
-  return fail(reach(path, make, at), 31);
-}
-
 int gate_class::remove_file(std::string_view path) {
   place at;
   std::string leaf;

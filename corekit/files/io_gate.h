@@ -3,7 +3,7 @@
 //
 //   open                          the destination, once; everything else is named below it
 //   put_file, put_copy, put_link  a whole file or link in its place, or nothing
-//   make_folder, make_folders     one level; all that are missing
+//   make_folder                   one level
 //   remove_file, remove_folder    what is at the path itself, never what it leads to
 //   rename                        within its folder, over nothing
 //   open_file                     to read
@@ -91,7 +91,6 @@ class gate_class {
   int put_link(std::string_view path, const std::string& target);
 
   int make_folder(std::string_view path);    // one level, mode 0755; EEXIST if something is there
-  int make_folders(std::string_view path);   // with those above it; none of them need be missing
   int remove_file(std::string_view path);    // also a link; EISDIR for a folder
   int remove_folder(std::string_view path);  // an empty one
   int rename(std::string_view path, std::string_view new_leaf);  // EEXIST if that is there

@@ -56,10 +56,3 @@ long PCSBSocketUDP::ReadData(void* buffer, long length, unsigned long* address,
   *port = ntohs(peer.sin_port);
   return got;
 }
-
-unsigned short PCSBSocketUDP::local_port() const {
-  sockaddr_in own = {};
-  socklen_t own_size = sizeof own;
-  if (getsockname(socket_, reinterpret_cast<sockaddr*>(&own), &own_size) != 0) return 0;
-  return ntohs(own.sin_port);
-}

@@ -21,8 +21,6 @@ class PCSBSocketUDP {
   long udp_WriteData(const void* buffer, long length, unsigned long address, unsigned short port);
   long ReadData(void* buffer, long length, unsigned long* address, unsigned short* port);
 
-  unsigned short local_port() const;  // 0 when there is no socket
-
  private:
   int socket_ = -1;
 };

@@ -59,10 +59,6 @@ void open_popup(int id, const std::vector<std::string>& list, float x, float y, 
 
 }  // namespace
 
-float BTN_textlist_width(const std::string& items) {
-  return width_of_items(split_items(items));
-}
-
 // The popup is the window layer's. Frame by frame:
 //
 //   a press on the box     the items go to the popup's menu, active_popup_code is this widget's

@@ -53,7 +53,6 @@ int BTN_text_shortcut(int vkey, int flags);
 // without any "|" is taken as items joined by "-". *value is the index of the item shown. The box
 // begins at x and is as wide as its widest item asks.
 int BTN_textlist(float x, float y, int* value, const std::string& items, const std::string& label);
-float BTN_textlist_width(const std::string& items);
 
 // A scroll bar, `low` at its top; y_low + y_high must be even. `index` 0 to 3 tells bars of one
 // window apart. Returns 1 while the thumb is dragged.

@@ -6,6 +6,7 @@
 #include "corekit/widgets/hl_mnw_menu.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 
 #include "corekit/base/hl_alert.h"
@@ -211,7 +212,7 @@ void MACIBM_read_menus(const std::string& folder, const std::string& file) {
       std::clamp(mnw.language, 0, static_cast<int>(std::size(language_folders)) - 1);
   const std::string path = folder + language_folders[language] + file;
   xmap_class map(path);
-  if (!map.file_start || !map.check_file(ouf_text, accepted_versions, "MENUS", nullptr)) {
+  if (!map.file_start || !map.check_file(ouf_text, accepted_versions, nullptr, nullptr)) {
     __MACIBM_alert(mnw.win_id, "Cannot open file!", path, "Trash this copy and re-install Skyvane.",
                    "", t_exit, at_menu_file);
     return;
@@ -219,7 +220,9 @@ void MACIBM_read_menus(const std::string& folder, const std::string& file) {
   bool in_menu = false;
   int slot = 0, number = 0;
   std::string text;
-  read_line(map, &number, &text);  // what is left of the keyword's line
+  // A group's first line begins with a number; a keyword may stand in front of the first group.
+  const bool has_keyword = map.cursor < map.file_end && !std::isdigit(*map.cursor);
+  if (has_keyword) map.TXT_str_scan_eoln(nullptr);
   while (map.cursor < map.file_end) {
     if (!read_line(map, &number, &text)) {
       in_menu = false;

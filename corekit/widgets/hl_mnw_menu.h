@@ -30,7 +30,7 @@ void MACIBM_create_menu(int slot, const std::string& title);  // empties the slo
 void MACIBM_append_menu(int slot, int item, const std::string& text);
 
 // Reads the menus from `file` in the folder of mnw's language below `folder`: after the common
-// header with the keyword "MENUS", groups of lines, each a number, blanks and a text. The first
+// header, with a keyword or without, groups of lines, each a number, blanks and a text. The first
 // line of a group is a menu, the others are its items; an empty line ends it. A file that cannot be
 // read is a fatal alert.
 void MACIBM_read_menus(const std::string& folder, const std::string& file);

@@ -149,10 +149,7 @@ void MACIBM_finishup(int save) {
     }
     THREAD_shutdown();
   }
-  if (may_close) {
-    MACIBM_setres(0);
-    MACIBM_nuke_context(0);
-  }
+  if (may_close) MACIBM_nuke_context(0);
   PLT_drop_temp_folder();
   xer.close();
 }

@@ -9,8 +9,8 @@ int MACIBM_make_context(int index);
 // Closes that window, if it is open. From then on nothing is drawn. Main thread.
 void MACIBM_nuke_context(int index);
 
-// On: notes the screen's figures in the log. Off: gives back what was changed. The screen's depth
-// is the desktop's own business, and is left alone.
+// On: notes the screen's figures in the log. The screen's depth is the desktop's own business and
+// left alone, so that there is nothing to give back when off.
 void MACIBM_setres(int on);
 
 // Makes a context that shares its objects with the window's. Null, with a line in the log, if that

@@ -114,7 +114,6 @@ TEST_P(FilesGate, PathsThatAreNone) {
     EXPECT_EQ(put(path), EINVAL) << path;
     EXPECT_EQ(gate.put_link(path, "a"), EINVAL) << path;
     EXPECT_EQ(gate.make_folder(path), EINVAL) << path;
-    EXPECT_EQ(gate.make_folders(path), EINVAL) << path;
     EXPECT_EQ(gate.remove_file(path), EINVAL) << path;
     EXPECT_EQ(gate.remove_folder(path), EINVAL) << path;
     EXPECT_EQ(gate.rename(path, "x"), EINVAL) << path;
@@ -229,7 +228,7 @@ TEST_P(FilesGate, LinksOnTheWay) {
     const int refused = row.followed ? 0 : gate_below_link;
     EXPECT_EQ(put(row.path), refused);
     EXPECT_EQ(gate.put_link(std::string(row.link) + "/l", "there"), refused);
-    EXPECT_EQ(gate.make_folders(std::string(row.link) + "/f/g"), refused);
+    EXPECT_EQ(gate.make_folder(std::string(row.link) + "/f"), refused);
     EXPECT_EQ(gate.make_folder(std::string(row.link) + "/f/h"), refused);
     EXPECT_EQ(gate.remove_folder(std::string(row.link) + "/f/h"), refused);
     EXPECT_EQ(gate.rename(there, "renamed"), refused);

@@ -4,6 +4,7 @@
 
 #include "corekit/draw/colr.h"
 #include "tests/unit/gl_fixture.h"
+#include "tests/unit/test_tex_util.h"
 
 class Oglp : public gl_fixture {};
 
@@ -72,6 +73,28 @@ TEST_F(Oglp, ScissorsCutAndTakeNegativeSizesAsNone) {
   OGL_fillrect(49, 1, 0, 0, 700, 500);
   OGL_scissors_end();
   EXPECT_TRUE(pixel_is(110, 110, 0, 0, 0));
+}
+
+// Of the splash: its right edge at the window's, its top above it, and no seam between the tiles.
+TEST_F(Oglp, TheLargeBackgroundLiesInTiles) {
+  const picture_folder folder;
+  folder.folder("Resources/bitmaps");
+  tex_convert(
+      folder,
+      "-size 450x350 xc:red xc:blue +append \\( xc:lime xc:white +append \\) -append "
+      "-define png:exclude-chunks=gAMA,cHRM,sRGB,date PNG24:@Resources/bitmaps/intro_PFC.png");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  mnw.win_id = win_none;
+  OGL_make_back_tex();
+  std::filesystem::current_path(before);
+  OGL_plot_back_tex();
+  const struct {
+    int x, y, r, g, b;
+  } rows[] = {{0, 0, 0, 255, 0},     {349, 0, 0, 255, 0},   {350, 0, 255, 255, 255},
+              {349, 349, 0, 255, 0}, {349, 350, 255, 0, 0}, {799, 599, 0, 0, 255}};
+  for (const auto& row : rows)
+    EXPECT_TRUE(pixel_is(row.x, row.y, row.r, row.g, row.b));
 }
 
 // What is painted of a picture that resembles the one before is what a whole painting gives.

@@ -6,6 +6,7 @@
 #include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/window/hl_init_window.h"
 #include "corekit/window/hl_mnw.h"
+#include "tests/unit/test_files_scratch.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -185,6 +186,25 @@ TEST_F(WindowMenus, APopupReportsWhatWasPicked) {
     EXPECT_EQ(popup_menu_select, row.picked);
     EXPECT_EQ(mnw.popup_code, row.stays ? popup_slot : -1);
     EXPECT_EQ(clicks, 0) << "the page below must not see the press";
+  }
+}
+
+TEST_F(WindowMenus, AFileOfMenusWithAKeywordOrWithout) {
+  const scratch_folder folder;
+  const char groups[] = "2 File\n10 Open it\n11 -\n\n4\tView\r\n20  Far\n\n";
+  for (const char* keyword : {"", "MENUS\n", "MENUS\n\n"}) {
+    MACIBM_clear_menus(1);
+    folder.file("menus/english/m.txt", std::string("I\n900 version\n") + keyword + groups);
+    MACIBM_read_menus(folder.path(), "m.txt");
+    std::string read;
+    for (const menu_record& m : menu) {
+      if (m.title.empty()) continue;
+      read += '[' + m.title + ']';
+      for (const menu_item& item : m.items)
+        read += std::to_string(item.number) + item.text + ',';
+    }
+    EXPECT_EQ(read, "[File]10Open it,11-,[View]20Far,") << keyword;
+    EXPECT_EQ(menu[2].title, "File");
   }
 }
 
