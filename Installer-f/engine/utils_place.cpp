@@ -163,9 +163,9 @@ place_result place_manifest(const std::string& zip_path) {
   return result_of_gate(folder.put_file(manifest_name, file.bytes, file.size));
 }
 
-void remove_temp_file(std::string_view leaf) {
+void remove_temp_file(std::string_view path) {
   gate_class folder;
-  if (folder.open(temp_path) == 0) folder.remove_file(leaf);
+  if (folder.open(std::string(path_folder(path))) == 0) folder.remove_file(path_leaf(path));
 }
 
 std::shared_ptr<gate_class> open_copy_gate() {

@@ -70,8 +70,8 @@ place_result place_archive_file(gate_class& gate, int archive, uint64_t most_arc
 // than 512 MB.
 place_result place_manifest(const std::string& zip_path);
 
-// Deletes a file of the working folder, if it is there.
-void remove_temp_file(std::string_view leaf);
+// Deletes a file of the working folder, named by its whole path, if it is there. Any thread.
+void remove_temp_file(std::string_view path);
 
 // The gate of the copy at dest_dir_path. It knows the release from sim_info, so every job opens it
 // anew when it begins (make_dirs does), and sim_info must not be read while it is in use; in

@@ -168,7 +168,7 @@ void fetch_manifest() {
                    UTL_translate_string("Destination Path/") + temp_path, t_alert,
                    at_manifest_archive);
   }
-  remove_temp_file(path_leaf(zip));
+  remove_temp_file(zip);
 }
 
 }  // namespace

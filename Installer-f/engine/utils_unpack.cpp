@@ -24,7 +24,7 @@ void unpack_task::do_it() {
   const io_handle opened(open((app_path + archive_path).c_str(), O_RDONLY | O_CLOEXEC));
   result = opened ? place_archive_file(*gate, opened.get(), most_archive, order)
                   : place_result{place_unread, errno};
-  delete_file(archive_path);
+  remove_temp_file(archive_path);
 }
 
 int unpack_task::check_error(std::string& message) {
