@@ -73,12 +73,12 @@ void take_platform() {
   }
 }
 
-int run_wizard() {
+int run_wizard(int argc, char** argv) {
   take_platform();
   engine_ask.modified = select_alert;
   const bool unattended = cmdline.has_option("--unattended");
   if (unattended) {
-    if (const int refused = unattended_begin()) return refused;
+    if (const int refused = unattended_begin(argc, argv)) return refused;
   }
   while (!app_done)
     MACIBM_event_proc();
@@ -117,7 +117,7 @@ int run(int argc, char** argv) {
   const int status =
       cmdline.has_option("--build_master") || cmdline.has_option("--write_server_list")
           ? run_builder()
-          : run_wizard();
+          : run_wizard(argc, argv);
   MACIBM_finishup(1);
   return status;
 }

@@ -131,11 +131,14 @@ void report_unpack_failure(const stream_record& stream, int code) {
                  UTL_translate_string("Destination: ") + stream.location, t_alert, at_file_archive);
 }
 
+float let_down_at = 0;  // frame clock of the last failure of a mirror
+
 // The stream turns to another mirror with the file that it keeps. `bad_archive` is 0 for a mirror
 // that has not delivered. True when there is nobody left to ask, and the user has been told.
 bool mirror_let_down(int s, int bad_archive) {
   stream_record& stream = streams[s];
   stg.server_down = 1;
+  let_down_at = xtim.now_sec;
   ++grab_totals.failed;
   next.next_file = std::min(next.next_file, next.stream_file[s]);
   if (stream.mirror == no_mirror) return false;
@@ -212,6 +215,8 @@ bool fetch(int s, const file_version_struct& file) {
                          static_cast<int64_t>(place_budget(file.zip_kb)))) {
     case http_running:
       note_progress(slot, file.zip_kb);
+      // Asked since the last failure, and it answers.
+      if (stream.asked_at >= let_down_at && http.slot_received(slot) > 0) stg.server_down = 0;
       return false;
     case http_failed:
       return mirror_let_down(s, http.was_too_large(slot) ? code_too_large : 0);

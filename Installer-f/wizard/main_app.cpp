@@ -16,6 +16,9 @@ void wizard_serve(page_function start_page, const char* title) {
   g_wizard = start_page;
   APP.title = title;
   APP.web_host = product_web_host;
+  APP.no_window =
+      "Where there is no display, \"--unattended\" runs this program without one; \"--help\" tells "
+      "how.";
   APP.update = APP_update;
   APP.quit_request = wizard_quit_request;
   APP.usage = wizard_usage;

@@ -6,10 +6,12 @@
 
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_busy.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
 #include "corekit/Platform/PLT_text.h"
@@ -64,8 +66,9 @@ bool was_interrupted() {
 
 // One step of the scan of the folder at the place chosen, which is on the list of copies. True when
 // it is over, with choice.goes_on set.
-bool scan_old_copy(new_copy_choice& choice, wizard_screen& screen) {
+bool scan_old_copy(page_function back, new_copy_choice& choice, wizard_screen& screen) {
   if (choice.is_scanned) return true;
+  if (!copy_is_free(back, screen)) return false;
   if (choice.scanned == 0) {
     choice.changed = 0;
     set_install_filter(1, 1);
@@ -91,7 +94,7 @@ bool scan_old_copy(new_copy_choice& choice, wizard_screen& screen) {
 bool judge_taken_place(const new_copy_flow& flow, const std::string& name, new_copy_choice& choice,
                        wizard_screen& screen) {
   if (flow.may_go_on && is_listed(dest_dir_path)) {
-    if (!scan_old_copy(choice, screen)) {
+    if (!scan_old_copy(flow.back, choice, screen)) {
       screen.next = nullptr;
       return false;
     }
@@ -188,6 +191,7 @@ int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_scr
   if (edit_choice(flow, choice)) choice.changed = 1;
   if (choice.changed) {
     checksum_directory_kill();
+    unlock_copy();
     choice.goes_on = choice.scanned = choice.is_scanned = 0;
   }
 

@@ -16,6 +16,7 @@
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
+#include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_progress.h"
 #include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/base/hl_alert.h"
@@ -287,9 +288,14 @@ constexpr wizard_stand_in nobody_there = {press_for_user, standing_modified, sta
 
 }  // namespace
 
-int unattended_begin() {
+int unattended_begin(int argc, const char* const* argv) {
   stand_in = &nobody_there;
   say_begin();
+  const std::string wrong = unattended_wrong_argument(argc, argv);
+  if (!wrong.empty()) {
+    complain(wrong + "\nNothing was done. \"--help\" explains every option.");
+    return unattended_refused;
+  }
   if (const int refused = unattended_read_answers()) return refused;
   for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
     std::signal(signal_number, on_signal);

@@ -8,6 +8,7 @@
 
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
+#include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/files/io_utils.h"
@@ -39,8 +40,16 @@ bool read_folder(const char* option, std::string& folder) {
     complain(std::string(option) + " wants a folder.");
     return false;
   }
+  if (folder.find_first_of("\n\r") != std::string::npos) {
+    complain(std::string(option) + " wants a folder with a path in one line, not '" + folder +
+             "'.");
+    return false;
+  }
   folder = folder_from_start(folder);
-  return true;
+  if (folder.size() <= path_limit) return true;
+  complain(std::string(option) + " wants a shorter path: at most " + std::to_string(path_limit) +
+           " bytes.");
+  return false;
 }
 
 // The copy to work on; what handed over its folder is overruled.
@@ -97,13 +106,9 @@ bool read_disc_answers() {
 bool read_name() {
   if (!cmdline.has_option("--name")) return true;
   answers.name = cmdline.get_option("--name");
-  // The name is one folder's name: anything that walks elsewhere is a mistake in a script.
-  if (!answers.name.empty() && answers.name.find('/') == std::string::npos && answers.name != "." &&
-      answers.name != "..") {
-    return true;
-  }
-  complain("--name wants the name of a folder, not '" + answers.name + "'.");
-  return false;
+  const std::string wanted = unattended_wrong_name(answers.name);
+  if (!wanted.empty()) complain("--name wants " + wanted + ", not '" + answers.name + "'.");
+  return wanted.empty();
 }
 
 }  // namespace

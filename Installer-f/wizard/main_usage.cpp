@@ -12,7 +12,26 @@ bool wizard_without_window() {
 
 std::string wizard_usage() {
   return R"(
+WHAT THIS PROGRAM IS FOR
+
+It installs the flight simulator Skyvane 9 and keeps it up to date. It compares
+what is on your disk with the list of all files that any release ever shipped,
+fetches what is missing or out of date, and leaves alone what you have changed
+yourself, unless you tell it otherwise. There are three of it:
+    skyvane-demo-installer   installs a new demo copy from the web
+    skyvane-web-updater      brings an installed copy up to date from the web
+    skyvane-disc-installer   installs from discs, adds and removes scenery, and
+                             repairs a copy
+Started without options, each opens a window and leads through the rest.
+
 RUNNING WITHOUT A DISPLAY
+
+    skyvane-demo-installer --unattended --accept_eula --dest=/opt/games
+    skyvane-web-updater --unattended --copy="/opt/games/Skyvane 9"
+    skyvane-disc-installer --unattended --accept_eula --dest=/opt/games
+        --sectors=+30-120,+40-110
+
+An install that was interrupted is gone on with by the same command.
 
 --unattended
   Runs this installer's own pages from the first to the last with no window
@@ -31,6 +50,10 @@ RUNNING WITHOUT A DISPLAY
 
 --name=NAME
   The name of the new copy's own folder. Default: the release's name.
+
+--platform=mac|windows|linux
+  The system that a new copy is for. Default: this computer's. An installed
+  copy keeps the one that it has.
 
 --copy=FOLDER
   The installed copy to update, to repair, or whose scenery to change.
@@ -59,31 +82,10 @@ RUNNING WITHOUT A DISPLAY
   Exit status of an unattended run:
     0  finished: the last page offers to start the simulator
     1  failed: a failure page or a fatal alert
-    2  an answer is missing or was refused; the page's own text says which
+    2  an option is wrong, or an answer is missing or was refused; the text
+       says which
     3  given up: no progress for too long, or interrupted
-
-SETTINGS FOR ONE RUN
-
---platform=mac|windows|linux
-  The system that a new copy is for. Default: this computer's. An installed
-  copy keeps the one that it has.
-
---pref:TAG=VALUE
-  Overrides a setting of the preference file without touching the file:
-  _stream_count (1 to 4, 0 automatic), _log_actions (0, 1), _proxy_host,
-  _proxy_port_int (0 for none), _get_beta (0, 1), _lang (0 English, 1 French,
-  2 German, 3 Italian, 4 Spanish, 5 Portuguese, 6 Korean).
-
---scale=1 to 4
-  Pixels to a unit of the window, which has 800 by 600. Default: as the
-  desktop draws its own (GDK_SCALE, Xft.dpi, or the screen's resolution).
-
---missing_strings
-  Logs every text that the chosen language does not translate.
-
---check_layout
-  Logs every text that leaves its place: one over another text or a picture,
-  across the edge of a frame, or cut off.
+    4  another installer or updater is at work on the copy
 
 FOR THE MAKERS
 
@@ -116,5 +118,24 @@ FOR THE MAKERS
 
 --write_server_list=FILE --mirrors=HOST/PATH,HOST/PATH,... --name=NAME
   Writes the server list that the product's web server holds.
+
+SETTINGS FOR ONE RUN
+
+--pref:TAG=VALUE
+  Overrides a setting of the preference file without touching the file:
+  _stream_count (1 to 4, 0 automatic), _log_actions (0, 1), _proxy_host,
+  _proxy_port_int (0 for none), _get_beta (0, 1), _lang (0 English, 1 French,
+  2 German, 3 Italian, 4 Spanish, 5 Portuguese, 6 Korean).
+
+--scale=1 to 4
+  Pixels to a unit of the window, which has 800 by 600. Default: as the
+  desktop draws its own (GDK_SCALE, Xft.dpi, or the screen's resolution).
+
+--missing_strings
+  Logs every text that the chosen language does not translate.
+
+--check_layout
+  Logs every text that leaves its place: one over another text or a picture,
+  across the edge of a frame, or cut off.
 )";
 }

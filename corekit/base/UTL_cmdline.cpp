@@ -16,8 +16,7 @@ UTL_cmdline cmdline;
 
 namespace {
 
-// The flags of the whole family; a program reads those that concern it.
-constexpr char usage[] =
+constexpr char usage_head[] =
     R"(Usage: Skyvane [options...]
 
 Skyvane can take a number of command-line flags, in the form of --flag or
@@ -26,6 +25,18 @@ Skyvane can take a number of command-line flags, in the form of --flag or
 --help or -h
   This prints this message, which lists all of the command-line options, and
   then quits.
+
+--version
+  This prints the name of the program and its version, and then quits.
+)";
+
+// The flags of the whole family; a program reads those that concern it.
+constexpr char usage_family[] =
+    R"(
+FLAGS OF THE SIMULATOR
+
+The flags below are those of all programs of the Skyvane family. For a program
+that installs, few of them make a difference.
 
 --no_sound
   This runs Skyvane without initializing the sound hardware. Use it if your
@@ -175,6 +186,10 @@ void UTL_cmdline::init_common() {
     std::puts(UTL_cmdline_usage().c_str());
     std::exit(0);
   }
+  if (has_option("--version")) {
+    std::puts(APP.title);
+    std::exit(0);
+  }
 }
 
 bool UTL_cmdline::has_option(const char* flag) const {
@@ -194,6 +209,5 @@ std::vector<std::string> UTL_cmdline::all_options() const {
 }
 
 std::string UTL_cmdline_usage() {
-  const std::string own = APP.usage();
-  return own.empty() ? usage : std::string(usage) + "\n" + own;
+  return usage_head + APP.usage() + usage_family;
 }

@@ -16,7 +16,7 @@ class UTL_cmdline {
   void init_unix(int argc, const char* const* argv);
   // The same from one line without the program's name, split on blanks.
   void init_win(const char* line);
-  // Acts on the flags that end the run with status 0: "--cmnds", "-h", "--help".
+  // Acts on the flags that end the run with status 0: "--cmnds", "-h", "--help", "--version".
   void init_common();
 
   // `flag` includes its dashes.
@@ -32,5 +32,5 @@ class UTL_cmdline {
 
 extern UTL_cmdline cmdline;
 
-// The text that "--help" prints, with the application's own paragraphs at its end.
+// The text that "--help" prints: the application's own paragraphs, then the flags of the family.
 std::string UTL_cmdline_usage();

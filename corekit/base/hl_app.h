@@ -12,6 +12,8 @@ struct APP_record {
   const char* title = "";
   // Host name of the maker's web server, which serves "serverlist9.txt" on port 80; static text.
   const char* web_host = "";
+  // What the console is told when no window can be opened; static text, empty for nothing.
+  const char* no_window = "";
 
   // One frame of the application's own interface. Called by MACIBM_event_proc unless a dialog is
   // up.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 
 #include "corekit/base/hl_alert.h"
@@ -88,6 +89,7 @@ constexpr THREAD_contexts loader_contexts = {
 };
 
 void no_graphics() {
+  if (*APP.no_window) std::fprintf(stderr, "%s\n", APP.no_window);
   __MACIBM_alert(
       win_main,
       "I could not set up the graphics for Skyvane! I hope your monitor is at 1024x768 "

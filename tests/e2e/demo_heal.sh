@@ -36,7 +36,7 @@ make_own() {
     mkdir -p "$(dirname "$copy/$file")"
     echo "my $file" >"$copy/$file"
   done
-  changed=$(cd "$copy" && find . -type f -name '*.acf' ! -name 'My own.acf' | head -n 1)
+  changed=$(cd "$copy" && find . -type f -name '*.acf' ! -name 'My own.acf' -print -quit)
   [ -z "$changed" ] || echo mine >"$copy/$changed"
 }
 want_healed() {
@@ -73,10 +73,12 @@ echo "A copy that is whole, and one of an earlier release, are not gone on with"
 run skyvane-demo-installer "${command[@]}"
 want_status 2
 want_text "The folder 'My copy' already exists in the folder '$SCRATCH/'."
-older=$(cd "$FIXTURE/sample" && shipped "$FIXTURE/sample/new" Linux | while IFS=$'\t' read -r rel from; do
-  [ -f "old/$from" ] && [ -f "new/$from" ] && ! cmp -s "old/$from" "new/$from" && echo "$rel	$from" && break
-done)
-cp -p "$FIXTURE/sample/old/${older#*	}" "$copy/${older%	*}"
+shipped "$FIXTURE/sample/new" Linux >"$SCRATCH/shipped.tsv"
+while IFS=$'\t' read -r rel from; do
+  old=$FIXTURE/sample/old/$from
+  if [ -f "$old" ] && ! cmp -s "$old" "$FIXTURE/sample/new/$from"; then break; fi
+done <"$SCRATCH/shipped.tsv"
+cp -p "$old" "$copy/$rel"
 rm "$copy/Airfoils/NACA 0012.afl"
 run skyvane-demo-installer "${command[@]}"
 want_status 2

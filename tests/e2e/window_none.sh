@@ -22,6 +22,7 @@ for edition in demo-installer web-updater disc-installer; do
   want_status 1
   want_text "I could not set up the graphics for Skyvane! I hope your monitor is at 1024x768 or higher!"
   want_text "You need at least 256 meg of RAM"
+  want_text '"--unattended" runs this program without one'
   for text in "No window: no display is named" "(corekit/GenC/hl_init line 1574)"; do
     grep -qF "$text" "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "$edition's log lacks: $text"
   done

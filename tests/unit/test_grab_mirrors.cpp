@@ -1,6 +1,7 @@
 // Mirrors that fail: who is asked next, how often, and when the user is told.
 
 #include <algorithm>
+#include <functional>
 
 #include "Installer-f/engine/utils_grab_mirrors.h"
 #include "corekit/base/hl_alert.h"
@@ -96,6 +97,38 @@ TEST_F(GrabMirrors, ARefusingMirrorIsLeftAlone) {
     EXPECT_NEAR(asked_at[i], want[i], 0.15f * static_cast<float>(i + 1)) << i;
   EXPECT_EQ(stg.server_down, 1);
   EXPECT_EQ(stg.extract_failed, 0);
+}
+
+// The page says of a mirror that it does not answer, until another one begins to.
+TEST_F(GrabMirrors, AnAnswerTakesTheComplaintAway) {
+  const scripted_reply good = whole_answer(archive_of("f", "a"));
+  const size_t half = good.pieces[0].size() - 20;
+  scripted_server m(
+      [&](const std::string& request) {
+        if (request.find("//one/") != request.npos) return whole_answer("", "404 Not Found");
+        return scripted_reply{{good.pieces[0].substr(0, half), good.pieces[0].substr(half)}};
+      },
+      true);
+  use_proxy_port(m.port());
+  stg.server_index = 0;
+  add_history(wanted_file("A/f", 1, signature));
+  grab_reset();
+  const auto step_until = [](const std::function<bool()>& done) {
+    for (int i = 0; i < 2000; ++i) {
+      if (done()) return true;
+      EXPECT_EQ(grab_files(), 0);
+      grab_wait(5);
+    }
+    return false;
+  };
+  ASSERT_TRUE(step_until([&] { return m.send_piece(); }));
+  ASSERT_TRUE(step_until([&] { return stg.server_down == 1; }));
+  xtim.now_sec += 0.1f;
+  ASSERT_TRUE(step_until([&] { return m.send_piece(); }));
+  EXPECT_TRUE(step_until([&] { return stg.server_down == 0; }));
+  EXPECT_FALSE(file_exists(dest_dir_path + "f")) << "not only once the file is whole";
+  EXPECT_TRUE(m.send_piece());
+  EXPECT_TRUE(run_job());
 }
 
 TEST_F(GrabMirrors, WhoIsAskedNext) {

@@ -1,6 +1,7 @@
 // The command line.
 
 #include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/hl_app.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {
@@ -63,9 +64,11 @@ TEST(RuntimeCmdlineDeathTest, HelpAndTheCommandListEndTheRun) {
       {"--other", "-h", usage},
       {"--other", "--help", usage},
       {"--other", "--help=x", usage},
+      {"--other", "--version", "^A title\n$"},
       {"--cmnds=all", "--help", "^sim/-none-/-none- +Do nothing at all!\n"},
       {"--cmnds=no", "--help", "^$"},
   };
+  APP.title = "A title";
   for (const auto& r : rows) {
     EXPECT_EXIT(
         {

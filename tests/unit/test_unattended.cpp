@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "Installer-f/wizard/main_unattended_disc.h"
+#include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/Platform/PLT_text.h"
 
@@ -33,6 +34,67 @@ TEST(UnattendedSay, BlankLinesGo) {
 }
 
 namespace {
+
+// What an administrator may slip on, each with the words that put him right.
+TEST(UnattendedOptions, ASlipIsToldWithTheNearestOption) {
+  const struct {
+    const char* label;
+    std::vector<const char*> arguments;
+    const char* told;  // a part of it; empty for a command line that is good
+  } rows[] = {
+      {"all that there is",
+       {"--unattended", "--accept_eula", "--dest=/opt", "--name=a=b", "--pref:_lang=4",
+        "--no_vbos"},
+       ""},
+      {"handed over", {"-path", "/a b", "--unattended"}, ""},
+      {"not first", {"--unattended", "-path", "/a"}, "no option '-path'"},
+      {"unknown", {"--unattended", "--dry-run"}, "no option '--dry-run'"},
+      {"misspelt", {"--acept_eula"}, "Did you mean --accept_eula?"},
+      {"with a value", {"--cpoy=/opt"}, "Did you mean --copy=FOLDER?"},
+      {"a setting", {"--pref:_strem_count=2"}, "Did you mean --pref:_stream_count=NUMBER?"},
+      {"without its dashes",
+       {"unattended"},
+       "'unattended' is no option. Did you mean --unattended?"},
+      {"a stray word", {"--unattended", "/opt/games"}, "'/opt/games' is no option."},
+      {"a value for none", {"--accept_eula=no"}, "--accept_eula takes no value"},
+      {"an empty one", {"--unattended="}, "--unattended takes no value"},
+      {"none for a value", {"--dest"}, "'--dest' means --dest=FOLDER."},
+      {"before another option", {"--dest", "--name=x"}, "'--dest' means --dest=FOLDER."},
+      {"as a word of its own",
+       {"--dest", "/opt"},
+       "--dest wants its value behind \"=\": --dest=/opt"},
+      {"empty", {""}, "'' is no option."},
+  };
+  for (const auto& row : rows) {
+    std::vector<const char*> argv = {"program"};
+    argv.insert(argv.end(), row.arguments.begin(), row.arguments.end());
+    const std::string wrong = unattended_wrong_argument(static_cast<int>(argv.size()), argv.data());
+    EXPECT_EQ(wrong.empty(), *row.told == '\0') << row.label << ": " << wrong;
+    EXPECT_NE(wrong.find(row.told), wrong.npos) << row.label << ": " << wrong;
+  }
+}
+
+TEST(UnattendedOptions, Names) {
+  const struct {
+    const char* label;
+    std::string name;
+    bool good;
+  } rows[] = {
+      {"plain", "Skyvane 9", true},
+      {"as long as can be", std::string(255, 'n'), true},
+      {"longer", std::string(256, 'n'), false},
+      {"longer once stored", std::string(128, '\xE9'), false},
+      {"empty", "", false},
+      {"a way", "a/b", false},
+      {"the folder itself", ".", false},
+      {"the one above", "..", false},
+      {"two lines", "a\nb", false},
+      {"what steers a terminal", "a\x1B[2J", false},
+      {"three dots", "...", true},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(unattended_wrong_name(row.name).empty(), row.good) << row.label;
+}
 
 TEST(DiscAnswers, Sectors) {
   const struct {
