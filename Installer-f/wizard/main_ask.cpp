@@ -110,6 +110,32 @@ int pressed_answer(const answer_button* buttons, int count) {
   return 0;
 }
 
+// The three texts of the question about a modified file, and where they begin. They stand at 100,
+// 90 and 80. A long path moves up what is above it, as far as the title lets it; a third line of it
+// moves all down, as far as the buttons do; more are cut.
+struct placed_text {
+  std::vector<std::string> lines;
+  float y;
+};
+placed_text place_question(const std::string& location, int gone, float wrap) {
+  constexpr size_t fit_upward = 4, fit_at_all = 5;
+  constexpr float usual_bottom = 80, lowest_bottom = 72;
+  std::vector<std::string> text =
+      lines_of(tr(gone ? "I am about to DELETE:" : "I am about to install:"), wrap);
+  std::vector<std::string> path = lines_of(location, wrap);
+  const std::vector<std::string> rest =
+      lines_of(tr(gone ? "because we no longer use this file, but it appears you have modified it. "
+                         "What to do?"
+                       : "but it appears you have modified this file. What to do?"),
+               wrap);
+  const size_t others = text.size() + rest.size();
+  cut_middle(path, std::max<size_t>(fit_at_all - std::min(others, fit_at_all - 1), 1), wrap);
+  text.insert(text.end(), path.begin(), path.end());
+  text.insert(text.end(), rest.begin(), rest.end());
+  const float bottom = text.size() > fit_upward ? lowest_bottom : usual_bottom;
+  return {text, top_of(text, bottom)};
+}
+
 }  // namespace
 
 int abort_alert(const std::string& question, const std::string& label_1, const std::string& line_1,
@@ -159,11 +185,6 @@ int UTIL_cancel_install(const std::string& header, const std::string& advice,
 int select_alert(const std::string& location, int gone) {
   if (stand_in) return stand_in->modified(location, gone);
 
-  const std::string above = tr(gone ? "I am about to DELETE:" : "I am about to install:");
-  const std::string below =
-      tr(gone ? "because we no longer use this file, but it appears you have modified it. What to "
-                "do?"
-              : "but it appears you have modified this file. What to do?");
   const answer_button buttons[] = {
       {96, 53, 160, tr(gone ? "DELETE THE OLD FILE" : "OVERWRITE THE OLD FILE"), answer_overwrite},
       {96, 28, 160, tr("KEEP THE OLD FILE"), answer_keep},
@@ -177,22 +198,11 @@ int select_alert(const std::string& location, int gone) {
 
   // A question that cannot be put reads as cancel: it must never turn into an overwrite.
   MACIBM_startwind(win_select_alert, 0);
-  const float wrap = mnw.win_dx - 2 * text_x;
-  // Three lines stand at 100, 90 and 80. A long path moves up what is above it, as far as the
-  // title lets it; a third line of it moves all down, as far as the buttons do; more are cut.
-  constexpr size_t fit_upward = 4, fit_at_all = 5;
-  constexpr float usual_bottom = 80, lowest_bottom = 72;
-  std::vector<std::string> text = lines_of(above, wrap), path = lines_of(location, wrap);
-  const std::vector<std::string> rest = lines_of(below, wrap);
-  const size_t others = text.size() + rest.size();
-  cut_middle(path, std::max<size_t>(fit_at_all - std::min(others, fit_at_all - 1), 1), wrap);
-  text.insert(text.end(), path.begin(), path.end());
-  text.insert(text.end(), rest.begin(), rest.end());
-  const float y = top_of(text, text.size() > fit_upward ? lowest_bottom : usual_bottom);
+  const placed_text text = place_question(location, gone, mnw.win_dx - 2 * text_x);
   while (mnw.win_id == win_select_alert) {
     OGL_plot_back_col();
     BTN_fillwin(1, inner_none);
-    plot_lines(text, y);
+    plot_lines(text.lines, text.y);
     if (const int answer = pressed_answer(buttons, 5)) {
       MACIBM_startwind(win_main, 0);
       return answer;

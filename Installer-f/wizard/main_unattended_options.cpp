@@ -131,7 +131,8 @@ std::string wrong_argument(std::string_view argument) {
   if (row->value.empty() && equals != argument.npos) {
     return std::string(name) + " takes no value, and here it is " + quoted + ".";
   }
-  if (!row->value.empty() && equals == argument.npos) return quoted + " means " + form_of(*row) + ".";
+  if (!row->value.empty() && equals == argument.npos)
+    return quoted + " means " + form_of(*row) + ".";
   return "";
 }
 
@@ -160,7 +161,5 @@ std::string unattended_wrong_name(const std::string& name) {
                   [](unsigned char c) { return c < 0x20 || c == 0x7F; })) {
     return "a name in one line";
   }
-  return stored.size() > NAME_MAX
-             ? "a name of at most " + std::to_string(NAME_MAX) + " bytes"
-             : "";
+  return stored.size() > NAME_MAX ? "a name of at most " + std::to_string(NAME_MAX) + " bytes" : "";
 }
