@@ -295,3 +295,26 @@ wait_step 4
 same_tree "$FIXTURE/sample/newer" Linux "$one"
 press_last_quit
 window_ended 0
+
+echo "Back out of the scan and on again, twice: it begins anew each time, and ends well"
+big="$one/Airfoils/NACA 0012.afl"
+mv "$big" "$SCRATCH/kept.afl"
+truncate -s 20G "$big"  # takes longer to read than a hand to move
+is_scanning() { find "/proc/$WINDOW_PID/fd" -lname "$big" | grep -q .; }
+is_not_scanning() { ! is_scanning; }
+open_window skyvane-web-updater -path "$one" $(through_proxy "$PORT")
+wait_step 0
+press_next
+for again in 1 2; do
+  wait_step 1
+  wait_for "the scan" is_scanning
+  press_back
+  wait_for "the list" on_list "$OPEN_FACE"
+  wait_for "the scan's end" is_not_scanning
+  [ "$again" = 2 ] || press_next
+done
+mv "$SCRATCH/kept.afl" "$big"
+press_next
+wait_step 4
+press_last_quit
+window_ended 0
