@@ -96,7 +96,7 @@ struct answer_button {
 
 // Marks the button that Return and Escape press.
 void plot_focus(const answer_button& button) {
-  constexpr float half_dy = 10, rim = 2;
+  constexpr float half_dy = 10, rim = 1;
   OGL_framerect(col_light, 1, button.x - button.dx / 2 - rim, button.y - half_dy - rim,
                 button.dx + 2 * rim, 2 * (half_dy + rim));
 }
