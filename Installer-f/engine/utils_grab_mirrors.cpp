@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "Installer-f/engine/utils_servers.h"
+#include "Installer-f/engine/utils_servers_list.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/hl_math.h"
 #include "corekit/base/xtim.h"
@@ -47,7 +47,7 @@ bool mirrors_are_all(mirror_set mirrors) {
   return (mirrors & all) == all;
 }
 
-int mirror_to_ask(mirror_set not_these) {
+int mirror_to_ask(mirror_set not_these, bool evenly) {
   notice_choice();
   const int count = mirror_count();
   // A new list may be shorter than the last.
@@ -58,7 +58,8 @@ int mirror_to_ask(mirror_set not_these) {
   for (int mirror = 0; mirror < count; ++mirror)
     if (may_be_asked(mirror, not_these)) fit[fit_count++] = mirror;
   if (fit_count == 0) return no_mirror;
-  stg.server_index = table.in_use = fit[biased_server(rand_fraction(), fit_count)];
+  stg.server_index = table.in_use =
+      fit[evenly ? uniform_server(fit_count) : biased_server(rand_fraction(), fit_count)];
   return stg.server_index;
 }
 

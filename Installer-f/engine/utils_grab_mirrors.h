@@ -15,9 +15,9 @@ using mirror_set = uint32_t;
 bool mirrors_are_all(mirror_set mirrors);
 
 // The mirror in use, stg.server_index, if it is not resting and not among `not_these`. Else another
-// such one, drawn with the bias of the list, which stg.server_index is moved to. no_mirror when
-// there is none at present.
-int mirror_to_ask(mirror_set not_these);
+// such one, drawn with the bias of the list or evenly, which stg.server_index is moved to.
+// no_mirror when there is none at present.
+int mirror_to_ask(mirror_set not_these, bool evenly = false);
 // Seconds until mirror_to_ask may give one, at least 0; a large number when nothing but the user
 // can change that.
 float mirror_rests_for(mirror_set not_these);

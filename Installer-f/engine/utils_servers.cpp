@@ -2,34 +2,31 @@
 // unpacking, its reading.
 //
 // Main thread. Writes of stg the fields server_count and server_index; the reading of the list is
-// in utils_servers_list.cpp.
+// in utils_servers_list.cpp, the choice of a mirror in utils_grab_mirrors.cpp.
 
 #include "Installer-f/engine/utils_servers.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <string_view>
 
+#include "Installer-f/engine/utils_grab_mirrors.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_alert.h"
-#include "corekit/base/hl_math.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/files/io_utils.h"
-#include "corekit/files/io_utils_ouf.h"
-#include "corekit/files/xmap.h"
 #include "corekit/net/http.h"
 
 namespace {
 
 constexpr int list_slot = 0;
-constexpr float list_pause = 2.0f;  // frame clock: from a list that leads nowhere to the next try
+// Seconds of the frame clock until the list is fetched again.
+constexpr float list_rest = 0.5f;   // it did not come
+constexpr float list_pause = 2.0f;  // it came, and leads nowhere
 constexpr int manifest_slot = 1;
 // Bytes of the packed manifest: some 1.2 million lines, five times what a table of every release so
 // far could hold.
@@ -75,9 +72,15 @@ void tell_foreign(UTL_text what) {
                  at_foreign_list);
 }
 
+struct manifest_record {
+  int mirror = no_mirror;   // that is being asked,
+  float asked_at = 0;       // and since when, frame clock
+  mirror_set failed = 0;    // those that have failed since all had
+  bool came_wrong = false;  // one of them with something that is no manifest
+} manifest;
+
 int list_beta_flag = 0;     // stg.beta_flag when the list was read
 float list_not_before = 0;  // frame clock
-float manifest_not_before = 0;
 
 // Who wants the test release while there is none has to say so: nothing is fetched in its place
 // that was not asked for. Told once a run.
@@ -99,10 +102,10 @@ void drop_list() {
 void fetch_list() {
   if (xtim.now_sec < list_not_before) return;
   const std::string list = temp_path + "serverlist9.txt";
-  if (fetch(list_slot, product_web_host, "/serverlist9.txt", list, server_list_budget) !=
-      http_done) {
-    return;
-  }
+  const int result =
+      fetch(list_slot, product_web_host, "/serverlist9.txt", list, server_list_budget);
+  if (result == http_failed) list_not_before = xtim.now_sec + list_rest;
+  if (result != http_done) return;
   switch (read_server_list(list)) {
     case list_foreign:
       tell_foreign(is_web_page(list) ? "A web page came in place of the list of servers."
@@ -125,43 +128,36 @@ void fetch_list() {
   }
   list_beta_flag = stg.beta_flag;
   draw_server();
+  mirrors_forget();
+  manifest = {};
   http.drop(manifest_slot);  // whatever runs there came from the list before
 }
 
 // --- manifest ------------------------------------------------------------------------------------
 
-// A whole number from 0 to count - 1, each as likely.
-int uniform_server(int count) {
-  if (count < 1) {
-    MACIBM_fault(at_random_range, "int rand range negative!",
-                 str_format("lo=%1.0f hi=%1.0f", 0.0, count - 1.0));
-    return 0;
-  }
-  return std::rand() % count;
+// The mirror has failed, and the others are asked first. True when none is left: all have failed,
+// and what came was `wrong` from at least one of them.
+bool manifest_failed(bool wrong) {
+  mirror_failed(manifest.mirror, manifest.asked_at);
+  manifest.failed |= mirror_set{1} << manifest.mirror;
+  manifest.came_wrong |= wrong;
+  manifest.mirror = no_mirror;
+  if (!mirrors_are_all(manifest.failed)) return false;
+  const bool is_news = manifest.came_wrong;
+  manifest = {};
+  return is_news;
 }
 
-void fetch_manifest() {
-  if (xtim.now_sec < manifest_not_before) return;
-  const std::string zip = temp_path + "directory.txt.zip";
-  const int server = std::clamp(stg.server_index, 0, stg.server_count - 1);
-  switch (fetch(manifest_slot, server_name[server], server_path[server] + "directory.txt.zip", zip,
-                manifest_budget)) {
-    case http_failed:
-      stg.server_index = uniform_server(stg.server_count);
-      return;
-    case http_done:
-      break;
-    default:
-      return;
-  }
+void take_manifest(const std::string& zip) {
   const int code = place_manifest(zip).code;
   if (code == 0) {
+    mirror_delivered(manifest.mirror);
+    manifest = {};
     set_directory_state(manifest_unpacked);
   } else if (is_web_page(zip)) {
+    manifest_failed(false);
     tell_foreign("A web page came in place of the list of files.");
-    stg.server_index = uniform_server(stg.server_count);
-    manifest_not_before = xtim.now_sec + list_pause;
-  } else {
+  } else if (manifest_failed(true)) {
     __MACIBM_alert(0, "The installer cannot extract a file.",
                    UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                    UTL_translate_string("Compressed File/") + zip,
@@ -171,16 +167,28 @@ void fetch_manifest() {
   remove_temp_file(zip);
 }
 
+void fetch_manifest() {
+  if (manifest.mirror == no_mirror) {
+    manifest.mirror = mirror_to_ask(manifest.failed, true);
+    manifest.asked_at = xtim.now_sec;
+    if (manifest.mirror == no_mirror) return;
+    http.drop(manifest_slot);
+  }
+  const std::string zip = temp_path + "directory.txt.zip";
+  switch (fetch(manifest_slot, server_name[manifest.mirror],
+                server_path[manifest.mirror] + "directory.txt.zip", zip, manifest_budget)) {
+    case http_failed:
+      manifest_failed(false);
+      break;
+    case http_done:
+      take_manifest(zip);
+      break;
+    default:
+      break;
+  }
+}
+
 }  // namespace
-
-int biased_server(float fraction, int count) {
-  const int drawn = static_cast<int>(static_cast<float>(count) * std::pow(fraction, 1.5f));
-  return std::clamp(drawn, 0, std::max(count - 1, 0));
-}
-
-void draw_server() {
-  stg.server_index = biased_server(rand_fraction(), stg.server_count);
-}
 
 void UTL_download_directory() {
   // The options ask for the other release by now, which the list that was read does not lead to.

@@ -3,14 +3,20 @@
 // A list comes over a line that nobody vouches for. What is not of our making is told from what is
 // too new, and an entry that no server can have is left out.
 //
-// Main thread. Writes server_name, server_path, server_desc, install_name and stg.server_count.
+// Main thread. Writes server_name, server_path, server_desc, install_name and stg.server_count;
+// draw_server also stg.server_index.
+
+#include "Installer-f/engine/utils_servers_list.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <string_view>
 
-#include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_math.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
@@ -151,4 +157,22 @@ int read_server_list(const std::string& path) {
     }
   }
   return stg.beta_flag != 0 && beta.empty() && !release.empty() ? list_lacks_beta : list_read;
+}
+
+int biased_server(float fraction, int count) {
+  const int drawn = static_cast<int>(static_cast<float>(count) * std::pow(fraction, 1.5f));
+  return std::clamp(drawn, 0, std::max(count - 1, 0));
+}
+
+int uniform_server(int count) {
+  if (count < 1) {
+    MACIBM_fault(at_random_range, "int rand range negative!",
+                 str_format("lo=%1.0f hi=%1.0f", 0.0, count - 1.0));
+    return 0;
+  }
+  return std::rand() % count;
+}
+
+void draw_server() {
+  stg.server_index = biased_server(rand_fraction(), stg.server_count);
 }

@@ -212,6 +212,7 @@ TEST_F(NetServers, ListThenManifest) {
   // Steps until one more request has been answered and judged.
   const auto one_fetch = [&](int slot) {
     ++expected_requests;
+    xtim.now_sec += 3;  // longer than any rest before the next try
     while (server.requests().size() < expected_requests)
       UTL_download_directory();
     while (http.slot_active(slot))
@@ -227,7 +228,6 @@ TEST_F(NetServers, ListThenManifest) {
   EXPECT_EQ(stg.server_count, -1) << "a list without a mirror has not come";
   UTL_download_directory();
   EXPECT_FALSE(http.slot_active(0)) << "and is not asked for at once";
-  xtim.now_sec += 3;
 
   list = std::string(header) + "FINAL rel\nSERVER one/\np q/\nThe one\n";
   one_fetch(0);
@@ -310,25 +310,74 @@ TEST_F(NetServers, ALogInPageIsAFailedFetch) {
   }
 }
 
-TEST_F(NetServers, AMirrorIsDrawnAmongAllAfterAFailure) {
+// All mirrors fail: each is asked once in a round, without a pause, and the next one is any of the
+// others, as likely; the next round waits until one of them has rested.
+TEST_F(NetServers, AMirrorIsDrawnAmongTheOthersAfterAFailure) {
   stg.server_count = 3;
   for (int i = 0; i < 3; ++i) {
     server_name[i] = "m" + std::to_string(i);
     server_path[i] = "/p/";
   }
   use_proxy_port(closed_port());
-  std::vector<int> drawn(3);
-  for (int tries = 0; tries < 300; ++tries) {
+  const auto step = [] {
     do {
       UTL_download_directory();
     } while (http.slot_active(1));
-    ASSERT_GE(stg.server_index, 0);
-    ASSERT_LT(stg.server_index, 3);
-    ++drawn[static_cast<size_t>(stg.server_index)];
+    return stg.server_index;
+  };
+  int after_the_first[3][3] = {};
+  constexpr int rounds = 300;
+  for (int round = 0; round < rounds; ++round) {
+    const int asked[] = {step(), step(), step()};
+    ASSERT_EQ(1 << asked[0] | 1 << asked[1] | 1 << asked[2], 7) << "each once";
+    ++after_the_first[asked[0]][asked[1]];
+    stg.server_index = (asked[2] + 1) % 3;  // asked at once, as the user's choice
+    xtim.now_sec += 31;
   }
-  // Uniform: 100 each. The bias of the first draw would give 144, 85 and 71.
-  for (const int count : drawn)
-    EXPECT_NEAR(count, 100, 35);
+  for (const auto& row : after_the_first) {
+    for (const int count : row)
+      EXPECT_TRUE(count == 0 || std::abs(count - rounds / 6) < 25) << count;
+  }
+  for (int i = 0; i < 3; ++i)
+    step();
+  UTL_download_directory();
+  EXPECT_FALSE(http.slot_active(1)) << "all of them rest";
+}
+
+// A manifest that is none is its mirror's failure, and the others are asked first.
+TEST_F(NetServers, AWrongManifestIsThatMirrorsFailure) {
+  const struct {
+    const char* label;
+    std::vector<const char*> sent;  // by the mirrors: an archive of nothing, or null for a 404
+    int alerts;
+  } rows[] = {
+      {"alone", {"wrong"}, 1},
+      {"two of them", {"wrong", "wrong"}, 1},
+      {"with one that has none", {"wrong", nullptr}, 1},
+      {"none has any", {nullptr, nullptr}, 0},
+  };
+  for (const auto& row : rows) {
+    stg.server_count = static_cast<int>(row.sent.size());
+    for (int i = 0; i < stg.server_count; ++i) {
+      server_name[i] = "m" + std::to_string(i);
+      server_path[i] = "/";
+    }
+    scripted_server server([&](const std::string& request) {
+      const size_t mirror = static_cast<size_t>(request[12] - '0');
+      return row.sent[mirror] ? whole_answer(row.sent[mirror]) : whole_answer("", "404 Not Found");
+    });
+    use_proxy_port(server.port());
+    xtim.now_sec += 100;
+    const int alerts_before = alerts_shown;
+    testing::internal::CaptureStderr();
+    while (server.requests().size() < row.sent.size() || http.slot_active(1)) {
+      EXPECT_EQ(alerts_shown, alerts_before) << row.label << ": not before the last one";
+      UTL_download_directory();
+    }
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(alerts_shown - alerts_before, row.alerts) << row.label;
+    EXPECT_EQ(stg.directory_state, manifest_none);
+  }
 }
 
 }  // namespace
