@@ -141,7 +141,7 @@ bool probe_fetch(const std::string& port, const std::string& list, const std::st
       }
     }
     over = waiting == 0;
-    http.wait(waiting, 1000);
+    if (!over) http.wait(waiting, 1000);
   }
   std::printf("%.6f %d\n", watch.seconds(), count);
   return failed == 0 && count > 0;
