@@ -199,6 +199,7 @@ void start_tree() {
   bld.bytes_use = 0;
   bld.newest = 0;
   clear_faults();
+  builder_clear_warnings();
   start_comp();
 }
 

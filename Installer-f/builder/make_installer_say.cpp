@@ -106,6 +106,10 @@ int builder_warnings() {
   return warnings;
 }
 
+void builder_clear_warnings() {
+  warnings = 0;
+}
+
 void builder_alert(const std::string& line_1, const std::string& line_2, const std::string& line_3,
                    const std::string& line_4, alert_source source) {
   builder_progress_end();

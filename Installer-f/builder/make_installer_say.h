@@ -19,7 +19,8 @@ std::string builder_rate(int64_t done_bytes, int64_t all_bytes, double seconds);
 // A line for the log and for standard error: a notice, or with "WARNING: " before it.
 void builder_notice(const std::string& line);
 void builder_warning(const std::string& line);
-int builder_warnings();  // how many there have been
+int builder_warnings();         // how many there have been
+void builder_clear_warnings();  // a new tree
 
 // A text as the English language file has it. Texts that come in pieces are given piece by piece.
 std::string builder_text(const std::string& text);

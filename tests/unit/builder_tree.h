@@ -44,6 +44,7 @@ class builder_test : public testing::Test {
     put("All/Resources/text/English/Skyvane.txt", state_abc);
 
     g_case_sensitive = 0;
+    bld = {};
     bld.src_fold = base + "src/";
     bld.dst_fold_base = base + "out/";
     bld.old_dir_path.clear();
@@ -80,7 +81,20 @@ class builder_test : public testing::Test {
   }
 
   // A build ends the process or leaves found places behind, so each runs in one of its own.
-  [[noreturn]] static void build_and_leave() { std::_Exit(sub_install()); }
+  [[noreturn]] static void build_and_leave() {
+    const int status = sub_install();
+    std::fflush(nullptr);
+    std::_Exit(status);
+  }
+  // Builds with standard error in a file, and returns that.
+  std::string said_by_build(int status) const {
+    const auto build_aside = [this] {
+      if (!freopen((base + "said").c_str(), "w", stderr)) std::_Exit(99);
+      build_and_leave();
+    };
+    EXPECT_EXIT(build_aside(), testing::ExitedWithCode(status), "");
+    return content_of(base + "said");
+  }
   // Builds, and returns the manifest's text.
   std::string build() const {
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(0), "");
@@ -96,6 +110,8 @@ class builder_test : public testing::Test {
     struct stat unused;
     return lstat((base + path).c_str(), &unused) == 0;
   }
+
+  bool nothing_left() const { return std::filesystem::is_empty(base + "out"); }
 
   // Text as a pattern that matches it alone.
   static std::string literally(const std::string& text) {

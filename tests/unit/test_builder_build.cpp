@@ -1,13 +1,17 @@
 // What a build leaves on the discs and in the manifest.
 
+#include <fcntl.h>
 #include <sys/resource.h>
 
 #include <csignal>
 #include <map>
+#include <thread>
 
 #include "Installer-f/builder/make_installer_places.h"
+#include "Installer-f/builder/make_installer_reuse.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "tests/unit/builder_tree.h"
+#include "tests/unit/test_archive_util.h"
 
 namespace {
 
@@ -139,12 +143,25 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), one.text);
     EXPECT_FALSE(is_there("out/disk_0"));
   }
-  for (const char* const unreadable : {"no such file.txt", "src/"}) {
-    bld.old_dir_path = base + unreadable;
+  // Nor is anything else taken for a manifest, which would start the history over.
+  put_at(base + "prose.txt", "I\n900 version\nSERVERS\n");
+  put_at(base + "empty.txt", "");
+  put_at(base + "cut.zip", "PK\3\4 and so on");
+  file_to_zip(base + "prose.txt", base + "prose.zip");
+  for (const char* const other :
+       {"no such file.txt", "src/", "prose.txt", "empty.txt", "cut.zip", "prose.zip"}) {
+    bld.old_dir_path = base + other;
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
-                "I could not read the old directory!")
-        << unreadable;
+                "I could not read the old directory!.*--previous=none")
+        << other;
+    EXPECT_TRUE(nothing_left()) << other;
   }
+  // A zip of one is read.
+  put_previous("DIR All/Weapons/\n" + line(90000, "old.wpn"));
+  file_to_zip(bld.old_dir_path, base + "previous.zip");
+  bld.old_dir_path = base + "previous.zip";
+  EXPECT_NE(build().find("GONE old.wpn"), std::string::npos);
+  clear_output();
   // Only the base product carries the history on.
   put_previous("DIR All/Weapons/\n" + line(90000, "old.wpn"));
   bld.fog_fals = install_earth;
@@ -198,10 +215,152 @@ TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
     }
     EXPECT_TRUE(is_there("out/disk_0/dvd_version.txt"));
   }
+  // A large one is packed first of all, and put on the disc that its turn is on.
+  put("All/Weapons/d2", std::string(17000000, 'x'));
+  bld.disc_limit_kb = 12;
+  clear_output();
+  build_and_read();
+  EXPECT_TRUE(is_there("out/disk_1/Test 9/All/Weapons/d2.zip"));
+  EXPECT_FALSE(is_there("out/disk_0/Test 9/All/Weapons/d2.zip"));
   // Four discs are more than there are folders for.
   bld.disc_limit_kb = 5;
   clear_output();
-  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "I could not zip a file!");
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
+              "I could not zip a file!.*3 discs of 0 MB are full.*Raise --disk_kb");
+  EXPECT_TRUE(nothing_left());
+}
+
+// --- the same tree, the same master -------------------------------------------------------------
+class BuilderAgain : public BuilderBuild {
+ protected:
+  void SetUp() override {
+    BuilderBuild::SetUp();
+    for (int i = 1; i < 40; ++i)
+      put(gun(i), std::string(static_cast<size_t>(3000 * i), 'g'));
+    put("All/Weapons/ready", state_a);
+    put("All/Weapons/ready.7z", "made by hand");
+    link("All/Weapons/link", "gun 1");
+    // A record does not trust what has just been written.
+    for (const auto& one : std::filesystem::recursive_directory_iterator(base + "src"))
+      if (one.is_regular_file() && !one.is_symlink()) set_age(one.path(), 60);
+  }
+  static std::string gun(int number) { return "All/Weapons/gun " + std::to_string(number); }
+  static void set_age(const std::filesystem::path& path, int minutes) {
+    constexpr time_t from = 1709618828;  // 5 March 2024
+    const timespec times[2] = {{from - 60 * minutes, 5}, {from - 60 * minutes, 5}};
+    EXPECT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  }
+  void put_aged(const std::string& path, const std::string& bytes, int minutes) const {
+    put(path, bytes);
+    set_age(base + "src/" + path, minutes);
+  }
+  // The output as it stands now, moved out of the way: every file with its bytes.
+  std::map<std::string, std::string> set_aside(const std::string& name) const {
+    std::map<std::string, std::string> files;
+    for (const auto& one : std::filesystem::recursive_directory_iterator(base + "out"))
+      if (one.is_regular_file())
+        files[one.path().lexically_relative(base + "out")] = content_of(one.path());
+    std::filesystem::remove_all(base + name);
+    std::filesystem::rename(base + "out", base + name);
+    clear_output();
+    return files;
+  }
+  // How many archives of "last" a build takes over, and what it makes.
+  std::map<std::string, std::string> rebuild(int* taken_over) const {
+    bld.reuse_fold = base + "last/";
+    EXPECT_EQ(load_reuse(), "");
+    build();
+    bld.reuse_fold.clear();
+    *taken_over = 0;
+    for (const auto& one : std::filesystem::recursive_directory_iterator(base + "out"))
+      if (one.path().extension() == ".zip" && one.hard_link_count() > 1) ++*taken_over;
+    return set_aside("rebuilt");
+  }
+};
+
+TEST_F(BuilderAgain, OnAnyNumberOfThreadsAndAtAnyTime) {
+  bld.threads = 1;
+  build();
+  const auto first = set_aside("first");
+  bld.threads = 7;
+  const auto by_another = [] {
+    umask(077);
+    build_and_leave();
+  };
+  EXPECT_EXIT(by_another(), testing::ExitedWithCode(0), "");
+  EXPECT_EQ(set_aside("second"), first);
+
+  bld.source_date = 1000000000;  // 9 September 2001
+  build();
+  for (const char* const zip : {"directory.txt", "All/Weapons/gun 2"}) {
+    const std::string archive = base + "out/disk_0/Test 9/" + zip + ".zip";
+    EXPECT_NE(run("unzip -Z -T -s '" + archive + "'").find(" 20010909."), std::string::npos) << zip;
+  }
+}
+
+TEST_F(BuilderAgain, ArchivesAreTakenOver) {
+  build();
+  set_aside("last");
+  const std::string old_archives = base + "last/disk_0/Test 9/";
+  put_aged(gun(3), std::string(9000, 'h'), 50);   // other bytes
+  set_age(base + "src/" + gun(4), 50);            // another date alone
+  chmod((base + "src/" + gun(5)).c_str(), 0755);  // another mode
+  std::filesystem::remove(old_archives + gun(6) + ".zip");
+  std::filesystem::resize_file(old_archives + gun(7) + ".zip", 50);
+  drop(gun(39));
+  put_aged("All/Weapons/new", state_a, 50);
+  build();
+  const auto anew = set_aside("anew");
+  int taken_over = 0;
+  EXPECT_EQ(rebuild(&taken_over), anew);
+  EXPECT_EQ(taken_over, 35);  // of 39 and the tree's two texts
+
+  // Bytes that change behind an unchanged date and size, here and there: only a hash tells.
+  put_aged(gun(8), std::string(24000, 'h'), 60);
+  const std::string spoilt = old_archives + gun(9) + ".zip";
+  std::string bytes = content_of(spoilt);
+  bytes[bytes.size() / 2] ^= 1;
+  put_at(spoilt, bytes);
+  build();
+  const auto right = set_aside("anew");
+  EXPECT_NE(rebuild(&taken_over), right);
+  bld.verify_reuse = true;
+  EXPECT_EQ(rebuild(&taken_over), right);
+  EXPECT_EQ(taken_over, 33);
+
+  // A record that is damaged here and there costs time and nothing else.
+  std::string record = content_of(base + "last/build_record.txt");
+  for (size_t at = record.find("\nFILE"); at < record.size(); at += 101)
+    record[at] = ' ';
+  put_at(base + "last/build_record.txt", record);
+  EXPECT_EQ(rebuild(&taken_over), right);
+  EXPECT_LT(taken_over, 20);
+}
+
+// What was written a moment ago may be written once more within the same tick of the clock.
+TEST_F(BuilderAgain, WhatIsFreshIsNotTrusted) {
+  put("All/Weapons/fresh", state_a);
+  build();
+  EXPECT_EQ(content_of(base + "out/build_record.txt").find("fresh"), std::string::npos);
+}
+
+// Nothing is left of a master that was given up while it was being made.
+TEST_F(BuilderAgain, SignalsEndABuild) {
+  for (int i = 0; i < 400; ++i)
+    put("All/Output/" + std::to_string(i), std::string(300000, static_cast<char>('a' + i % 20)));
+  for (const int number : {SIGINT, SIGTERM}) {
+    const auto build_and_be_ended = [this, number] {
+      std::thread([this, number] {
+        while (!is_there("out/disk_0/Test 9/All/Output/5.zip"))
+          usleep(200);
+        kill(getpid(), number);
+      }).detach();
+      build_and_leave();
+    };
+    EXPECT_EXIT(build_and_be_ended(), testing::ExitedWithCode(128 + number),
+                "Ended by a signal: no part of a master is left");
+    EXPECT_TRUE(nothing_left());
+  }
 }
 
 // A volume that fills up while the manifest is written: half a manifest may not look like a whole.
@@ -216,7 +375,7 @@ TEST_F(BuilderBuild, FullVolumeIsNoticed) {
   };
   EXPECT_EXIT(build_in_little_room(), testing::ExitedWithCode(1),
               "I could not write all of this file!");
-  EXPECT_FALSE(is_there("out/disk_0/Test 9/directory.txt.zip"));
+  EXPECT_TRUE(nothing_left());
 }
 
 // --- warnings -----------------------------------------------------------------------------------
@@ -240,8 +399,9 @@ TEST_F(BuilderBuild, FilesThatMeetWhenInstalledOrOnlyMoved) {
     testing::internal::CaptureStderr();
     note_installed_places();
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said.find("WARNING: two files") != std::string::npos, row.meet)
-        << row.first << ", " << row.second << ": " << said;
+    const std::string both = std::string(": ") + row.first + " and " + row.second + "\n";
+    EXPECT_EQ(said.find("WARNING: two files") != std::string::npos, row.meet) << both << said;
+    EXPECT_EQ(said.find(both) != std::string::npos, row.meet) << both << said;
   }
   put_previous(std::string("DIR All/Weapons/\nFILE 0 0 90000 1 1 ") + sig_a + " Gun.wpn\n");
   put("All/Weapons/gun.wpn", state_a);

@@ -1,5 +1,9 @@
 // The builder's flags, and the server list.
 
+#include <sys/resource.h>
+
+#include <csignal>
+
 #include "Installer-f/builder/make_installer_cmdline.h"
 #include "Installer-f/builder/make_installer_servers.h"
 #include "corekit/base/UTL_cmdline.h"
@@ -58,6 +62,10 @@ TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
            row{"--output=a:b", "holds a \":\""},
            row{"--output=out/../src/All", "The output folder lies within the source tree: "},
            row{"--previous=", "--previous needs a path"},
+           row{"--relese=5", "There is no flag \"--relese\""},
+           row{"extra", "There is no flag \"extra\""},
+           row{"--threads=0", "--threads needs a whole number from 1 to 256"},
+           row{"--reuse=src", "--reuse needs the output folder of a build"},
            row{"--write_server_list", "--write_server_list needs a path"},
            row{"--write_server_list=list.txt", "A server list needs at least one mirror"},
        }) {
@@ -96,6 +104,37 @@ TEST_F(BuilderCmdline, PreviousManifest) {
   expect(0, {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=no"},
          "The previous manifest is not used");
   expect(1, build_flags("--disk_kb=100"), "Could not make the dst_folder!");
+}
+
+TEST_F(BuilderCmdline, ChecksAndSumsUp) {
+  std::vector<std::string> flags = build_flags("--check");
+  flags.emplace_back("--json");
+  const auto run_to_file = [&] {
+    ASSERT_NE(freopen((base + "said.json").c_str(), "w", stdout), nullptr);
+    run_and_leave(flags);
+  };
+  const auto summary = [&](int status, const std::string& said) {
+    EXPECT_EXIT(run_to_file(), testing::ExitedWithCode(status), said);
+    EXPECT_TRUE(nothing_left());
+    return content_of(base + "said.json");
+  };
+  const std::string rest =
+      ", \"packed\": 0, \"taken_over\": 0, \"gone\": 0, \"archive_bytes\": 0, "
+      "\"discs\": 0, \"faults\": ";
+  const std::string head = "\"name\": \"Skyvane 9\", \"output\": \"" + base +
+                           "out/\", \"release\": 91001, \"type\": 0, \"files_seen\": ";
+  EXPECT_EQ(summary(0, "Nothing is wrong, and nothing was written."),
+            "{\"result\": \"checked\", \"status\": 0, " + head + "2, \"files\": 2, \"bytes\": 6" +
+                rest + "0, \"warnings\": 0}\n");
+  put("All/Weapons/a:b", state_a);
+  EXPECT_EQ(summary(1, "1 fault: "), "{\"result\": \"failed\", \"status\": 1, " + head +
+                                         "3, \"files\": 3, \"bytes\": 7" + rest +
+                                         "1, \"warnings\": 0}\n");
+  flags.emplace_back("--name=\"");
+  flags.emplace_back("--release=0");
+  EXPECT_EQ(summary(2, "--release needs"),
+            "{\"result\": \"flags\", \"status\": 2, \"why\": \"--release needs a whole number from "
+            "1 to 2147483647, not \\\"0\\\".\"}\n");
 }
 
 // --- the server list ----------------------------------------------------------------------------
@@ -142,7 +181,14 @@ TEST_F(BuilderCmdline, ServerListWithABuild) {
   expect(0, both, "");
   EXPECT_TRUE(is_there("out/serverlist9.txt"));
   EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));
-  expect(1, {"--write_server_list=/dev/full", "--mirrors=a"}, "I could not save the file!");
+  const auto in_little_room = [] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{500, 500};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    run_and_leave({"--write_server_list=list.txt", "--mirrors=a/" + std::string(600, 'p')});
+  };
+  EXPECT_EXIT(in_little_room(), testing::ExitedWithCode(1),
+              "The server list could not be written whole");
 }
 
 }  // namespace

@@ -8,78 +8,157 @@ namespace {
 
 class BuilderScan : public builder_test {};
 
-// --- refusals -----------------------------------------------------------------------------------
+// --- faults -------------------------------------------------------------------------------------
+// What is said, the plain line with it, and that nothing has been written.
 TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
   struct refusal {
     const char* label;
     std::function<void()> damage;
-    std::string text;
+    std::string said, plain;
   };
-  const std::string missing = "YOU IDIOT! !found_";
+  const std::string missing = "YOU IDIOT! !found_", idiot = "YOU IDIOT! ";
   const auto with = [this](const char* path) { return [this, path] { put(path, state_a); }; };
   const auto without = [this](const char* path) { return [this, path] { drop(path); }; };
+  const auto type = [](int number) { return [number] { bld.fog_fals = number; }; };
   const refusal refusals[] = {
       {"empty folder with a blank at its end",
        [this] { std::filesystem::create_directories(base + "src/All/Weapons/guns "); },
-       "YOU IDIOT! You tried to include a file or directory with a space at the end!"},
-      {"colon", with("All/Weapons/a:b.wpn"), "YOU IDIOT! found a  : in the path!"},
-      {"backslash", with("All/Weapons/a\\b.wpn"), "YOU IDIOT! found a \\ in the path!"},
-      {"line feed", with("All/Weapons/a\nFILE.wpn"), "found a LINE END in the path!"},
-      {"blank before a file's name", with("All/Weapons/ a.wpn"), "with a space at the start!"},
-      {"copy that the filter would drop", with("All/Aircraft/a copy.bak"), "found a copy file!"},
-      {"folder called a copy", with("All/Aircraft/photocopy/a.acf"), "found a copy file!"},
-      {"source code inside a name", with("All/Weapons/gun.cpp.txt"), "found a .cpp file!"},
+       idiot + "You tried to include a file or directory with a space at the end!",
+       "src/All/Weapons/guns /: other platforms cannot"},
+      {"colon", with("All/Weapons/a:b.wpn"), idiot + "found a  : in the path!",
+       "All/Weapons/a:b.wpn: these characters part folders"},
+      {"backslash", with("All/Weapons/a\\b/c.wpn"), idiot + "found a \\ in the path!",
+       "All/Weapons/a\\b: these characters part folders"},
+      {"line feed", with("All/Weapons/a\nFILE.wpn"), "found a LINE END in the path!",
+       "a?FILE.wpn: it would make two lines"},
+      {"blank before a file's name", with("All/Weapons/ a.wpn"), "with a space at the start!",
+       "/ a.wpn: whoever reads the manifest skips"},
+      {"copy that the filter would drop", with("All/Aircraft/a copy.bak"), "found a copy file!",
+       "a copy.bak: nothing with \"copy\" in its path ships"},
+      {"folder called a copy", with("All/Aircraft/photocopy/a.acf"), "found a copy file!",
+       "All/Aircraft/photocopy: nothing"},
+      {"source code inside a name", with("All/Weapons/gun.cpp.txt"), "found a .cpp file!",
+       "gun.cpp.txt: source code never ships"},
       {"file in All", with("All/readme.txt"),
-       "I FOUND A FILE INSIDE THE 'ALL' FOLDER! WE SHOULD ONLY HAVE FOLDERS THERE!"},
+       "I FOUND A FILE INSIDE THE 'ALL' FOLDER! WE SHOULD ONLY HAVE FOLDERS THERE!",
+       "All/readme.txt: All/ holds folders only"},
       {"unknown folder in All", with("All/Movies/a.txt"),
-       "What the hell is THIS doing in here!?!?!? Movies/"},
-      {"unknown platform", with("Amiga/a.txt"),
-       "WHAT THE FUCK? I CAN'T TELL WHAT TYPE OF FILE THIS IS!"},
+       "What the hell is THIS doing in here!?!?!? Movies/", "All/Movies/: All/ may hold Aircraft,"},
+      {"unknown platform", with("Amiga/a/b.txt"),
+       "WHAT THE FUCK? I CAN'T TELL WHAT TYPE OF FILE THIS IS!", "src/Amiga: what ships lies in"},
       {"preferences", with("All/Resources/preferences/joystick.txt"),
-       "YOU IGNORANT SLUT! I found this preferences file!"},
-      {"sibling's file", with("All/Resources/bitmaps/sibling/cockpit_com.png"), " found_com_file"},
+       "YOU IGNORANT SLUT! I found this preferences file!",
+       "joystick.txt: a user's preferences never ship"},
+      {"sibling's file", with("All/Resources/bitmaps/sibling/cockpit_com.png"), " found_com_file",
+       "belongs to another product"},
       {"Windows program that is none", with("Windows/Skyvane.exe"),
-       "Oops! We could not make a windows exe file large-address-aware!"},
+       "Oops! We could not make a windows exe file large-address-aware! error# 8.000000",
+       "it has no header of a Windows program. Replace it"},
       {"link that is cut when read", [this] { link("All/Weapons/far", std::string(499, '/')); },
-       "found a link that goes on and on!"},
+       "found a link that goes on and on!", "All/Weapons/far: a link may say at most 498"},
+      {"path that is too long",
+       [this] {
+         const std::string deep = "All/Weapons/" + std::string(250, 'd') + "/";
+         put(deep + std::string(497 - base.size() - 4 - deep.size(), 'f'), state_a);
+       },
+       "String too long!", "that of its archive, "},
       {"archive's place taken by a folder",
        [this] {
          put("All/Weapons/gun.wpn", state_a);
          put("All/Weapons/gun.wpn.zip/inner.wpn", state_a);
        },
-       "I could not zip a file!"},
-      {"no All", without("All"), missing + "all_fold"},
-      {"no Resources", without("All/Resources"), missing + "res_fold"},
+       "I could not zip a file!", "gun.wpn: its archive would lie where the folder"},
+      {"file that no zip can hold",
+       [this] {
+         put("All/Weapons/big.wpn", state_a);
+         std::filesystem::resize_file(base + "src/All/Weapons/big.wpn", uint64_t{1} << 32);
+       },
+       "I could not zip a file!", "big.wpn: a zip archive holds less than 4 GB"},
+      {"no All", without("All"), missing + "all_fold", "All/: the tree must have this folder"},
+      {"no Resources", without("All/Resources"), missing + "res_fold", "Put it there."},
+      {"no menus", without("All/Resources/menus"), missing + "men_file",
+       "Skyvane.txt: the tree must have this file, spelled so"},
       {"All is a link",
        [this] {
          std::filesystem::rename(base + "src/All", base + "All elsewhere");
          link("All", base + "All elsewhere");
        },
-       missing + "all_fold"},
+       missing + "all_fold", ""},
       {"no red terrain for Earth",
        [this] {
          drop("All/Resources/default scenery/900 red terrain");
          bld.fog_fals = install_earth;
        },
-       missing + "redt\t "},
-      {"disc 2 exists", [this] { mkdir((base + "out/disk_2").c_str(), 0755); },
-       "Could not make the dst_folder!"},
-      {"output root cannot be made",
+       missing + "redt\t ", ""},
+      {"no Earth", type(install_earth), "There is no Earth scenery in this tree!",
+       "--type=1 builds Earth scenery, and no file of it is there"},
+      {"no Moon", type(install_moon), "There is no Moon scenery in this tree!",
+       "All/Custom Scenery/DSF 900 Moon World-Wide.../: "},
+      {"unknown install type", type(4), "I can not tell what type of install this is!", ""},
+      {"ready archives for more discs than there are",
        [this] {
-         rmdir((base + "out").c_str());
-         put_at(base + "out", "a file");
+         for (const char* const name : {"a", "b", "c", "d"}) {
+           put(std::string("All/Weapons/") + name, state_a);
+           put(std::string("All/Weapons/") + name + ".7z", std::string(6000, '7'));
+         }
+         bld.disc_limit_kb = 5;
        },
-       "Could not make the dst_folder!"},
-      {"unknown install type", [] { bld.fog_fals = 4; },
-       "I can not tell what type of install this is!"},
+       "This tree needs more discs than there can be!", "fill 4 discs of 0 MB, and a master has 3"},
   };
   for (const refusal& row : refusals) {
     SCOPED_TRACE(row.label);
     TearDown();
     SetUp();
     row.damage();
-    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), literally(row.text));
+    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
+                literally(row.said) + ".*" + literally(row.plain));
+    EXPECT_TRUE(nothing_left());
   }
+}
+
+TEST_F(BuilderScan, OutputFoldersThatAreTaken) {
+  for (const char* const taken : {"out/disk_2/", "out/disk_0"}) {
+    clear_output();
+    put_at(base + taken + "x", "mine");
+    if (!std::string(taken).ends_with('/'))
+      std::filesystem::rename(base + taken + "x", base + taken);
+    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
+                "Could not make the dst_folder! THIS MAY SIMPLY BE BECAUSE THE FOLDER ALREADY "
+                "EXISTS THOUGH!.*no master is built over another. Remove it");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(base + "out"), {}), 1);
+  }
+  std::filesystem::remove_all(base + "out");
+  put_at(base + "out", "a file");
+  EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "Could not make the dst_folder!");
+  EXPECT_EQ(content_of(base + "out"), "a file");
+}
+
+// All at once: some of each kind, no more than can be read, and how many there are.
+TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
+  for (int i = 0; i < 300; ++i)
+    put("All/Weapons/gun " + std::to_string(1000 + i) + " copy.wpn", state_a);
+  for (int i = 0; i < 30; ++i)
+    put("All/Output/copy/" + std::to_string(i) + ".txt", state_a);  // one to be mended
+  for (int i = 0; i < 60; ++i)
+    put("All/Aircraft/" + std::to_string(i) + ".cpp", state_a);
+  put("All/Movies/a.txt", state_a);
+  drop("All/Airfoils");
+  put_previous("DIR All/W/\nFILE 0 0 91001 1 1 " + std::string(sig_a) + " x\n");
+  bld.check_only = true;
+  const std::string said = said_by_build(1);
+  EXPECT_NE(
+      said.find("364 faults, of which 49 are shown; the log has all of them: copy 301, source "
+                "code 60, foreign folder in All/ 1, place missing 1, release built before 1."),
+      std::string::npos)
+      << said;
+  size_t plain = 0;
+  for (size_t at = said.find("\n  /"); at != said.npos; at = said.find("\n  /", at + 1))
+    ++plain;
+  EXPECT_EQ(plain, 49u);
+  for (const char* const one : {"/Movies/: All/ may", "Airfoils/: the tree must", "by --release=N.",
+                                "/All/Output/copy: nothing", "/All/Aircraft/0.cpp: source"})
+    EXPECT_NE(said.find(one), std::string::npos) << one;
+  EXPECT_TRUE(nothing_left());
 }
 
 // Each of these is a step away from a refusal or a filter.
