@@ -110,4 +110,26 @@ grep -aoE '^  /.*: (nothing with|source code|these characters|a path may|other p
 while IFS= read -r place; do rm -rf "$place"; done <"$SCRATCH/places"
 build --check
 want_status 0
+
+# --- ended by the maker -------------------------------------------------------------------------
+# On a terminal the line of progress is rewritten, and "q" ends the build; elsewhere a signal does.
+wait_for_master() { until [ -d "$MASTERS/disk_0" ]; do sleep 0.02; done; }
+command="'$(program skyvane-demo-installer)' --build_master --type=0 --name=X --source='$TREE' \
+  --output='$MASTERS' --previous=none --threads=1"
+STATUS=0
+(wait_for_master; sleep 0.3; printf q) | timeout 100 script -qec "$command" /dev/null >"$OUT" || STATUS=$?
+want_status 1
+want_text "You hit Q dumbass!"
+grep -qaP '\rreg: 0: total files to compress: \d+\. now doing: \d+\. \d+ of \d+ MB' "$OUT" || fail "no progress"
+nothing_left
+for signal in INT TERM; do
+  bash -c "exec $command" >"$OUT" 2>&1 </dev/null &
+  wait_for_master
+  kill -"$signal" $!
+  STATUS=0
+  wait $! || STATUS=$?
+  want_status $((128 + $(kill -l "$signal")))
+  want_text "Ended by a signal: no part of a master is left."
+  nothing_left
+done
 echo "$files real files, $(wc -l <"$SCRATCH/places") faults"
