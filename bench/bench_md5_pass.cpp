@@ -59,12 +59,12 @@ std::string digest_of_findings() {
   MD5_state state;
   MD5Init(state);
   for (const file_history_struct& history : sim_info) {
-    const std::string_view sig = history.current().sig_have;
+    const std::string sig = history.current().sig_have.text();
     MD5UpdateWide(state, sig.data(), static_cast<uint32_t>(sig.size()));
   }
   uint8_t digest[16];
   MD5Final(digest, state);
-  return MD5_text(state.chain);
+  return file_sig(digest).text();
 }
 
 }  // namespace

@@ -28,6 +28,7 @@
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/net/http.h"
 
@@ -75,7 +76,7 @@ bool probe_decide(const std::string& manifest) {
 }
 
 bool unpack_one(gate_class& gate, const file_version_struct& file, const std::string& from) {
-  const std::string_view leaf = file.path.substr(file.path.rfind('/') + 1);
+  const std::string_view leaf = path_leaf(file.path);
   const std::string archive = from + std::string(leaf) + ".zip";
   const io_handle opened(open(archive.c_str(), O_RDONLY | O_CLOEXEC));
   const place_order order{leaf, file.sig_want, place_budget(file.raw_kb)};
@@ -85,17 +86,19 @@ bool unpack_one(gate_class& gate, const file_version_struct& file, const std::st
 
 bool probe_unpack(const std::string& manifest, const std::string& from, const std::string& to) {
   if (read_directory(manifest, "") != 3) return false;
-  std::erase_if(sim_info, [&from](const file_history_struct& history) {
-    const std::string_view path = history.current().path;
-    return access((from + std::string(path.substr(path.rfind('/') + 1)) + ".zip").c_str(), F_OK);
-  });
+  std::vector<const file_version_struct*> files;
+  for (const file_history_struct& history : sim_info) {
+    const file_version_struct& file = history.current();
+    const std::string archive = from + std::string(path_leaf(file.path)) + ".zip";
+    if (access(archive.c_str(), F_OK) == 0) files.push_back(&file);
+  }
   const stopwatch watch;
   gate_class gate;
   if (gate.open(to) != 0) return false;
   std::atomic<size_t> next = 0, failed = 0;
   const auto unpack = [&] {
-    for (size_t i = next++; i < sim_info.size(); i = next++)
-      failed += !unpack_one(gate, sim_info[i].current(), from);
+    for (size_t i = next++; i < files.size(); i = next++)
+      failed += !unpack_one(gate, *files[i], from);
   };
   std::vector<std::thread> others;
   for (int i = 1; i < PLT_processor_count(); ++i)
@@ -103,8 +106,8 @@ bool probe_unpack(const std::string& manifest, const std::string& from, const st
   unpack();
   for (std::thread& each : others)
     each.join();
-  std::printf("%.6f %zu\n", watch.seconds(), sim_info.size());
-  return failed == 0 && !sim_info.empty();
+  std::printf("%.6f %zu\n", watch.seconds(), files.size());
+  return failed == 0 && !files.empty();
 }
 
 bool probe_fetch(const std::string& port, const std::string& list, const std::string& to) {

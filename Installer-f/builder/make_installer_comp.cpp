@@ -32,7 +32,8 @@ void break_disc() {
 
 void comp_file(const source_file& file, const pack_outcome& outcome) {
   const std::string path = source_path(file);
-  if (outcome.sig == sig_none) builder_alert("Could not MD5 file!", path, "", "", at_build_md5);
+  if (outcome.sig == sig_none.text())
+    builder_alert("Could not MD5 file!", path, "", "", at_build_md5);
   note_archive_kind(file.relative, outcome.suffix == "7z");
   const float zip_kb = size_kb(outcome.archive_bytes);
   bld.zip_size_dvd += zip_kb;

@@ -136,7 +136,8 @@ void write_file_line(int os, int version, float zip_kb, float raw_kb, std::strin
 }
 
 void write_old_version(const file_version_struct& old) {
-  write_file_line(old.os, old.version, old.zip_kb, old.raw_kb, old.sig_want, path_leaf(old.path));
+  write_file_line(old.os, old.version, old.zip_kb, old.raw_kb, old.sig_want.text(),
+                  path_leaf(old.path));
 }
 
 // What older releases shipped of this file. The state that ships now is left out here, as it
@@ -148,7 +149,7 @@ void write_history(const std::string& relative, int os, std::string_view sig) {
   if (found == sim_info_index.end()) return;
   file_history_struct& history = sim_info[static_cast<size_t>(found->second)];
   for (const file_version_struct& old : history.versions)
-    if (old.sig_want != sig && old.sig_want != sig_gone) write_old_version(old);
+    if (old.sig_want != file_sig(sig) && old.sig_want != sig_gone) write_old_version(old);
   history.not_seen = 0;
 }
 
@@ -194,7 +195,7 @@ void write_deleted_files() {
     for (const file_version_struct& old : history.versions)
       write_old_version(old);
     if (last.sig_want != sig_gone) {
-      write_file_line(last.os, bld.release_version, 0, 0, sig_gone, path_leaf(last.path));
+      write_file_line(last.os, bld.release_version, 0, 0, sig_gone.text(), path_leaf(last.path));
       ++bld.num_files_gone;
     }
     warn_if_still_shipped(last.path, last.os);

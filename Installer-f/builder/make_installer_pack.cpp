@@ -57,7 +57,7 @@ enum pack_failure { pack_fine, cannot_link, cannot_zip, cannot_measure };
 std::string sig_text_of(MD5_state& state) {
   uint8_t digest[16];
   MD5Final(digest, state);
-  return MD5_text(state.chain);
+  return file_sig(digest).text();
 }
 
 void look_at_bytes(void* with, const void* bytes, size_t size) {
@@ -160,7 +160,7 @@ void pack_task::link_by_hand() {
   if (lstat(target.c_str(), &info) != 0) return fail(cannot_measure, errno);
   outcome.archive_bytes = info.st_size;
   // A word in place of what cannot be computed keeps the manifest's fields in their places.
-  if (outcome.sig.empty() && calc_file_md5(source, outcome.sig) != 0) outcome.sig = sig_none;
+  if (outcome.sig.empty() && calc_file_md5(source, outcome.sig) != 0) outcome.sig = sig_none.text();
   bytes_read.fetch_add(file.bytes, std::memory_order_relaxed);
 }
 

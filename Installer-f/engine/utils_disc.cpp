@@ -160,10 +160,14 @@ dvd_unpack_task::dvd_unpack_task(int32_t index, std::shared_ptr<gate_class> copy
       temp_(std::move(temp)),
       record_(&sim_info[index].current()) {
   suffix = suffix_for_file(index);
-  source.append(dvd_path).append(install_name).append("/").append(record_->path).append(suffix);
+  source.append(dvd_path)
+      .append(install_name)
+      .append("/")
+      .append(record_->path.view())
+      .append(suffix);
   // The suffix keeps its dot behind that of the format, as the name always had it.
   temp_file.append(temp_path)
-      .append(record_->sig_want)
+      .append(record_->sig_want.text())
       .append(str_format("_%d.%s", file_index, suffix.c_str()));
   base_ = dest_dir_path.size();
   dest_file = record_->sig_have == sig_none ? install_location(record_->path)

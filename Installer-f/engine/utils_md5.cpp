@@ -98,18 +98,6 @@ void MD5_store(uint8_t (&digest)[16], const uint32_t (&chain)[4]) {
     store_le32(digest + 4 * i, chain[i]);
 }
 
-std::string MD5_text(const uint32_t (&chain)[4]) {
-  constexpr char digits[] = "0123456789abcdef";
-  uint8_t digest[16];
-  MD5_store(digest, chain);
-  std::string text;
-  for (const uint8_t byte : digest) {
-    text += digits[byte >> 4];
-    text += digits[byte & 15];
-  }
-  return text;
-}
-
 void MD5Init(MD5_state& state) {
   std::copy_n(MD5_start_chain, 4, state.chain);
   state.byte_count = 0;

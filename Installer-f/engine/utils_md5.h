@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 struct MD5_state {
   uint32_t chain[4];    // the running digest: A, B, C, D
@@ -34,6 +33,3 @@ size_t MD5_pad(uint8_t* end, uint64_t byte_count);
 
 // The finished chain as the digest's bytes.
 void MD5_store(uint8_t (&digest)[16], const uint32_t (&chain)[4]);
-
-// The finished chain as 32 lowercase hexadecimal digits.
-std::string MD5_text(const uint32_t (&chain)[4]);

@@ -6,6 +6,8 @@
 
 #include <immintrin.h>
 
+#include <cstdint>
+
 #define MD5_TARGET [[gnu::target("avx2")]]
 
 namespace {

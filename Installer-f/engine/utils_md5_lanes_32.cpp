@@ -8,6 +8,8 @@
 
 #include <immintrin.h>
 
+#include <cstdint>
+
 #define MD5_TARGET [[gnu::target("avx512f")]]
 #define MD5_HAS_TABLES
 

@@ -1,5 +1,6 @@
 // MD5 in 8 lanes, two vectors of four, by what every processor of this kind has. No globals.
 
+#include <cstdint>
 #include <cstring>
 
 #include "Installer-f/engine/utils_md5_lanes_int.h"

@@ -2,7 +2,9 @@
 // digests twice as many lanes as `half`; neither may be called where the instructions are missing.
 #pragma once
 
-#include "Installer-f/engine/utils_md5_lanes.h"
+#include <cstddef>
+
+struct MD5_lanes;
 
 // Four lanes to a vector: what every processor of a kind has, such as SSE2.
 void MD5_half_of_8(MD5_lanes& lanes, size_t blocks);

@@ -66,7 +66,7 @@ place_result result_of_gate(int code) {
   }
 }
 
-bool has_signature(const single_file& file, std::string_view sig_want) {
+bool has_signature(const single_file& file, const file_sig& sig_want) {
   MD5_state state;
   MD5Init(state);
   constexpr size_t slice = 1u << 30;
@@ -74,13 +74,7 @@ bool has_signature(const single_file& file, std::string_view sig_want) {
     MD5UpdateWide(state, file.bytes + done, uint32_t(std::min(file.size - done, slice)));
   uint8_t digest[16];
   MD5Final(digest, state);
-  constexpr char digits[] = "0123456789abcdef";
-  char text[2 * sizeof digest];
-  for (size_t i = 0; i < sizeof digest; ++i) {
-    text[2 * i] = digits[digest[i] >> 4];
-    text[2 * i + 1] = digits[digest[i] & 15];
-  }
-  return sig_want == std::string_view(text, sizeof text);
+  return sig_want == file_sig(digest);
 }
 
 // The main program of a bundle must be runnable, whatever its archive says.

@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 
+#include "Installer-f/engine/utils_manifest_sig.h"
 #include "corekit/files/io_gate.h"
 
 enum place_outcome : int {
@@ -46,9 +47,9 @@ constexpr bool place_is_wrong_content(place_outcome outcome) {
 
 // What is to become of an archive.
 struct place_order {
-  std::string_view path;      // below the destination: the installed part of the manifest's path
-  std::string_view sig_want;  // the MD5; a text that is none is matched by no file
-  uint64_t most = 0;          // bytes that the file may become
+  std::string_view path;  // below the destination: the installed part of the manifest's path
+  file_sig sig_want;      // the MD5; a word is matched by no file
+  uint64_t most = 0;      // bytes that the file may become
 };
 
 // The most bytes that a size in the manifest allows: one unit is added for what its rounding took

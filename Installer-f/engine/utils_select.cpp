@@ -52,7 +52,7 @@ enum verdict { leave_it, act_on_it, ask_user, cancelled };
 
 // A file in the state of any release, the current one included, is the program's own.
 bool is_ours(const file_history_struct& history) {
-  const sig_text& have = history.current().sig_have;
+  const file_sig& have = history.current().sig_have;
   return std::any_of(history.versions.begin(), history.versions.end(),
                      [&](const file_version_struct& version) { return have == version.sig_want; });
 }
@@ -65,8 +65,8 @@ verdict put_question(const file_version_struct& file, int gone, folder_answers& 
 
   int answer = engine_ask.given ? engine_ask.given(location) : 0;
   if (answer == 0) {
-    xer << "File: " << location << "  sig_want=" << file.sig_want
-        << "  sig_have=" << file.sig_have.view() << '\n';
+    xer << "File: " << location << "  sig_want=" << file.sig_want << "  sig_have=" << file.sig_have
+        << '\n';
     answer = engine_ask.modified(location, gone);
   }
   switch (answer) {
@@ -140,7 +140,7 @@ void spare_what_lies_below(const files_above& above, std::vector<int32_t>& unkno
     if (!is_for_this_run(current) || !above.stand_above(current.path)) continue;
     set_flags(current, false);
     if (current.sig_want != sig_gone) {
-      xer << "WARNING: leaving alone a file below another file: " << current.path << '\n';
+      xer << "WARNING: leaving alone a file below another file: " << current.path.view() << '\n';
     }
   }
 }

@@ -151,9 +151,7 @@ bool manifest_failed(bool wrong) {
 void take_manifest(const std::string& zip) {
   const int code = place_manifest(zip).code;
   if (code == 0) {
-    mirror_delivered(manifest.mirror);
-    manifest = {};
-    set_directory_state(manifest_unpacked);
+    set_directory_state(manifest_unpacked);  // its mirror has delivered once it is read
   } else if (is_web_page(zip)) {
     manifest_failed(false);
     tell_foreign("A web page came in place of the list of files.");
@@ -188,6 +186,23 @@ void fetch_manifest() {
   }
 }
 
+void read_manifest() {
+  const std::string plain = temp_path + "directory.txt";
+  const directory_outcome outcome =
+      read_directory(plain, UTL_translate_string("Scanning directory text file to see if you "
+                                                 "already have the latest version..."));
+  if (outcome != directory_foreign) {
+    mirror_delivered(manifest.mirror);
+    manifest = {};
+    set_directory_state(outcome);
+    return;
+  }
+  manifest_failed(false);
+  set_directory_state(manifest_none);
+  tell_foreign(is_web_page(plain) ? "A web page came in place of the list of files."
+                                  : "Something else came in place of the list of files.");
+}
+
 }  // namespace
 
 void UTL_download_directory() {
@@ -201,15 +216,6 @@ void UTL_download_directory() {
   } else if (stg.directory_state == manifest_none) {
     fetch_manifest();
   } else if (stg.directory_state == manifest_unpacked) {
-    const std::string path = temp_path + "directory.txt";
-    const int state =
-        read_directory(path, UTL_translate_string("Scanning directory text file to see if you "
-                                                  "already have the latest version..."));
-    if (state == manifest_loaded && sim_info.empty()) {  // the job would look done at once
-      __MACIBM_alert(0, "I tried to read a directory file that does not exist!",
-                     "It is damaged, or it is not one of ours.", "The file is:", path, t_exit,
-                     at_manifest_missing);
-    }
-    set_directory_state(state);
+    read_manifest();
   }
 }

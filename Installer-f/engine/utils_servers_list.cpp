@@ -116,15 +116,14 @@ int read_header(xmap_class& map) {
   if (map.file_start == nullptr || map.file_end - map.file_start > server_list_budget) {
     return list_foreign;
   }
-  if (map.check_file(ouf_text, our_versions, list_keyword, nullptr) != 0) return list_read;
-  map.cursor = map.file_start;
-  std::string number;
-  map.TXT_str_scan_eoln(nullptr);
-  map.TXT_str_scan_space(&number);
-  const int its_version[] = {str_to_int(number), 0};
-  map.cursor = map.file_start;
-  return map.check_file(ouf_text, its_version, list_keyword, nullptr) != 0 ? list_refused
-                                                                           : list_foreign;
+  switch (map.check_maker(our_versions, list_keyword)) {
+    case header_ours:
+      return list_read;
+    case header_other_version:
+      return list_refused;
+    default:
+      return list_foreign;
+  }
 }
 
 }  // namespace

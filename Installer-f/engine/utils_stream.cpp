@@ -72,7 +72,7 @@ std::string archive_path(int s, const file_version_struct& file) {
 void set_remote(stream_record& stream, const file_version_struct& file) {
   const int mirror = stream.mirror != no_mirror ? stream.mirror : stg.server_index;
   stream.remote = server_path[std::clamp(mirror, 0, std::max(stg.server_count - 1, 0))];
-  stream.remote += file.path;
+  stream.remote += file.path.view();
   stream.remote += ".zip";
 }
 
@@ -300,7 +300,7 @@ bool stream_step(int s) {
   crnt_file_path = stream.remote;
   next.stream_take_next[s] = 0;
 
-  if (file.path.ends_with('/')) {
+  if (file.path.view().ends_with('/')) {
     __MACIBM_alert(0, "I am working through the list and found a path that has no file!",
                    "This is impossible to download or delete!", "It is:", std::string(file.path),
                    t_exit, at_path_without_file);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Installer-f/engine/utils_manifest_sig.h"
 #include "Installer-f/engine/utils_place.h"
 #include "corekit/base/UTL_workers.h"
 
@@ -27,7 +28,7 @@ class unpack_task : public UTL_work_task {
   uint64_t most_archive = 0;  // bytes that it may have
   std::shared_ptr<gate_class> gate;
   std::string path;  // of the file, below the destination
-  std::string sig_want;
+  file_sig sig_want;
   uint64_t most = 0;  // bytes that the file may become
 
   place_result result;  // set by the worker

@@ -85,6 +85,7 @@ void begin_pass() {
   const MD5_lane_code& code = code_to_use();
   pass = std::make_unique<verify_pass>(app_path + dest_dir_path, threads, code);
   checksum_workers = new UTL_worker_threads(threads, 4 * threads);
+  sim_info.before_clear = checksum_directory_kill;
   xer << " Start of MD5 at " << xtim.now_sec << '\n';
   xer << " Files side by side: " << code.lanes << " on each of " << threads << " threads ("
       << code.name << ")\n";
@@ -94,6 +95,7 @@ void end_pass() {
   delete checksum_workers;
   checksum_workers = nullptr;
   pass.reset();
+  sim_info.before_clear = nullptr;
 }
 
 void collect_tasks() {
@@ -218,6 +220,6 @@ int calc_file_md5(const std::string& path, std::string& sig) {
   }
   uint8_t digest[16];
   MD5Final(digest, state);
-  sig = MD5_text(state.chain);
+  sig = file_sig(digest).text();
   return 0;
 }

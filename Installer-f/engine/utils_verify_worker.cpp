@@ -34,7 +34,7 @@ namespace {
 constexpr size_t piece_size = 32 * 1024;    // whole blocks
 constexpr size_t ahead_size = 1024 * 1024;  // whole pieces
 
-void write_finding(int32_t history, std::string_view sig) {
+void write_finding(int32_t history, const file_sig& sig) {
   file_version_struct& current = sim_info[static_cast<size_t>(history)].current();
   current.sig_have = sig;
   current.sig_match = current.sig_have == current.sig_want;
@@ -46,7 +46,7 @@ void write_link_finding(int32_t history, const std::string& text) {
   MD5UpdateWide(state, text.data(), static_cast<uint32_t>(text.size()));
   uint8_t digest[16];
   MD5Final(digest, state);
-  write_finding(history, MD5_text(state.chain));
+  write_finding(history, file_sig(digest));
 }
 
 // Has the disk fetch what comes next. Returns how many bytes that are.
@@ -200,7 +200,9 @@ void verify_worker::digest() {
     if (file.blocks != 0) continue;
     if (!file.handle) {
       MD5_lane_store(set_->lanes, static_cast<int>(lane), file.chain);
-      write_finding(file.history, MD5_text(file.chain));
+      uint8_t digest[16];
+      MD5_store(digest, file.chain);
+      write_finding(file.history, file_sig(digest));
       leave_lane(lane);
     } else if (read_on(file)) {
       set_->lanes.at[lane] = file.at;

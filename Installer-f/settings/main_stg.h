@@ -120,7 +120,7 @@ extern stg_record stg;
 //   none      loaded, refused   disc scan: the disc's manifest was read
 //   unpacked  loaded, refused   server list: the manifest was read
 //   loaded    unpacked          a page that is come back to: what was found on disk is forgotten
-//   any       none              server list: another release is wanted
+//   any       none              server list: another release is wanted, or what came is no manifest
 //   any       refused           manifest reader: a newer format
 void set_directory_state(int state);
 

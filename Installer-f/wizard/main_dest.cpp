@@ -25,12 +25,9 @@ namespace {
 
 constexpr int name_limit = 256;
 
-// The folder does not exist, so nothing is hashed: the pass only marks every file as absent.
+// The folder does not exist, so there is nothing to hash.
 void work_out_sizes() {
-  int index = 0;
-  float progress = 0;
-  while (!checksum_directory(index, progress)) {
-  }
+  mark_all_absent();
   set_install_filter(1, 1);
   scenery_take_all();
   recalc_disk_sizes();

@@ -2,6 +2,7 @@
 
 #include "Installer-f/wizard/main_dvd.h"
 
+#include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/engine/utils_verify.h"
@@ -13,6 +14,7 @@
 #include "Installer-f/wizard/main_map.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
 
 int accept_eula = 0;
@@ -22,6 +24,11 @@ new_copy_choice dvd_dest;
 namespace {
 
 int next_file = 0;  // dvd_run_install: the cursor of install_files
+
+struct {
+  bool is_on = false;
+  int next = 0;  // the next history to hand out
+} scan;          // dvd_scenery_install: the verification of a folder that is there already
 
 constexpr dvd_job install_job = {
     .is_running = &dvd_install_is_running,
@@ -142,6 +149,22 @@ int show_eula(int, wizard_screen& screen) {
   return eula_page({dvd_pick_install, dvd_scenery_install, &accept_eula}, screen);
 }
 
+// A step a frame; true when the sizes are known. A new copy has nothing to scan, but for what an
+// attempt before this one may have left.
+bool scan_existing_files(wizard_screen& screen) {
+  screen.kill_proc = screen.leave_proc = checksum_directory_kill;
+  if (checksum_directory(scan.next, screen.progress)) {
+    scan.is_on = false;
+    screen.progress = -1;
+    recalc_disk_sizes();
+    return true;
+  }
+  screen.text = tr("I am scanning ") + dest_dir_path + tr(" to see what files need updating.");
+  screen.progress_text = str_fill(tr("Scanning %d of %d files."),
+                                  {std::to_string(scan.next), std::to_string(sim_info.size())});
+  return false;
+}
+
 int show_scenery(int first_time, wizard_screen& screen) {
   static constexpr dvd_leave_question leave = {
       "Are you sure you want to cancel the installation?  This will delete the partially installed "
@@ -156,20 +179,17 @@ int show_scenery(int first_time, wizard_screen& screen) {
       screen.next = dvd_run_install;
       return 1;
     }
-    int index = 0;
-    float progress = 0;
-    while (!checksum_directory(index, progress)) {
-    }
-    recalc_disk_sizes();
+    scan = {true, 0};
   }
-  UTIL_world_map();
   screen.title = tr("Select Scenery");
+  screen.back = dvd_eula_install;
+  if (scan.is_on && !scan_existing_files(screen)) return 0;
+  UTIL_world_map();
   screen.text =
       tr("Please pick the scenery you would like to install now.  You can use this installer to "
          "add more scenery or remove scenery later.  If you fly into an area with no scenery "
          "installed, you will see only ocean.\n\nClick on the world map to pick select regions to "
          "install.");
-  screen.back = dvd_eula_install;
   screen.next = dvd_run_install;
   if (!UTIL_disk_space(
           tr("You have enough free disk space to install Skyvane 9 with the selected scenery."),

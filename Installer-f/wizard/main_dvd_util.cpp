@@ -179,9 +179,11 @@ void UTIL_scan_dvd() {
                    tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
                    tr("Destination Path/") + plain, t_exit, at_disc_manifest_archive);
   }
-  set_directory_state(read_directory(
+  const directory_outcome outcome = read_directory(
       plain, UTL_translate_string(
-                 "Scanning directory text file to see if you already have Skyvane installed...")));
+                 "Scanning directory text file to see if you already have Skyvane installed..."));
+  // A disc whose list is none of ours is no disc of ours.
+  set_directory_state(outcome == directory_loaded ? manifest_loaded : manifest_refused);
 }
 
 int UTIL_verify_disk() {

@@ -6,6 +6,7 @@
 #include "corekit/Platform/PLT_memory.h"
 
 #include <malloc.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -157,3 +158,21 @@ PLT_allocator_sizes PLT_allocator_size() {
 }
 
 #endif
+
+void* PLT_reserve_space(size_t bytes) {
+  constexpr int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+  void* const space = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, flags, -1, 0);
+  return space == MAP_FAILED ? nullptr : space;
+}
+
+void PLT_release_space(void* space, size_t bytes) {
+  munmap(space, bytes);
+}
+
+bool PLT_back_space(void* space, size_t bytes) {
+#ifdef MADV_POPULATE_WRITE
+  return madvise(space, bytes, MADV_POPULATE_WRITE) == 0;
+#else
+  return false;
+#endif
+}

@@ -1,6 +1,7 @@
 // The process's memory as the system and the allocator see it. Any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 // --- sizes -------------------------------------------------------------------------------------
@@ -19,6 +20,17 @@ struct PLT_allocator_sizes {
   uint64_t mapped = 0;       // bytes that it has from the system in all
 };
 PLT_allocator_sizes PLT_allocator_size();
+
+// --- address space -----------------------------------------------------------------------------
+
+// Zeros, of which the system backs with memory only what is touched; null if it refuses. `bytes` is
+// a whole number of pages.
+void* PLT_reserve_space(size_t bytes);
+void PLT_release_space(void* space, size_t bytes);
+
+// Has the system put memory behind a part of it, as touching it would, and changes nothing in it:
+// it may be in use meanwhile. False where the system does not do so.
+bool PLT_back_space(void* space, size_t bytes);
 
 // --- regions -----------------------------------------------------------------------------------
 

@@ -81,7 +81,7 @@ void xmap_class::drop() {
   }
 }
 
-const unsigned char* xmap_class::retry(const std::string& path) {
+bool xmap_class::open(const std::string& path, uint64_t& bytes) {
   if (!app_path.empty() && str_holds(path, app_path)) {
     MACIBM_fault(
         at_map_absolute_path, "retry: We are getting a file string that is not Sky-Root relative!",
@@ -97,16 +97,28 @@ const unsigned char* xmap_class::retry(const std::string& path) {
   path_checked(full);
 
   drop();
-  size_t bytes = 0;
-  int file = open_plain(full, bytes);
+  size_t size = 0;
+  int file = open_plain(full, size);
   if (file == 0 && g_case_sensitive) {
     findPath(full);
-    file = open_plain(full, bytes);
+    file = open_plain(full, size);
   }
-  if (file == 0) return nullptr;
+  if (file == 0) return false;
+  bytes = size;
   file_handle = file;
   mapped_files_open.fetch_add(1, std::memory_order_relaxed);
+  return true;
+}
 
+void xmap_class::look_at(const char* begin, const char* end) {
+  file_start = cursor = reinterpret_cast<const unsigned char*>(begin);
+  file_end = reinterpret_cast<const unsigned char*>(end);
+}
+
+const unsigned char* xmap_class::retry(const std::string& path) {
+  uint64_t bytes = 0;
+  if (!open(path, bytes)) return nullptr;
+  const int file = file_handle;
   if (bytes == 0) {
     file_start = cursor = file_end = empty_file;
     return file_start;
@@ -129,6 +141,7 @@ const unsigned char* xmap_class::retry(const std::string& path) {
     }
   }
   if (failed) {
+    const std::string full = app_path + path;
     xer << "Mem file error.  Err=" << failed << ", file=" << full << "\n";
     drop();
     if (failed == ENOMEM) {
@@ -186,6 +199,20 @@ int xmap_class::check_file(int type, const int* versions, const char* keyword, s
   cursor += length;
   skip_blanks();
   return version;
+}
+
+header_kind xmap_class::check_maker(const int* versions, const char* keyword) {
+  const unsigned char* const start = cursor;
+  if (check_file(ouf_text, versions, keyword, nullptr) != 0) return header_ours;
+  if (start == file_end) return header_foreign;
+  std::string number;
+  cursor = start;
+  TXT_str_scan_eoln(nullptr);
+  TXT_str_scan_space(&number);
+  const int its_version[] = {str_to_int(number), 0};
+  cursor = start;
+  return check_file(ouf_text, its_version, keyword, nullptr) != 0 ? header_other_version
+                                                                  : header_foreign;
 }
 
 int xmap_class::io_file_open(int mode, const std::string& path, const int* versions, int type) {

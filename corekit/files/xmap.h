@@ -16,6 +16,13 @@
 
 extern std::atomic<int32_t> mapped_files_open;  // files open through this class, for diagnostics
 
+// What the header of a text file says of it.
+enum header_kind {
+  header_foreign,        // it is of another kind
+  header_other_version,  // of this kind, by its first line and its keyword, in a version not listed
+  header_ours,
+};
+
 class xmap_class {
  public:
   // Opens `path` as retry does; an empty path gives an object with nothing mapped.
@@ -31,6 +38,13 @@ class xmap_class {
   // memory exhausted.
   const unsigned char* retry(const std::string& path);
 
+  // Opens app_path + `path` as retry does, and leaves the reading to the caller, by file_handle.
+  // `bytes` receives the file's size. False when it cannot be opened or is no plain file.
+  bool open(const std::string& path, uint64_t& bytes);
+
+  // Has the cursor run over bytes of the caller's, such as the first ones of an open file.
+  void look_at(const char* begin, const char* end);
+
   // Reads the file's header (io_utils_ouf.h has the layouts) at the cursor. `type` is ouf_binary or
   // ouf_text, anything else is fatal; `versions` lists the accepted versions and ends in 0; `note`
   // and `keyword` may be null. Returns the version and leaves the cursor behind the header and the
@@ -38,6 +52,10 @@ class xmap_class {
   // or another keyword (cursor in front of it). The keyword must end at a blank, tab, NUL, CR, LF
   // or the end of the file.
   int check_file(int type, const int* versions, const char* keyword, std::string* note);
+
+  // The same for a text file whose making is in doubt. The cursor is behind the keyword of one that
+  // is ours.
+  header_kind check_maker(const int* versions, const char* keyword);
 
   // `mode` 1: opens `ouf` for writing with versions[0]. 0: retry and check_file. Returns 1 or 0.
   int io_file_open(int mode, const std::string& path, const int* versions, int type);

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <deque>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -74,12 +73,11 @@ class engine_tree : public testing::Test {
     file_history_struct& history = sim_info.emplace_back();
     for (const std::string_view sig : sigs) {
       file_version_struct& version = history.versions.emplace_back();
-      version.path = texts.emplace_back(path);
-      version.sig_want = texts.emplace_back(sig);
+      version.path = path;
+      version.sig_want = sig;
     }
     return history.current();
   }
 
-  std::string root;               // with a trailing "/"
-  std::deque<std::string> texts;  // what the table's views look into
+  std::string root;  // with a trailing "/"
 };

@@ -198,8 +198,7 @@ TEST_F(Bus, FramesGoOnDuringAnEjection) {
   chmod((here / "eject").c_str(), 0755);
   if (mount("none", point.c_str(), "tmpfs", 0, "size=64k") == 0) {
     dvd_path = point;
-    sim_info.resize(1);
-    sim_info[0].versions.resize(1);
+    sim_info.emplace_back().versions.emplace_back();
     const uint64_t start = PLT_microseconds();
     UTIL_switch_disk(1);
     EXPECT_LT(PLT_microseconds() - start, 900'000u);

@@ -256,7 +256,7 @@ TEST_F(DiscPipeline, GivingUpLeavesWholeFilesOnly) {
   ship("All/0.txt", content);
   for (int i = 1; i < 200; ++i) {
     sim_info.push_back(sim_info[0]);
-    sim_info[i].versions[0].path = texts.emplace_back("All/" + std::to_string(i) + ".txt");
+    sim_info[i].versions[0].path = "All/" + std::to_string(i) + ".txt";
     std::filesystem::copy_file(root + "disc/Rel/All/0.txt.zip",
                                root + "disc/Rel/All/" + std::to_string(i) + ".txt.zip");
   }

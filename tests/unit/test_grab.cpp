@@ -70,7 +70,9 @@ TEST_F(Grab, FetchesAndDeletes) {
   add_history(
       wanted_file("APL_os/Sky.app/Contents/MacOS/sky", 5, "a53108f7543b75adbb34afc035d4cdf6"));
   // An old version that was wanted once does not count; the current one does.
-  sim_info[1].versions.insert(sim_info[1].versions.begin(), wanted_file("ALL_os/sub/c", 100));
+  const file_version_struct newest = sim_info[1].current();
+  sim_info[1].current() = wanted_file("ALL_os/sub/c", 100);
+  sim_info[1].versions.push_back(newest);
   stg.log_actions = 1;
 
   ASSERT_TRUE(run_job());

@@ -59,7 +59,6 @@ TEST_F(UpdateLeft, AHundredThousandFilesTakeNoTime) {
   for (const int per_folder : {count, 20, 1}) {
     SCOPED_TRACE(per_folder);
     sim_info.clear();
-    texts.clear();
     deleted_files.clear();
     for (int i = 0; i < count; ++i) {
       const int folder = i / per_folder;
@@ -84,7 +83,7 @@ TEST_F(UpdateLeft, AHundredThousandFilesTakeNoTime) {
     ASSERT_EQ(choose_files(), 1);
     for (const file_history_struct& history : sim_info) {
       if (!history.current().need_delete) continue;
-      note_emptied_folders(dest_dir_path + std::string(history.current().path.substr(7)),
+      note_emptied_folders(dest_dir_path + std::string(history.current().path.view().substr(7)),
                            deleted_files);
     }
     remove_emptied_folders(deleted_files);

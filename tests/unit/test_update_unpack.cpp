@@ -28,7 +28,9 @@ class UpdateUnpack : public engine_tree {
     task.most_archive = task.most = 100'000'000;
     task.gate = copy_gate();
     task.path = "a/sheet.png";
-    calc_file_md5(root + "packed/sheet.png", task.sig_want);
+    std::string sig;
+    calc_file_md5(root + "packed/sheet.png", sig);
+    task.sig_want = sig;
     task.do_it();
     EXPECT_FALSE(there("0.zip"));
     return task.result.code;
