@@ -86,12 +86,14 @@ int main(int argc, char** argv) {
     const auto begin = std::chrono::steady_clock::now();
     int index = 0;
     float progress = 0;
-    while (checksum_directory(index, progress) == 0)
+    int steps = 1;
+    for (; checksum_directory(index, progress) == 0; ++steps)
       PLT_wait_event(16);
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-    std::printf("%zu files, %.2f GB: %.3f s, %.2f GB/s, %.3f s of processor, findings %s\n",
-                tree.files.size(), tree.bytes / 1e9, took.count(), tree.bytes / 1e9 / took.count(),
-                processor_seconds() - before, digest_of_findings().c_str());
+    std::printf(
+        "%zu files, %.2f GB: %.3f s, %.2f GB/s, %.3f s of processor, %d steps, findings %s\n",
+        tree.files.size(), tree.bytes / 1e9, took.count(), tree.bytes / 1e9 / took.count(),
+        processor_seconds() - before, steps, digest_of_findings().c_str());
   }
   return 0;
 }

@@ -23,7 +23,6 @@ void manifest_memory::reserve(size_t blocks) {
   if (space == nullptr) throw std::bad_alloc();
   end_ahead();
   regions_.push_back({static_cast<char*>(space), blocks, 0});
-  taken_ = 0;
 }
 
 void* manifest_memory::take(size_t count) {
@@ -32,7 +31,7 @@ void* manifest_memory::take(size_t count) {
   region& from = regions_.back();
   void* const taken = from.at + from.taken * block_size;
   from.taken += count;
-  taken_ = from.taken;
+  ahead_taken_ = from.taken;
   return taken;
 }
 
@@ -47,6 +46,9 @@ void manifest_memory::begin_ahead(size_t bytes) {
   const size_t blocks = bytes / block_size;
   if (is_ahead_ || blocks < least_ahead || UTL_count_processors() < 2) return;
   reserve(blocks);
+  ahead_at_ = regions_.back().at;
+  ahead_blocks_ = blocks;
+  ahead_taken_ = 0;
   is_over_ = false;
   is_ahead_ = true;
   UTL_thread_identity identity;
@@ -62,13 +64,12 @@ void manifest_memory::end_ahead() {
 
 void* manifest_memory::back_blocks(void* memory) {
   const auto* const self = static_cast<const manifest_memory*>(memory);
-  const region whole = self->regions_.back();
-  for (size_t backed = 0; backed < whole.blocks && !self->is_over_;) {
-    if (backed >= self->taken_ + most_ahead) {
+  for (size_t backed = 0; backed < self->ahead_blocks_ && !self->is_over_;) {
+    if (backed >= self->ahead_taken_ + most_ahead) {
       UTL_sleep(1);
       continue;
     }
-    if (!PLT_back_space(whole.at + backed * block_size, block_size)) break;
+    if (!PLT_back_space(self->ahead_at_ + backed * block_size, block_size)) break;
     ++backed;
   }
   return nullptr;

@@ -38,10 +38,14 @@ class manifest_memory {
   void reserve(size_t blocks);
   static void* back_blocks(void* memory);
 
-  std::vector<region> regions_;    // what is taken comes from the last one
-  std::atomic<size_t> taken_ = 0;  // of the last one, for the thread
+  std::vector<region> regions_;  // what is taken comes from the last one
+  bool is_ahead_ = false;        // the thread runs
+
+  // What the thread looks at, which works on the region that was the last when it began.
+  char* ahead_at_ = nullptr;
+  size_t ahead_blocks_ = 0;
+  std::atomic<size_t> ahead_taken_ = 0;
   std::atomic<bool> is_over_ = false;
-  bool is_ahead_ = false;  // the thread runs; it looks at the last region of its start
   UTL_thread_handle thread_ = {};
   UTL_thread_joiner joiner_ = {};
 };

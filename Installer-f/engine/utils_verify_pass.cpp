@@ -53,8 +53,10 @@ void verify_pass::abandon() {
 }
 
 bool verify_pass::claim_task() {
-  if (tasks_waiting_ == 0 || files_waiting_ >= most_waiting_ || bytes_ahead_ >= most_ahead)
-    return false;
+  // In bursts: each task that ends wakes the main thread, which in a window costs a frame.
+  if (files_waiting_ >= most_waiting_) is_filling_ = false;
+  if (files_waiting_ <= most_waiting_ / 2) is_filling_ = true;
+  if (tasks_waiting_ == 0 || !is_filling_ || bytes_ahead_ >= most_ahead) return false;
   const std::lock_guard<std::mutex> hold(lock_);
   if (tasks_waiting_ == 0) return false;
   --tasks_waiting_;

@@ -94,6 +94,7 @@ class verify_pass {
   std::atomic<bool> abandoned_ = false;
   std::atomic<int> tasks_waiting_ = 0;    // announced, and neither claimed nor begun
   std::atomic<int> files_waiting_ = 0;    // in waiting_ and returned_
+  std::atomic<bool> is_filling_ = true;   // tasks are brought in, from half of most_waiting_ to all
   std::atomic<int64_t> bytes_ahead_ = 0;  // sum of waiting_'s
   std::atomic<int> idle_ = 0;             // workers that wait for files
 
