@@ -20,6 +20,8 @@ struct transfer_record {
   float done_zip_kb = 0;   // zip_kb of all finished files
   float done_raw_kb = 0;   // raw_kb of all finished files
 };
+// Always called plainly `next`; in a page, `screen.next` is another thing: where its Next button
+// leads.
 extern transfer_record next;
 
 // What all transfers of this run have done and met; only grows. Written by the stream step.

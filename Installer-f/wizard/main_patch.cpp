@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr int slot_manifest = 1;
+constexpr int slot_list = 0, slot_manifest = 1;
 constexpr uint64_t frame_budget_us = 20000;
 constexpr float ratio_worth_telling = 0.01f;  // below this the time left is a guess of a guess
 
@@ -41,6 +41,25 @@ void show_manifest_progress(wizard_screen& screen) {
                "connecting to the server...")
           : tr("I am checking the net for the latest version of Skyvane 9 right now, and I am ") +
                 percent + tr("% done checking.");
+}
+
+// A step on the way to the manifest, and more as the answers come in, for as long as a frame may
+// take: most are short, and there within a moment.
+void step_to_manifest() {
+  constexpr uint64_t tick_us = 16000;
+  frame_soon = frame_in_a_tick;
+  const uint64_t start = PLT_microseconds();
+  for (uint64_t used = 0; used < tick_us; used = PLT_microseconds() - start) {
+    const int count = stg.server_count, state = stg.directory_state;
+    UTL_download_directory();
+    // What comes next is worth a frame of its own.
+    if (count != stg.server_count || state != stg.directory_state) frame_soon = frame_at_once;
+    const int slot = stg.server_count < 1 ? slot_list : slot_manifest;
+    used = PLT_microseconds() - start;
+    if (frame_soon == frame_at_once || !http.slot_active(slot) || used >= tick_us) return;
+    http.wait(1u << slot, static_cast<int>((tick_us - used) / 1000) + 1);
+    if (PLT_microseconds() - start >= tick_us) frame_soon = frame_at_once;
+  }
 }
 
 // --- the transfer page ---------------------------------------------------------------------------
@@ -130,8 +149,7 @@ int check_servers(const check_flow& flow, int first_time, wizard_screen& screen)
   screen.title = tr(flow.title);
   screen.back = flow.back;
   screen.next = nullptr;
-  UTL_download_directory();
-  frame_soon = frame_in_a_tick;
+  step_to_manifest();
 
   if (stg.server_count == -1) {
     screen.text = tr(flow.contacting);

@@ -146,6 +146,7 @@ void APP_update() {
   draw_bottom_row(screen, press);
   if (stand_in) press = stand_in->press(page, first_time, screen, result);
   act(screen, press, result);
+  if (g_wizard != page) frame_soon = frame_at_once;  // the next page need not be waited for
   if (screen.leave_proc && g_wizard != page) screen.leave_proc();
 }
 

@@ -95,3 +95,24 @@ for try in $(seq $((3 * kills))); do
   [ -z "$(ls "$TMPDIR" | grep '^skyvane-run-')" ] || fail "$label: working files were left"
 done
 [ "$killed" = "$kills" ] || fail "only $killed runs could be killed in time"
+
+# Two at once: the second says that the first is at work, and ends. Killed, the first has let go.
+fresh_old_copy
+label="two at once"
+(exec_updater) >"$SCRATCH/first.txt" 2>&1 </dev/null &
+pid=$!
+locked() { grep -qE "FLOCK .* $pid .*:$(stat -c %i "$COPY") " /proc/locks; }
+until locked; do sleep 0.02; done
+kill -STOP "$pid"
+mkdir -p "$XDG_CONFIG_HOME/skyvane"
+echo "$COPY/" >>"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
+update
+want_status 4
+want_text "Search for Updates: Another installer or updater is at work on $COPY/."
+run_as_user skyvane-demo-installer --accept_eula --dest="$(dirname "$COPY")" --name="$(basename "$COPY")"
+want_status 4
+want_text "Another installer or updater is at work on $COPY/."
+kill -KILL "$pid"
+wait "$pid" 2>/dev/null || true
+update
+want_healed
