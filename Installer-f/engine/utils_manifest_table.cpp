@@ -79,12 +79,6 @@ version_list::version_list(const version_list& other) {
 version_list::version_list(version_list&& other) noexcept
     : first_(std::exchange(other.first_, nullptr)), count_(std::exchange(other.count_, 0)) {}
 
-version_list& version_list::operator=(version_list other) noexcept {
-  std::swap(first_, other.first_);
-  std::swap(count_, other.count_);
-  return *this;
-}
-
 // `record` may be one of ours: the store keeps it where it was when the list moves.
 file_version_struct& version_list::push_back(const file_version_struct& record) {
   first_ = make_room(first_, count_);

@@ -13,6 +13,7 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Installer-f/engine/utils_manifest_sig.h"
@@ -83,7 +84,11 @@ class version_list {
   version_list() = default;
   version_list(const version_list& other);
   version_list(version_list&& other) noexcept;
-  version_list& operator=(version_list other) noexcept;
+  version_list& operator=(version_list other) noexcept {
+    std::swap(first_, other.first_);
+    std::swap(count_, other.count_);
+    return *this;
+  }
 
   file_version_struct* begin() const { return first_; }
   file_version_struct* end() const { return first_ + count_; }
