@@ -119,7 +119,7 @@ command="'$(program skyvane-demo-installer)' --build_master --type=0 --name=X --
 STATUS=0
 (wait_for_master; sleep 0.3; printf q) | timeout 100 script -qec "$command" /dev/null >"$OUT" || STATUS=$?
 want_status 1
-want_text "You hit Q dumbass!"
+want_text "You have pressed Q."
 grep -qaP '\rreg: 0: total files to compress: \d+\. now doing: \d+\. \d+ of \d+ MB' "$OUT" || fail "no progress"
 nothing_left
 for signal in INT TERM; do
