@@ -129,10 +129,6 @@ void read_file_line(manifest_reader& reader, manifest_line line) {
   if (!line.digest(record.sig_want)) record.sig_want = line.token();
   const std::string_view name = line.rest();
   record.disk = reader.disk;
-  if (!is_signature(signature) && !path_has_no_file(name)) {
-    warn_left_out(reader, reader.folder, name);
-    return;
-  }
 
   const bool continues = continues_history(reader, name);
   if (!continues && !is_wanted(reader, name)) return;
