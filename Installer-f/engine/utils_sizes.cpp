@@ -34,6 +34,18 @@ void recalc_disk_sizes() {
   stg.todo_raw_kb = static_cast<float>(raw_kb);
 }
 
+float sector_kb(int column, int row) {
+  double kb = 0;
+  for (const file_history_struct& history : sim_info) {
+    const file_version_struct& file = history.current();
+    if (file.is_global && file.sig_want != sig_gone && file.lon_index == column &&
+        file.lat_index == row) {
+      kb += file.raw_kb;
+    }
+  }
+  return static_cast<float>(kb);
+}
+
 std::string size_string(float kb) {
   // Decimal thresholds over binary divisors: what users of earlier releases are used to reading.
   if (kb > 1024000.0f) return str_format("%.1f GB", kb / 1048576.0f);

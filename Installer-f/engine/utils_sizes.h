@@ -7,5 +7,8 @@
 // the pages; no decision hangs on it.
 void recalc_disk_sizes();
 
+// What the scenery of one sector takes on the disk, in units of 1,000 bytes. Walks all of sim_info.
+float sector_kb(int column, int row);
+
 // A size for the user: "%.1f GB", "%.0f MB" or "%.0f KB". `kb` is in units of 1,000 bytes.
 std::string size_string(float kb);

@@ -94,18 +94,17 @@ struct answer_button {
   int answer;
 };
 
-// Marks the button that Return and Escape press.
-void plot_focus(const answer_button& button) {
-  constexpr float half_dy = 10, rim = 1;
-  OGL_framerect(col_light, 1, button.x - button.dx / 2 - rim, button.y - half_dy - rim,
-                button.dx + 2 * rim, 2 * (half_dy + rim));
-}
-
-// Draws the buttons; the answer of the first one pressed, or 0 for none.
-int pressed_answer(const answer_button* buttons, int count) {
+// Draws the buttons; the answer of the first one pressed, or 0 for none. Return and Escape press
+// the one that destroys nothing.
+int pressed_answer(const answer_button* buttons, int count, const answer_button& safe) {
+  BTN_plot_default(safe.x, safe.y, safe.dx);
   for (int i = 0; i < count; ++i) {
     const answer_button& button = buttons[i];
     if (BTN_action(button.x, button.y, button.dx, 0, 1, button.label, "")) return button.answer;
+  }
+  if (return_hit || escape_hit) {
+    return_hit = escape_hit = 0;  // answered, and no key for the page behind
+    return safe.answer;
   }
   return 0;
 }
@@ -144,12 +143,12 @@ int abort_alert(const std::string& question, const std::string& label_1, const s
 
   constexpr int first = 1, second = 2;  // 0 stands for no button, so the answer is mapped below
   const answer_button buttons[] = {{96, 56, 100, label_1, first}, {96, 31, 100, label_2, second}};
-  const answer_button& focused = buttons[1];
 
   // Below y 66 are the buttons; between 160 and the title a long question finds a line more.
   constexpr float usual_y = 160, highest_y = 170;
   constexpr size_t usual_lines = 9, most_lines = 11;
 
+  return_hit = escape_hit = 0;  // the key that led here answers nothing
   MACIBM_startwind(win_abort_alert, 0);
   if (mnw.win_id != win_abort_alert) return 3;
   const float wrap = mnw.win_dx - 2 * text_x;
@@ -162,9 +161,7 @@ int abort_alert(const std::string& question, const std::string& label_1, const s
     plot_lines(lines, y);
     OGL_string(col_label, 150, 53, line_1, mnw.win_dx - 210);
     OGL_string(col_label, 150, 28, line_2, mnw.win_dx - 210);
-    plot_focus(focused);
-    const int answer = escape_hit ? focused.answer : pressed_answer(buttons, 2);
-    if (answer) {
+    if (const int answer = pressed_answer(buttons, 2, buttons[1])) {
       MACIBM_startwind(win_main, 0);
       return answer == first ? 1 : 0;
     }
@@ -197,13 +194,14 @@ int select_alert(const std::string& location, int gone) {
   };
 
   // A question that cannot be put reads as cancel: it must never turn into an overwrite.
+  return_hit = escape_hit = 0;
   MACIBM_startwind(win_select_alert, 0);
   const placed_text text = place_question(location, gone, mnw.win_dx - 2 * text_x);
   while (mnw.win_id == win_select_alert) {
     OGL_plot_back_col();
     BTN_fillwin(1, inner_none);
     plot_lines(text.lines, text.y);
-    if (const int answer = pressed_answer(buttons, 5)) {
+    if (const int answer = pressed_answer(buttons, 5, buttons[1])) {
       MACIBM_startwind(win_main, 0);
       return answer;
     }

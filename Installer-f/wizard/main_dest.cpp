@@ -163,7 +163,7 @@ int eula_page(const eula_flow& flow, wizard_screen& screen) {
          "without permission from Tessaron Labs.");
   screen.back = flow.back;
   screen.next = *flow.accepted ? flow.next : nullptr;
-  wizard_note(250, 100, tr("I accept this agreement."), 560);
+  if (wizard_label(250, 100, tr("I accept this agreement."), 560)) *flow.accepted = !*flow.accepted;
   BTN_bool(230, 100, flow.accepted, "", 0);
   return 0;
 }

@@ -232,7 +232,7 @@ void UTIL_notice_lost_disk(int index) {
 void UTIL_pick_install() {
   float y = 400;
   for (const std::string& copy : all_skyroots) {
-    wizard_note(280, y, copy, 500);
+    if (wizard_label(280, y, copy, 500)) dest_dir_path = copy;
     int selected = copy == dest_dir_path;
     if (BTN_bool(250, y, &selected, "", 1)) dest_dir_path = copy;
     y -= 25;

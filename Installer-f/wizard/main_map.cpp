@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
@@ -12,6 +13,8 @@
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/draw/tman.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/keys_codes.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
 
@@ -24,6 +27,8 @@ constexpr float overlay_row = map_dy;  // the highlighted map stands above the p
 constexpr float mark_alpha = 0.8f;
 
 map_drag drag;
+map_cursor cursor;
+BTN_key_queue map_queue;
 
 float left_of(int column) {
   return map_x + map_cell * static_cast<float>(column);
@@ -86,6 +91,42 @@ void draw_band(const map_mouse& mouse) {
   OGL_put_line(x, o_y, x, y);
 }
 
+// The cell's name, and what its scenery takes; worked out when the cell is another.
+std::string words_of_cell(int column, int row) {
+  static int known = -1;
+  static size_t known_of = 0;
+  static std::string words;
+  const int cell = sector_cell(column, row);
+  if (cell == known && known_of == sim_info.size()) return words;
+  known = cell;
+  known_of = sim_info.size();
+  words = unattended_sector_name(column, row) + "  " + size_string(sector_kb(column, row));
+  return words;
+}
+
+void draw_cursor() {
+  constexpr float gap = 8, text_rise = 4, box_dy = 16, rim = 5;
+  const float x = left_of(cursor.column), y = bottom_of(cursor.row);
+  BTN_plot_focus(x, y, x + map_cell, y + map_cell);
+  const std::string words = words_of_cell(cursor.column, cursor.row);
+  const float dx = static_cast<float>(OGL_string_width(words)) + 2 * rim;
+  // On the side where there is room.
+  const float left = cursor.column < sector_columns / 2 ? x + map_cell + gap : x - gap - dx;
+  OGL_fillrect(col_black, 1, left, y - 1, dx, box_dy);
+  OGL_string(col_light, left + rim, y - 1 + text_rise, words, 0);
+}
+
+// The keyboard's frame: its place in the ring, and its keys. 1 if it painted any cell.
+int take_keys() {
+  const int id = BTN_identity(map_x, map_y);
+  int painted = 0;
+  BTN_register_queue(id, map_queue, accept_moves | accept_printable, 0);
+  BTN_key key;
+  for (int at = 0; BTN_take_key(map_queue, id, &at, &key);)
+    painted |= map_take_key(key.vkey, key.flags, cursor, stg.sector_selected);
+  return painted;
+}
+
 void select_all(int value) {
   std::fill(std::begin(stg.sector_selected), std::end(stg.sector_selected), value);
 }
@@ -123,6 +164,34 @@ int map_paint(const map_mouse& mouse, map_drag& of, int (&selected)[sector_count
   return painted;
 }
 
+int map_take_key(int vkey, int flags, map_cursor& of, int (&selected)[sector_count]) {
+  if (vkey == vk_space && (flags & key_down)) {
+    of.spans = 0;
+    int& cell = selected[sector_cell(of.column, of.row)];
+    cell = !cell;
+    return 1;
+  }
+  const int east = (vkey == vk_right) - (vkey == vk_left),
+            north = (vkey == vk_up) - (vkey == vk_down);
+  if (!east && !north) return 0;
+  const int spans = flags & key_shift;
+  if (spans && !of.spans) {
+    of.from_column = of.column;
+    of.from_row = of.row;
+    of.use = !selected[sector_cell(of.column, of.row)];
+  }
+  of.spans = spans;
+  of.column = std::clamp(of.column + east, 0, sector_columns - 1);
+  of.row = std::clamp(of.row + north, 0, sector_rows - 1);
+  if (!spans) return 0;
+  const auto [west_most, east_most] = std::minmax(of.column, of.from_column);
+  const auto [south_most, north_most] = std::minmax(of.row, of.from_row);
+  for (int column = west_most; column <= east_most; ++column)
+    for (int row = south_most; row <= north_most; ++row)
+      selected[sector_cell(column, row)] = of.use;
+  return 1;
+}
+
 std::string give_sectors() {
   if (!answers.sectors_given) return "";
   // "all" means all that there are.
@@ -139,9 +208,11 @@ void UTIL_world_map() {
   const map_mouse mouse = {mnw.mouse_x, mnw.mouse_y, mnw.mouse_clicked, mnw.mouse_held};
   int changed = map_paint(mouse, drag, stg.sector_selected);
   if (ogl_inited) {
+    changed |= take_keys();
     watch_frame({left_of(0), bottom_of(0), left_of(sector_columns), bottom_of(sector_rows)});
     draw_map();
     if (drag.on) draw_band(mouse);
+    if (focus_id == BTN_identity(map_x, map_y)) draw_cursor();
   }
   if (interface_rect(470, 120, 255, 46, 114, 22, 1, 0)) {
     select_all(1);

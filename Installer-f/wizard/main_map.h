@@ -9,6 +9,11 @@
 //   press, release   clicked                   as a press; the drag ends with the frame
 //   release          neither                   the rubber band goes; the table stays
 //
+// With the keyboard, once Tab has brought it here, arrows move a frame from cell to cell, and Space
+// turns the cell in it. An arrow with Shift paints the rectangle from where Shift began to the cell
+// it leads to, with the opposite of the first one's value, as a drag does. The cell's name and the
+// size of its scenery stand beside it.
+//
 // A press on an edge between cells belongs to the upper or the eastern one, and paints none until
 // the mouse moves. A press outside the map keeps the value of the press before, at first 0.
 //
@@ -42,5 +47,13 @@ struct map_drag {
   int on = 0;              // the map has seen the press of this drag
 };
 
+struct map_cursor {
+  int column = 18, row = 13;                   // the cell in the frame
+  int from_column = 0, from_row = 0, use = 0;  // where Shift began, and the value that it paints
+  int spans = 0;                               // Shift is held since then
+};
+
+// Takes a key with its flags (butn.h). 1 if it painted any cell.
+int map_take_key(int vkey, int flags, map_cursor& cursor, int (&selected)[sector_count]);
 // Takes one frame of the mouse into the table. 1 if it painted any cell, with whatever value.
 int map_paint(const map_mouse& mouse, map_drag& drag, int (&selected)[sector_count]);

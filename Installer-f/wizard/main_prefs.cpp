@@ -84,6 +84,7 @@ void handle_prefs() {
     edit_language();
     edit_proxy();
     MACIBM_event_proc();
+    if (escape_hit && mnw.win_id == win_prefs) MACIBM_handleclick(1);
   }
 }
 

@@ -26,13 +26,17 @@ std::string unattended_read_sectors(const std::string& text, int (&selected)[sec
   }
 }
 
+std::string unattended_sector_name(int column, int row) {
+  return str_format("%+03d%+04d", row * 10 - 90, column * 10 - 180);
+}
+
 std::string unattended_missing_sector(const int (&wanted)[sector_count],
                                       const int (&available)[sector_count]) {
   for (int column = 0; column < sector_columns; ++column) {
     for (int row = 0; row < sector_rows; ++row) {
       const int cell = sector_cell(column, row);
       if (wanted[cell] && !available[cell]) {
-        return str_format("%+03d%+04d", row * 10 - 90, column * 10 - 180);
+        return unattended_sector_name(column, row);
       }
     }
   }

@@ -4,6 +4,8 @@
 
 #include "Installer-f/wizard/main_wizard.h"
 
+#include <algorithm>
+
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_face.h"
@@ -67,6 +69,7 @@ void draw_servers() {
     BTN_expand_label(server_desc[i], &left, &right, &help);
     BTN_is_int(step_x, y, &stg.server_index, i, "");
     OGL_string(col_note, 50, y, left.empty() ? right : left, 130);
+    if (BTN_click_in(39, y - 4, 180, y + 12)) stg.server_index = i;
   }
 }
 
@@ -139,11 +142,15 @@ void APP_update() {
   const page_function page = g_wizard;
   const int first_time = page == last ? 0 : 1;
   last = page;
+  // A page begins without a focus, so that its own field may take it.
+  if (first_time && ogl_inited) BTN_unfocus_any();
   const int result = page(first_time, screen);
 
   wizard_press press;
   press.extra = draw_record(screen);
   draw_bottom_row(screen, press);
+  press.next |= return_hit != 0;
+  press.back |= escape_hit != 0;
   if (stand_in) press = stand_in->press(page, first_time, screen, result);
   act(screen, press, result);
   if (g_wizard != page) frame_soon = frame_at_once;  // the next page need not be waited for
@@ -180,12 +187,21 @@ void wizard_note(float x, float y, const std::string& text, float wrap_dx) {
   wizard_notes.push_back(text);
 }
 
+int wizard_label(float x, float y, const std::string& text, float wrap_dx) {
+  wizard_note(x, y, text, wrap_dx);
+  const float dx = std::min(wrap_dx, static_cast<float>(OGL_string_width(text)));
+  return BTN_click_in(x, y - 4, x + dx, y + 12);
+}
+
 int interface_rect(float x, float y, float tex_x, float tex_y, float dx, float dy, int hot,
                    int state) {
   if (!ogl_inited) return 0;
-  const int inside = BTN_mouse_in(x, y, x + dx, y + dy);
+  BTN_press press = {BTN_click_in(x, y, x + dx, y + dy), 0, 0};
+  // A face that is greyed cannot be reached by keys.
+  if (hot && state != 2) press = BTN_pressable(BTN_identity(x, y), x, y, x + dx, y + dy);
   // A face is three images: idle on top of the stack, pressed under it, hover at the bottom.
-  if (hot && inside) tex_y -= (mnw.mouse_held ? 1 : 2) * (dy + 1);
+  if (hot && BTN_mouse_in(x, y, x + dx, y + dy)) tex_y -= (mnw.mouse_held ? 1 : 2) * (dy + 1);
   face_draw(x, y, tex_x, tex_y, dx, dy, state == 2 ? 0.5f : 1.0f);
-  return BTN_click_in(x, y, x + dx, y + dy);
+  if (press.focused) BTN_plot_focus(x, y, x + dx, y + dy);
+  return press.hit;
 }

@@ -127,6 +127,8 @@ void wizard_name_steps();  // anew, when the language has changed
 // a display can print it.
 void wizard_note(float x, float y, const std::string& text, float wrap_dx);
 extern std::vector<std::string> wizard_notes;  // of the present frame
+// The same as the label of the box or radio at its left; 1 when its one line was clicked.
+int wizard_label(float x, float y, const std::string& text, float wrap_dx);
 
 // Draws a button face from the elements image; 1 on a click. `state` 2 draws it greyed.
 int interface_rect(float x, float y, float tex_x, float tex_y, float dx, float dy, int hot,

@@ -4,6 +4,7 @@
 
 #include "corekit/widgets/butn.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "corekit/base/hl_run.h"
@@ -31,6 +32,11 @@ size_t break_position(const std::string& text) {
     }
   }
   return best + 1 < text.size() ? best : 0;
+}
+
+// Where a label at the side goes on in a second line; 0 for one line.
+size_t label_split(const std::string& text) {
+  return text[0] != '-' && text.size() > one_line_length ? break_position(text) : 0;
 }
 
 }  // namespace
@@ -64,13 +70,22 @@ void BTN_util_draw_label(float x, float y, int side, const std::string& text, in
     put(text.substr(1), y);
     return;
   }
-  const size_t split = side != 1 && text.size() > one_line_length ? break_position(text) : 0;
+  const size_t split = side != 1 ? label_split(text) : 0;
   if (split == 0) {
     put(text, y);
     return;
   }
   put(text.substr(0, split), y + half_line);
   put(text.substr(split + 1), y - half_line);
+}
+
+float BTN_label_width(const std::string& text) {
+  if (text.empty()) return 0;
+  const size_t split = label_split(text);
+  const std::string_view all = text;
+  if (split == 0) return static_cast<float>(OGL_string_width(all.substr(text[0] == '-' ? 1 : 0)));
+  return static_cast<float>(
+      std::max(OGL_string_width(all.substr(0, split)), OGL_string_width(all.substr(split + 1))));
 }
 
 int BTN_mouse_in(float left, float bottom, float right, float top) {

@@ -80,6 +80,22 @@ void BTN_unfocus_any();       // at every change of window
 void BTN_window_has_focus();  // the page claims the keyboard
 int BTN_no_focus_yet();       // 1 when neither a page nor a widget has it
 
+// --- what is pressed ---------------------------------------------------------------------------
+
+// What mouse and keyboard do to a widget in this frame.
+struct BTN_press {
+  int hit;      // it was clicked, or Space pressed on it
+  int under;    // the mouse is on it
+  int focused;  // it has the keyboard: draw BTN_plot_focus behind what it draws
+};
+// The one call that puts a widget which is pressed into the ring, at its place in the order of
+// drawing, which is the order of reading. `id` must be the same in every frame.
+BTN_press BTN_pressable(int id, float left, float bottom, float right, float top);
+// The frame round what has the focus.
+void BTN_plot_focus(float left, float bottom, float right, float top);
+// The rim of the button that Return presses; x, y, dx as of BTN_action.
+void BTN_plot_default(float x, float y, float dx);
+
 // --- labels and the mouse ----------------------------------------------------------------------
 
 // A widget's identity, where one is needed, is its position; one that moves becomes another.
@@ -92,6 +108,8 @@ void BTN_expand_label(const std::string& label, std::string* left, std::string* 
 // text over 12 characters goes on two lines, broken nearest to its middle; a leading "-" is dropped
 // and forbids that.
 void BTN_util_draw_label(float x, float y, int side, const std::string& text, int active);
+// How far a label of `side` 0 or 2 reaches from its x; units.
+float BTN_label_width(const std::string& text);
 // A text in a box of its own, centred on x, with a label at either side.
 void OGL_boxed_string(float x, float y, const std::string& label, const std::string& s, int charset,
                       int col);

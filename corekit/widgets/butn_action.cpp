@@ -38,6 +38,7 @@ int bool_of(float x, float y, value_type* value, const std::string& label) {
 //   inside    1        -1           0   0      face up                            1
 //   inside    1        -1           0   1, 2   face up, then down, and swapped    1
 //   inside    1        -1           1   any    face down                          1
+//   any; Space, focused             0   0 .. 2 as inside and clicked              1
 //
 // The swap inside the call shows the press before the action that follows, which may take long.
 // What the page has not drawn yet is missing from that one picture.
@@ -56,8 +57,11 @@ int BTN_action(float x, float y, float dx, int on, int mode, const std::string& 
     OGL_string(col_note, x + half + note_gap, y + note_rise, note, note_wrap);
   }
 
+  const BTN_press press =
+      BTN_pressable(BTN_identity(x, y), x - half, y - half_dy, x + half, y + half_dy);
+  if (press.focused) BTN_plot_focus(x - half, y - half_dy, x + half, y + half_dy);
   BTN_hover(x - half, y - half_dy, x + half, y + half_dy, help);
-  if (!BTN_click_in(x - half, y - half_dy, x + half, y + half_dy)) return 0;
+  if (!press.hit) return 0;
   if (!on && mode) {
     plot_action(x, y, dx, true, false, left);
     OGL_sbuff();
@@ -72,6 +76,9 @@ int BTN_action(float x, float y, float dx, int on, int mode, const std::string& 
 //   yes                0        any          as it was; help   0
 //   yes                1        a menu       as it was         0
 //   yes                1        -1           turned            1
+//   any; Space on the focused box            turned            1
+//
+// The labels belong to the box, but for the help.
 int BTN_bool(float x, float y, int* value, const std::string& label, int radio) {
   constexpr float half = 9, rise = 3, label_gap = 12;
   struct cell {
@@ -83,7 +90,12 @@ int BTN_bool(float x, float y, int* value, const std::string& label, int radio) 
   BTN_expand_label(label, &left, &right, &help);
 
   BTN_hover(x - 8, y - 4, x + 8, y + 12, help);
-  const int hit = BTN_click_in(x - 8, y - 4, x + 8, y + 12);
+  // The labels are part of what is clicked, with the gap between.
+  const float reach_left = left.empty() ? 8 : label_gap + BTN_label_width(left);
+  const float reach_right = right.empty() ? 8 : label_gap + BTN_label_width(right);
+  const BTN_press press =
+      BTN_pressable(BTN_identity(x, y), x - reach_left, y - 4, x + reach_right, y + 12);
+  const int hit = press.hit;
   if (hit) *value = !*value;
 
   const int kind = radio ? 1 : 0;
@@ -91,6 +103,7 @@ int BTN_bool(float x, float y, int* value, const std::string& label, int radio) 
   if (*value) BTN_util_element(x, y + rise, marks[kind].u, marks[kind].v, half, half, col_as_is);
   BTN_util_draw_label(x - label_gap, y, 0, left, 0);
   BTN_util_draw_label(x + label_gap, y, 2, right, 0);
+  if (press.focused) BTN_plot_focus(x - 8, y - 4, x + 8, y + 12);
   return hit;
 }
 
@@ -125,11 +138,13 @@ int BTN_tab(int column, int row, int* value, int my_value, const std::string& la
   BTN_expand_label(label, &left, &right, &help);
 
   BTN_hover(x - 50, y - 13, x + 40, y + 13, help);
-  const int hit = BTN_click_in(x - 50, y - 13, x + 40, y + 13);
+  const BTN_press press = BTN_pressable(BTN_identity(x, y), x - 50, y - 13, x + 40, y + 13);
+  const int hit = press.hit;
   if (hit) *value = my_value;
   const bool selected = *value == my_value;
   BTN_cell(x - cell_dx / 2, y - cell_dy / 2, cell_u, selected ? cell_v_selected : cell_v, cell_dx,
            cell_dy, col_as_is);
   OGL_string(selected ? col_tab_on : col_tab_off, x - 40, y - 4, left, no_wrap);
+  if (press.focused) BTN_plot_focus(x - 50, y - 13, x + 40, y + 13);
   return hit;
 }

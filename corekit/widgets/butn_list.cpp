@@ -49,12 +49,15 @@ float width_of_items(const std::vector<std::string>& list) {
   return std::max(least, text_rim + static_cast<float>(widest) + arrows);
 }
 
-void open_popup(int id, const std::vector<std::string>& list, float x, float y, float dx) {
+BTN_key_queue popup_queue;
+
+void open_popup(int id, const std::vector<std::string>& list, int value, float x, float y,
+                float dx) {
   if (static_cast<int>(menu.size()) < menu_slots) MACIBM_clear_menus(1);
   MACIBM_create_menu(popup_slot, "");
   for (size_t i = 0; i < list.size(); ++i)
     MACIBM_append_menu(popup_slot, static_cast<int>(i), list[i]);
-  MACIBM_open_popup(id, x, y + 3 - 10, x + dx, y + 3 + 10);
+  MACIBM_open_popup(id, value, x, y + 3 - 10, x + dx, y + 3 + 10);
 }
 
 }  // namespace
@@ -62,11 +65,12 @@ void open_popup(int id, const std::vector<std::string>& list, float x, float y, 
 // The popup is the window layer's. Frame by frame:
 //
 //   a press on the box     the items go to the popup's menu, active_popup_code is this widget's
-//   meanwhile              no widget reacts to the mouse; the menu takes the next press
+//   Space, or an arrow     the same, when it has the focus
+//   meanwhile              no widget reacts to mouse or keys; the menu takes the next press
 //   an item was pressed    select_popup_code is this widget's, popup_menu_select the item: taken
 //                          here, once, and 1 is returned
 int BTN_textlist(float x, float y, int* value, const std::string& items, const std::string& label) {
-  constexpr float half_dy = 5, rise = 3, text_rim = 8;
+  constexpr float half_dy = 5, half_box = 10, rise = 3, text_rim = 8;
   if (!ogl_inited) return 0;
   std::string left, right, help;
   BTN_expand_label(label, &left, &right, &help);
@@ -75,6 +79,11 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
   const int id = BTN_identity(x, y);
 
   BTN_hover(x, y + rise - half_dy, x + dx, y + rise + half_dy, help);
+  const int focused = BTN_register_queue(id, popup_queue, accept_moves | accept_printable, 0);
+  int opens = BTN_click_in(x, y + rise - half_dy, x + dx, y + rise + half_dy);
+  BTN_key key;
+  for (int at = 0; BTN_take_key(popup_queue, id, &at, &key);)
+    opens |= key.ch == ' ' || key.vkey == vk_up || key.vkey == vk_down;
   int chosen = 0;
   if (select_popup_code == id && mnw.popup_code == -1) {
     select_popup_code = 0;
@@ -82,14 +91,15 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
       *value = popup_menu_select;
       chosen = 1;
     }
-  } else if (BTN_click_in(x, y + rise - half_dy, x + dx, y + rise + half_dy) && !list.empty()) {
-    open_popup(id, list, x, y, dx);
+  } else if (opens && !list.empty()) {
+    open_popup(id, list, *value, x, y, dx);
   }
 
   BTN_frame1(strip_list, x + dx / 2, y + rise, dx, col_as_is);
   OGL_string(col_menu_back, x + text_rim, y, BTN_name_from_vector(*value, &list), no_wrap);
   BTN_util_draw_label(x - 12, y, 0, left, 0);
   BTN_util_draw_label(x + dx + 12, y, 2, right, 0);
+  if (focused) BTN_plot_focus(x, y + rise - half_box, x + dx, y + rise + half_box);
   return chosen;
 }
 

@@ -19,6 +19,8 @@
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/keys_codes.h"
 
 std::vector<menu_record> menu;
 int active_popup_code = 0;
@@ -36,7 +38,9 @@ constexpr const char* language_folders[] = {
     "menus/spanish/", "menus/portugese/", "menus/korean/",
 };
 
-int first_item = 0;  // of the open menu, the first one shown
+int first_item = 0;          // of the open menu, the first one shown,
+int lit_item = -1;           //   and the one that is picked next by a key, -1 none
+float lit_x = 0, lit_y = 0;  // where the mouse was when it last lit one
 
 bool is_separator(const menu_item& item) {
   return !item.text.empty() && (item.text[0] == '-' || item.text[0] == '=');
@@ -53,6 +57,9 @@ bool is_open() {
 void open_menu(int slot) {
   mnw.popup_code = slot;
   first_item = 0;
+  lit_item = -1;
+  lit_x = mnw.mouse_x;
+  lit_y = mnw.mouse_y;
   mnw.wheel = 0;
 }
 
@@ -122,7 +129,10 @@ int item_under_mouse(const item_list& list) {
 
 void plot_items(const item_list& list) {
   const menu_record& m = menu[mnw.popup_code];
-  const int lit = item_under_mouse(list);
+  // A mouse that rests leaves the light to the keys.
+  if (mnw.mouse_x != lit_x || mnw.mouse_y != lit_y) lit_item = item_under_mouse(list);
+  lit_x = mnw.mouse_x;
+  lit_y = mnw.mouse_y;
   const float dx = list.right - list.left;
   watch_cover();
   OGL_fillrect(col_menu_back, 1, list.left, list.bottom, dx, list.top - list.bottom);
@@ -133,7 +143,7 @@ void plot_items(const item_list& list) {
       OGL_line(col_menu_edge, 1, list.left + item_rim, middle, list.right - item_rim, middle);
       continue;
     }
-    if (i == lit) OGL_fillrect(col_menu_lit, 1, list.left, y, dx, item_dy);
+    if (i == lit_item) OGL_fillrect(col_menu_lit, 1, list.left, y, dx, item_dy);
     OGL_string(col_label, list.left + item_rim, y + text_rise, m.items[i].text, no_wrap);
   }
   OGL_framerect(col_menu_edge, 1, list.left, list.bottom, dx, list.top - list.bottom);
@@ -163,6 +173,36 @@ void pick(int item) {
   } else {
     APP.handle_menu(slot, menu[slot].items[item].number);
   }
+}
+
+// Lights the item, or the nearest one to it that is none of the separators, and shows it.
+void light(int item) {
+  const std::vector<menu_item>& items = menu[mnw.popup_code].items;
+  const int last = static_cast<int>(items.size()) - 1;
+  if (last < 0) return;
+  item = std::clamp(item, 0, last);
+  const int by = item >= lit_item ? 1 : -1;
+  while (item > 0 && item < last && is_separator(items[item]))
+    item += by;
+  if (is_separator(items[item])) return;
+  lit_item = item;
+  const item_list list = place_items();
+  if (item < list.first) first_item = item;
+  if (item >= list.end) first_item = list.first + item - list.end + 1;
+}
+
+// The next item behind the lit one that begins with the letter; the lit one if there is none.
+int item_with_letter(int ch) {
+  const std::vector<menu_item>& items = menu[mnw.popup_code].items;
+  const int count = static_cast<int>(items.size());
+  for (int i = 1; i <= count; ++i) {
+    const int item = (std::max(lit_item, -1) + i) % count;
+    if (!items[item].text.empty() &&
+        std::tolower(static_cast<unsigned char>(items[item].text[0])) == std::tolower(ch)) {
+      return item;
+    }
+  }
+  return lit_item;
 }
 
 // One line of a menu file: a number, blanks, a text. False for an empty line.
@@ -236,7 +276,7 @@ void MACIBM_read_menus(const std::string& folder, const std::string& file) {
   }
 }
 
-void MACIBM_open_popup(int identity, float left, float bottom, float right, float top) {
+void MACIBM_open_popup(int identity, int lit, float left, float bottom, float right, float top) {
   if (popup_slot >= static_cast<int>(menu.size())) return;
   menu_record& popup = menu[popup_slot];
   popup.left = left;
@@ -245,6 +285,7 @@ void MACIBM_open_popup(int identity, float left, float bottom, float right, floa
   popup.top = top;
   active_popup_code = identity;
   open_menu(popup_slot);
+  if (lit >= 0) light(lit);
 }
 
 // --- a frame ------------------------------------------------------------------------------------
@@ -289,6 +330,46 @@ int menu_take_press() {
     mnw.popup_code = -1;  // a press elsewhere closes it, and does no more
   } else if (!is_separator(open.items[item])) {
     pick(item);
+  }
+  return 1;
+}
+
+int menu_take_key(int ch, int vkey, int flags) {
+  if (!is_open() || (flags & key_up)) return 0;
+  const int count = static_cast<int>(menu[mnw.popup_code].items.size());
+  const bool again = !(flags & key_down);  // a key that is held moves the light, and does no more
+  const item_list list = place_items();
+  const int page = std::max(1, list.end - list.first - 1);
+  switch (vkey) {
+    case vk_up:
+      light(std::max(lit_item - 1, 0));
+      break;
+    case vk_down:
+      light(lit_item + 1);
+      break;
+    case vk_prior:
+      light(lit_item - page);
+      break;
+    case vk_next:
+      light(lit_item + page);
+      break;
+    case vk_home:
+      light(0);
+      break;
+    case vk_end:
+      light(count - 1);
+      break;
+    case vk_return:
+    case vk_enter:
+    case vk_space:
+      if (!again && lit_item >= 0) pick(lit_item);
+      break;
+    case vk_escape:
+    case vk_tab:
+      if (!again) mnw.popup_code = -1;
+      break;
+    default:
+      if (ch > ' ' && count > 0) light(item_with_letter(ch));
   }
   return 1;
 }

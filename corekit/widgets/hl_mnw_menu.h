@@ -36,8 +36,8 @@ void MACIBM_append_menu(int slot, int item, const std::string& text);
 void MACIBM_read_menus(const std::string& folder, const std::string& file);
 
 // Opens the popup under (or, where there is no room, over) the rectangle of the widget `identity`.
-// Its items have been appended to popup_slot.
-void MACIBM_open_popup(int identity, float left, float bottom, float right, float top);
+// Its items have been appended to popup_slot; the one at `lit` is where the arrow keys begin.
+void MACIBM_open_popup(int identity, int lit, float left, float bottom, float right, float top);
 extern int active_popup_code;  // identity of the widget whose popup is open, or was last
 extern int select_popup_code;  // identity of the widget for which an item was picked; it clears it
 extern int popup_menu_select;  // the index of that item
@@ -49,3 +49,7 @@ void standard_gui();
 // press there. And for a press: 1 when a menu has taken it, so that nothing below may.
 bool menu_follow_mouse();
 int menu_take_press();
+
+// For a key that goes down or repeats: 1 when a menu is open, which takes them all. Arrows, Home,
+// End, page keys and a first letter light an item, Return and Space pick it, Escape and Tab close.
+int menu_take_key(int ch, int vkey, int flags);

@@ -1,6 +1,6 @@
 // The way of a key. Platform event -> hardware key, character, modifiers -> virtual key by the
-// user's layout -> the focused widget -> the text field's shortcuts -> the frame's hit flags, and
-// Return for a dialog -> the bindings. Each takes the key or passes it on.
+// user's layout -> an open menu -> the focused widget -> the text field's shortcuts -> the frame's
+// hit flags, and Return for a dialog -> the bindings. Each takes the key or passes it on.
 //
 // Main thread. Writes keys, return_hit, escape_hit, delete_hit and mnw_keys.
 
@@ -15,6 +15,7 @@
 #include "corekit/base/mnw.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
+#include "corekit/widgets/hl_mnw_menu.h"
 
 keys_class keys;
 
@@ -138,12 +139,14 @@ void keys_class::handle_key_raw(long kind, long message, long modifiers) {
   const int vkey = vkey_of(hardware);
   if (flags == 0 && ch == 0 && vkey == 0) return;
 
+  if (menu_take_key(ch, vkey, flags)) return;
   if (BTN_dispatch_to_focus(ch, vkey, flags)) return;
   if (BTN_text_shortcut(vkey, flags)) return;
 
   if (!(flags & key_up)) {
-    if (is_return(vkey)) return_hit = 1;
-    if (vkey == vk_escape) escape_hit = 1;
+    // Held, neither must run through one page or question after another.
+    if (is_return(vkey) && (flags & key_down)) return_hit = 1;
+    if (vkey == vk_escape && (flags & key_down)) escape_hit = 1;
     if (vkey == vk_delete || vkey == vk_back) delete_hit = 1;
     if (mnw.win_id != win_main && return_hit) {
       // Return presses a dialog's default button.

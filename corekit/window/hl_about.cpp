@@ -283,6 +283,7 @@ void MACIBM_about() {
     plot_text();
     plot_buttons();
     MACIBM_event_proc();
+    if (escape_hit && mnw.win_id == win_about) MACIBM_handleclick(1);
   }
   // A transfer would go on only while its box asks; the next opening begins it anew.
   http.drop(list_slot);

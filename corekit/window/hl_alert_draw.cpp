@@ -88,7 +88,7 @@ void draw_alert(const exce_class& failure, const std::string& where) {
   const float mouse_x = mnw.mouse_x, mouse_y = mnw.mouse_y;
   const std::string label = UTL_translate_string(type == 0 ? alert_texts.accept : alert_texts.ok);
   // A key or a click that belongs to what went before must not take the alert away unread.
-  return_hit = 0;
+  return_hit = escape_hit = 0;
   MACIBM_startwind(win_alert, 0);
   if (type == 0) stls.window_title = UTL_translate_string("Language/");
   while (mnw.win_id == win_alert) {
@@ -99,8 +99,8 @@ void draw_alert(const exce_class& failure, const std::string& where) {
     } else {
       plot_message(lines, type, where);
     }
-    if (BTN_action(mnw.win_dx / 2, button_y, 0, 0, 1, label, "") || return_hit) {
-      return_hit = 0;
+    if (BTN_action(mnw.win_dx / 2, button_y, 0, 0, 1, label, "") || return_hit || escape_hit) {
+      return_hit = escape_hit = 0;
       if (type == t_exit) return;
       MACIBM_startwind(failure.window, 0);
       mnw.mouse_x = mouse_x;

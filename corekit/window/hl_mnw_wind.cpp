@@ -142,6 +142,7 @@ void MACIBM_startwind(int id, int /*arg*/) {
     stls.window_title = UTL_translate_string(dialog->title);
   }
   BTN_unfocus_any();
+  BTN_begin_focus_ring();  // what was drawn before is out of reach
   mnw.popup_code = -1;
   mnw.win_id = id;
   mnw.saved_win_id = id;

@@ -135,7 +135,7 @@ TEST_F(Keys, WhatNoWidgetTakesSetsTheFramesFlags) {
       {"Escape", 3, p_escape << 8 | 27, 0, 1, 0, 27},
       {"Delete", 3, p_delete << 8 | 127, 0, 0, 1, 127},
       {"a letter", 3, p_a << 8 | 'a', 0, 0, 0, 'a'},
-      {"repeat counts", 5, p_return << 8 | 13, 1, 0, 0, 13},
+      {"held, it leaves one page only", 5, p_return << 8 | 13, 0, 0, 0, 13},
       {"release does not", 4, p_return << 8 | 13, 0, 0, 0, 0},
   };
   for (const auto& row : rows) {

@@ -153,7 +153,7 @@ class WindowMenus : public window_fixture {
     int number = 0;
     for (const char* text : {"one", "-", "three", "four"})
       MACIBM_append_menu(popup_slot, number++, text);
-    MACIBM_open_popup(77, 100, 300, 200, 320);
+    MACIBM_open_popup(77, -1, 100, 300, 200, 320);
     select_popup_code = 0;
     popup_menu_select = -1;
   }
@@ -223,7 +223,7 @@ TEST_F(WindowMenus, EscapeClosesAPopupAlone) {
 
 TEST_F(WindowMenus, APopupWithoutRoomBelowOpensAbove) {
   open_popup();
-  MACIBM_open_popup(77, 100, 20, 200, 40);
+  MACIBM_open_popup(77, -1, 100, 20, 200, 40);
   press(150, 90);  // the top row of a list that ends at its widget's top
   EXPECT_EQ(popup_menu_select, 0);
 }
