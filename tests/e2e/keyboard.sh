@@ -118,8 +118,9 @@ copy="$HOME/Desktop/$RELEASE"
 insert_disc 1
 open_window skyvane-disc-installer
 wait_step 0
-wait_open
-press_next
+wait_still
+tab 1  # there are copies, so the page's first button installs
+press_key space
 wait_step 1
 wait_open
 press_next
@@ -145,7 +146,6 @@ wait_for "the rectangle's figures" needs_other "$needed_none"
 shot key_7_rectangle
 press_next
 change_disc 1 2
-change_disc 2 3
 wait_step 5
 SECTORS='\\+30-120|\\+40-080' same_tree "$SOURCE" Macintosh "$copy"
 press_next

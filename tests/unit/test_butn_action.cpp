@@ -155,3 +155,40 @@ TEST_F(ButnAction, LongLabelsBreakNearTheirMiddle) {
     EXPECT_EQ(map.text_at(x, 295), row.lower);
   }
 }
+
+TEST_F(ButnAction, SpaceAndWordsPressABox) {
+  const struct {
+    const char* label;
+    float x;  // of a click; 0 none
+    int ch, flags, hit;
+  } rows[] = {
+      {"Space", 0, ' ', key_down, 1},
+      {"Space held", 0, ' ', 0, 0},
+      {"Space let go", 0, ' ', key_up, 0},
+      {"another key", 0, 'x', key_down, 0},
+      {"its words", 440, 0, 0, 1},
+      {"beyond them", 700, 0, 0, 0},
+      {"no words at its left", 380, 0, 0, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    clear();
+    int value = 0;
+    const auto draw = [&] {
+      BTN_begin_focus_ring();
+      return BTN_bool(400, 300, &value, "|some words beside", 0);
+    };
+    mnw.mouse_x = row.x;
+    mnw.mouse_y = 303;
+    mnw.mouse_clicked = 0;
+    draw();
+    focus_id = BTN_identity(400, 300);
+    if (row.ch) BTN_dispatch_to_focus(row.ch, 0, row.flags);
+    mnw.mouse_clicked = row.x != 0;
+    EXPECT_EQ(draw(), row.hit);
+    mnw.mouse_clicked = 0;
+    EXPECT_EQ(draw(), 0) << "once";
+    EXPECT_EQ(value, row.hit);
+  }
+  focus_id = 0;
+}

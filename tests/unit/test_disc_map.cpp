@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <cstdio>
 #include <set>
 #include <string>
 
 #include "Installer-f/wizard/main_map.h"
+#include "corekit/widgets/butn.h"
+#include "corekit/widgets/keys_codes.h"
 
 namespace {
 
@@ -81,3 +85,33 @@ TEST(DiscMap, Drags) {
 }
 
 }  // namespace
+
+TEST(DiscMapKeys, ArrowsSpaceAndShift) {
+  const struct {
+    const char* label;
+    std::vector<int> vkeys;
+    int flags;
+    int column, row, painted, selected;  // the cell at last, whether the last key painted, how many
+  } rows[] = {
+      {"Space turns", {vk_space}, key_down, 1, 1, 1, 1},
+      {"twice is none", {vk_space, vk_space}, key_down, 1, 1, 1, 0},
+      {"a held Space does not", {vk_space}, 0, 1, 1, 0, 0},
+      {"arrows paint nothing", {vk_right, vk_up}, key_down, 2, 2, 0, 0},
+      {"the edge holds", {vk_left, vk_left, vk_down, vk_down}, key_down, 0, 0, 0, 0},
+      {"Shift paints a rectangle", {vk_right, vk_right, vk_up}, key_down | key_shift, 3, 2, 1, 6},
+      {"another key", {vk_home}, key_down, 1, 1, 0, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    int table[sector_count] = {};
+    map_cursor cursor;
+    cursor.column = cursor.row = 1;
+    int painted = 0;
+    for (const int vkey : row.vkeys)
+      painted = map_take_key(vkey, row.flags, cursor, table);
+    EXPECT_EQ(painted, row.painted);
+    EXPECT_EQ(cursor.column, row.column);
+    EXPECT_EQ(cursor.row, row.row);
+    EXPECT_EQ(std::count(std::begin(table), std::end(table), 1), row.selected);
+  }
+}

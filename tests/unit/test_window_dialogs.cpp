@@ -4,6 +4,7 @@
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
+#include "corekit/widgets/keys_codes.h"
 #include "corekit/window/hl_init_window.h"
 #include "corekit/window/hl_mnw.h"
 #include "tests/unit/test_files_scratch.h"
@@ -163,6 +164,38 @@ class WindowMenus : public window_fixture {
     MACIBM_event_proc();
   }
 };
+
+TEST_F(WindowMenus, AnOpenPopupTakesTheKeys) {
+  const struct {
+    const char* label;
+    std::vector<int> vkeys;
+    int flags;   // of the last
+    int letter;  // typed before it; 0 none
+    int picked;  // -1 none
+    bool stays;
+  } rows[] = {
+      {"nothing is lit yet", {vk_return}, key_down, 0, -1, true},
+      {"over the separator", {vk_down, vk_down, vk_return}, key_down, 0, 2, false},
+      {"and back over it", {vk_end, vk_up, vk_up, vk_space}, key_down, 0, 0, false},
+      {"no farther than the ends", {vk_end, vk_down, vk_next, vk_return}, key_down, 0, 3, false},
+      {"a held Return picks nothing", {vk_down, vk_return}, 0, 0, -1, true},
+      {"Escape closes", {vk_down, vk_escape}, key_down, 0, -1, false},
+      {"a letter lights", {vk_home, vk_return}, key_down, 'T', 2, false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    open_popup();
+    for (size_t i = 0; i + 1 < row.vkeys.size(); ++i)
+      EXPECT_EQ(menu_take_key(0, row.vkeys[i], key_down), 1);
+    EXPECT_EQ(menu_take_key('x', 88, key_up), 0) << "a key that goes up is for its binding";
+    if (row.letter) menu_take_key(row.letter, 84, key_down);
+    EXPECT_EQ(menu_take_key(0, row.vkeys.back(), row.flags), 1);
+    EXPECT_EQ(popup_menu_select, row.picked);
+    EXPECT_EQ(mnw.popup_code == popup_slot, row.stays);
+    mnw.popup_code = -1;
+    EXPECT_EQ(menu_take_key(0, vk_down, key_down), 0) << "no menu is open";
+  }
+}
 
 TEST_F(WindowMenus, APopupReportsWhatWasPicked) {
   const struct {
