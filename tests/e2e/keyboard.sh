@@ -60,39 +60,6 @@ same_copies "$SCRATCH/Old" "$demo"
 press_next
 window_ended 0
 
-echo "Options: the list of languages opens, takes the arrows and is left alone by Escape"
-open_window skyvane-demo-installer $(through_proxy "$PORT")
-wait_step 0
-steps=(30 370 170 120)
-english=$(picture_of "${steps[@]}")
-tab 2  # over Quit to Options
-press_key space
-wait_dialog
-shot key_2_options
-closed=$(picture_of 310 240 60 90)
-while [ "$(picture_of 310 240 60 90)" = "$closed" ] && ((${tabs:=0} < 8)); do
-  tab 1
-  press_key Down
-  wait_still
-  tabs=$((tabs + 1))
-done
-shot key_4_languages
-press_key Escape
-wait_for "the list's end" eval '! picture_differs "$closed" 320 240 40 60 || dialog_is_up'
-dialog_is_up || fail "Escape closed more than the list"
-wait_still
-press_key Down
-wait_for "the list again" picture_differs "$closed" 310 240 60 90
-wait_still
-press_key Down Down Return
-wait_still
-press_key Escape
-wait_no_dialog
-wait_for "other words" picture_differs "$english" "${steps[@]}"
-press_key Tab space  # Quit
-window_ended 0
-speak 0
-
 echo "The update: the second of two copies, by Tab and Space"
 cp -a "$demo" "$SCRATCH/Two"
 printf '%s/\n' "$SCRATCH/Old" "$SCRATCH/Two" >"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
