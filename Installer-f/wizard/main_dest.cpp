@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_platform.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_select.h"
@@ -27,6 +28,7 @@ constexpr int name_limit = 256;
 
 // The folder does not exist, so there is nothing to hash.
 void work_out_sizes() {
+  settle_platform();
   mark_all_absent();
   set_install_filter(1, 1);
   scenery_take_all();

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "corekit/Platform/PLT_window_sdl.h"
 #include "corekit/base/hl_math.h"
 #include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/colr.h"
@@ -35,6 +36,8 @@ void* lookup(const char* name) {
 std::string make_window() {
   setenv("SDL_VIDEODRIVER", "offscreen", 1);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) return SDL_GetError();
+  std::string error;
+  if (!plt_load_sdl(&error)) return error;
   SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
   SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
   SDL_GL_SetAttribute(SDL_GL_GREEN_SIZE, 8);
@@ -42,7 +45,6 @@ std::string make_window() {
   SDL_Window* window = SDL_CreateWindow("unit tests", 0, 0, dx, dy, SDL_WINDOW_OPENGL);
   if (!window) return SDL_GetError();
   if (!SDL_GL_CreateContext(window)) return SDL_GetError();
-  std::string error;
   return PLT_load_gl(&error) ? "" : error;
 }
 
