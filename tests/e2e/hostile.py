@@ -6,7 +6,7 @@
 #
 #   hostile.py PART    PART is "web", "mirrors", "bulk" or "near"; BIN is the folder of the programs
 #   HOSTILE_ROWS       a regular expression: only the rows whose names it is found in
-import hashlib, io, os, re, shutil, socket, stat, struct, subprocess, sys, tempfile, threading, time
+import hashlib, io, itertools, os, re, shutil, socket, stat, struct, subprocess, sys, tempfile, threading, time
 import zipfile
 from concurrent.futures import ThreadPoolExecutor
 from urllib.parse import unquote_to_bytes
@@ -63,6 +63,8 @@ def server_list(*hosts, text=""):
 
 
 def row(part, name, status, text="", **options):
+    # A row that is to come to an end of its own has time for it on a busy machine, too.
+    options.setdefault("patience", 6 if status in (None, GIVEN_UP) else 20)
     ROWS.append((part, name, status, text, options))
 
 
@@ -99,11 +101,17 @@ class Liar:
     """site: what is asked for ("host/path", or "/path" of every host) -> bytes of a whole answer, or
     a function that is given the connection."""
 
+    numbers = itertools.count()
+
     def __init__(self, site):
         self.site, self.asked = site, []
-        self.socket = socket.create_server(("127.0.0.1", 0), backlog=64)
+        # An address of the row's own: whatever port is used again, no other row's program gets here.
+        number = next(Liar.numbers)
+        self.host = "127.%d.%d.%d" % (os.getpid() % 199 + 1, number // 250 + 1, number % 250 + 1)
+        self.socket = socket.create_server((self.host, 0), backlog=64)
         self.port = self.socket.getsockname()[1]
-        threading.Thread(target=self.accept, daemon=True).start()
+        self.thread = threading.Thread(target=self.accept, daemon=True)
+        self.thread.start()
 
     def accept(self):
         while True:
@@ -112,6 +120,12 @@ class Liar:
             except OSError:
                 return
             threading.Thread(target=self.serve, args=(connection,), daemon=True).start()
+
+    def close(self):
+        """Wakes the accepting thread first: a socket that is waited on outlives its close."""
+        self.socket.shutdown(socket.SHUT_RDWR)
+        self.thread.join()
+        self.socket.close()
 
     def serve(self, connection):
         try:
@@ -182,18 +196,18 @@ class Run:
             file.write(data)
         os.chmod(path, mode)
 
-    def command(self, options, port):
+    def command(self, options, liar):
         program = self.bin + "/skyvane-web-updater"
         if not os.path.exists(program):
             try:
                 os.link(BIN + "/skyvane-web-updater", program)
             except OSError:
                 shutil.copy(BIN + "/skyvane-web-updater", program)
-        return [program, "--unattended", "--copy=" + self.copy, "--pref:_proxy_host=127.0.0.1",
-                "--pref:_proxy_port_int=%d" % port, "--give_up_after=%d" % options.get("patience", 6)]
+        return [program, "--unattended", "--copy=" + self.copy, "--pref:_proxy_host=" + liar.host,
+                "--pref:_proxy_port_int=%d" % liar.port, "--give_up_after=%d" % options["patience"]]
 
-    def start(self, options, port, out):
-        return subprocess.Popen(self.command(options, port), stdin=subprocess.DEVNULL, stdout=out,
+    def start(self, options, liar, out):
+        return subprocess.Popen(self.command(options, liar), stdin=subprocess.DEVNULL, stdout=out,
                                 stderr=subprocess.STDOUT, env=self.environment, cwd=self.base)
 
 
@@ -241,7 +255,7 @@ def perform(spec):
         outside = state_of(base, ("sim", "tmp", "config", "bin", "out", "home"))
         outside = {p: v for p, v in outside.items() if not p.startswith(("sim/", "tmp/", "config/", "bin/"))}
         with open(base + "/out", "wb") as out:
-            runs = [scene.start(options, liar.port, out) for _ in range(options.get("programs", 1))]
+            runs = [scene.start(options, liar, out) for _ in range(options.get("programs", 1))]
             seen, ended = {"memory": 0, "disk": 0}, threading.Event()
             if part == "bulk":
                 threading.Thread(target=peak_of, args=(runs[0].pid, seen, base, ended), daemon=True).start()
@@ -249,7 +263,7 @@ def perform(spec):
                 options["during"](scene, runs)
             for run in runs:
                 try:
-                    run.wait(options.get("patience", 6) + 50)
+                    run.wait(options["patience"] + 50)
                 except subprocess.TimeoutExpired:
                     run.kill()
                     run.wait()
@@ -310,13 +324,13 @@ def perform(spec):
             for what, unit in (("memory", options.get("memory", 100000)), ("disk", 100000)):
                 if seen[what] > unit and "asan" not in BIN:
                     wrong.append("%s: %d kB" % (what, seen[what]))
-            name += "  (memory %d kB, disk %d kB)" % (seen["memory"], seen["disk"])
+            name += "  (status %s, memory %d kB, disk %d kB)" % (codes, seen["memory"], seen["disk"])
         if "check" in options:
             wrong += options["check"](scene, liar, said + log) or []
         if wrong and os.environ.get("HOSTILE_TALK"):
             sys.stderr.write("--- %s\n%s\n" % (name, said.decode("latin-1")[-1500:]))
     finally:
-        liar.socket.close()
+        liar.close()
         subprocess.run(["chmod", "-R", "u+rwx", base], stderr=subprocess.DEVNULL)
         shutil.rmtree(base, ignore_errors=True)
     print("%s %-9s %5.1f s  %s%s" % ("FAILED" if wrong else "ok    ", part, time.time() - began, name,
