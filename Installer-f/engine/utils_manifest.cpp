@@ -130,12 +130,14 @@ void read_file_line(manifest_reader& reader, manifest_line line) {
   const std::string_view name = line.rest();
   record.disk = reader.disk;
 
-  const bool continues = continues_history(reader, name);
-  if (!continues && !is_wanted(reader, name)) return;
-  if (!record.sig_want.is_digest() && !(record.sig_want == sig_gone)) {
+  // Before the path is looked at: where a signature is missing, the name has been taken for it.
+  const bool is_signed = record.sig_want.is_digest() || record.sig_want == sig_gone;
+  if (!is_signed && !path_has_no_file(name)) {
     warn_left_out(reader, "whose signature is none", name);
     return;
   }
+  const bool continues = continues_history(reader, name);
+  if (!continues && !is_wanted(reader, name)) return;
   ++reader.records;
   if (continues) {
     const file_version_struct& earlier = sim_info.back().current();
