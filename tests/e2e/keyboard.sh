@@ -117,7 +117,8 @@ wait_for "the rectangle's figures" needs_other "$needed_none"
 shot key_7_rectangle
 press_next
 change_disc 1 2
+change_disc 2 3
 wait_step 5
-SECTORS='\\+30-120|\\+40-080' same_tree "$SOURCE" Macintosh "$copy"
+SECTORS='\\+30-120|\\+40-080' same_tree "$SOURCE" Linux "$copy"
 press_next
 window_ended 0
