@@ -29,7 +29,7 @@ std::string location_on_disk(std::string_view path) {
 }
 
 int path_has_no_file(std::string_view path) {
-  return path.back() == '/';
+  return path.ends_with('/');
 }
 
 bool manifest_path_is_safe(std::string_view path) {

@@ -130,9 +130,9 @@ void read_file_line(manifest_reader& reader, manifest_line line) {
   const std::string_view name = line.rest();
   record.disk = reader.disk;
 
-  // Before the path is looked at: where a signature is missing, the name has been taken for it.
+  // One that names a folder is not left out: it ends the program below, as a manifest that was cut.
   const bool is_signed = record.sig_want.is_digest() || record.sig_want == sig_gone;
-  if (!is_signed && !path_has_no_file(name)) {
+  if (!is_signed && !path_has_no_file(name.empty() ? std::string_view(reader.folder) : name)) {
     warn_left_out(reader, "whose signature is none", name);
     return;
   }

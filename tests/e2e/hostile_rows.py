@@ -91,7 +91,8 @@ row("web", "a name with a back slash", OK, DONE, files=[a_file("All/Resources/..
 row("web", "case twins", OK, DONE, files=[a_file("All/Resources/Twin.txt", b"1"), a_file("All/Resources/twin.TXT", b"2")])
 row("web", "device names of another system", OK, DONE, files=[a_file("All/Resources/" + n) for n in ("con", "NUL.txt", "a:b", "aux ")])
 row("web", "names of ours", OK, DONE, files=[a_file("All/Resources/.skyvane_partner")])
-for sig in ("", "short", "z" * 32, "../../../canary/secret.txt", "0" * 33, "gone"):
+row("web", "a line without a signature, so without a name", FAILED, "found a path that has no file!", has=[], extra=b"DIR All/Resources/\nFILE 0 0 91001 0 1  evil.txt\n")
+for sig in ("short", "z" * 32, "../../../canary/secret.txt", "0" * 33, "gone"):
     row("web", "a signature field '%s'" % sig, OK, DONE, files=[], extra=b"DIR All/Resources/\nFILE 0 0 91001 0 1 %s evil.txt\n" % sig.encode())
 for number in ("-1", "99999999999999999999", "nan", "2147483647"):
     row("web", "numbers of " + number, OK, DONE, files=[],
