@@ -78,8 +78,9 @@ void grab_wait(int milliseconds) {
   float rest = static_cast<float>(milliseconds) / 1000;
   for (int s = 0; s < stream_limit; ++s) {
     if (next.stream_active[s] == 0) continue;
-    if (next.stream_take_next[s] != 0) return;
+    // One that found no more files still has its mark: it waits for the others.
     if (next.stream_file[s] >= static_cast<int32_t>(sim_info.size())) continue;
+    if (next.stream_take_next[s] != 0) return;
     switch (stream_where(s)) {
       case stream_fetching:
         slots |= 1u << (first_stream_slot + s);

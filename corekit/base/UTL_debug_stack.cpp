@@ -64,15 +64,16 @@ bool find_symbol(uintptr_t address, symbol& found) {
   return found.name[0] != '\0';
 }
 
-void walk_here(walk& at) {
+// Part of UTL_dump_stack in every build, so that the frames to leave out can be counted.
+[[gnu::always_inline]] inline void walk_here(walk& at) {
   const auto step = [](void* context, uintptr_t address) {
     walk& to = *static_cast<walk*>(context);
     if (address == 0 || address == UINTPTR_MAX) return 1;  // beyond the outermost frame
     print_frame(to.file, to.count, address);
     return ++to.count == frame_limit ? 1 : 0;
   };
-  // Leaves out this function and UTL_dump_stack.
-  if (reader()) backtrace_simple(reader(), 2, step, ignore_error, &at);
+  // Leaves out UTL_dump_stack.
+  if (reader()) backtrace_simple(reader(), 1, step, ignore_error, &at);
 }
 
 #else
@@ -84,8 +85,8 @@ bool find_symbol(uintptr_t address, symbol& found) {
   return true;
 }
 
-void walk_here(walk& at) {
-  constexpr int own = 2;
+[[gnu::always_inline]] inline void walk_here(walk& at) {
+  constexpr int own = 1;
   void* addresses[frame_limit + own];
   const int count = backtrace(addresses, frame_limit + own);
   for (int i = own; i < count; ++i)
