@@ -1,54 +1,137 @@
 #!/usr/bin/env bash
-# A master is published to a WebDAV server and to a folder, looked at, damaged, looked at again; what
-# was published is then installed through nginx.
-. "$(dirname "$0")/lib.sh"
-need_tools rclone
-publish=$(realpath "$(dirname "$0")/../../script/publish")
-export RCLONE_CONFIG=$SCRATCH/rclone.conf
-name="Skyvane new" web=$SCRATCH/web
-mkdir -p "$web/updates" "$SCRATCH/second"
-server_list "$name" mirror.example >"$SCRATCH/serverlist9.txt"
+# A release is published to mirrors that speak WebDAV and SFTP and to a folder, looked at, damaged and
+# looked at again; what was published is installed through nginx. Old releases are taken away.
+. "$(dirname "$0")/lib_publish.bash"
+need_tools rclone curl
+name="Skyvane new" web=$SCRATCH/web dav=$SCRATCH/web/dav sftp=$SCRATCH/web/sftp
+mkdir -p "$dav/updates" "$sftp/updates" "$web/disk/updates"
+list=$SCRATCH/serverlist9.txt
+server_list "$name" dav sftp disk >"$list"
 
-rclone serve webdav "$web" --addr 127.0.0.1:0 --dir-cache-time 0s >"$SCRATCH/dav.log" 2>&1 &
-CHILDREN+=($!)
-for _ in $(seq 200); do
-  url=$(grep -o 'http://127[^ "]*' "$SCRATCH/dav.log" | head -n 1) && [ -n "$url" ] && break
-  sleep 0.05
-done
-printf '[dav]\ntype = webdav\nurl = %s\nvendor = other\n' "$url" >"$RCLONE_CONFIG"
+serve_rclone "$SCRATCH/dav.log" webdav "$dav" --dir-cache-time 0s
+printf '[dav]\ntype = webdav\nurl = http://%s\nvendor = other\n' "$ADDRESS" >"$RCLONE_CONFIG"
+serve_rclone "$SCRATCH/sftp.log" sftp "$sftp" --user maker --pass secret --dir-cache-time 0s
+printf '[sftp]\ntype = sftp\nhost = %s\nport = %s\nuser = maker\npass = %s\n' \
+  "${ADDRESS%:*}" "${ADDRESS##*:}" "$(rclone obscure secret)" >>"$RCLONE_CONFIG"
+# Nothing listens on port 1.
+printf '[away]\ntype = webdav\nurl = http://127.0.0.1:1\nvendor = other\n' >>"$RCLONE_CONFIG"
 
-go() { STATUS=0; "$publish" "$@" >"$OUT" 2>&1 || STATUS=$?; }
-all=(--download --list="$SCRATCH/serverlist9.txt" --list_remote=dav:serverlist9.txt
-  "$FIXTURE/master-new" dav:updates "$SCRATCH/second")
-go --dry_run "${all[@]}"
+mirrors=(dav:updates sftp:updates "$web/disk/updates")
+publish_to() { publish --download --list="$list" --list_remote=dav:serverlist9.txt "$FIXTURE/master-new" "$@"; }
+publish_to "${mirrors[@]}" --dry_run
 want_status 0
-[ -z "$(find "$web" "$SCRATCH/second" -type f)" ] || fail "a dry run sends"
-go "${all[@]}"
+[ -z "$(find "$web" -type f)" ] || fail "a dry run sends"
+want_text "publish: WARNING: 1 names are not UTF-8, which object storage changes, so that no installer finds them"
+publish_to "${mirrors[@]}"
 want_status 0
-for folder in "$web/updates" "$SCRATCH/second"; do
-  diff -r "$FIXTURE/master-new/disk_0/$name" "$folder/$name" || fail "not what was published"
+for host in dav sftp disk; do
+  diff -r "$FIXTURE/master-new/disk_0/$name" "$web/$host/updates/$name" || fail "not what was published: $host"
 done
-# A file that has gone comes back; one that differs is told of and not replaced, and the list stays.
-archive=$(find "$SCRATCH/second" -name '*.zip' -size +1k ! -name 'directory*' | sort | head -n 1)
-rm "$archive" "$web/serverlist9.txt"
-go "${all[@]}"
-want_status 0
-[ -s "$archive" ] && [ -s "$web/serverlist9.txt" ] || fail "a second run does not complete the first"
+
+# A file that has gone comes back, and a mirror that is away keeps no other from that; but not from the
+# list, which goes out when all is in place.
+archive=$(find "$sftp" -name '*.zip' -size +1k ! -name 'directory*' | sort | head -n 1)
+rm "$archive" "$dav/serverlist9.txt"
+publish_to away:updates "${mirrors[@]}"
+want_status 1
+want_text "publish: away:updates does not hold the whole of $name; what is wrong stands above"
+want_text "publish: the server list stays as it is: mend the mirrors and say the same again, or leave"
+[ -s "$archive" ] || fail "the mirrors behind one that is away are not filled"
+[ ! -e "$dav/serverlist9.txt" ] || fail "the list goes out with a mirror away"
+# One that differs is not written to.
 echo damaged >>"$archive"
-rm "$web/serverlist9.txt"
-go "${all[@]}"
-[ "$STATUS" != 0 ] || fail "a mirror that differs is no failure"
-[ ! -e "$web/serverlist9.txt" ] && [ "$(tail -n 1 "$archive" | tr -d '\0' | tail -c 8)" = damaged ] ||
-  fail "a mirror that differs is written to, or the list is published"
-for row in "--bad x y" "$SCRATCH/none dav:updates" "--list=x $FIXTURE/master-new dav:"; do
-  # shellcheck disable=SC2086  # words
-  go $row
-  want_status 2
-done
+publish_to "${mirrors[@]}"
+want_status 1
+want_text "publish: sftp:updates does not hold the whole of $name"
+[ "$(grep -c "^publish: .* does not hold" "$OUT")" = 1 ] || fail "others are said to differ"
+[ ! -e "$dav/serverlist9.txt" ] && [ "$(tail -n 1 "$archive" | tr -d '\0' | tail -c 8)" = damaged ] ||
+  fail "a mirror that differs is written to, or the list goes out"
+# The mirrors are whole, but the list has no place to go.
+mkdir "$SCRATCH/full"
+publish --list="$list" --list_remote=away:serverlist9.txt "$FIXTURE/master-new" "$SCRATCH/full"
+want_status 1
+want_text "publish: the server list could not be sent; the mirrors are whole"
 
-cp "$SCRATCH/serverlist9.txt" "$web/"
-serve "$web"
-mkdir "$SCRATCH/dest"
-# shellcheck disable=SC2046  # two options
-run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH/dest" --name=Trial $(through_proxy "$PORT")
+while IFS='|' read -r said flags; do
+  # shellcheck disable=SC2086  # words
+  publish $flags
+  want_status 2
+  [ -z "$said" ] || [ "$(cat "$OUT")" = "publish$said" ] || fail "$flags: does not say: $said"
+done <<ROWS
+: unknown option --bad|--bad x y
+: no master in $SCRATCH/none|$SCRATCH/none dav:updates
+: --list wants --list_remote|--list=x $FIXTURE/master-new dav:
+: no such file: $SCRATCH/none|--list=$SCRATCH/none --list_remote=dav:x $FIXTURE/master-new dav:
+: $list does not name Skyvane old|--list=$list --list_remote=dav:x $FIXTURE/master-old dav:updates
+: --prune comes first|x --prune
+ --prune: --list_remote is wanted: it says which release is out|--prune dav:updates
+ --prune: unknown option --bad|--prune --bad
+ --estimate: --users needs a number, not "many"|--estimate --users=many x
+ --estimate: no master in $SCRATCH|--estimate $SCRATCH
+|--estimate
+ROWS
+
+# --- as a cron job and an installer see it --------------------------------------------------------
+cp "$list" "$dav/serverlist9.txt"
+mirror_hosts "$web"
+check_mirrors "$list"
+want_status 1
+want_line "sftp/updates/: lies: ${archive#"$sftp/updates/$name/"} has $(stat -c %s "$archive") bytes, another mirror has $(($(stat -c %s "$archive") - 8))"
+want_line "disk/updates/: $name is whole: $(find "$web/disk" -name '*.zip' ! -name directory.txt.zip | wc -l) files, 10 of them compared"
+cp "$FIXTURE/master-new/disk_0/$name/${archive#"$sftp/updates/$name/"}" "$archive"
+check_mirrors --quiet "$list"
 want_status 0
+[ ! -s "$OUT" ] || fail "without a fault something is said"
+
+rm -r "$dav/updates"  # what is published as a list is there, and a mirror behind it is not
+install_through_mirrors "$dav/serverlist9.txt" "$FIXTURE/sample/new"
+
+# --- old releases go ------------------------------------------------------------------------------
+disk=$web/disk/updates
+cp -r "$FIXTURE/master-old/disk_0/Skyvane old" "$FIXTURE/master-newer/disk_0/Skyvane newer" "$disk"
+cp -r "$disk/Skyvane old" "$disk/Skyvane old again"
+mkdir "$disk/no release"
+echo x >"$disk/no release/file"
+folders() { (cd "$disk" && printf '%s|' *); }
+all="Skyvane new|Skyvane newer|Skyvane old|Skyvane old again|no release|"
+# What is out, flags, status, and what is left; the last row's mirrors are away.
+while IFS=';' read -r final beta flags status left; do
+  { echo "FINAL $final"; [ -z "$beta" ] || echo "BETA $beta"; } >"$SCRATCH/list"
+  # shellcheck disable=SC2086  # several flags
+  publish --prune $flags --list_remote="$SCRATCH/list" "$disk"
+  want_status "$status"
+  [ "$(folders)" = "$left" ] || fail "$final, $flags: $(folders) is left"
+done <<ROWS
+Skyvane newest;;;1;$all
+Skyvane old;;;0;$all
+Skyvane new;;--dry_run;0;$all
+Skyvane newer;Skyvane old;--dry_run;0;$all
+Skyvane newer;Skyvane old;;0;Skyvane new|Skyvane newer|Skyvane old|no release|
+Skyvane newer;;--dry_run;0;Skyvane new|Skyvane newer|Skyvane old|no release|
+Skyvane newer;;;0;Skyvane new|Skyvane newer|no release|
+ROWS
+want_line "$disk: Skyvane newer (91100) is kept: the list names it"
+want_line "$disk: Skyvane new (91001) is kept: it came before Skyvane newer"
+want_line "$disk: Skyvane old (90900) is deleted"
+want_line "$disk: no release is kept: it holds no manifest of ours"
+publish --prune --list_remote="$SCRATCH/list" away:updates "$disk"
+want_status 1
+want_line "publish --prune: away:updates: it could not be read"
+want_line "$disk: Skyvane newer (91100) is kept: the list names it"
+
+# --- what it costs --------------------------------------------------------------------------------
+# By the builder's own manifests: each platform's files, and those whose signature another manifest has not.
+publish --estimate --users=1000 --previous="$FIXTURE/manifest-old/directory.txt" "$FIXTURE/master-newer"
+want_status 0
+current() { # MANIFEST: path and signature of what a Linux copy wants
+  awk '/^DIR /{ folder = substr($0, 5) } /^FILE /{ if ($3 != 0 && $3 != 3 && $3 != 6) next
+    line = $0; for (i = 0; i < 7; i++) sub(/^[^ ]+ /, "", line); state[folder line] = $7 }
+    END { for (path in state) if (state[path] != "GONE") print path "\t" state[path] }' "$1" | sort
+}
+newer=$FIXTURE/manifest-newer/directory.txt
+for row in "full install|$(current "$newer" | wc -l)" \
+  "update from 90900|$(comm -23 <(current "$newer") <(current "$FIXTURE/manifest-old/directory.txt") | wc -l)"; do
+  got=$(awk -v row="${row%|*}" 'index($0, row) == 1 { mine = 1 } mine && / Linux / { sub(/.* Linux +/, ""); print $1, $3; exit }' "$OUT")
+  wanted=$((${row##*|} + 2))
+  [ "$got" = "$wanted $((wanted * 1000))" ] || fail "${row%|*}: $got requests, wanted $wanted"
+done
