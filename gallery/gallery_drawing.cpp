@@ -93,7 +93,8 @@ void draw_colours(float top) {
   constexpr float pitch_dx = 59, pitch_dy = 31, dx = 30, dy = 22;
   for (int index = 0; index < colr_count; ++index) {
     const float x = content_left + static_cast<float>(index % columns) * pitch_dx;
-    const float y = top - 26 - static_cast<float>(index / columns) * pitch_dy;
+    const int row = index / columns;
+    const float y = top - 26 - static_cast<float>(row) * pitch_dy;
     OGL_fillrect(index, 1, x, y, dx, dy);
     OGL_framerect(col_black, 1, x, y, dx, dy);
     OGL_string(col_label, x + dx + 4, y + 8, std::to_string(index), no_wrap);
@@ -130,7 +131,8 @@ void draw_boxes(float top) {
   constexpr float dx = 121, dy = 111, pitch_dx = 144, pitch_dy = 148;
   for (int i = 0; i < 10; ++i) {
     const float x = content_left + static_cast<float>(i % columns) * pitch_dx;
-    const float y = top - 126 - static_cast<float>(i / columns) * pitch_dy;
+    const int row = i / columns;
+    const float y = top - 126 - static_cast<float>(row) * pitch_dy;
     BTN_frame2(types[i], x, y, dx, dy, str_format("type %d", types[i]));
   }
 }

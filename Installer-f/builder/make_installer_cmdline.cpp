@@ -120,7 +120,7 @@ complaint check_source() {
 // there.
 std::string real_output_folder() {
   const std::string& output = bld.dst_fold_base;
-  const std::string real = real_folder(output);
+  std::string real = real_folder(output);
   if (!real.empty()) return real;
   const std::string bare = output.substr(0, output.size() - 1);
   const std::string above = real_folder(std::string(path_folder(bare)));
@@ -213,7 +213,7 @@ complaint check_spelling() {
 }
 
 complaint read_flags(std::string* list_path) {
-  if (const complaint unknown = check_spelling(); !unknown.empty()) return unknown;
+  if (complaint unknown = check_spelling(); !unknown.empty()) return unknown;
   const bool want_build = cmdline.has_option(flag_build);
   int type = bld.fog_fals;
   complaint wrong = read_number(flag_type, install_base, install_moon, &type);

@@ -18,7 +18,8 @@ namespace {
 
 // Sizes are whole units of 1,000 bytes, in the manifest and in the totals.
 float size_kb(int64_t bytes) {
-  return static_cast<float>(bytes / 1000);
+  const int64_t kb = bytes / 1000;
+  return static_cast<float>(kb);
 }
 
 // The break falls behind the file that crossed the limit.

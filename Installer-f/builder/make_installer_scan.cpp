@@ -229,12 +229,13 @@ void check_discs() {
     }
     old_archive old;
     if (file.by_hand < 0) find_reuse(file, old);
-    const auto known = static_cast<float>((file.by_hand < 0 ? old.bytes : file.by_hand) / 1000);
-    on_disc += known;
-    in_all += known;
+    const int64_t known_kb = (file.by_hand < 0 ? old.bytes : file.by_hand) / 1000;
+    on_disc += static_cast<float>(known_kb);
+    in_all += static_cast<float>(known_kb);
   }
   const float room = bld.disc_limit_kb * static_cast<float>(discs_with_folders);
-  const auto plain = static_cast<float>(bld.bytes_use / 1000);
+  const auto plain_kb = bld.bytes_use / 1000;
+  const auto plain = static_cast<float>(plain_kb);
   if (discs <= discs_with_folders && plain > room && in_all < room) {
     builder_warning(str_format(
         "%.0f MB of files are to fit %d discs of %.0f MB: unless they compress to that, the build "

@@ -187,7 +187,7 @@ void complain_of_no_file(const std::string& path) {
 
 }  // namespace
 
-directory_outcome read_directory(const std::string& path, std::string) {
+directory_outcome read_directory(const std::string& path, const std::string&) {
   deleted_files.clear();
   stg.todo_zip_kb = 0;
   stg.todo_raw_kb = 0;

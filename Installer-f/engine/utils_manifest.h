@@ -30,7 +30,7 @@ enum directory_outcome : int {
 // file, or is larger than any manifest can be is a fatal alert. A line is left out, with a warning
 // in the log, whose installed location would lie outside the destination or whose signature is
 // none. `message` says what the manifest is read for; the reader itself shows nothing.
-directory_outcome read_directory(const std::string& path, std::string message);
+directory_outcome read_directory(const std::string& path, const std::string& message);
 
 // 1 if `path` names a tile of global scenery, else 0.
 int is_global_scenery_f(std::string_view path);

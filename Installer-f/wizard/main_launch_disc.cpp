@@ -104,7 +104,7 @@ std::string copy_program(const std::string& program) {
   if (folder.empty()) return "";
 
   const std::string resources = std::string(path_folder(program)) + resources_name;
-  const std::string copied = folder + std::string(path_leaf(program));
+  std::string copied = folder + std::string(path_leaf(program));
   int failed = copy_file_recursive(program, copied);
   if (!failed) failed = make_file_executable(copied.c_str());
   if (!failed && dir_exists(resources)) {

@@ -142,7 +142,7 @@ std::string unattended_wrong_argument(int argc, const char* const* argv) {
   // "-path FOLDER", first, is how a program of the family hands over its folder.
   const int first = argc > 2 && std::string_view(argv[1]) == "-path" ? 3 : 1;
   for (int i = first; i < argc; ++i) {
-    const std::string wrong = wrong_argument(argv[i]);
+    std::string wrong = wrong_argument(argv[i]);
     if (wrong.empty()) continue;
     const bool wants_value = find_option(argv[i]) != nullptr;
     const bool has_word = i + 1 < argc && *argv[i + 1] && *argv[i + 1] != '-';

@@ -41,7 +41,7 @@ std::string folder_of_environment(const char* variable) {
 }
 
 std::string config_folder() {
-  const std::string named = folder_of_environment("XDG_CONFIG_HOME");
+  std::string named = folder_of_environment("XDG_CONFIG_HOME");
   if (!named.empty()) return named;
   const std::string home = PLT_home_folder();
   return home.empty() ? home : home + ".config/";
@@ -84,7 +84,7 @@ std::string PLT_executable_path() {
 }
 
 std::string PLT_home_folder() {
-  const std::string named = folder_of_environment("HOME");
+  std::string named = folder_of_environment("HOME");
   if (!named.empty()) return named;
   char buffer[4096];
   passwd entry;

@@ -162,7 +162,7 @@ void nv_flip_dxt5_alpha(unsigned char* block, int rows) {
     indices |= static_cast<uint64_t>(block[2 + i]) << (8 * i);
   uint64_t turned = indices;
   for (int row = 0; row < rows; ++row) {
-    const int to = (rows - 1 - row) * row_bits;
+    const auto to = static_cast<unsigned>((rows - 1 - row) * row_bits);
     turned = (turned & ~(row_mask << to)) | (indices >> (row * row_bits) & row_mask) << to;
   }
   for (int i = 0; i < 6; ++i)

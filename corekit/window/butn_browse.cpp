@@ -192,7 +192,7 @@ void path_popup(float x, float y) {
     std::string name = folder.size() > 1 ? folder.substr(parent_of(folder).size()) : folder;
     if (PLT_is_utf8(name)) name = PLT_latin1_from_utf8(name, '?');
     if (name.size() > 1) name.pop_back();
-    if (name.size() > longest) name = name.substr(0, longest - 3) + "...";
+    if (name.size() > longest) name.replace(longest - 3, name.npos, "...");
     // These mean something to the list.
     std::replace(name.begin(), name.end(), '|', '!');
     if (name[0] == '-' || name[0] == '=') name.insert(0, " ");

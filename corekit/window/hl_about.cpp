@@ -185,7 +185,7 @@ std::string version_line() {
 std::string state_line() {
   if (about.ins_state == about_settled) return about.err_msg;
   if (about.ins_state != about_download && about.ins_state != about_launch) return "";
-  const std::string downloading = tr("Downloading the installer...");
+  std::string downloading = tr("Downloading the installer...");
   const int64_t length = http.slot_length(installer_slot);
   if (length <= 0) return downloading;
   const int64_t percent = http.slot_received(installer_slot) * 100 / length;

@@ -88,7 +88,8 @@ float mouse_rest() {
 
 void plot_tooltip(const std::string& text) {
   constexpr float panel_dx = 420, away = 16, rim = 10;
-  const float panel_dy = std::clamp(static_cast<float>(text.size() / 50 * 10 + 20), 60.0f, 300.0f);
+  const size_t lines = text.size() / 50;
+  const float panel_dy = std::clamp(static_cast<float>(lines) * 10 + 20, 60.0f, 300.0f);
   // Beside the mouse on the side with more room, and inside the window in any case.
   const float left = -mnw.x_off, right = left + static_cast<float>(mnw.pix_dx);
   const float bottom = -mnw.y_off, top = bottom + static_cast<float>(mnw.pix_dy);
