@@ -29,15 +29,15 @@ bool art_open_fonts(const std::string& folder);
 enum art_face { face_light, face_medium, face_semibold };
 struct art_words {
   art_face face;
-  float size;      // pixels
-  float tracking;  // pixels added after each letter
+  float size;      // units
+  float tracking;  // units added after each letter
 };
 float art_words_width(const art_words& style, const std::string& text);
 // Draws the text (Latin-1) from x, with its baseline at y, in cell coordinates.
 void art_draw_words(const art_cell& cell, const art_words& style, float x, float y,
                     const std::string& text, const art_colour& colour);
 
-// The glyph grid stands at the atlas origin; a glyph's baseline is 5 rows above the foot of its
+// The glyph grid stands at the atlas origin; a glyph's baseline is 5 units above the foot of its
 // cell, its pen position the cell's left edge.
 inline constexpr int glyph_baseline = 5;
 
@@ -46,11 +46,7 @@ void art_draw_glyphs(art_canvas& atlas);    // art_font.cpp
 void art_draw_swatches(art_canvas& atlas);  // art_cells.cpp
 void art_draw_cells(art_canvas& atlas);     // art_cells.cpp: boxes, arrows, thumbs, tabs
 void art_draw_frames(art_canvas& atlas);    // art_frames.cpp: bars, strips and nine-slices
-art_canvas art_elements();                  // art_buttons.cpp
-art_canvas art_background();                // art_background.cpp
+art_canvas art_elements(int scale);         // art_buttons.cpp
+art_canvas art_background(int scale);       // art_background.cpp
 // The world map from a TopoJSON file of land; false with a message when that cannot be read.
 bool art_map(const std::string& land_path, art_canvas& map);  // art_map.cpp
-
-struct art_pictures {
-  art_canvas interface { 512, 512 }, elements{1024, 70}, map{504, 504}, background{800, 600};
-};

@@ -143,7 +143,8 @@ static void paint_name(art_canvas& sky) {
   art_draw_words(all, {face_light, 40, 0}, x + width + 18, y, "9", art_rgb(255, 226, 178));
 }
 
-// Breaks up the bands that slow gradients make in whole steps.
+// Breaks up the bands that slow gradients make in whole steps. At half a unit a pixel they are too
+// narrow to be seen, and the noise would double the file.
 static void dither(art_canvas& sky) {
   for (int v = 0; v < sky.dy; ++v)
     for (int u = 0; u < sky.dx; ++u) {
@@ -155,12 +156,12 @@ static void dither(art_canvas& sky) {
     }
 }
 
-art_canvas art_background() {
-  art_canvas sky(sky_dx, sky_dy);
+art_canvas art_background(int scale) {
+  art_canvas sky(sky_dx, sky_dy, scale);
   paint_sky(sky);
   paint_hills(sky);
   paint_aircraft(sky);
   paint_name(sky);
-  dither(sky);
+  if (scale == 1) dither(sky);
   return sky;
 }

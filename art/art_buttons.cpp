@@ -82,24 +82,21 @@ static void draw_panel(art_canvas& elements) {
   const art_cell cell{&elements, 982, 2, 41, 41};
   const art_shape body = art_box(1, 1, 40, 40, 8), rim = art_rim(body, 1);
   art_fill(cell, art_box(0, 0, 41, 41, 9), art_rgb(16, 28, 46, 0.16f));
-  for (int row = 0; row < cell.dy; ++row)
-    for (int column = 0; column < cell.dx; ++column) {
-      const float x = float(column) + 0.5f, y = float(row) + 0.5f;
-      const float inside = std::clamp(0.5f - body(x, y), 0.0f, 1.0f);
-      const float depth = art_smooth(0, 9, -body(x, y));
-      art_colour& pixel = elements.at(cell.u + column, cell.v + row);
-      // The glass takes the place of the shadow: a shadow under it would grey it.
-      pixel = art_mix(pixel, {1, 1, 1, 0.785f + 0.20f * depth}, inside);
-      if (rim(x, y) < 0) art_blend(pixel, {1, 1, 1, 0.55f}, inside);
-    }
+  art_each(cell, [&](art_colour& pixel, float x, float y) {
+    const float inside = std::clamp(0.5f - body(x, y) * float(elements.scale), 0.0f, 1.0f);
+    const float depth = art_smooth(0, 9, -body(x, y));
+    // The glass takes the place of the shadow: a shadow under it would grey it.
+    pixel = art_mix(pixel, {1, 1, 1, 0.785f + 0.20f * depth}, inside);
+    if (rim(x, y) < 0) art_blend(pixel, {1, 1, 1, 0.55f}, inside);
+  });
 }
 
-art_canvas art_elements() {
-  art_canvas elements(1024, 70);
+art_canvas art_elements(int scale) {
+  art_canvas elements(1024, 70, scale);
   for (const button_face& face : faces)
     for (const face_state state : {hover, pressed, idle})
       draw_face(elements, face, state);
   draw_panel(elements);
-  art_bleed({&elements, 0, 0, elements.dx, elements.dy});
+  art_bleed({&elements, 0, 0, 1024, 70});
   return elements;
 }

@@ -42,11 +42,12 @@ static FT_F26Dot6 to_26_6(float v) {
   return FT_F26Dot6(lroundf(v * 64.0f));
 }
 
-// Calls place(glyph, x) for every letter with the pen at x; returns the pen's end.
+// Calls place(glyph, x) for every letter with the pen at x, all in pixels of so many a unit;
+// returns the pen's end.
 template <typename Place>
-static float walk_words(const art_words& style, const std::string& text, Place place) {
+static float walk_words(const art_words& style, const std::string& text, int scale, Place place) {
   FT_Face face = faces[style.face];
-  FT_Set_Char_Size(face, 0, to_26_6(style.size), 72, 72);
+  FT_Set_Char_Size(face, 0, to_26_6(style.size * float(scale)), 72, 72);
   float x = 0;
   FT_UInt last = 0;
   for (const char c : text) {
@@ -57,26 +58,28 @@ static float walk_words(const art_words& style, const std::string& text, Place p
     if (FT_Load_Glyph(face, index, FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_LIGHT) != 0) continue;
     x += float(kern.x) / 64.0f;
     place(face->glyph, x);
-    x += float(face->glyph->linearHoriAdvance) / 65536.0f + style.tracking;
+    x += float(face->glyph->linearHoriAdvance) / 65536.0f + style.tracking * float(scale);
   }
-  return x - style.tracking;
+  return x - style.tracking * float(scale);
 }
 
 float art_words_width(const art_words& style, const std::string& text) {
-  return walk_words(style, text, [](FT_GlyphSlot, float) {});
+  return walk_words(style, text, 1, [](FT_GlyphSlot, float) {});
 }
 
 void art_draw_words(const art_cell& cell, const art_words& style, float x, float y,
                     const std::string& text, const art_colour& colour) {
-  walk_words(style, text, [&](FT_GlyphSlot glyph, float pen) {
-    FT_Outline_Translate(&glyph->outline, to_26_6(x + pen), to_26_6(y));
+  const int scale = cell.canvas->scale;
+  walk_words(style, text, scale, [&](FT_GlyphSlot glyph, float pen) {
+    FT_Outline_Translate(&glyph->outline, to_26_6(x * float(scale) + pen),
+                         to_26_6(y * float(scale)));
     if (FT_Render_Glyph(glyph, FT_RENDER_MODE_NORMAL) != 0) return;
     const FT_Bitmap& ink = glyph->bitmap;
     for (int row = 0; row < int(ink.rows); ++row)
       for (int column = 0; column < int(ink.width); ++column) {
         const int u = glyph->bitmap_left + column, v = glyph->bitmap_top - 1 - row;
-        if (u < 0 || v < 0 || u >= cell.dx || v >= cell.dy) continue;
-        art_blend(cell.canvas->at(cell.u + u, cell.v + v), colour,
+        if (u < 0 || v < 0 || u >= cell.dx * scale || v >= cell.dy * scale) continue;
+        art_blend(cell.canvas->at(cell.u * scale + u, cell.v * scale + v), colour,
                   float(ink.buffer[row * ink.pitch + column]) / 255.0f);
       }
   });
@@ -90,14 +93,14 @@ static unsigned char base_letter(unsigned char byte) {
   return is_letter ? static_cast<unsigned char>(glyph_stand_ins[byte - 160u]) : byte;
 }
 
-// Width that the ink may take within an advance, pixels.
+// Width that the ink may take within an advance, units.
 static float ink_room(unsigned char byte, int advance) {
   if (strchr("_/\\", byte)) return float(advance);  // joined or slanting: neighbours may come near
   if (strchr(",.", byte)) return float(advance) - 0.5f;
   return float(advance) - 0.8f;
 }
 
-static constexpr int trial_dx = 32, trial_dy = 32;
+static constexpr int trial_dx = 64, trial_dy = 64;
 
 // How well the outline falls on whole pixels: 1 when no pixel is half covered.
 static float sharpness(FT_Outline& outline) {
@@ -109,7 +112,7 @@ static float sharpness(FT_Outline& outline) {
   bitmap.buffer = buffer;
   bitmap.num_grays = 256;
   bitmap.pixel_mode = FT_PIXEL_MODE_GRAY;
-  FT_Outline_Translate(&outline, 0, 8 * 64);
+  FT_Outline_Translate(&outline, 0, 16 * 64);
   FT_Outline_Get_Bitmap(library, &outline, &bitmap);
   float squares = 0, sum = 0;
   for (const unsigned char value : buffer) {
@@ -120,27 +123,30 @@ static float sharpness(FT_Outline& outline) {
   return sum > 0 ? squares / sum : 0;
 }
 
-// Fits the loaded outline into its advance. `base` is the box of the letter without its accent.
-static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char byte, int advance) {
+// Fits the loaded outline into its advance, which is in units as all is here. `base` is the box of
+// the letter without its accent.
+static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char byte, int advance,
+                        int scale) {
+  const float unit = 64.0f * float(scale);  // of the outline
   const std::vector<FT_Vector> points(outline.points, outline.points + outline.n_points);
   FT_BBox box;
   FT_Outline_Get_CBox(&outline, &box);
-  const float ink = float(box.xMax - box.xMin) / 64.0f;
+  const float ink = float(box.xMax - box.xMin) / unit;
   const float room = ink_room(byte, advance);
   const float squeeze = std::min(1.0f, room / ink);
   // Middle of the letter, from the left end of the ink.
-  const float middle = (float(base.xMin + base.xMax) * 0.5f - float(box.xMin)) / 64.0f;
+  const float middle = (float(base.xMin + base.xMax) * 0.5f - float(box.xMin)) / unit;
   // A stop leans to the right, away from the letter that it follows.
   const float target = float(advance) * 0.5f + (strchr(",.", byte) ? 0.25f : 0.0f);
 
   // All letters keep the same space before them, and what is over stands behind them: else a blank
   // between two words can be as narrow as the space that two letters of a word leave.
   const bool is_letter = isalpha(byte) || (byte >= 0xC0 && advance > 3);
-  const float least_left = is_letter ? 0.8f : 0.0f;
+  const float least_left = !is_letter ? 0.0f : scale == 1 ? 0.8f : 1.0f;
 
   auto place = [&](float stretch, float left) {
     for (size_t i = 0; i < points.size(); ++i) {
-      outline.points[i].x = to_26_6(float(points[i].x - box.xMin) / 64.0f * stretch + left);
+      outline.points[i].x = FT_Pos(lroundf(float(points[i].x - box.xMin) * stretch + left * unit));
       outline.points[i].y = points[i].y;
     }
   };
@@ -170,25 +176,27 @@ static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char 
 static void draw_glyph(art_canvas& atlas, FT_Face face, unsigned char byte) {
   constexpr FT_Int32 load = FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_LIGHT;
   const glyph_cell place = glyph_own_cells[byte];
-  const art_cell cell{&atlas, place.column * glyph_dx, place.row * glyph_dy, glyph_dx, glyph_dy};
-  for (int v = cell.v; v < cell.v + cell.dy; ++v)
-    for (int u = cell.u; u < cell.u + cell.dx; ++u)
-      atlas.at(u, v) = {1, 1, 1, 0};
+  const int scale = atlas.scale;
+  art_each({&atlas, place.column * glyph_dx, place.row * glyph_dy, glyph_dx, glyph_dy},
+           [](art_colour& pixel, float, float) {
+             pixel = {1, 1, 1, 0};
+           });
   if (byte == ' ') return;
 
   FT_BBox base;
   FT_Load_Char(face, base_letter(byte), load);
   FT_Outline_Get_CBox(&face->glyph->outline, &base);
   FT_Load_Char(face, byte, load);
-  fit_outline(face->glyph->outline, base, byte, glyph_widths[byte]);
+  fit_outline(face->glyph->outline, base, byte, glyph_widths[byte], scale);
   FT_Render_Glyph(face->glyph, FT_RENDER_MODE_NORMAL);
   const FT_Bitmap& ink = face->glyph->bitmap;
   for (int y = 0; y < int(ink.rows); ++y)
     for (int x = 0; x < int(ink.width); ++x) {
       const int u = face->glyph->bitmap_left + x;
-      const int v = glyph_baseline + face->glyph->bitmap_top - 1 - y;
-      if (u < 0 || v < 0 || u >= glyph_dx || v >= glyph_dy) continue;
-      atlas.at(cell.u + u, cell.v + v).a = float(ink.buffer[y * ink.pitch + x]) / 255.0f;
+      const int v = glyph_baseline * scale + face->glyph->bitmap_top - 1 - y;
+      if (u < 0 || v < 0 || u >= glyph_dx * scale || v >= glyph_dy * scale) continue;
+      atlas.at(place.column * glyph_dx * scale + u, place.row * glyph_dy * scale + v).a =
+          float(ink.buffer[y * ink.pitch + x]) / 255.0f;
     }
 }
 
@@ -197,18 +205,22 @@ static void draw_glyph(art_canvas& atlas, FT_Face face, unsigned char byte) {
 static void draw_bars(art_canvas& atlas, unsigned char byte) {
   constexpr float ink = 0.8f;
   const glyph_cell place = glyph_own_cells[byte];
-  const int u = place.column * glyph_dx, foot = place.row * glyph_dy + glyph_baseline;
-  const int head = foot + (byte == 0xCD ? 6 : 4), head_end = byte == 0xCD ? 5 : 3;
-  for (int x = 1; x < 5; ++x) {
-    atlas.at(u + x, foot).a = std::max(atlas.at(u + x, foot).a, ink);
-    if (x < head_end) atlas.at(u + x, head).a = std::max(atlas.at(u + x, head).a, ink);
-  }
+  const float foot = glyph_baseline, head = foot + (byte == 0xCD ? 6 : 4);
+  const float head_end = byte == 0xCD ? 5 : 3;
+  art_each({&atlas, place.column * glyph_dx, place.row * glyph_dy, glyph_dx, glyph_dy},
+           [&](art_colour& pixel, float x, float y) {
+             const bool in_foot = y > foot && y < foot + 1 && x > 1 && x < 5;
+             const bool in_head = y > head && y < head + 1 && x > 1 && x < head_end;
+             if (in_foot || in_head) pixel.a = std::max(pixel.a, ink);
+           });
 }
 
 void art_draw_glyphs(art_canvas& atlas) {
   FT_Face face = faces[face_medium];
-  // Wider than high: the advances ask for 11 pixels, the line height for 10.
-  FT_Set_Char_Size(face, to_26_6(11), to_26_6(10), 72, 72);
+  // Wider than high: the advances ask for 11 units, the line height for 10. Where stems have two
+  // columns to fall on they are thinner, and the letters a little wider for it.
+  const float scale = float(atlas.scale);
+  FT_Set_Char_Size(face, to_26_6((scale > 1 ? 11.3f : 11) * scale), to_26_6(10 * scale), 72, 72);
   for (const std::string_view row : glyph_grid)
     for (const char c : row)
       draw_glyph(atlas, face, static_cast<unsigned char>(c));

@@ -1,12 +1,12 @@
-// The world map: the same plate carree map twice, 504 by 252 each, one pixel to 5/7 of a degree and
+// The world map: the same plate carree map twice, 504 by 252 each, one unit to 5/7 of a degree and
 // 14 to a sector of the scenery grid. The lower half is plain, the upper has its land highlighted,
 // and a breath of the same colour over its sea: a sector of islands too small for this map shows
 // whether it is taken. Grid and frame are the same in both.
 //
 // 1. read the land of a TopoJSON file: arcs of quantised steps, rings made of arcs;
 // 2. unwrap each ring's longitudes; close one that goes round the world at the south pole;
-// 3. scan all rings, at -360, 0 and +360 degrees, even-odd, at 8 times the size; reduce to
-// coverage;
+// 3. scan all rings, at -360, 0 and +360 degrees, even-odd, at 16 times the size; reduce
+// to coverage;
 // 4. paint sea with a shallow edge, land, grid.
 
 #include <algorithm>
@@ -19,7 +19,7 @@
 #include "art/art.h"
 
 static const int map_dx = 504, map_dy = 252, sector = 14;
-static const int fine = 8;  // samples a pixel, each way
+static const int fine = 16;  // samples a unit, each way
 
 using ring = std::vector<art_point>;  // degrees: x longitude, y latitude
 
@@ -97,9 +97,17 @@ static std::vector<ring> read_land(const std::string& path) {
   return rings;
 }
 
-// Share of land in every pixel, row 0 the southernmost.
-static std::vector<float> land_coverage(const std::vector<ring>& rings) {
-  const int rows = map_dy * fine, columns = map_dx * fine;
+// A picture of one number a pixel, row 0 the southernmost.
+struct field {
+  field(int width, int height) : dx(width), dy(height), values(size_t(dx) * size_t(dy)) {}
+  float& at(int u, int v) { return values[size_t(v) * size_t(dx) + size_t(u)]; }
+  int dx, dy;
+  std::vector<float> values;
+};
+
+// Share of land in every pixel.
+static field land_coverage(const std::vector<ring>& rings, int scale) {
+  const int rows = map_dy * fine, columns = map_dx * fine, samples = fine / scale;
   std::vector<std::vector<float>> crossings(rows);
   for (const ring& points : rings)
     for (size_t i = 0; i < points.size(); ++i) {
@@ -117,7 +125,7 @@ static std::vector<float> land_coverage(const std::vector<ring>& rings) {
       }
     }
 
-  std::vector<float> coverage(size_t(map_dx) * map_dy, 0);
+  field coverage(map_dx * scale, map_dy * scale);
   for (int row = 0; row < rows; ++row) {
     std::vector<float>& xs = crossings[row];
     std::sort(xs.begin(), xs.end());
@@ -125,27 +133,27 @@ static std::vector<float> land_coverage(const std::vector<ring>& rings) {
       const int first = std::max(0, int(std::ceil(xs[i] - 0.5f)));
       const int last = std::min(columns, int(std::ceil(xs[i + 1] - 0.5f)));
       for (int column = first; column < last; ++column)
-        coverage[size_t(row / fine) * map_dx + column / fine] += 1.0f / float(fine * fine);
+        coverage.at(column / samples, row / samples) += 1.0f / float(samples * samples);
     }
   }
   return coverage;
 }
 
-// The coverage blurred over a few pixels, round the world: how near the land is.
-static std::vector<float> nearness(const std::vector<float>& coverage) {
-  std::vector<float> from = coverage, to(coverage.size());
-  const int reach = 2;
+// The coverage blurred over a few units, round the world: how near the land is.
+static field nearness(const field& coverage, int scale) {
+  field from = coverage, to = coverage;
+  const int reach = 2 * scale;
   for (int pass = 0; pass < 4; ++pass) {
     const bool along = pass % 2 == 0;
-    for (int v = 0; v < map_dy; ++v)
-      for (int u = 0; u < map_dx; ++u) {
+    for (int v = 0; v < from.dy; ++v)
+      for (int u = 0; u < from.dx; ++u) {
         float sum = 0;
         for (int step = -reach; step <= reach; ++step) {
-          const int nu = along ? (u + step + map_dx) % map_dx : u;
-          const int nv = along ? v : std::clamp(v + step, 0, map_dy - 1);
-          sum += from[size_t(nv) * map_dx + nu];
+          const int nu = along ? (u + step + from.dx) % from.dx : u;
+          const int nv = along ? v : std::clamp(v + step, 0, from.dy - 1);
+          sum += from.at(nu, nv);
         }
-        to[size_t(v) * map_dx + u] = sum / float(2 * reach + 1);
+        to.at(u, v) = sum / float(2 * reach + 1);
       }
     std::swap(from, to);
   }
@@ -159,30 +167,31 @@ bool art_map(const std::string& land_path, art_canvas& map) {
     fprintf(stderr, "no land in %s\n", land_path.c_str());
     return false;
   }
-  const std::vector<float> land = land_coverage(rings), near = nearness(land);
+  field land = land_coverage(rings, map.scale), near = nearness(land, map.scale);
   const art_colour deep = art_rgb(176, 201, 224), shallow = art_rgb(206, 225, 240);
   const art_colour lands[2][2] = {{art_rgb(168, 172, 174), art_rgb(186, 189, 190)},
                                   {art_rgb(78, 148, 68), art_rgb(116, 178, 92)}};
 
   for (int half = 0; half < 2; ++half)
-    for (int v = 0; v < map_dy; ++v)
-      for (int u = 0; u < map_dx; ++u) {
-        const size_t i = size_t(v) * map_dx + u;
-        art_colour pixel = art_mix(deep, shallow, near[i] * 2.2f);
+    for (int v = 0; v < land.dy; ++v)
+      for (int u = 0; u < land.dx; ++u) {
+        art_colour pixel = art_mix(deep, shallow, near.at(u, v) * 2.2f);
         if (half == 1) pixel = art_mix(pixel, lands[1][1], 0.28f);
         // Land is a little lighter away from its coast, which reads as relief.
-        const art_colour ground = art_mix(lands[half][0], lands[half][1], near[i] * near[i]);
-        pixel = art_mix(pixel, ground, land[i]);
+        const art_colour ground =
+            art_mix(lands[half][0], lands[half][1], near.at(u, v) * near.at(u, v));
+        pixel = art_mix(pixel, ground, land.at(u, v));
         // Sectors meet in the grid's lines; every third, and the outer frame, is stronger.
-        const bool grid = u % sector == 0 || v % sector == 0;
-        const bool strong = u % (3 * sector) == 0 || v % (3 * sector) == 0;
-        const bool frame = u == 0 || v == 0 || u == map_dx - 1 || v == map_dy - 1;
+        const int x = u / map.scale, y = v / map.scale;
+        const bool grid = x % sector == 0 || y % sector == 0;
+        const bool strong = x % (3 * sector) == 0 || y % (3 * sector) == 0;
+        const bool frame = x == 0 || y == 0 || x == map_dx - 1 || y == map_dy - 1;
         if (frame)
           pixel = art_mix(pixel, art_rgb(70, 96, 124), 0.65f);
         else if (grid)
           pixel = art_mix(pixel, art_white, strong ? 0.45f : 0.22f);
         pixel.a = 1;
-        map.at(u, v + half * map_dy) = pixel;
+        map.at(u, v + half * land.dy) = pixel;
       }
   return true;
 }

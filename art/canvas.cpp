@@ -1,12 +1,9 @@
-// Shapes by signed distance, paints, blending, and the PNG writer of the art program.
+// Shapes by signed distance, paints and blending.
 
 #include "art/canvas.h"
 
-#include <png.h>
-
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 
 art_colour art_mix(const art_colour& from, const art_colour& to, float t) {
   t = std::clamp(t, 0.0f, 1.0f);
@@ -95,18 +92,19 @@ void art_blend(art_colour& under, art_colour over, float coverage) {
            under.b + (over.b - under.b) * t, out};
 }
 
-// Calls paint(pixel, x, y) with the cell coordinates of every pixel's centre.
-template <typename Paint>
-static void each_pixel(const art_cell& cell, Paint paint) {
-  for (int row = 0; row < cell.dy; ++row)
-    for (int column = 0; column < cell.dx; ++column)
-      paint(cell.canvas->at(cell.u + column, cell.v + row), float(column) + 0.5f,
-            float(row) + 0.5f);
+void art_each(const art_cell& cell,
+              const std::function<void(art_colour& pixel, float x, float y)>& paint) {
+  const int scale = cell.canvas->scale;
+  for (int row = 0; row < cell.dy * scale; ++row)
+    for (int column = 0; column < cell.dx * scale; ++column)
+      paint(cell.canvas->at(cell.u * scale + column, cell.v * scale + row),
+            (float(column) + 0.5f) / float(scale), (float(row) + 0.5f) / float(scale));
 }
 
 void art_fill(const art_cell& cell, const art_shape& shape, const art_paint& paint) {
-  each_pixel(cell, [&](art_colour& pixel, float x, float y) {
-    const float coverage = std::clamp(0.5f - shape(x, y), 0.0f, 1.0f);
+  const float scale = float(cell.canvas->scale);
+  art_each(cell, [&](art_colour& pixel, float x, float y) {
+    const float coverage = std::clamp(0.5f - shape(x, y) * scale, 0.0f, 1.0f);
     if (coverage > 0.0f) art_blend(pixel, paint(x, y), coverage);
   });
 }
@@ -117,12 +115,15 @@ void art_fill(const art_cell& cell, const art_shape& shape, const art_colour& co
 
 void art_shadow(const art_cell& cell, const art_shape& shape, float reach,
                 const art_colour& colour) {
-  each_pixel(cell, [&](art_colour& pixel, float x, float y) {
+  art_each(cell, [&](art_colour& pixel, float x, float y) {
     art_blend(pixel, colour, 1.0f - art_smooth(-reach, reach, shape(x, y)));
   });
 }
 
-void art_bleed(const art_cell& cell) {
+void art_bleed(const art_cell& units) {
+  const int scale = units.canvas->scale;
+  const art_cell cell{units.canvas, units.u * scale, units.v * scale, units.dx * scale,
+                      units.dy * scale};  // pixels
   struct seed {
     int u, v;
   };
@@ -153,26 +154,4 @@ void art_bleed(const art_cell& cell) {
       }
     edge = std::move(next);
   }
-}
-
-// --- files --------------------------------------------------------------------------------------
-bool art_write(const art_canvas& canvas, bool with_alpha, const std::string& path) {
-  const int channels = with_alpha ? 4 : 3;
-  std::vector<uint8_t> bytes;
-  bytes.reserve(canvas.pixels.size() * channels);
-  for (const art_colour& pixel : canvas.pixels) {
-    const float parts[4] = {pixel.r, pixel.g, pixel.b, pixel.a};
-    for (int c = 0; c < channels; ++c)
-      bytes.push_back(uint8_t(std::clamp(parts[c], 0.0f, 1.0f) * 255.0f + 0.5f));
-  }
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = png_uint_32(canvas.dx);
-  image.height = png_uint_32(canvas.dy);
-  image.format = with_alpha ? PNG_FORMAT_RGBA : PNG_FORMAT_RGB;
-  // A negative stride tells libpng that the rows stand lowest first.
-  const int written = png_image_write_to_file(&image, path.c_str(), 0, bytes.data(),
-                                              -canvas.dx * channels, nullptr);
-  if (!written) fprintf(stderr, "cannot write %s: %s\n", path.c_str(), image.message);
-  return written != 0;
 }

@@ -9,6 +9,10 @@
 // premultiplied; pixels of alpha 0 carry the colour of their neighbours, so that filtering makes no
 // dark fringe.
 //
+// A sharper set, twice as large each way, is for windows in which a unit is more than a pixel. It
+// is kept as the PNG files themselves, from g_tex_NAME_2x to its end: as rows it would double the
+// program's size.
+//
 // Read only, any thread, for the life of the process.
 #pragma once
 
@@ -25,4 +29,9 @@ extern const unsigned char g_tex_map[1016064];         // rows 0 to 251 the plai
                                                        //   the same with its land highlighted; both
                                                        //   from the south pole up, west to east
 extern const unsigned char g_tex_background[1440384];  // the sky; 384 zero bytes follow the rows
+
+extern const char g_tex_interface_2x[], g_tex_interface_2x_end[];
+extern const char g_tex_elements_2x[], g_tex_elements_2x_end[];
+extern const char g_tex_map_2x[], g_tex_map_2x_end[];
+extern const char g_tex_background_2x[], g_tex_background_2x_end[];
 }

@@ -1,15 +1,13 @@
 // The part of the start that needs a window: window, driver, workers, pictures, palette; and the
 // splash that shows meanwhile.
 //
-// Main thread. Writes ogl_inited, the interface colours of colr, and scratch_array.
+// Main thread. Writes ogl_inited.
 
 #include "corekit/window/hl_init_window.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_app.h"
@@ -17,11 +15,10 @@
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/draw/OGL_extensions.h"
-#include "corekit/draw/TEX_utils.h"
 #include "corekit/draw/colr.h"
-#include "corekit/draw/g_tex.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
+#include "corekit/draw/tman_hardwired.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/widgets/keys.h"
@@ -29,57 +26,6 @@
 #include "corekit/window/hl_mnw_context.h"
 
 namespace {
-
-struct hardwired_row {
-  const unsigned char* rows;
-  int dx, dy, pixel_bytes;
-  int ref;
-};
-// The interface image comes last, since the palette is then read from where it lies.
-constexpr hardwired_row hardwired[] = {
-    {g_tex_background, g_tex_background_dx, g_tex_background_dy, 3, t_background},
-    {g_tex_elements, g_tex_elements_dx, g_tex_elements_dy, 4, t_elements},
-    {g_tex_map, g_tex_map_dx, g_tex_map_dy, 4, t_map},
-    {g_tex_interface, g_tex_interface_dx, g_tex_interface_dy, 4, t_interface},
-};
-
-void load_hardwired(const hardwired_row& image) {
-  const int stride = static_cast<int>(std::bit_ceil(static_cast<unsigned>(image.dx)));
-  const size_t row = static_cast<size_t>(image.dx) * image.pixel_bytes;
-  const size_t stride_bytes = static_cast<size_t>(stride) * image.pixel_bytes;
-  for (int y = 0; y < image.dy; ++y)
-    std::memcpy(scratch_array + y * stride_bytes, image.rows + y * row, row);
-  scratch_dx = stride;
-  scratch_dy = image.dy;
-  const int colour = image.pixel_bytes == 3 ? tex_rgb : tex_rgba;
-  tman.load_texture(tex_fail_fatal, image.ref, tex_interface | tex_full_size | colour, tex_load_now,
-                    "scratch_array:hardwired textures");
-}
-
-// The look of the toolkit is edited in the interface image, and not here: its colours are swatches
-// of that image.
-struct swatch_row {
-  int colour, column, row;
-};
-constexpr swatch_row swatches[] = {
-    {34, 319, 155}, {35, 319, 147}, {36, 319, 139}, {37, 319, 131}, {38, 319, 123},
-    {40, 319, 115}, {41, 319, 107}, {42, 319, 99},  {43, 319, 91},  {45, 319, 83},
-    {46, 319, 75},  {47, 319, 67},  {44, 395, 115},
-};
-constexpr int mean_colour = 39, mean_of_1 = 35, mean_of_2 = 38;
-
-// Takes the palette from the interface image in scratch_array.
-void take_palette() {
-  constexpr int stride_bytes = g_tex_interface_dx * 4;
-  for (const swatch_row& swatch : swatches) {
-    const unsigned char* rgb = scratch_array + swatch.row * stride_bytes + swatch.column * 4;
-    colr.assign(swatch.colour, static_cast<float>(rgb[0]) / 255, static_cast<float>(rgb[1]) / 255,
-                static_cast<float>(rgb[2]) / 255);
-  }
-  const colr_rgb& one = colr[mean_of_1];
-  const colr_rgb& other = colr[mean_of_2];
-  colr.assign(mean_colour, (one.r + other.r) / 2, (one.g + other.g) / 2, (one.b + other.b) / 2);
-}
 
 constexpr THREAD_contexts loader_contexts = {
     [] { return glExt.threaded_avail != 0; },
@@ -104,12 +50,6 @@ void no_graphics() {
 }
 
 }  // namespace
-
-void load_hardwired_textures() {
-  for (const hardwired_row& image : hardwired)
-    load_hardwired(image);
-  take_palette();
-}
 
 void init_window() {
   MACIBM_setres(1);

@@ -7,10 +7,6 @@
 // the palette. Ends the program by a fatal alert if there is no window to be had. Sets ogl_inited.
 void init_window();
 
-// Loads the four pictures that are compiled in, and takes the palette from the last of them. Uses
-// up scratch_array. REQUIRES: a current context that the drawing layer knows of.
-void load_hardwired_textures();
-
 // Draws a frame of the start-up splash with a line of text, already translated, and a bar when
 // `fraction` is above 0 (to 1). Only while the splash is up: from the window's start to the first
 // page.

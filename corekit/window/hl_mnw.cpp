@@ -18,6 +18,7 @@
 #include "corekit/base/xtim.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
+#include "corekit/draw/tman_hardwired.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/window/hl_mnw_paint.h"
@@ -198,10 +199,11 @@ void handle_press(const PLT_event& event) {
   MACIBM_handleclick(0);
 }
 
-// Draws the window anew. The keyboard focus, which a change of window takes away, stays: the user
-// may be typing.
+// Draws the window anew, which may have another size. The keyboard focus, which a change of window
+// takes away, stays: the user may be typing.
 void handle_update() {
   const int focus = focus_id, held = mnw.mouse_held, clicked = mnw.mouse_clicked;
+  fit_hardwired_textures();
   MACIBM_startwind(mnw.win_id, 0);
   focus_id = focus;
   mnw.mouse_held = held;

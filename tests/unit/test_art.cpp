@@ -1,14 +1,19 @@
-// The compiled-in pictures: what the program counts on when it cuts them. Everything is read from
-// the linked arrays, row 0 the lowest, with the rectangles that the widgets use.
+// The compiled-in pictures: what the program counts on when it cuts them, in the plain set and in
+// the sharper one. Everything is read from what is linked, row 0 the lowest, with the rectangles
+// that the widgets use; a sharper picture has twice their numbers.
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "corekit/draw/TEX_png.h"
 #include "corekit/draw/g_tex.h"
+#include "corekit/files/xmap.h"
 #include "tests/unit/gl_fixture.h"
 
 namespace {
@@ -26,13 +31,56 @@ struct picture {
     return {p[0], p[1], p[2], channels == 4 ? p[3] : 255};
   }
 };
-const picture interface_image{g_tex_interface, g_tex_interface_dx, g_tex_interface_dy, 4};
-const picture elements_image{g_tex_elements, g_tex_elements_dx, g_tex_elements_dy, 4};
-const picture map_image{g_tex_map, g_tex_map_dx, g_tex_map_dy, 4};
+
+// Decoded once, and kept.
+picture sharp(const char* file, const char* end, int dx, int dy, int channels) {
+  xmap_class png("");
+  png.look_at(file, end);
+  unsigned char* pixels = nullptr;
+  TEX_image_desc desc;
+  TEX_fault fault;
+  const int format = channels == 4 ? TEX_rgba : TEX_rgb;
+  EXPECT_TRUE(TEX_read_png(png, pixels, format, 0, 0, 0, desc, fault)) << fault.detail;
+  EXPECT_EQ(desc.width, 2 * dx);
+  EXPECT_EQ(desc.height, 2 * dy);
+  static std::vector<std::unique_ptr<unsigned char, void (*)(void*)>> kept;
+  kept.emplace_back(pixels, std::free);
+  return {pixels, desc.width, desc.height, channels};
+}
 
 struct rect {
   int u, v, dx, dy;
 };
+rect operator*(const rect& r, int scale) {
+  return {r.u * scale, r.v * scale, r.dx * scale, r.dy * scale};
+}
+
+// The pictures of one set.
+struct picture_set {
+  int scale;
+  picture interface_image, elements_image, map_image;
+};
+const picture_set& set_of(int scale) {
+  static const picture_set plain = {1,
+                                    {g_tex_interface, g_tex_interface_dx, g_tex_interface_dy, 4},
+                                    {g_tex_elements, g_tex_elements_dx, g_tex_elements_dy, 4},
+                                    {g_tex_map, g_tex_map_dx, g_tex_map_dy, 4}};
+  static const picture_set sharper = {
+      2,
+      sharp(g_tex_interface_2x, g_tex_interface_2x_end, g_tex_interface_dx, g_tex_interface_dy, 4),
+      sharp(g_tex_elements_2x, g_tex_elements_2x_end, g_tex_elements_dx, g_tex_elements_dy, 4),
+      sharp(g_tex_map_2x, g_tex_map_2x_end, g_tex_map_dx, g_tex_map_dy, 4)};
+  return scale == 1 ? plain : sharper;
+}
+
+class Art : public testing::TestWithParam<int> {
+ protected:
+  const int scale = GetParam();
+  const picture& interface_image = set_of(scale).interface_image;
+  const picture& elements_image = set_of(scale).elements_image;
+  const picture& map_image = set_of(scale).map_image;
+};
+INSTANTIATE_TEST_SUITE_P(Set, Art, testing::Values(1, 2));
 
 std::vector<rgba> pixels_of(const picture& image, const rect& r) {
   std::vector<rgba> all;
@@ -97,11 +145,11 @@ struct ink_box {
   int left = 99, right = 0, low = 99, high = 0;
 };
 
-static ink_box ink_of(int column, int row) {
+static ink_box ink_of(const picture_set& set, int column, int row) {
   ink_box box;
-  for (int v = 0; v < 15; ++v)
-    for (int u = 0; u < 14; ++u)
-      if (interface_image.at(column * 14 + u, row * 15 + v).a > 24) {
+  for (int v = 0; v < 15 * set.scale; ++v)
+    for (int u = 0; u < 14 * set.scale; ++u)
+      if (set.interface_image.at(column * 14 * set.scale + u, row * 15 * set.scale + v).a > 24) {
         box.left = std::min(box.left, u);
         box.right = std::max(box.right, u + 1);
         box.low = std::min(box.low, v);
@@ -110,13 +158,13 @@ static ink_box ink_of(int column, int row) {
   return box;
 }
 
-TEST(Art, GlyphsFitTheirAdvances) {
+TEST_P(Art, GlyphsFitTheirAdvances) {
   std::set<std::string> shapes;
   int glyphs = 0;
   for (int row = 0; row < 5; ++row)
     for (int column = 0; column < int(glyph_rows[row].size()); ++column) {
       const unsigned char byte = static_cast<unsigned char>(glyph_rows[row][size_t(column)]);
-      const rect cell{column * 14, row * 15, 14, 15};
+      const rect cell = rect{column * 14, row * 15, 14, 15} * scale;
       std::string shape;
       for (const rgba& pixel : pixels_of(interface_image, cell)) {
         EXPECT_TRUE(pixel.r == 255 && pixel.g == 255 && pixel.b == 255) << "the program tints";
@@ -129,49 +177,49 @@ TEST(Art, GlyphsFitTheirAdvances) {
       SCOPED_TRACE("byte " + std::to_string(byte));
       ++glyphs;
       EXPECT_TRUE(shapes.insert(shape).second) << "the same as another glyph";
-      const int advance = OGL_char_width(byte);
-      const ink_box ink = ink_of(column, row);
+      const int advance = OGL_char_width(byte) * scale;
+      const ink_box ink = ink_of(set_of(scale), column, row);
       ASSERT_LT(ink.left, ink.right) << "no ink";
       EXPECT_GE(highest_alpha(interface_image, cell), 128) << "too faint";
       EXPECT_LE(ink.right, advance) << "would touch the next letter's cell";
       // Balanced: what is free on the left and on the right differs by little.
-      EXPECT_LE(std::abs(ink.left - (advance - ink.right)), 2);
+      EXPECT_LE(std::abs(ink.left - (advance - ink.right)), 2 * scale);
       // Lines are 10 apart and the baseline is row 5: rows 3 to 12 for all but accents and
       // brackets. A text field shows the rows from 3 to 13 of its line.
       const bool tall = byte >= 0x80 || strchr("()[]{}|@$&/\\", byte);
-      EXPECT_GE(ink.low, tall ? 0 : 3);
-      EXPECT_LE(ink.high, tall ? 15 : 13);
+      EXPECT_GE(ink.low, tall ? 0 : 3 * scale);
+      EXPECT_LE(ink.high, (tall ? 15 : 13) * scale);
       if (strchr("ABDEFHIKLMNPRTXZ0123456789abcdehiklmnorstuvwxz", byte)) {
-        EXPECT_EQ(ink.low, 5) << "stands on the baseline";
+        EXPECT_EQ(ink.low, 5 * scale) << "stands on the baseline";
       }
     }
   EXPECT_EQ(glyphs, 144);
 }
 
-// What is free between two letters, with `blank` units in the middle.
-static int space_between(unsigned char left, unsigned char right, int blank) {
-  const auto ink = [](unsigned char byte) {
+// What is free between two letters, with `blank` units in the middle; pixels.
+static int space_between(int scale, unsigned char left, unsigned char right, int blank) {
+  const auto ink = [scale](unsigned char byte) {
     for (int row = 0; row < 5; ++row) {
       const size_t column = glyph_rows[row].find(static_cast<char>(byte));
-      if (column != std::string_view::npos) return ink_of(int(column), row);
+      if (column != std::string_view::npos) return ink_of(set_of(scale), int(column), row);
     }
     return ink_box();
   };
-  return OGL_char_width(left) - ink(left).right + blank + ink(right).left;
+  return (OGL_char_width(left) + blank) * scale - ink(left).right + ink(right).left;
 }
 
-TEST(Art, WordsHoldTogetherAndApart) {
+TEST_P(Art, WordsHoldTogetherAndApart) {
   // Pairs that were read as one word, and as two.
   const std::string_view between[] = {"sP", "sr", "er", "sp", "eD", "np", "tb", "rF"};
   for (const std::string_view pair : between)
-    EXPECT_GE(space_between(pair[0], pair[1], OGL_char_width(' ')), 4) << pair;
+    EXPECT_GE(space_between(scale, pair[0], pair[1], OGL_char_width(' ')), 4 * scale) << pair;
   const std::string_view within[] = {"a\xED", "\xEDz", "\xEDn", "d\xED", "ll", "ri", "ub", "R\xED"};
   for (const std::string_view pair : within)
-    EXPECT_LE(space_between(pair[0], pair[1], 0), 2) << pair;
+    EXPECT_LE(space_between(scale, pair[0], pair[1], 0), 2 * scale) << pair;
 }
 
 // --- frames -------------------------------------------------------------------------------------
-TEST(Art, StripsStretchWithoutSeams) {
+TEST_P(Art, StripsStretchWithoutSeams) {
   static const struct {
     int type, cap, src, h, u, v, tile;
   } rows[] = {
@@ -185,18 +233,19 @@ TEST(Art, StripsStretchWithoutSeams) {
     // Types 0 and 1 run one row over the image's edge, where the texture begins again at row 0.
     const int h = std::min(r.h, 512 - r.v);
     if (h < r.h) {
-      EXPECT_EQ(highest_alpha(interface_image, {r.u, 0, r.src, 1}), 0);
+      EXPECT_EQ(highest_alpha(interface_image, rect{r.u, 0, r.src, 1} * scale), 0);
     }
-    const rect whole{r.u, r.v, r.src, h};
+    const rect whole = rect{r.u, r.v, r.src, h} * scale;
     EXPECT_GT(highest_alpha(interface_image, whole), 128);
     // One pixel more on either side, since a squeezed tile is sampled between pixels.
-    EXPECT_TRUE(same_along_x(interface_image, {r.u + r.cap - 1, r.v, r.tile - r.cap + 2, h}));
+    EXPECT_TRUE(same_along_x(interface_image, {r.u * scale + r.cap * scale - 1, whole.v,
+                                               (r.tile - r.cap) * scale + 2, whole.dy}));
     expect_apart(interface_image, whole);
   }
-  EXPECT_TRUE(same_along_y(interface_image, {102, 257, 20, 22})) << "the upright bar";
+  EXPECT_TRUE(same_along_y(interface_image, rect{102, 257, 20, 22} * scale)) << "the upright bar";
 }
 
-TEST(Art, BoxesTileWithoutSeams) {
+TEST_P(Art, BoxesTileWithoutSeams) {
   static const struct {
     int type, u, v, side;
     double left, low, high;  // widths of the fixed slices
@@ -210,24 +259,26 @@ TEST(Art, BoxesTileWithoutSeams) {
   for (const auto& r : rows) {
     SCOPED_TRACE("type " + std::to_string(r.type));
     const picture& image = r.type == 20 ? elements_image : interface_image;
-    const rect whole{r.u, r.v, r.side, r.side};
+    const rect whole = rect{r.u, r.v, r.side, r.side} * scale;
     // The pixels that sampling between the fixed slices reaches.
-    const int left = int(std::floor(r.left - 0.5)), right = int(std::ceil(r.side - r.left + 0.5));
-    const int low = int(std::floor(r.low - 0.5)), high = int(std::ceil(r.side - r.high + 0.5));
-    EXPECT_TRUE(same_along_x(image, {r.u + left, r.v, right - left, r.side}));
-    EXPECT_TRUE(same_along_y(image, {r.u, r.v + low, r.side, high - low}));
-    const int middle = image.at(r.u + r.side / 2, r.v + (low + high) / 2).a;
+    const auto from = [&](double slice) { return int(std::floor(slice * scale - 0.5)); };
+    const auto to = [&](double slice) { return int(std::ceil((r.side - slice) * scale + 0.5)); };
+    const int left = from(r.left), right = to(r.left), low = from(r.low), high = to(r.high);
+    EXPECT_TRUE(same_along_x(image, {whole.u + left, whole.v, right - left, whole.dy}));
+    EXPECT_TRUE(same_along_y(image, {whole.u, whole.v + low, whole.dx, high - low}));
+    const int middle = image.at(whole.u + whole.dx / 2, whole.v + (low + high) / 2).a;
     EXPECT_GE(middle, r.type == 20 ? 245 : 255) << "text stands on it";
     expect_apart(image, whole);
   }
 }
 
 // --- map ----------------------------------------------------------------------------------------
-static rgba map_at(int lat, int lon, bool highlighted) {
-  return map_image.at(int((lon + 180) * 1.4), int((lat + 90) * 1.4) + (highlighted ? 252 : 0));
+static rgba map_at(const picture_set& set, int lat, int lon, bool highlighted) {
+  return set.map_image.at(int((lon + 180) * 1.4 * set.scale),
+                          int((lat + 90) * 1.4 * set.scale) + (highlighted ? 252 * set.scale : 0));
 }
 
-TEST(Art, MapKnowsLandFromSea) {
+TEST_P(Art, MapKnowsLandFromSea) {
   static const struct {
     const char* name;
     int lat, lon;
@@ -238,7 +289,8 @@ TEST(Art, MapKnowsLandFromSea) {
       {"Arctic", 88, 3, false},     {"Black Sea", 43, 34, false},  {"date line", 23, 179, false},
   };
   for (const auto& r : rows) {
-    const rgba plain = map_at(r.lat, r.lon, false), bright = map_at(r.lat, r.lon, true);
+    const picture_set& set = set_of(scale);
+    const rgba plain = map_at(set, r.lat, r.lon, false), bright = map_at(set, r.lat, r.lon, true);
     EXPECT_NE(plain, bright) << r.name << ": a selected sector shows";
     const bool blue = plain.b > plain.r + 20;
     EXPECT_EQ(blue, !r.land) << r.name << ' ' << plain.r << ' ' << plain.g << ' ' << plain.b;

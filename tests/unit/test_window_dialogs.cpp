@@ -1,6 +1,7 @@
 // Windows and dialogs: sizes, close boxes, tooltip and pointer, the start, popups.
 
 #include "corekit/base/xtim.h"
+#include "corekit/draw/colr.h"
 #include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
@@ -13,6 +14,28 @@
 namespace {
 
 class WindowDialogs : public window_fixture {};
+
+TEST_F(WindowDialogs, PicturesSuitTheWindow) {
+  constexpr int ink = 43, plain = 512, sharper = 1024;
+  const struct {
+    int dx, dy, interface_dx;
+  } rows[] = {{1600, 1200, sharper}, {1000, 2000, sharper}, {2000, 600, plain},
+              {640, 480, plain},     {820, 615, sharper},   {800, 600, plain}};
+  const float red = colr[ink].r;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::to_string(row.dx) + " by " + std::to_string(row.dy));
+    colr.assign(ink, 0, 0, 0);
+    const float before = tman.record(t_interface).dx;
+    SDL_SetWindowSize(SDL_GL_GetCurrentWindow(), row.dx, row.dy);
+    for (int frame = 0; frame < 3; ++frame)
+      MACIBM_event_proc();
+    const float now = tman.record(t_interface).dx;
+    EXPECT_EQ(now, row.interface_dx);
+    EXPECT_EQ(tman.record(t_background).dx, row.interface_dx * 2);
+    // The palette comes with the pictures, whichever they are, and they come only when they change.
+    EXPECT_EQ(colr[ink].r, now == before ? 0 : red);
+  }
+}
 
 TEST_F(WindowDialogs, EveryDialogIsCentredInItsSize) {
   const struct {
