@@ -48,9 +48,9 @@ void say_what_is_next() {
                    "folders %s of %d discs.",
                    bld.sim_name.c_str(), bld.dvd_now + 1));
   } else {
-    builder_notice("For mirrors: upload " + folder +
-                   ", with directory.txt.zip last; then the "
-                   "list that --write_server_list writes.");
+    builder_notice("For mirrors: script/publish " + bld.dst_fold_base +
+                   " REMOTE..., with the list that --write_server_list writes; or upload " +
+                   folder + " by hand, with directory.txt.zip last, and then the list.");
   }
   std::string next = "For the next build:";
   if (bld.fog_fals == install_base) next += " --previous=" + folder + "directory.txt.zip";

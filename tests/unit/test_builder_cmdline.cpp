@@ -9,6 +9,7 @@
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/window/hl_init.h"
 #include "tests/unit/builder_tree.h"
+#include "tests/unit/test_archive_util.h"
 
 namespace {
 
@@ -95,6 +96,23 @@ TEST_F(BuilderCmdline, BuildsWhatTheFlagsSay) {
   EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));
   // An output root beside the tree, with the tree's name at its start, is not within it.
   expect(0, build_flags("--output=src 2"), "OK compression is done.");
+}
+
+// No date on the master is later than what the environment says.
+TEST_F(BuilderCmdline, SourceDateEpoch) {
+  for (const char* const wrong : {"soon", "-1", "1e9", "99999999999999999999"}) {
+    setenv("SOURCE_DATE_EPOCH", wrong, 1);
+    expect(2, build_flags("--threads=1"), "SOURCE_DATE_EPOCH needs a number of seconds");
+  }
+  setenv("SOURCE_DATE_EPOCH", "1000000000", 1);  // 9 September 2001
+  setenv("TZ", "UTC", 1);
+  expect(0, build_flags("--name=Test 9"), "OK compression is done.");
+  unsetenv("SOURCE_DATE_EPOCH");
+  for (const char* const zip : {"directory.txt", "All/Resources/text/English/Skyvane.txt"})
+    EXPECT_NE(run("unzip -Z -T -s '" + base + "out/disk_0/Test 9/" + zip + ".zip'")
+                  .find(" 20010909.014640 "),
+              std::string::npos)
+        << zip;
 }
 
 TEST_F(BuilderCmdline, PreviousManifest) {
