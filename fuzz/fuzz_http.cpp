@@ -2,11 +2,11 @@
 // which the rest arrives; cut or whole, it has to come to the same.
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "corekit/net/http_answer.h"
+#include "fuzz/fuzz_util.h"
 
 namespace {
 
@@ -21,10 +21,6 @@ struct outcome {
   bool operator==(const outcome&) const = default;
 };
 
-void check(bool holds) {
-  if (!holds) std::abort();
-}
-
 outcome read(std::string_view bytes, size_t piece) {
   http_answer answer(budget);
   std::string all;
@@ -33,18 +29,18 @@ outcome read(std::string_view bytes, size_t piece) {
     while (!part.empty() && !answer.ended() && answer.fault() == fault_none) {
       std::string_view body;
       const size_t used = answer.take(part, &body);
-      check(used > 0 && used <= part.size() && body.size() <= used);
+      fuzz_check(used > 0 && used <= part.size() && body.size() <= used);
       all += body;
       part.remove_prefix(used);
       bytes.remove_prefix(used);
     }
   }
-  check(all.size() <= static_cast<size_t>(budget));
+  fuzz_check(all.size() <= static_cast<size_t>(budget));
   if (answer.ended()) {
-    check(answer.code() > 199);
-    check(answer.length() < 0 || answer.length() == static_cast<int64_t>(all.size()));
+    fuzz_check(answer.code() > 199);
+    fuzz_check(answer.length() < 0 || answer.length() == static_cast<int64_t>(all.size()));
     std::string_view body;
-    check(answer.take("more", &body) == 0);
+    fuzz_check(answer.take("more", &body) == 0);
   }
   return {answer.ended(),
           answer.may_go_on(),
@@ -60,6 +56,6 @@ outcome read(std::string_view bytes, size_t piece) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   const std::string_view bytes(reinterpret_cast<const char*>(data + 1), size - 1);
-  check(read(bytes, std::max<size_t>(data[0], 1)) == read(bytes, bytes.size() + 1));
+  fuzz_check(read(bytes, std::max<size_t>(data[0], 1)) == read(bytes, bytes.size() + 1));
   return 0;
 }

@@ -83,7 +83,10 @@ check_mirrors --quiet "$list"
 want_status 0
 [ ! -s "$OUT" ] || fail "without a fault something is said"
 
-rm -r "$dav/updates"  # what is published as a list is there, and a mirror behind it is not
+rm -r "$dav/updates" # a mirror that the list names first has nothing any more
+check_mirrors --quiet "$list"
+want_status 1
+[ "$(cat "$OUT")" = "dav/updates/: is behind: it has no manifest of $name (404)" ] || fail "not what there is to say"
 install_through_mirrors "$dav/serverlist9.txt" "$FIXTURE/sample/new"
 
 # --- old releases go ------------------------------------------------------------------------------

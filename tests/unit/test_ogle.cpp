@@ -8,24 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "corekit/widgets/ogle.h"
+#include "tests/unit/ogle_page.h"
 
 namespace {
 
-constexpr float line_height = 10, view_dx = 60, view_dy = 35, view_left = 100, view_bottom = 200;
-
-// Uneven widths; line breaks and one letter have none.
-float width_of(char c) {
-  if (c == '\n' || c == '\r' || c == 'o') return 0;
-  return static_cast<float>(1 + static_cast<unsigned char>(c) % 5);
-}
-
-bool is_space(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
+constexpr float view_left = 100, view_bottom = 200;
 
 // A page with a text of its own, wrapped at `wrap`, that records what is drawn.
-class page : public OGLE {
+class page : public measured_page {
  public:
   explicit page(float wrap_dx) : wrap(wrap_dx) {}
 
@@ -75,27 +65,11 @@ class page : public OGLE {
     ASSERT_LE(end, static_cast<int>(text.size()));
     text.replace(static_cast<size_t>(start), static_cast<size_t>(end - start), std::string(b, e));
   }
-  float GetLineHeight() override { return line_height; }
   float MeasureString(const char* b, const char* e) override {
     EXPECT_LE(text.data(), b);
     EXPECT_LE(b, e);
     EXPECT_LE(e, text.data() + text.size());
-    float dx = 0;
-    for (; b < e; ++b)
-      dx += width_of(*b);
-    return dx;
-  }
-  int FitStringFwd(const char* b, const char* e, float dx) override {
-    const char* at = b;
-    while (at != e && dx > 0)
-      dx -= width_of(*at++);
-    return static_cast<int>(at - b);
-  }
-  int FitStringRev(const char* b, const char* e, float dx) override {
-    const char* at = e;
-    while (at != b && dx > 0)
-      dx -= width_of(*--at);
-    return static_cast<int>(e - at);
+    return measured_page::MeasureString(b, e);
   }
   void DrawString(const char* b, const char* e, float x, float y) override {
     drawn += "'" + std::string(b, e) + "'" + at(x, y) + " ";
@@ -103,9 +77,6 @@ class page : public OGLE {
   void DrawSelection(const OGLE_Bounds& b) override {
     drawn +=
         (b.left == b.right ? "caret" : "box") + at(b.left, b.bottom) + at(b.right, b.top) + " ";
-  }
-  const char* WordBreak(const char* b, const char* e) override {
-    return std::find_if(std::find_if_not(b, e, is_space), e, is_space);
   }
 
  private:
