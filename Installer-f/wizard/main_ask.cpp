@@ -97,10 +97,12 @@ struct answer_button {
 // Draws the buttons; the answer of the first one pressed, or 0 for none. Return and Escape press
 // the one that destroys nothing.
 int pressed_answer(const answer_button* buttons, int count, const answer_button& safe) {
-  BTN_plot_default(safe.x, safe.y, safe.dx);
   for (int i = 0; i < count; ++i) {
     const answer_button& button = buttons[i];
-    if (BTN_action(button.x, button.y, button.dx, 0, 1, button.label, "")) return button.answer;
+    const int hit = &button == &safe
+                        ? BTN_main_action(button.x, button.y, button.dx, button.label)
+                        : BTN_action(button.x, button.y, button.dx, 0, 1, button.label, "");
+    if (hit) return button.answer;
   }
   if (return_hit || escape_hit) {
     return_hit = escape_hit = 0;  // answered, and no key for the page behind

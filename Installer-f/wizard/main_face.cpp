@@ -13,10 +13,10 @@
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
+#include "corekit/widgets/butn_plate.h"
 
 namespace {
 
-constexpr float cap = 5;        // of a plate, with its rounded corners; no letter reaches into it
 constexpr float text_rise = 7;  // from the face's lower edge to the y of its text
 
 struct face_words {
@@ -30,13 +30,6 @@ constexpr face_words faces[] = {
     {374, "Select None", col_black, col_note}, {628, "Options", col_black, col_note},
 };
 
-// A piece of the elements image, `from` and `from_dx` wide in it, drawn dx wide.
-void draw_piece(float x, float y, float from, float tex_y, float from_dx, float dx, float dy,
-                float alpha) {
-  OGL_2dquad_d(t_elements, col_picture, alpha, x, y, from / 1024, tex_y / 128, dx, dy,
-               from_dx / 1024, dy / 128, blend_mix);
-}
-
 }  // namespace
 
 void face_draw(float x, float y, float tex_x, float tex_y, float dx, float dy, float alpha) {
@@ -44,14 +37,13 @@ void face_draw(float x, float y, float tex_x, float tex_y, float dx, float dy, f
                                               [&](const auto& f) { return f.tex_x == tex_x; });
   const std::string words = face == std::end(faces) ? "" : tr(face->words);
   const bool is_picture = face == std::end(faces) || words == face->words ||
-                          static_cast<float>(OGL_string_width(words)) > dx - 2 * (cap + 1);
+                          static_cast<float>(OGL_string_width(words)) > dx - 2 * (plate_cap + 1);
   if (is_picture) {
-    draw_piece(x, y, tex_x, tex_y, dx, dx, dy, alpha);
+    OGL_2dquad_d(t_elements, col_picture, alpha, x, y, tex_x / 1024, tex_y / 128, dx, dy, dx / 1024,
+                 dy / 128, blend_mix);
     return;
   }
-  draw_piece(x, y, tex_x, tex_y, cap, cap, dy, alpha);
-  draw_piece(x + cap, y, tex_x + cap, tex_y, 0, dx - 2 * cap, dy, alpha);
-  draw_piece(x + dx - cap, y, tex_x + dx - cap, tex_y, cap, cap, dy, alpha);
+  BTN_plot_plate({tex_x, tex_y, dx}, x, y, dx, alpha);
   OGL_string(alpha < 1 ? face->col_greyed : face->col, x + dx / 2, y + text_rise, words, 0,
              charset_text, just_centre);
 }

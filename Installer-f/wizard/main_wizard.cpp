@@ -81,7 +81,11 @@ int draw_record(const wizard_screen& screen) {
   int pressed = -1;
   for (size_t i = 0; i < screen.button_names.size(); ++i) {
     const float y = 350.0f - 25.0f * static_cast<float>(i);
-    if (BTN_action(500, y, 250, 0, 1, screen.button_names[i], "")) pressed = static_cast<int>(i);
+    const std::string& name = screen.button_names[i];
+    // The last page is for its button, not for Quit.
+    const int hit = screen.next == wizard_quit ? BTN_main_action(500, y, 250, name)
+                                               : BTN_action(500, y, 250, 0, 1, name, "");
+    if (hit) pressed = static_cast<int>(i);
   }
   draw_progress(screen);
   if (screen.show_servers && stg.server_count >= 1) draw_servers();

@@ -10,6 +10,7 @@ enum colour : int {
   col_red = 57,           //
   col_mark = 8,           // behind what is selected: a digit, a row, a piece of text
   col_black = 12,         // the wizard's texts; plates
+  col_lit = 20,           // over the face of what the mouse is on
   col_back = 34,          // of the window
   col_menu_edge = 37,     // a menu's edge and separators,
   col_menu_back = 38,     //   its ground, and what is chosen of a popup list,

@@ -93,8 +93,6 @@ struct BTN_press {
 BTN_press BTN_pressable(int id, float left, float bottom, float right, float top);
 // The frame round what has the focus.
 void BTN_plot_focus(float left, float bottom, float right, float top);
-// The rim of the button that Return presses; x, y, dx as of BTN_action.
-void BTN_plot_default(float x, float y, float dx);
 
 // --- labels and the mouse ----------------------------------------------------------------------
 
@@ -172,6 +170,9 @@ void BTN_util_element(float x, float y, float s, float t, float half_dx, float h
 // stands beside it.
 int BTN_action(float x, float y, float dx, int on, int mode, const std::string& label,
                const std::string& note);
+// The button that a page or dialog is for, which is the bright one: as BTN_action with mode 1. In a
+// dialog it is the one that Return presses, which is the caller's to do.
+int BTN_main_action(float x, float y, float dx, const std::string& label);
 int BTN_bool(float x, float y, int* value, const std::string& label, int radio);
 // A radio button: on while *value is my_value, which a click makes it.
 int BTN_is_int(float x, float y, int* value, int my_value, const std::string& label);

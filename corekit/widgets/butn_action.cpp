@@ -7,13 +7,32 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
+#include "corekit/widgets/butn_plate.h"
 
 namespace {
 
+// A button as it is drawn in this frame.
+struct action_look {
+  float x, y, dx;
+  bool bright;   // the one that a page is for
+  bool pressed;  // it is on, or the mouse holds it down
+  bool under;    // the mouse is on it
+  bool lit;      // of its label, where it is on
+};
+
 // Draws a button's face and its label.
-void plot_action(float x, float y, float dx, bool pressed, bool lit, const std::string& label) {
-  BTN_frame1(pressed ? strip_button_down : strip_button_up, x, y, dx, col_as_is);
-  BTN_util_draw_label(x, y - 3, 1, label, lit);
+void plot_action(const action_look& look, const std::string& label) {
+  constexpr float bright_u = 150, bright_dx = 100, no_wrap = 9999;
+  if (look.bright) {
+    const float v = BTN_face_row(look.pressed || look.under, look.pressed);
+    BTN_plot_plate({bright_u, v, bright_dx}, look.x - look.dx / 2, look.y - plate_dy / 2, look.dx,
+                   1);
+    OGL_string(col_white, look.x, look.y - 3, label, no_wrap, charset_text, just_centre);
+    return;
+  }
+  BTN_frame1(strip_button_up, look.x, look.y, look.dx, look.under ? col_lit : col_as_is);
+  if (look.pressed) BTN_frame1(strip_button_down, look.x, look.y, look.dx, col_as_is);
+  BTN_util_draw_label(look.x, look.y - 3, 1, label, look.lit);
 }
 
 // A variable of another type than int, as a check box edits it.
@@ -25,25 +44,25 @@ int bool_of(float x, float y, value_type* value, const std::string& label) {
   return hit;
 }
 
-}  // namespace
-
 // One call is one frame. The press is all that counts: holding and releasing do nothing more, and a
 // press that arrives while the mouse is elsewhere is lost to the button.
 //
-//   mouse     clicked  popup_code   on  mode   drawn                              result
-//   outside   any      any          0   any    face up                            0
-//   outside   any      any          1   any    face down over face up             0
-//   inside    0        any          any any    the same; help to the hover text   0
-//   inside    1        a menu       any any    the same                           0
-//   inside    1        -1           0   0      face up                            1
-//   inside    1        -1           0   1, 2   face up, then down, and swapped    1
-//   inside    1        -1           1   any    face down                          1
-//   any; Space, focused             0   0 .. 2 as inside and clicked              1
+//   mouse     held  clicked  popup_code   on  mode   drawn                              result
+//   outside   any   any      any          0   any    face up                            0
+//   outside   any   any      any          1   any    face down over face up             0
+//   inside    0     0        -1           any any    the same, tinted; help to the      0
+//                                                    hover text
+//   inside    1     0        -1           any any    face down over face up; help       0
+//   inside    any   any      a menu       any any    as outside                         0
+//   inside    any   1        -1           0   0      as not clicked                     1
+//   inside    any   1        -1           0   1, 2   then face down, and swapped        1
+//   inside    any   1        -1           1   any    face down                          1
+//   any; Space, focused                   0   0 .. 2 as inside and clicked              1
 //
 // The swap inside the call shows the press before the action that follows, which may take long.
 // What the page has not drawn yet is missing from that one picture.
-int BTN_action(float x, float y, float dx, int on, int mode, const std::string& label,
-               const std::string& note) {
+int plot_and_press(float x, float y, float dx, int on, int mode, const std::string& label,
+                   const std::string& note, bool bright) {
   constexpr float half_dy = 10, label_rim = 21, note_gap = 10, note_rise = 7, note_wrap = 500;
   if (!ogl_inited) return 0;
   std::string left, right, help;
@@ -51,22 +70,32 @@ int BTN_action(float x, float y, float dx, int on, int mode, const std::string& 
   if (dx <= 0) dx = static_cast<float>(OGL_string_width(left)) + label_rim;
   const float half = dx / 2;
 
-  plot_action(x, y, dx, false, false, on ? std::string() : left);
-  if (on) plot_action(x, y, dx, true, mode == 2, left);
+  const BTN_press press =
+      BTN_pressable(BTN_identity(x, y), x - half, y - half_dy, x + half, y + half_dy);
+  const bool held = press.under && mnw.mouse_held;
+  plot_action({x, y, dx, bright, on || held, press.under != 0, on && mode == 2}, left);
   if (!note.empty()) {
     OGL_string(col_note, x + half + note_gap, y + note_rise, note, note_wrap);
   }
-
-  const BTN_press press =
-      BTN_pressable(BTN_identity(x, y), x - half, y - half_dy, x + half, y + half_dy);
   if (press.focused) BTN_plot_focus(x - half, y - half_dy, x + half, y + half_dy);
   BTN_hover(x - half, y - half_dy, x + half, y + half_dy, help);
   if (!press.hit) return 0;
   if (!on && mode) {
-    plot_action(x, y, dx, true, false, left);
+    plot_action({x, y, dx, bright, true, press.under != 0, false}, left);
     OGL_sbuff();
   }
   return 1;
+}
+
+}  // namespace
+
+int BTN_action(float x, float y, float dx, int on, int mode, const std::string& label,
+               const std::string& note) {
+  return plot_and_press(x, y, dx, on, mode, label, note, false);
+}
+
+int BTN_main_action(float x, float y, float dx, const std::string& label) {
+  return plot_and_press(x, y, dx, 0, 1, label, "", true);
 }
 
 // One call is one frame. The value turns in the frame of the press, and is drawn turned in it.
@@ -99,7 +128,8 @@ int BTN_bool(float x, float y, int* value, const std::string& label, int radio) 
   if (hit) *value = !*value;
 
   const int kind = radio ? 1 : 0;
-  BTN_util_element(x, y + rise, boxes[kind].u, boxes[kind].v, half, half, col_as_is);
+  BTN_util_element(x, y + rise, boxes[kind].u, boxes[kind].v, half, half,
+                   press.under ? col_lit : col_as_is);
   if (*value) BTN_util_element(x, y + rise, marks[kind].u, marks[kind].v, half, half, col_as_is);
   BTN_util_draw_label(x - label_gap, y, 0, left, 0);
   BTN_util_draw_label(x + label_gap, y, 2, right, 0);

@@ -96,6 +96,10 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
   }
 
   BTN_frame1(strip_list, x + dx / 2, y + rise, dx, col_as_is);
+  // The box is dark, and so lit by a veil.
+  if (BTN_mouse_in(x, y + rise - half_dy, x + dx, y + rise + half_dy)) {
+    OGL_fillrect(col_white, 0.15f, x + 3, y + rise - 7, dx - 6, 14);
+  }
   OGL_string(col_menu_back, x + text_rim, y, BTN_name_from_vector(*value, &list), no_wrap);
   BTN_util_draw_label(x - 12, y, 0, left, 0);
   BTN_util_draw_label(x + dx + 12, y, 2, right, 0);

@@ -39,9 +39,3 @@ void BTN_plot_focus(float left, float bottom, float right, float top) {
     frame(col_black, rim);
   frame(col_light, light);
 }
-
-void BTN_plot_default(float x, float y, float dx) {
-  constexpr float half_dy = 10, rim = 2;
-  OGL_framerect(col_light, 1, x - dx / 2 - rim, y - half_dy - rim, dx + 2 * rim,
-                2 * (half_dy + rim));
-}

@@ -318,9 +318,7 @@ browse_state plot_browser(const std::string& prompt, const std::string& action) 
       state = confirm();
     }
   }
-  BTN_plot_default(right - 130, buttons_y, 80);
-  if (BTN_action(right - 130, buttons_y, 80, 0, 1, action, "") ||
-      (return_hit && !browser.is_naming)) {
+  if (BTN_main_action(right - 130, buttons_y, 80, action) || (return_hit && !browser.is_naming)) {
     state = confirm();
   }
   if (BTN_action(right - 40, buttons_y, 80, 0, 1, tr("Cancel"), "")) state = browse_cancelled;

@@ -99,7 +99,7 @@ void draw_alert(const exce_class& failure, const std::string& where) {
     } else {
       plot_message(lines, type, where);
     }
-    if (BTN_action(mnw.win_dx / 2, button_y, 0, 0, 1, label, "") || return_hit || escape_hit) {
+    if (BTN_main_action(mnw.win_dx / 2, button_y, 0, label) || return_hit || escape_hit) {
       return_hit = escape_hit = 0;
       if (type == t_exit) return;
       MACIBM_startwind(failure.window, 0);

@@ -52,6 +52,7 @@ class WindowAsk : public window_fixture {
   static picture_type picture_of(const std::function<int()>& question, void (*click)(int, int),
                                  int x, int y) {
     picture_type first;
+    push_motion(1, 1);  // off what would be lit under it
     ask(question, [&] {
       if (first.empty()) first = shown;
       click(x, y);
