@@ -6,5 +6,6 @@
 struct edition_record {
   page_function start_page;
   const char* title;
+  const char* program;  // the name of its file
 };
 extern const edition_record edition;

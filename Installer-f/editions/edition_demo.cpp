@@ -4,4 +4,5 @@
 
 #include "Installer-f/wizard/main_demo.h"
 
-const edition_record edition = {demo_start, "Skyvane Web Demo Installer 2.01r1"};
+const edition_record edition = {demo_start, "Skyvane Web Demo Installer 2.01r1",
+                                "skyvane-demo-installer"};

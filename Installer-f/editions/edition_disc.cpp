@@ -4,4 +4,5 @@
 
 #include "Installer-f/wizard/main_dvd.h"
 
-const edition_record edition = {dvd_start, "Skyvane Disc Installer 2.01r1"};
+const edition_record edition = {dvd_start, "Skyvane Disc Installer 2.01r1",
+                                "skyvane-disc-installer"};

@@ -4,4 +4,4 @@
 
 #include "Installer-f/wizard/main_net.h"
 
-const edition_record edition = {net_start, "Skyvane Web Updater 2.01r1"};
+const edition_record edition = {net_start, "Skyvane Web Updater 2.01r1", "skyvane-web-updater"};

@@ -127,7 +127,7 @@ int run(int argc, char** argv) {
 // Nothing here throws to report a failure; what arrives all the same, such as memory that has run
 // out, is shown like any other.
 int main(int argc, char** argv) {
-  wizard_serve(edition.start_page, edition.title);
+  wizard_serve(edition.start_page, edition.title, edition.program);
   try {
     return run(argc, argv);
   } catch (const std::exception& e) {

@@ -4,15 +4,35 @@
 
 #include "Installer-f/wizard/main_app.h"
 
+#include <algorithm>
+#include <string>
+
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_launch.h"
 #include "Installer-f/wizard/main_prefs.h"
 #include "Installer-f/wizard/main_usage.h"
+#include "corekit/Platform/PLT_notice.h"
 #include "corekit/base/hl_app.h"
 
 page_function g_wizard = nullptr;
 
-void wizard_serve(page_function start_page, const char* title) {
+namespace {
+
+constexpr int icon_side = 64;
+extern "C" const unsigned char g_icon[icon_side * icon_side * 4];
+
+// The name of the program's menu entry: reversed as the desktop wants it, and no "-" in it.
+const char* desktop_id(const std::string& program) {
+  static std::string id;
+  id = "example.skyvane." + program;
+  std::replace(id.begin(), id.end(), '-', '_');
+  return id.c_str();
+}
+
+}  // namespace
+
+void wizard_serve(page_function start_page, const char* title, const char* program) {
+  PLT_introduce({desktop_id(program), title, program, g_icon, icon_side});
   g_wizard = start_page;
   APP.title = title;
   APP.web_host = product_web_host;

@@ -15,74 +15,12 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_lines.h"
 #include "corekit/window/hl_mnw.h"
 
 namespace {
 
 constexpr float line_dy = 10, text_x = 20;
-constexpr char cut_mark[] = "...";
-
-float width_of(std::string_view text) {
-  return static_cast<float>(OGL_string_width(text));
-}
-
-// `text` in lines of at most `wrap`: broken behind a blank or a "/", and where there is none in
-// time, wherever the line is full.
-std::vector<std::string> lines_of(const std::string& text, float wrap) {
-  std::vector<std::string> lines;
-  size_t start = 0, good = 0;  // of the line being filled; behind its last blank or "/"
-  float width = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\n') {
-      lines.push_back(text.substr(start, i - start));
-      start = good = i + 1;
-      width = 0;
-      continue;
-    }
-    const float dx = static_cast<float>(OGL_char_width(static_cast<unsigned char>(text[i])));
-    // A blank that no longer fits hangs over the edge unseen.
-    if (width + dx > wrap && text[i] != ' ' && i > start) {
-      const size_t end = good > start ? good : i;
-      lines.push_back(text.substr(start, end - start));
-      start = good = end;
-      width = width_of(std::string_view(text).substr(start, i - start));
-    }
-    width += dx;
-    if (text[i] == ' ' || text[i] == '/') good = i + 1;
-  }
-  if (start < text.size()) lines.push_back(text.substr(start));
-  return lines;
-}
-
-// Takes out lines of the middle, and marks the cut, so that at most `most` are left: both ends of a
-// path say more than its middle.
-void cut_middle(std::vector<std::string>& lines, size_t most, float wrap) {
-  if (lines.size() <= most) return;
-  const auto keep_from = lines.begin() + static_cast<long>(most / 2);
-  lines.erase(keep_from, keep_from + static_cast<long>(lines.size() - most));
-  std::string& cut = lines[most / 2];
-  while (!cut.empty() && width_of(cut_mark + cut) > wrap)
-    cut.erase(0, 1);
-  cut.insert(0, cut_mark);
-}
-
-// Keeps the first `most` lines, and marks the cut.
-void cut_end(std::vector<std::string>& lines, size_t most, float wrap) {
-  if (lines.size() <= most) return;
-  lines.resize(most);
-  while (!lines.back().empty() && width_of(lines.back() + cut_mark) > wrap)
-    lines.back().pop_back();
-  lines.back() += cut_mark;
-}
-
-// Draws lines one below the other, the first at `y`.
-void plot_lines(const std::vector<std::string>& lines, float y) {
-  for (const std::string& line : lines) {
-    OGL_string(col_label, text_x, y, line, 0);
-    y -= line_dy;
-  }
-}
-
 // Where a block that stands on `bottom` begins.
 float top_of(const std::vector<std::string>& lines, float bottom) {
   return bottom + line_dy * static_cast<float>(lines.size() - 1);
@@ -122,15 +60,15 @@ placed_text place_question(const std::string& location, int gone, float wrap) {
   constexpr size_t fit_upward = 4, fit_at_all = 5;
   constexpr float usual_bottom = 80, lowest_bottom = 72;
   std::vector<std::string> text =
-      lines_of(tr(gone ? "I am about to DELETE:" : "I am about to install:"), wrap);
-  std::vector<std::string> path = lines_of(location, wrap);
-  const std::vector<std::string> rest =
-      lines_of(tr(gone ? "because we no longer use this file, but it appears you have modified it. "
-                         "What to do?"
-                       : "but it appears you have modified this file. What to do?"),
-               wrap);
+      BTN_lines(tr(gone ? "I am about to DELETE:" : "I am about to install:"), wrap);
+  std::vector<std::string> path = BTN_lines(location, wrap);
+  const std::vector<std::string> rest = BTN_lines(
+      tr(gone ? "because we no longer use this file, but it appears you have modified it. "
+                "What to do?"
+              : "but it appears you have modified this file. What to do?"),
+      wrap);
   const size_t others = text.size() + rest.size();
-  cut_middle(path, std::max<size_t>(fit_at_all - std::min(others, fit_at_all - 1), 1), wrap);
+  BTN_cut_middle(path, std::max<size_t>(fit_at_all - std::min(others, fit_at_all - 1), 1), wrap);
   text.insert(text.end(), path.begin(), path.end());
   text.insert(text.end(), rest.begin(), rest.end());
   const float bottom = text.size() > fit_upward ? lowest_bottom : usual_bottom;
@@ -154,13 +92,13 @@ int abort_alert(const std::string& question, const std::string& label_1, const s
   MACIBM_startwind(win_abort_alert, 0);
   if (mnw.win_id != win_abort_alert) return 3;
   const float wrap = mnw.win_dx - 2 * text_x;
-  std::vector<std::string> lines = lines_of(question, wrap);
-  cut_end(lines, most_lines, wrap);
+  std::vector<std::string> lines = BTN_lines(question, wrap);
+  BTN_cut_end(lines, most_lines, wrap);
   const float y = lines.size() > usual_lines ? highest_y : usual_y;
   while (mnw.win_id == win_abort_alert) {
-    OGL_plot_back_col();
+    MACIBM_plot_behind();
     BTN_fillwin(1, inner_none);
-    plot_lines(lines, y);
+    BTN_plot_lines(col_label, text_x, y, lines);
     OGL_string(col_label, 150, 53, line_1, mnw.win_dx - 210);
     OGL_string(col_label, 150, 28, line_2, mnw.win_dx - 210);
     if (const int answer = pressed_answer(buttons, 2, buttons[1])) {
@@ -200,9 +138,9 @@ int select_alert(const std::string& location, int gone) {
   MACIBM_startwind(win_select_alert, 0);
   const placed_text text = place_question(location, gone, mnw.win_dx - 2 * text_x);
   while (mnw.win_id == win_select_alert) {
-    OGL_plot_back_col();
+    MACIBM_plot_behind();
     BTN_fillwin(1, inner_none);
-    plot_lines(text.lines, text.y);
+    BTN_plot_lines(col_label, text_x, text.y, text.lines);
     if (const int answer = pressed_answer(buttons, 5, buttons[1])) {
       MACIBM_startwind(win_main, 0);
       return answer;

@@ -129,10 +129,12 @@ int show_run_patch(int first_time, wizard_screen& screen) {
 int show_done(int, wizard_screen& screen) {
   screen.back = nullptr;
   screen.next = wizard_quit;
+  screen.outcome = outcome_good;
   screen.title = tr("Finshed Web Demo Install");
   if (stg.extract_failed) {
     screen.text =
         tr("There were problem installing the Skyvane 9 web demo - it may not be usable.");
+    screen.outcome = outcome_bad;
     return 0;
   }
   screen.text = tr("I have finished installing the Skyvane 9 web demo at: ") + dest_dir_path + ".";

@@ -163,6 +163,7 @@ int eula_page(const eula_flow& flow, wizard_screen& screen) {
       tr("You agree to not make copies of Skyvane.\n\n") +
       tr("You agree to not distribute the artwork from Skyvane, OR ANY DERIVATIVE OF THAT ARTWORK, "
          "without permission from Tessaron Labs.");
+  screen.text_is_framed = true;
   screen.back = flow.back;
   screen.next = *flow.accepted ? flow.next : nullptr;
   if (wizard_label(250, 100, tr("I accept this agreement."), 560)) *flow.accepted = !*flow.accepted;

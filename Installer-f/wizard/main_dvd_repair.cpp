@@ -145,11 +145,13 @@ int show_done(int, wizard_screen& screen) {
   screen.title = tr("Finished Repairing Skyvane.");
   screen.back = dvd_start;
   screen.next = wizard_quit;
+  screen.outcome = outcome_good;
   if (num_install_errors > 0) {
     screen.text =
         tr("There were errors during the repair; your copy of Skyvane may not be usable.\n\nYou "
            "can click Go Back and use the repair and add-remove scenery functions to try to "
            "reinstall any missing or damaged files.");
+    screen.outcome = outcome_bad;
     return 0;
   }
   screen.text = tr("I have finished repairing ") + dest_dir_path +

@@ -19,6 +19,7 @@
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/xtim.h"
@@ -27,6 +28,7 @@
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
 #include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_value.h"
 #include "corekit/window/butn_file.h"
 #include "corekit/window/hl_mnw.h"
 
@@ -230,12 +232,22 @@ void UTIL_notice_lost_disk(int index) {
 }
 
 void UTIL_pick_install() {
+  constexpr int most_shown = 11, bar_copies = 2;
+  constexpr float pitch = 25, label_dx = 500, bar_room = 30;
+  static int top = 0;
+  const int count = static_cast<int>(all_skyroots.size());
+  const int shown = ogl_inited ? std::min(count, most_shown) : count;
   float y = 400;
-  for (const std::string& copy : all_skyroots) {
-    if (wizard_label(280, y, copy, 500)) dest_dir_path = copy;
+  const float dy = pitch * static_cast<float>(shown);
+  BTN_scroll_area(bar_copies, 232, y + 17 - dy, 552, dy, count, shown, &top);
+  for (int i = top; i < top + shown; ++i) {
+    const std::string& copy = all_skyroots[static_cast<size_t>(i)];
+    if (wizard_label(280, y, copy, count > shown ? label_dx - bar_room : label_dx)) {
+      dest_dir_path = copy;
+    }
     int selected = copy == dest_dir_path;
     if (BTN_bool(250, y, &selected, "", 1)) dest_dir_path = copy;
-    y -= 25;
+    y -= pitch;
   }
   // The button stands at 605, or farther right where the words before it reach that far.
   constexpr float text_x = 230, gap = 10, button_x = 605, button_dx = 100;

@@ -6,6 +6,7 @@
 
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_sizes.h"
+#include "Installer-f/wizard/main_face.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
 #include "Installer-f/wizard/main_wizard.h"

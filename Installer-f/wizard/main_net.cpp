@@ -187,6 +187,7 @@ int show_run_patch(int first_time, wizard_screen& screen) {
 int show_done(int, wizard_screen& screen) {
   screen.back = nullptr;
   screen.next = wizard_quit;
+  screen.outcome = outcome_good;
   screen.title = tr("Finshed Web Update");
   if (state.is_current) {
     screen.text = tr("This copy of Skyvane (") + dest_dir_path + tr(") is already up to date.");
@@ -194,6 +195,7 @@ int show_done(int, wizard_screen& screen) {
     screen.text = tr(
         "There were problems updating Skyvane.  You can try this updater again using a different "
         "server.");
+    screen.outcome = outcome_bad;
     return 0;
   } else {
     screen.text = tr("I have finished updating ") + dest_dir_path + ".";

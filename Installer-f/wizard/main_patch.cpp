@@ -153,15 +153,18 @@ int check_servers(const check_flow& flow, int first_time, wizard_screen& screen)
 
   if (stg.server_count == -1) {
     screen.text = tr(flow.contacting);
+    screen.is_busy = true;
     return 0;
   }
   switch (stg.directory_state) {
     case manifest_none:
+      screen.is_busy = true;
       screen.text = tr(flow.downloading) + server_name[stg.server_index];
       show_manifest_progress(screen);
       return 0;
     case manifest_unpacked:
       screen.text = tr(flow.processing);
+      screen.is_busy = true;
       return 0;
     case manifest_refused:
       screen.text = tr("There was a problem reading information from the servers.");

@@ -74,7 +74,7 @@ void edit_proxy() {
 void handle_prefs() {
   MACIBM_startwind(win_prefs, 0);
   while (mnw.win_id == win_prefs) {
-    OGL_plot_back_col();
+    MACIBM_plot_behind();
     BTN_fillwin(1, inner_none);
     float x = 0, y = 0;
     BTN_subwin(0, box_group, -1, -1, -1, 70,

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <string_view>
 
 #include "corekit/Platform/PLT_system.h"
@@ -32,30 +33,42 @@ std::string address_of(PLT_dbus_bus bus) {
   return address.starts_with("unix:") ? address : "";
 }
 
+bool add_bytes(DBusMessageIter* variant, const std::string& value) {
+  DBusMessageIter bytes;
+  const char* const text = value.c_str();
+  return dbus.message_iter_open_container(variant, DBUS_TYPE_ARRAY, "y", &bytes) &&
+         dbus.message_iter_append_fixed_array(&bytes, DBUS_TYPE_BYTE, &text,
+                                              static_cast<int>(value.size()) + 1) &&
+         dbus.message_iter_close_container(variant, &bytes);
+}
+
 bool add_option(DBusMessageIter* list, const PLT_dbus_option& option) {
-  DBusMessageIter entry, variant, bytes;
+  DBusMessageIter entry, variant;
   const char* const text = option.value.c_str();
-  const dbus_bool_t yes = TRUE;
-  const int length = static_cast<int>(option.value.size()) + 1;
-  const char type[] = {option.type, '\0'};
-  const char* const signature = option.type == 'y' ? "ay" : type;
+  const dbus_bool_t yes = option.type == 'b';
+  const double fraction = std::strtod(text, nullptr) / 100;
+  // A type of the bus, its name, and where its value is.
+  const struct {
+    char option;
+    int type;
+    const char* name;
+    const void* value;
+  } rows[] = {{'s', DBUS_TYPE_STRING, "s", &text},
+              {'b', DBUS_TYPE_BOOLEAN, "b", &yes},
+              {'n', DBUS_TYPE_BOOLEAN, "b", &yes},
+              {'%', DBUS_TYPE_DOUBLE, "d", &fraction},
+              {'y', DBUS_TYPE_ARRAY, "ay", nullptr}};
+  const auto* const row = std::find_if(std::begin(rows), std::end(rows),
+                                       [&](const auto& r) { return r.option == option.type; });
+  if (row == std::end(rows)) return false;
   if (option.type == 's' && !dbus.validate_utf8(text, nullptr)) return false;
-  if (!dbus.message_iter_open_container(list, DBUS_TYPE_DICT_ENTRY, nullptr, &entry)) return false;
-  bool whole = dbus.message_iter_append_basic(&entry, DBUS_TYPE_STRING, &option.name) &&
-               dbus.message_iter_open_container(&entry, DBUS_TYPE_VARIANT, signature, &variant);
-  if (whole) {
-    if (option.type == 'y') {
-      whole = dbus.message_iter_open_container(&variant, DBUS_TYPE_ARRAY, "y", &bytes) &&
-              dbus.message_iter_append_fixed_array(&bytes, DBUS_TYPE_BYTE, &text, length) &&
-              dbus.message_iter_close_container(&variant, &bytes);
-    } else if (option.type == 'b') {
-      whole = dbus.message_iter_append_basic(&variant, DBUS_TYPE_BOOLEAN, &yes);
-    } else {
-      whole = dbus.message_iter_append_basic(&variant, DBUS_TYPE_STRING, &text);
-    }
-    whole = whole && dbus.message_iter_close_container(&entry, &variant);
-  }
-  return whole && dbus.message_iter_close_container(list, &entry);
+  return dbus.message_iter_open_container(list, DBUS_TYPE_DICT_ENTRY, nullptr, &entry) &&
+         dbus.message_iter_append_basic(&entry, DBUS_TYPE_STRING, &option.name) &&
+         dbus.message_iter_open_container(&entry, DBUS_TYPE_VARIANT, row->name, &variant) &&
+         (row->value ? dbus.message_iter_append_basic(&variant, row->type, row->value)
+                     : add_bytes(&variant, option.value)) &&
+         dbus.message_iter_close_container(&entry, &variant) &&
+         dbus.message_iter_close_container(list, &entry);
 }
 
 // Takes the bus's answer to the greeting out of the stream.
@@ -107,6 +120,10 @@ std::string PLT_dbus_name(DBusConnection* link) {
 PLT_dbus_message PLT_dbus_new_call(const char* service, const char* object, const char* interface,
                                    const char* method) {
   return PLT_dbus_message(dbus.message_new_method_call(service, object, interface, method));
+}
+
+PLT_dbus_message PLT_dbus_new_signal(const char* object, const char* interface, const char* name) {
+  return PLT_dbus_message(dbus.message_new_signal(object, interface, name));
 }
 
 bool PLT_dbus_add_options(DBusMessage* message, std::initializer_list<PLT_dbus_option> options) {

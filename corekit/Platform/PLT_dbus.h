@@ -36,11 +36,15 @@ std::string PLT_dbus_name(DBusConnection* link);
 PLT_dbus_message PLT_dbus_new_call(const char* service, const char* object, const char* interface,
                                    const char* method);
 
+// A signal of ours, without arguments yet, for PLT_dbus_send. Null when memory is short.
+PLT_dbus_message PLT_dbus_new_signal(const char* object, const char* interface, const char* name);
+
 // One entry of a call's options.
 struct PLT_dbus_option {
   const char* name;
-  char type;          // 's' a text, 'b' yes, 'y' bytes with a zero at their end
-  std::string value;  // not of 'b'
+  char type;          // 's' a text, 'b' yes, 'n' no, 'y' bytes with a zero at their end, '%' a
+                      //   fraction, given in whole hundredths
+  std::string value;  // not of 'b' and 'n'
 };
 // Appends them as a dictionary (a{sv}). False when memory is short, or a text is not UTF-8.
 bool PLT_dbus_add_options(DBusMessage* message, std::initializer_list<PLT_dbus_option> options);

@@ -17,7 +17,7 @@
   CALL(message_iter_close_container) CALL(message_iter_get_arg_type) \
   CALL(message_iter_get_basic) CALL(message_iter_get_element_type) CALL(message_iter_init) \
   CALL(message_iter_init_append) CALL(message_iter_next) CALL(message_iter_open_container) \
-  CALL(message_iter_recurse) CALL(message_new_method_call) CALL(message_set_no_reply) \
+  CALL(message_iter_recurse) CALL(message_new_method_call) CALL(message_new_signal) CALL(message_set_no_reply) \
   CALL(message_unref) CALL(validate_utf8)
 // clang-format on
 

@@ -9,9 +9,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 #include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_notice.h"
 #include "corekit/Platform/PLT_window_sdl.h"
 
 SDL_Window* plt_window = nullptr;
@@ -50,6 +52,23 @@ bool somebody_sees(const char* driver) {
   return driver && (std::strcmp(driver, "x11") == 0 || std::strcmp(driver, "wayland") == 0);
 }
 
+// What the window's class is by, while the library looks for it; programs that this one starts
+// shall not take it for theirs.
+constexpr const char* class_names[] = {"SDL_VIDEO_X11_WMCLASS", "SDL_VIDEO_WAYLAND_WMCLASS"};
+
+int init_video() {
+  bool named[std::size(class_names)] = {};
+  for (size_t i = 0; i < std::size(class_names) && *plt_identity.id; ++i) {
+    named[i] = !std::getenv(class_names[i]);
+    if (named[i]) setenv(class_names[i], plt_identity.id, 0);
+  }
+  const int failed = sdl.InitSubSystem(SDL_INIT_VIDEO);
+  for (size_t i = 0; i < std::size(class_names); ++i) {
+    if (named[i]) unsetenv(class_names[i]);
+  }
+  return failed;
+}
+
 bool open_display() {
   if (!driver_was_named() && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
     last_error = "no display is named in the environment";
@@ -61,7 +80,7 @@ bool open_display() {
   sdl.SetHint(SDL_HINT_MOUSE_DOUBLE_CLICK_RADIUS, "6");  // pixels; else it is half a button's width
   sdl.SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");  // a game would; a wizard may not
   sdl.SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "1");
-  if (sdl.InitSubSystem(SDL_INIT_VIDEO) != 0) {
+  if (init_video() != 0) {
     note_error();
     return false;
   }
@@ -107,6 +126,20 @@ void set_attributes(const PLT_pixel_format& format) {
   };
   for (const auto& row : rows)
     sdl.GL_SetAttribute(row.name, row.value);
+}
+
+void set_icon() {
+  const int side = plt_identity.icon_side;
+  if (!plt_identity.icon) return;
+  // The library's first row is the highest, and it reads the pixels in place.
+  const size_t row = static_cast<size_t>(side) * 4;
+  std::vector<unsigned char> pixels(row * static_cast<size_t>(side));
+  for (size_t y = 0; y < static_cast<size_t>(side); ++y)
+    std::copy_n(plt_identity.icon + y * row, row, pixels.end() - static_cast<long>((y + 1) * row));
+  SDL_Surface* const icon = sdl.CreateRGBSurfaceWithFormatFrom(pixels.data(), side, side, 32,
+                                                               side * 4, SDL_PIXELFORMAT_RGBA32);
+  if (icon) sdl.SetWindowIcon(plt_window, icon);
+  sdl.FreeSurface(icon);
 }
 
 void swap_window() {
@@ -210,6 +243,7 @@ bool PLT_open_window(const char* title, int dx, int dy, float scale,
     drop_window();
     return false;
   }
+  set_icon();
   sdl.SetWindowMinimumSize(plt_window, dx / 2, dy / 2);
   // The frame keeps its own pace: a swap that waits for the screen would take the time from the
   // page's work, and a software renderer does not wait at all.
@@ -234,6 +268,10 @@ void PLT_window_size(int* dx, int* dy) {
   *dy = plt_window ? picture_dy : 0;
 }
 
+bool PLT_window_is_in_front() {
+  return plt_window && (sdl.GetWindowFlags(plt_window) & SDL_WINDOW_INPUT_FOCUS);
+}
+
 bool PLT_picture_place(PLT_place* place) {
   if (!plt_window) return false;
   int dx, dy;
@@ -245,7 +283,7 @@ bool PLT_picture_place(PLT_place* place) {
   return true;
 }
 
-void plt_to_picture(int* x, int* y) {
+void plt_to_picture(int* x, int* y, bool held) {
   PLT_place place;
   int window_dx = 0, window_dy = 0, dx = 0, dy = 0;
   const int from_x = *x, from_y = *y;
@@ -255,8 +293,12 @@ void plt_to_picture(int* x, int* y) {
   sdl.GL_GetDrawableSize(plt_window, &dx, &dy);
   if (window_dx <= 0 || window_dy <= 0) return;
   // The desktop may count its places in units of its own, larger than a pixel.
-  const int at_x = from_x * dx / window_dx - place.x;
-  const int at_y = from_y * dy / window_dy - (dy - place.y - place.dy);
+  int at_x = from_x * dx / window_dx - place.x;
+  int at_y = from_y * dy / window_dy - (dy - place.y - place.dy);
+  if (held) {
+    at_x = std::clamp(at_x, 0, place.dx - 1);
+    at_y = std::clamp(at_y, 0, place.dy - 1);
+  }
   if (at_x < 0 || at_y < 0 || at_x >= place.dx || at_y >= place.dy) return;
   *x = at_x * picture_dx / place.dx;
   *y = at_y * picture_dy / place.dy;

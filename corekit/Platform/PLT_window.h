@@ -37,6 +37,8 @@ bool PLT_open_window(const char* title, int dx, int dy, float scale,
 void PLT_close_window();                 // also the loader contexts, and the display
 void PLT_window_size(int* dx, int* dy);  // of the picture, units; 0 without a window
 
+bool PLT_window_is_in_front();  // whether it has the keyboard
+
 // Where the picture lies, in pixels that are drawn to, from the window's lower left.
 struct PLT_place {
   int x, y, dx, dy;

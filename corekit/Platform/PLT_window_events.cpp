@@ -25,6 +25,7 @@ static_assert(int{plt_key_enter} == int{SDLK_KP_ENTER});
 namespace {
 
 int mouse_x = -1, mouse_y = -1;  // units, by the last event taken
+bool button_is_held = false;     // by the last event taken
 unsigned held_modifiers = 0;     // by the last key taken: the library's own state is ahead of it
 
 std::mutex wake_lock;             // guards through_events, and keeps the library open meanwhile
@@ -73,7 +74,9 @@ void take_key(const SDL_Event& from, PLT_event* event) {
 }
 
 void take_mouse(int x, int y, PLT_event_kind kind, PLT_event* event) {
-  plt_to_picture(&x, &y);
+  if (kind == plt_press) button_is_held = true;
+  plt_to_picture(&x, &y, button_is_held);
+  if (kind == plt_release) button_is_held = false;
   mouse_x = x;
   mouse_y = y;
   event->kind = kind;
@@ -94,7 +97,8 @@ bool take_window_event(const SDL_WindowEvent& from, PLT_event* event) {
       event->kind = plt_close;
       return true;
     case SDL_WINDOWEVENT_LEAVE:
-      // What lay under the mouse must not stay lit.
+      // What lay under the mouse must not stay lit. What is dragged goes on: its events still come.
+      if (button_is_held) return false;
       take_mouse(-1, -1, plt_motion, event);
       return true;
     default:
@@ -155,6 +159,7 @@ void plt_wake_through_events(bool on) {
   through_events = on && wake_event != 0;
   awake = false;
   mouse_x = mouse_y = -1;
+  button_is_held = false;
   held_modifiers = 0;
 }
 

@@ -20,6 +20,7 @@ enum colour : int {
   col_tab_off = 42,       //   and not
   col_label = 43,         // labels, titles of frames, texts of dialogs
   col_note = 45,          // notes, and values that can be edited
+  col_good = 62,          // the ground of a sign that all is well
   col_light = 47,         // on dark frames; a slider that is held
   col_white = 49,         // whatever the light is
   col_state = 58,         // how far the about box has come

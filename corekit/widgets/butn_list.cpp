@@ -111,7 +111,7 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
 
 namespace {
 
-constexpr float row_dy = 14, rim = 6, search_dy = 28, bar_dx = 24, arrow_dy = 22;
+constexpr float row_dy = 14, rim = 6, search_dy = 28;
 
 BTN_key_queue list_queue;
 
@@ -130,7 +130,7 @@ struct list_view {
 
   int shown() const { return std::max(1, static_cast<int>((dy - 2 * rim) / row_dy)); }
   int last_top() const { return std::max(0, count - shown()); }
-  float rows_right() const { return x + dx - bar_dx; }
+  float rows_right() const { return x + dx - scroll_bar_dx; }
   float row_bottom(int row) const {
     return y + dy - rim - static_cast<float>(row - *top + 1) * row_dy;
   }
@@ -174,15 +174,6 @@ void plot_list(const list_view& list, bool focused, const std::vector<std::strin
                no_wrap);
   }
   OGL_scissors_end();
-}
-
-void plot_bar(const list_view& list, int slider_index) {
-  // The bar wants whole numbers, and an even sum of its ends.
-  const float low = std::round(list.y + arrow_dy + 2),
-              high = std::round(list.y + list.dy - arrow_dy - 2);
-  const float even = std::fmod(low + high, 2.0f) != 0 ? 1.0f : 0.0f;
-  BTN_vert_slider(slider_index, std::round(list.x + list.dx - bar_dx / 2), low, high - even, 0,
-                  list.last_top(), list.top);
 }
 
 int take_list_click(const list_view& list, int id) {
@@ -272,13 +263,10 @@ int BTN_list_and_search(int slider_index, float x, float y, float dx, float dy, 
   BTN_key key;
   for (int at = 0; BTN_take_key(list_queue, id, &at, &key);)
     result = std::max(result, take_list_key(list, key, search, names));
-  if (mnw.wheel && BTN_mouse_in(x, list.y, x + dx, y + dy)) {
-    *top = std::clamp(*top - mnw.wheel * wheel_rows, 0, list.last_top());
-    mnw.wheel = 0;
-  }
+  BTN_scroll_wheel(x, list.y, dx, list.dy, wheel_rows, list.last_top(), top);
 
   plot_list(list, focused, names, types ? types : &no_types);
-  plot_bar(list, slider_index);
+  BTN_scroll_bar(slider_index, x + dx, list.y, list.dy, list.last_top(), top);
   if (search && BTN_enter_text(x + label_dx, y + 4, search, search, search_limit,
                                "-" + UTL_translate_string("search"), dx - label_dx - 6, 0)) {
     if (const int row = BTN_list_match(names, *search); row >= 0 && row != *selected) {

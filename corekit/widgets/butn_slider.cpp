@@ -1,6 +1,7 @@
 // The scroll bar and the level control.
 //
-// Main thread. Writes the caller's variable, stls (hover help) and which slider is grabbed.
+// Main thread. Writes the caller's variable, stls (hover help), the level controls' queue and which
+// slider is grabbed.
 
 #include <algorithm>
 #include <cmath>
@@ -15,10 +16,38 @@
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_draw.h"
 #include "corekit/widgets/butn_value.h"
+#include "corekit/widgets/keys_codes.h"
 
 namespace {
 
 constexpr float no_wrap = 9999;
+
+BTN_key_queue level_queue;
+
+// Where an arrow, a page key, Home or End brings a level.
+float moved_by_key(float value, int vkey, float low, float high) {
+  constexpr float steps = 20, page = 5;
+  const float step = (high - low) / steps;
+  const auto [least, most] = std::minmax(low, high);
+  switch (vkey) {
+    case vk_left:
+    case vk_down:
+      return std::clamp(value - step, least, most);
+    case vk_right:
+    case vk_up:
+      return std::clamp(value + step, least, most);
+    case vk_next:
+      return std::clamp(value - page * step, least, most);
+    case vk_prior:
+      return std::clamp(value + page * step, least, most);
+    case vk_home:
+      return low;
+    case vk_end:
+      return high;
+    default:
+      return value;
+  }
+}
 
 // 1 in the frames in which a button that stays down steps again.
 int held_step() {
@@ -133,6 +162,17 @@ int BTN_horz_slider(float x, float y, float dx, int col, float low, float high, 
                     : (low + high) / 2;
   }
 
+  const int id = BTN_identity(x, y);
+  int moved = 0;
+  if (enabled) {
+    if (BTN_register_queue(id, level_queue, accept_moves, 0)) {
+      BTN_plot_focus(x, y - hover, x + dx, y + hover + level_rise);
+    }
+    BTN_key key;
+    for (int at = 0; BTN_take_key(level_queue, id, &at, &key); moved = 1)
+      *value = moved_by_key(*value, key.vkey, low, high);
+  }
+
   const float part = std::clamp((*value - low) / (high - low), 0.0f, 1.0f);
   const int level = static_cast<int>(part * dx) & ~1;
   if (col != no_level && level > 0) {
@@ -140,5 +180,5 @@ int BTN_horz_slider(float x, float y, float dx, int col, float low, float high, 
     BTN_frame1(strip_level, x + level_dx / 2, y + level_rise, level_dx, col);
   }
   BTN_util_element(x + std::round(part * dx), y + level_rise, 272, 278, 10, 11, 0);
-  return slider_grabbed == value;
+  return moved || slider_grabbed == value;
 }

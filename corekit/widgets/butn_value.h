@@ -57,9 +57,23 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
 // A scroll bar, `low` at its top; y_low + y_high must be even. `index` 0 to 3 tells bars of one
 // window apart. Returns 1 while the thumb is dragged.
 int BTN_vert_slider(int index, float x, float y_low, float y_high, int low, int high, int* value);
-// A level control. `col` colours the filled part; 12 leaves it out. Returns 1 while dragged.
+// A level control. `col` colours the filled part; 12 leaves it out. Returns 1 while dragged, or
+// when an arrow, a page key, Home or End has moved it.
 int BTN_horz_slider(float x, float y, float dx, int col, float low, float high, float* value,
                     int enabled, const std::string& label, const std::string& tip);
+
+// --- what scrolls --------------------------------------------------------------------------------
+// Shows that `count` rows are scrolled in the rectangle, `shown` at once, *top the first: a bar at
+// its right side, the wheel, and while it has the focus the arrows and page keys. Keeps *top in
+// range. Nothing is drawn, and nothing is in the ring, while all rows are shown. `slider_index` is
+// that of BTN_vert_slider.
+void BTN_scroll_area(int slider_index, float x, float y, float dx, float dy, int count, int shown,
+                     int* top);
+// The two parts of it, for what takes keys of its own: the bar left of `right`; and the wheel, by
+// so many rows a notch, 1 if it was turned there.
+inline constexpr float scroll_bar_dx = 24;
+void BTN_scroll_bar(int slider_index, float right, float y, float dy, int last_top, int* top);
+int BTN_scroll_wheel(float x, float y, float dx, float dy, int rows, int last_top, int* top);
 
 // --- lists ---------------------------------------------------------------------------------------
 enum list_result : int {

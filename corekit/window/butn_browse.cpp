@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_text.h"
@@ -20,6 +21,7 @@
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
 #include "corekit/widgets/butn.h"
+#include "corekit/widgets/butn_lines.h"
 #include "corekit/widgets/butn_value.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
@@ -203,29 +205,38 @@ void path_popup(float x, float y) {
 }
 
 void plot_path(float dx) {
-  constexpr size_t longest = 240;  // characters that the panel has room for
+  constexpr size_t most_lines = 4;  // that the panel has room for
   // Of a folder that is to be chosen, what Select would give.
-  std::string shown = chooses_folder() ? chosen_path() : browser.folder;
-  if (PLT_is_utf8(shown)) shown = PLT_latin1_from_utf8(shown, '?');
-  if (shown.size() > longest) shown = "..." + shown.substr(shown.size() - longest);
-  OGL_scissors(rim, head_y, dx, head_dy);
-  OGL_string(col_light, 2 * rim, head_y + head_dy - 55, shown, dx - 2 * rim);
-  OGL_scissors_end();
+  const std::string shown = chooses_folder() ? chosen_path() : browser.folder;
+  const float wrap = dx - 2 * rim;
+  std::vector<std::string> lines = BTN_lines(shown, wrap);
+  BTN_cut_middle(lines, most_lines, wrap);
+  BTN_plot_lines(col_light, 2 * rim, head_y + head_dy - 55, lines);
 }
 
-void plot_places() {
-  constexpr float y = head_y + 15, dx = 68, pitch = 73;
-  float x = 2 * rim + dx / 2;
-  const auto place = [&](UTL_text label, const std::string& folder) {
-    const int hit = BTN_action(x, y, dx, 0, 0, tr(label), "");
-    x += pitch;
-    if (hit && !folder.empty()) go_to(folder);
-    return hit;
-  };
-  place("Up", parent_of(browser.folder));
-  place("Home", PLT_home_folder());
-  place("Desktop", PLT_desktop_folder());
-  place("Root", "/");
+// Buttons of one width, which is what the longest of their words asks.
+void plot_places(float dx) {
+  constexpr float y = head_y + 15, least_dx = 68, label_rim = 21, gap = 5;
+  const struct {
+    UTL_text label;
+    std::string folder;
+  } places[] = {{"Up", parent_of(browser.folder)},
+                {"Home", PLT_home_folder()},
+                {"Desktop", PLT_desktop_folder()},
+                {"Root", "/"}};
+  constexpr float count = std::size(places);
+  float widest = least_dx - label_rim;
+  for (const auto& place : places)
+    widest = std::max(widest, static_cast<float>(OGL_string_width(tr(place.label))));
+  const float place_dx =
+      std::min(widest + label_rim, std::floor((dx - 2 * rim - (count - 1) * gap) / count));
+  float x = 2 * rim + place_dx / 2;
+  for (const auto& place : places) {
+    if (BTN_action(x, y, place_dx, 0, 0, tr(place.label), "") && !place.folder.empty()) {
+      go_to(place.folder);
+    }
+    x += place_dx + gap;
+  }
 }
 
 // A name that the file system and the rest of the program can take, and that would be listed.
@@ -301,12 +312,17 @@ browse_state plot_browser(const std::string& prompt, const std::string& action) 
   stand_io_dialog(browser.open_save, browser.file_type, browser.folder + selected_name());
   path_popup(2 * rim, head_y + head_dy - 30);
   plot_path(dx);
-  plot_places();
+  plot_places(dx);
 
   const int before = browser.selected;
   const int listed =
       BTN_list_and_search(0, rim, list_y, dx, list_dy, &browser.top, &browser.selected,
                           !browser.is_naming, &browser.search, browser.names, &browser.folders);
+  if (browser.names.empty()) {
+    OGL_string(col_note, rim + dx / 2, list_y + list_dy / 2,
+               tr(chooses_folder() ? "(no folders here)" : "(no files here)"), 0, charset_text,
+               just_centre);
+  }
   if (browser.selected != before && !folder_is_selected()) browser.name = selected_name();
   plot_name_row(dx);
 
@@ -337,7 +353,7 @@ bool escape_leaves() {
 
 void stand_io_dialog(int open_save, int file_type, const std::string& path) {
   if (!ogl_inited) return;
-  OGL_plot_back_col();
+  MACIBM_plot_behind();
   BTN_fillwin(1, inner_none);
   const UTL_text title = file_type == file_type_folder ? "Folder"
                          : open_save == win_file_save  ? "Save"

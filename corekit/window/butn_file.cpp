@@ -144,7 +144,7 @@ wait_result wait_for_picker(const std::string& prompt, std::string* path) {
       break;
     }
     stls.window_title = prompt;
-    OGL_plot_back_col();
+    MACIBM_plot_behind();
     BTN_fillwin(1, inner_none);
     const float x = std::round((mnw.win_dx - dx) / 2), y = std::round((mnw.win_dy - dy) / 2);
     BTN_frame2(box_group, x, y, dx, dy, "");

@@ -277,7 +277,7 @@ void MACIBM_about() {
   if (about.version_str_found) about_compare(skyvane_version);
   while (mnw.win_id == win_about) {
     about_step_on();
-    OGL_plot_back_col();
+    MACIBM_plot_behind();
     BTN_fillwin(1, inner_none);
     BTN_subwin(0, box_dark, -1, 35, -1, -1, "", nullptr, nullptr);
     plot_text();

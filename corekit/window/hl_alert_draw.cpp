@@ -74,7 +74,7 @@ void plot_languages() {
 }
 
 void plot_backdrop() {
-  OGL_plot_back_col();
+  MACIBM_plot_behind();
   BTN_fillwin(1, inner_none);
 }
 

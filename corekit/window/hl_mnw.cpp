@@ -98,7 +98,7 @@ void take_events() {
   frame_soon = frame_when_needed;
   pace.had_input = pace.had_motion = pace.press_is_set = false;
   const uint64_t start = PLT_microseconds();
-  if (soon == frame_at_once) pace.last_work = start;
+  if (soon != frame_when_needed) pace.last_work = start;
 
   PLT_wait_event(wait_limit(soon, start));
   // A moving mouse sends more events than there are pictures to show: they are gathered until the

@@ -30,6 +30,9 @@ void MACIBM_startwind(int id, int arg);
 // the dialog wherever the mouse is; dialogs that want an answer stay.
 void MACIBM_handleclick(int force);
 
+// What lies behind a dialog: the wizard's picture, darkened.
+void MACIBM_plot_behind();
+
 // Tooltip and pointer of a window, once a frame. Uses up stls.hover_help.
 void mouse_help_per_wind(int id);
 

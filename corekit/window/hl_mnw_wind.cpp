@@ -13,6 +13,7 @@
 #include "corekit/base/xtim.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_watch.h"
+#include "corekit/draw/tman.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/window/hl_mnw.h"
@@ -161,6 +162,15 @@ void MACIBM_startwind(int id, int /*arg*/) {
     menu_record& popup = menu[popup_slot];
     popup.left = popup.bottom = popup.right = popup.top = 0;
   }
+}
+
+void MACIBM_plot_behind() {
+  constexpr float alpha = 0.45f, texels = 1024;
+  if (!ogl_inited) return;
+  OGL_plot_back_col();
+  const float dx = static_cast<float>(mnw.pix_dx), dy = static_cast<float>(mnw.pix_dy);
+  OGL_2dquad_d(t_background, col_white, alpha, -mnw.x_off, -mnw.y_off, 0, 0, dx, dy, dx / texels,
+               dy / texels, blend_mix);
 }
 
 void MACIBM_handleclick(int force) {

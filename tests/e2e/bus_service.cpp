@@ -1,5 +1,5 @@
-// Plays two services of a desktop on the session's bus: the portal with its folder window, and the
-// disk service.
+// Plays services of a desktop on the session's bus: the portal with its folder window, the disk
+// service, notifications and the launcher.
 //
 //   bus-service PORTAL [DISK DEVICE POINT]
 //
@@ -68,6 +68,7 @@ void say(DBusMessageIter* at) {
     dbus_message_iter_get_basic(at, &value);
     if (type == DBUS_TYPE_STRING) std::printf(" %s", value.str);
     if (type == DBUS_TYPE_BOOLEAN) std::printf(" %s", value.bool_val ? "yes" : "no");
+    if (type == DBUS_TYPE_DOUBLE) std::printf(" %.2f", value.dbl);
     if (type == DBUS_TYPE_BYTE) std::printf("%c", value.byt);
   }
 }
@@ -142,13 +143,17 @@ int main(int argc, char** argv) {
   }
   bus = dbus_bus_get(DBUS_BUS_SESSION, nullptr);
   if (!bus) return 1;
-  for (const char* const name : {"org.freedesktop.portal.Desktop", "org.freedesktop.UDisks2"})
+  for (const char* const name : {"org.freedesktop.portal.Desktop", "org.freedesktop.UDisks2",
+                                 "org.freedesktop.Notifications"})
     dbus_bus_request_name(bus, name, 0, nullptr);
+  dbus_bus_add_match(bus, "type='signal',interface='com.canonical.Unity.LauncherEntry'", nullptr);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   std::puts("ready");
   while (dbus_connection_read_write(bus, -1)) {
     while (DBusMessage* const call = dbus_connection_pop_message(bus)) {
-      if (dbus_message_get_type(call) == DBUS_MESSAGE_TYPE_METHOD_CALL) {
+      const bool is_signal =
+          dbus_message_is_signal(call, "com.canonical.Unity.LauncherEntry", "Update");
+      if (is_signal || dbus_message_get_type(call) == DBUS_MESSAGE_TYPE_METHOD_CALL) {
         const std::string method = dbus_message_get_member(call);
         DBusMessageIter arguments;
         std::printf("%s %s", method.c_str(), dbus_message_get_path(call));
@@ -158,6 +163,7 @@ int main(int argc, char** argv) {
         if (method == "OpenFile") open_file(call);
         if (method == "GetManagedObjects") list_discs(call);
         if (method == "Unmount") unmount(call);
+        if (method == "Notify") answer(call, {"u1"});
         if (method == "Eject") answer(call, {});
       }
       dbus_message_unref(call);

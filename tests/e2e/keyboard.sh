@@ -30,6 +30,30 @@ echo "The demo: a page by Return, back by Escape, a box by Space"
 open_window skyvane-demo-installer $(through_proxy "$PORT")
 wait_step 0
 learn_faces
+
+echo "Options: an open list takes the keys, and the field behind it gets none of them"
+options() { picture_of 100 110 600 380; }
+shows_french() { picture_differs "$title" 300 472 200 16; }
+options_are() { [ "$(options)" = "$1" ]; }
+tab 2
+press_key space
+wait_dialog
+wait_still
+in_english=$(options) title=$(picture_of 300 472 200 16)
+for way in Down Up; do
+  press_key shift+Tab
+  before=$(options)
+  press_key space
+  wait_for "the open list" picture_differs "$before" 100 110 600 380
+  type_text "xyz7"
+  press_key $way Return
+  # The whole dialog is in the other language then, with the focus where it began.
+  if [ $way = Down ]; then wait_for "French" shows_french; fi
+done
+wait_for "the dialog as it was" options_are "$in_english"
+press_key Escape
+wait_no_dialog
+
 press_back
 press_next
 wait_step 1

@@ -1,5 +1,5 @@
 // The desktop's services, played by bus-service on a real message bus: the folder window of the
-// portal, and the ejection of a disc.
+// portal, the ejection of a disc, progress and notifications.
 
 #include <signal.h>
 #include <sys/mount.h>
@@ -10,11 +10,14 @@
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_dvd_util.h"
+#include "Installer-f/wizard/main_notice.h"
 #include "corekit/Platform/PLT_child.h"
+#include "corekit/Platform/PLT_notice.h"
 #include "corekit/Platform/PLT_picker.h"
 #include "corekit/Platform/PLT_picker_kinds.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/hl_thread.h"
+#include "corekit/base/xtim.h"
 #include "corekit/files/io_utils.h"
 #include "tests/unit/test_files_scratch.h"
 
@@ -206,4 +209,65 @@ TEST_F(Bus, FramesGoOnDuringAnEjection) {
   }
   THREAD_shutdown();
   EXPECT_EQ(PLT_mount_at(point.substr(0, point.size() - 1)).fstype, "") << "the end waits for it";
+}
+
+// The launcher hears of a job's progress, and the user of its end when he looks elsewhere.
+TEST_F(Bus, DesktopIsToldOfAJob) {
+  const auto page_of = [](page_kind kind) { return wizard_page(kind, nullptr); };
+  const wizard_page choice = page_of(page_choice), job = page_of(page_transfer),
+                    disc = page_of(page_disc), end = page_of(page_last);
+  wizard_screen screen;
+  const auto frame = [&](float at, const wizard_page& page, float progress) {
+    xtim.now_sec = at;
+    screen.title = "Fertig \xFC";
+    screen.text = "1 < 2 & /H\xC3\xA4user";
+    screen.progress = progress;
+    wizard_tell_desktop(page, screen);
+  };
+  serve({"none"});
+  frame(100, choice, -1);
+  frame(101, job, 0.25f);
+  for (int i = 0; i < 200 && said.find("Update") == std::string::npos; ++i) {
+    frame(101, job, 0.25f);
+    usleep(5'000);
+    PLT_child_read(&service, &said, 65536);
+  }
+  const std::string entry =
+      "application://example.skyvane.unit_tests.desktop progress 0.25 progress-visible yes\n";
+  EXPECT_NE(said.find(entry), std::string::npos) << said;
+  said.clear();
+  const struct {
+    float at;
+    const wizard_page* page;
+    float progress;
+    const char *says, *not_says;
+  } rows[] = {
+      {105, &end, -1, " progress 0.00 progress-visible no\n", "Notify"},  // a short one
+      {110, &job, 0.5f, " progress 0.50 progress-visible yes\n", "Notify"},
+      {130, &disc, -1, "Notify", "progress 0.50"},
+      {131, &job, 0.75f, "progress 0.75", "Notify"},
+      {132, &end, -1,
+       "Notify /org/freedesktop/Notifications Skyvane Unit Tests unit-tests Fertig \xC3\xBC 1 &lt; "
+       "2 "
+       "&amp; /H\xC3\xA4user desktop-entry example.skyvane.unit_tests\n",
+       "progress 0.75"},
+      {133, &job, 0.1f, "progress 0.10", "Notify"},
+      {160, &choice, -1, "progress-visible no", "Notify"},  // given up
+      {161, &end, 0.2f, "progress 0.20", "Notify"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.at);
+    said.clear();
+    frame(row.at, *row.page, row.progress);
+    for (int i = 0; i < 200 && said.find(row.says) == std::string::npos; ++i) {
+      PLT_notice_frame();
+      PLT_child_read(&service, &said, 65536);
+      usleep(5'000);
+    }
+    EXPECT_NE(said.find(row.says), std::string::npos) << said;
+    EXPECT_EQ(said.find(row.not_says), std::string::npos) << said;
+  }
+  PLT_child_end(&daemon, 0);
+  for (int i = 0; i < 10; ++i)
+    frame(170, job, 0.1f * static_cast<float>(i));  // nobody hears it, and nothing waits
 }

@@ -53,6 +53,7 @@ class WindowAsk : public window_fixture {
                                  int x, int y) {
     picture_type first;
     push_motion(1, 1);  // off what would be lit under it
+    MACIBM_event_proc();
     ask(question, [&] {
       if (first.empty()) first = shown;
       click(x, y);
@@ -175,9 +176,14 @@ TEST_F(WindowAsk, ALongPathMovesTheLinesAndNothingElse) {
       const int top = row.below_y + 10 * (row.lines + 1);
       EXPECT_FALSE(same_rows(picture, one, select_y + top - 4, select_y + top + 6));
       // The lines above and below read as they always do, at their new places.
+      // What lies behind the window is a picture.
       const auto band = [&](const picture_type& from, int y) {
-        const auto at = from.begin() + (select_y + y - 1) * 800 * 3;
-        return picture_type(at, at + 6 * 800 * 3);
+        picture_type rows_of_window;
+        for (int at = select_y + y - 1; at < select_y + y + 5; ++at) {
+          const auto row_start = from.begin() + at * 800 * 3;
+          rows_of_window.insert(rows_of_window.end(), row_start + 60 * 3, row_start + 740 * 3);
+        }
+        return rows_of_window;
       };
       EXPECT_TRUE(band(picture, row.below_y) == band(one, 80));
       EXPECT_TRUE(band(picture, top) == band(one, 100));
