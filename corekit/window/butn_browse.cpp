@@ -223,7 +223,7 @@ void plot_places(float dx) {
   } places[] = {{"Up", parent_of(browser.folder)},
                 {"Home", PLT_home_folder()},
                 {"Desktop", PLT_desktop_folder()},
-                {"Root", "/"}};
+                {"Root", std::string(1, '/')}};
   constexpr float count = std::size(places);
   float widest = least_dx - label_rim;
   for (const auto& place : places)

@@ -103,6 +103,29 @@ TEST_F(WindowFrame, AClickIsWhereThePressWas) {
 std::vector<PLT_key_event> keys_seen;
 int key_frames = 0;
 
+// What is dragged stops at the picture's edge; without a button down, beside it is nowhere.
+TEST_F(WindowFrame, ADragThatLeavesThePictureStopsAtItsEdge) {
+  const struct {
+    const char* label;
+    std::function<void()> event;
+    float x, y;
+  } rows[] = {
+      {"beside it", [] { push_motion(900, 300); }, -1, 601},
+      {"the press", [] { push_button(400, 200, true); }, 400, 400},
+      {"right and below", [] { push_motion(900, 700); }, 799, 1},
+      {"left and above", [] { push_motion(-50, -1); }, 0, 600},
+      {"the window says that it is left", [] { push_window_event(SDL_WINDOWEVENT_LEAVE); }, 0, 600},
+      {"the release", [] { push_button(900, 300, false); }, 799, 300},
+      {"after it", [] { push_motion(901, 300); }, -1, 601},
+  };
+  for (const auto& row : rows) {
+    row.event();
+    MACIBM_event_proc();
+    EXPECT_EQ(mnw.mouse_x, row.x) << row.label;
+    EXPECT_EQ(mnw.mouse_y, row.y) << row.label;
+  }
+}
+
 TEST_F(WindowFrame, AKeyComesWithWhatItTypes) {
   keys_seen.clear();
   key_frames = 0;
