@@ -163,8 +163,11 @@ picture_pixel() {
 
 # wait_step N: until step N of the list at the left is lit: its letters are blue.
 wait_step() { wait_for "step $1" step_is_lit "$1"; }
-step_is_lit() {
-  area 30 $((480 - 20 * $1 - 2)) 100 10 | awk '
+step_is_lit() { area 30 $((480 - 20 * $1 - 2)) 100 10 | is_blue; }
+# step_is_marked N: as done, by a tick in front of it, or as the present one, by a dot.
+step_is_marked() { area 10 $((480 - 20 * $1 - 3)) 18 12 | is_blue; }
+is_blue() {
+  awk '
     function level(at) { return index("0123456789abcdef", substr($0, at, 1)) }
     { if (level(5) - level(1) > 6) ++blue }
     END { exit blue < 20 }'

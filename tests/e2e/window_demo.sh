@@ -55,8 +55,11 @@ click_away 116 480
 wait_no_dialog
 
 echo "Licence: Next is grey until the box is ticked, and again when it is not"
+! step_is_marked 1 || fail "a step to come is marked"
 press_next
 wait_step 1
+for step in 0 1; do step_is_marked $step || fail "step $step is not marked"; done
+! step_is_marked 2 || fail "a step to come is marked"
 wait_grey
 press_next
 click_away 230 103

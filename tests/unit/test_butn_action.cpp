@@ -60,6 +60,23 @@ TEST_F(ButnAction, PushButtonFollowsItsTable) {
   }
 }
 
+TEST_F(ButnAction, TheBrightButtonIsMadeOfTheFaceOfNext) {
+  const struct {
+    const char* label;
+    float x;
+    int held, row;
+  } rows[] = {{"outside", 550, 0, 46}, {"on it", 400, 0, 0}, {"held", 400, 1, 23}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    move(row.x, 300);
+    mnw.mouse_held = row.held;
+    const picture_map map([] { BTN_main_action(400, 300, 200, ""); });
+    EXPECT_TRUE(map.covers_exactly(300, 289, 200, 22));
+    EXPECT_TRUE(map.shows(300, 289, 150, row.row));
+    EXPECT_TRUE(map.shows(499, 310, 249, row.row + 21));
+  }
+}
+
 TEST_F(ButnAction, PushButtonIsAsWideAsItsLabel) {
   const struct {
     float dx;
