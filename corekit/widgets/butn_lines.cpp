@@ -30,7 +30,7 @@ std::vector<std::string> BTN_lines(const std::string& given, float wrap) {
     }
     const float dx = static_cast<float>(OGL_char_width(static_cast<unsigned char>(text[i])));
     // A blank that no longer fits hangs over the edge unseen.
-    if (width + dx > wrap && text[i] != ' ' && i > start) {
+    while (width + dx > wrap && text[i] != ' ' && i > start) {
       const size_t end = good > start ? good : i;
       lines.push_back(text.substr(start, end - start));
       start = good = end;
