@@ -26,7 +26,7 @@ namespace {
 constexpr int list_slot = 0;
 // Seconds of the frame clock until the list is fetched again.
 constexpr float list_rest = 0.5f;   // it did not come
-constexpr float list_pause = 2.0f;  // it came, and leads nowhere
+constexpr float list_pause = 2.0f;  // it came, and leads nowhere; or there is no room for it
 constexpr int manifest_slot = 1;
 // Bytes of the packed manifest: some 1.2 million lines, five times what a table of every release so
 // far could hold.
@@ -79,8 +79,19 @@ struct manifest_record {
   bool came_wrong = false;  // one of them with something that is no manifest
 } manifest;
 
-int list_beta_flag = 0;     // stg.beta_flag when the list was read
-float list_not_before = 0;  // frame clock
+int list_beta_flag = 0;  // stg.beta_flag when the list was read
+float not_before = 0;    // frame clock: nothing is fetched until then
+
+// What has come finds no place in the working folder. That is no server's failure, and the next one
+// would not help: the user may.
+void tell_no_place(int code, const std::string& file) {
+  not_before = xtim.now_sec + list_pause;
+  __MACIBM_alert(0, "The installer cannot extract a file.",
+                 UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
+                 UTL_translate_string("Compressed File/") + file,
+                 UTL_translate_string("Destination Path/") + temp_path, t_alert,
+                 at_manifest_archive);
+}
 
 // Who wants the test release while there is none has to say so: nothing is fetched in its place
 // that was not asked for. Told once a run.
@@ -96,15 +107,17 @@ void tell_no_beta() {
 // As if the list had not come: it leads nowhere, and is fetched again, though not at once.
 void drop_list() {
   stg.server_count = -1;
-  list_not_before = xtim.now_sec + list_pause;
+  not_before = xtim.now_sec + list_pause;
 }
 
 void fetch_list() {
-  if (xtim.now_sec < list_not_before) return;
   const std::string list = temp_path + "serverlist9.txt";
   const int result =
       fetch(list_slot, product_web_host, "/serverlist9.txt", list, server_list_budget);
-  if (result == http_failed) list_not_before = xtim.now_sec + list_rest;
+  if (result == http_failed) {
+    not_before = xtim.now_sec + list_rest;
+    if (const int code = http.disk_failure(list_slot)) tell_no_place(code, list);
+  }
   if (result != http_done) return;
   switch (read_server_list(list)) {
     case list_foreign:
@@ -149,18 +162,17 @@ bool manifest_failed(bool wrong) {
 }
 
 void take_manifest(const std::string& zip) {
-  const int code = place_manifest(zip).code;
-  if (code == 0) {
+  const place_result result = place_manifest(zip);
+  if (result.outcome == place_ok) {
     set_directory_state(manifest_unpacked);  // its mirror has delivered once it is read
+  } else if (!place_is_wrong_content(result.outcome)) {
+    tell_no_place(result.code, zip);
+    manifest.mirror = no_mirror;
   } else if (is_web_page(zip)) {
     manifest_failed(false);
     tell_foreign("A web page came in place of the list of files.");
   } else if (manifest_failed(true)) {
-    __MACIBM_alert(0, "The installer cannot extract a file.",
-                   UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
-                   UTL_translate_string("Compressed File/") + zip,
-                   UTL_translate_string("Destination Path/") + temp_path, t_alert,
-                   at_manifest_archive);
+    tell_no_place(result.code, zip);
   }
   remove_temp_file(zip);
 }
@@ -176,7 +188,12 @@ void fetch_manifest() {
   switch (fetch(manifest_slot, server_name[manifest.mirror],
                 server_path[manifest.mirror] + "directory.txt.zip", zip, manifest_budget)) {
     case http_failed:
-      manifest_failed(false);
+      if (const int code = http.disk_failure(manifest_slot)) {
+        tell_no_place(code, zip);
+        manifest.mirror = no_mirror;
+      } else {
+        manifest_failed(false);
+      }
       break;
     case http_done:
       take_manifest(zip);
@@ -206,6 +223,7 @@ void read_manifest() {
 }  // namespace
 
 void UTL_download_directory() {
+  if (xtim.now_sec < not_before) return;
   // The options ask for the other release by now, which the list that was read does not lead to.
   if (stg.server_count > 0 && list_beta_flag != stg.beta_flag) {
     stg.server_count = -1;

@@ -219,6 +219,10 @@ bool fetch(int s, const file_version_struct& file) {
       if (stream.asked_at >= let_down_at && http.slot_received(slot) > 0) stg.server_down = 0;
       return false;
     case http_failed:
+      if (const int code = http.disk_failure(slot)) {  // in the working folder
+        report_unpack_failure(stream, code);
+        return true;
+      }
       return mirror_let_down(s, http.was_too_large(slot) ? code_too_large : 0);
     case http_done:
       return !begin_unpacking(s, file);

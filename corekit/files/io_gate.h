@@ -76,8 +76,9 @@ class gate_class {
   int open(const std::string& folder, gate_ships ships = nullptr);
 
   // Puts a file of these bytes in place of what is there: a file, a link (not what it leads to), or
-  // an empty folder. Makes missing folders. Where a folder takes no new file (EACCES), an old file
-  // that may be written and has no second name is written over in place.
+  // an empty folder. Makes missing folders. A folder of the user's own that takes no new file is
+  // opened for the moment, if an old file is there that may be written and has no second name;
+  // another's is not (EACCES).
   int put_file(std::string_view path, const void* bytes, size_t size,
                const gate_attributes& attributes = {});
 

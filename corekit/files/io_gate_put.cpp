@@ -242,21 +242,6 @@ class opened_folder {
   struct stat info_;
   bool is_open_ = false;
 };
-
-// The last resort where a folder, another's, takes no new file but lets an old one be written. Not
-// one with a second name: that is somebody's copy.
-int write_over(int folder, const std::string& leaf, const void* bytes, size_t size,
-               const gate_attributes& attributes) {
-  io_handle file(
-      openat(folder, leaf.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  struct stat info;
-  if (!file || fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_nlink != 1) {
-    return fail(EACCES, 40);
-  }
-  if (ftruncate(file.get(), 0) != 0) return fail(errno, 41);
-  const int code = fill(file.get(), info, bytes, size, attributes);
-  return code != 0 ? code : told_at_close(file.get(), info.st_dev);
-}
 }  // namespace
 
 // `handle` need not be open for reading.
@@ -314,14 +299,12 @@ int gate_class::put_file(std::string_view path, const void* bytes, size_t size,
   const auto filler = [&](int file, const struct stat& info) {
     return fill(file, info, bytes, size, attributes);
   };
-  int code = put_part(path, filler, at, leaf);
+  const int code = put_part(path, filler, at, leaf);
   if (code != EACCES || at.folder < 0) return code;
-  if (const opened_folder door(at.folder, leaf); door.is_open()) {
-    place again;
-    code = put_part(path, filler, again, leaf);
-    if (code != EACCES) return code;
-  }
-  return write_over(at.folder, leaf, bytes, size, attributes);
+  // Another's folder may let an old file be written, but then a kill would leave a part of the new.
+  const opened_folder door(at.folder, leaf);
+  place again;
+  return door.is_open() ? put_part(path, filler, again, leaf) : code;
 }
 
 int gate_class::put_copy(std::string_view path, int source, uint64_t most) {

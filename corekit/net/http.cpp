@@ -82,6 +82,7 @@ void http_class::start(int slot, const std::string& server, const std::string& f
                            record.line_place == place_to_connect(server, http_port);
   if (!leads_there) record.line.reset();
   record.too_large = false;
+  record.disk_failure = 0;
   record.down = std::make_unique<down_class>(
       server.c_str(), http_port, file.c_str(), false, headers, nullptr, 0, local.c_str(),
       down_terms{max_bytes, keep, std::move(record.line), &record.body});
@@ -105,7 +106,8 @@ int http_class::judge(slot_record& slot, const std::string& server, const std::s
     end(slot);
     return http_done;
   }
-  slot.too_large = has_file && down.error() == EFBIG;
+  slot.too_large = has_file && down.error() == EFBIG && down.disk_error() == 0;
+  slot.disk_failure = down.disk_error();
 
   std::ostringstream text;
   if (*down.error_text() != '\0') text << "WARNING: " << down.error_text() << ".\n";
@@ -149,6 +151,10 @@ std::vector<char>& http_class::body(int slot) {
 
 bool http_class::was_too_large(int slot) const {
   return slots_[slot].too_large;
+}
+
+int http_class::disk_failure(int slot) const {
+  return slots_[slot].disk_failure;
 }
 
 void http_class::drop(int slot) {

@@ -56,6 +56,9 @@ class http_class {
   // Whether the slot's last transfer failed because the file, which the server has, is longer than
   // `max_bytes`.
   bool was_too_large(int slot) const;
+  // errno if that transfer failed because its local file could not be made or written, else 0: no
+  // server can help.
+  int disk_failure(int slot) const;
   // Gives up what runs in a slot, without a report, and closes its connection. The part that has
   // come stays on disk.
   void drop(int slot);
@@ -88,6 +91,7 @@ class http_class {
     float line_since = 0;              // and since when it has been idle, frame clock
     std::vector<char> body;
     bool too_large = false;
+    int disk_failure = 0;
     std::string last_report;     // of the last failure,
     float last_report_time = 0;  // and when it was logged, frame clock
   };

@@ -180,7 +180,7 @@ void down_class::begin_body() {
   if (local_path_.empty()) return;
   constexpr mode_t mode = 0666;
   output_file_ = open(local_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
-  if (output_file_ < 0) error_ = errno;
+  if (output_file_ < 0) error_ = disk_error_ = errno;
 }
 
 void down_class::take_body(std::string_view bytes) {
@@ -196,7 +196,7 @@ void down_class::take_body(std::string_view bytes) {
     const ssize_t put = write(output_file_, bytes.data(), bytes.size());
     if (put < 0 && errno == EINTR) continue;
     if (put <= 0) {
-      error_ = put < 0 ? errno : ENOSPC;
+      error_ = disk_error_ = put < 0 ? errno : ENOSPC;
       return;
     }
     bytes.remove_prefix(static_cast<size_t>(put));
@@ -222,7 +222,7 @@ void down_class::watch_pace(size_t body_bytes) {
 // A full disk may show only now, so the file is closed before the transfer is judged.
 void down_class::close_file() {
   if (output_file_ < 0) return;
-  if (close(output_file_) != 0 && error_ == 0) error_ = errno;
+  if (close(output_file_) != 0 && error_ == 0) error_ = disk_error_ = errno;
   output_file_ = -1;
 }
 

@@ -49,7 +49,8 @@ class down_class {
   state_value state() const;
   // The whole answer has come, to its last byte and no further.
   bool complete() const { return answer_.ended() && !has_excess_; }
-  int error() const { return error_; }  // see error_ below; 0 while all is well
+  int error() const { return error_; }            // see error_ below; 0 while all is well
+  int disk_error() const { return disk_error_; }  // errno: the file cannot be made or written
   int os_error() const;            // that, or else the socket's errno, or 20009 without a socket
   const char* error_text() const;  // for the log, where error() alone does not tell; else empty
 
@@ -100,6 +101,7 @@ class down_class {
   // EFBIG for a body beyond what was granted, EPROTO for an answer that breaks the protocol,
   // ETIMEDOUT for one that trickles.
   int error_ = 0;
+  int disk_error_ = 0;
   int64_t received_ = 0;
   float last_activity_ = 0;  // frame clock
   float pace_start_ = 0;     // of the stretch in which the pace is being watched,

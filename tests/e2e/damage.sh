@@ -23,50 +23,20 @@ put_manifest() {
   (cd "$SCRATCH/made" && zip -q "$release/directory.txt.zip" directory.txt)
 }
 
-# A file's archive that is not what the manifest says. Where every mirror has it so, the alert names
-# it, the last page says what happened, and the file never gets to its place. Nine such mirrors of
-# ten are passed over.
+# A file's archive that is damaged at every mirror: the alert names it, the last page says what
+# happened, and the file never gets to its place. What else an archive may be, and mirrors of which
+# one is sound, are rows of hostile_rows.py.
 heron="All/Aircraft/General Aviation/Heron 172/Heron 172.acf"
 good=$release/$heron.zip
-bad=$root/bad.zip
-make_bad() {
-  case $1 in
-    flipped)
-      cp "$good" "$bad"
-      printf '\xA5\x5A\xA5\x5A' | dd of="$bad" bs=1 seek=$(($(stat -c %s "$good") / 2)) conv=notrunc status=none ;;
-    page) echo "<html>Please log in.</html>" >"$bad" ;;  # as a network that wants a login answers
-    nothing) : >"$bad" ;;
-    endless) head -c 3000000 /dev/zero >"$bad" ;;
-    two) rm -f "$bad"; cp "$good" "$bad"; zip -q -j "$bad" "$root/serverlist9.txt" ;;
-    another)
-      mkdir -p "$SCRATCH/other"
-      echo "not what the manifest says" >"$SCRATCH/other/Heron 172.acf"
-      (rm -f "$bad"; cd "$SCRATCH/other" && zip -q "$bad" "Heron 172.acf") ;;
-  esac
-}
-server_list "$name" bad{1..9}.example mirror.example >"$root/serverlist9.txt"
-serve "$root" 'location /updates/ { if ($host ~ "^bad|^worse") { rewrite "Heron 172.acf.zip$" /bad.zip break; } }'
-refused=0
-for way in flipped page nothing endless two another; do
-  make_bad "$way"
-  install_copy --dest="$SCRATCH"
-  want_status 0
-  cmp "$FIXTURE/sample/new/$heron" "$SCRATCH/Copy/${heron#All/}" || fail "$way: another file"
-  refused=$((refused + $(grep -c "sent something else in place of" "$SCRATCH/bin/Skyvane Installer Log.txt" || true)))
-  rm -rf "$SCRATCH/Copy"
-done
-[ "$refused" -gt 0 ] || fail "no mirror with a wrong archive was asked"
-server_list "$name" worse.example >"$root/serverlist9.txt"
-for way in flipped another; do
-  make_bad "$way"
-  install_copy --dest="$SCRATCH"
-  want_status 1
-  want_text "The installer cannot extract a file."
-  want_text "Finished Web Demo Install: There were problems installing the Skyvane 9 web demo - it may not be usable."
-  [ ! -e "$SCRATCH/Copy/${heron#All/}" ] || fail "a wrong file was installed"
-  rm -rf "$SCRATCH/Copy"
-done
-server_list "$name" mirror.example >"$root/serverlist9.txt"
+cp "$good" "$SCRATCH/good.zip"
+printf '\xA5\x5A\xA5\x5A' | dd of="$good" bs=1 seek=$(($(stat -c %s "$good") / 2)) conv=notrunc status=none
+install_copy --dest="$SCRATCH"
+want_status 1
+want_text "The installer cannot extract a file."
+want_text "Finished Web Demo Install: There were problems installing the Skyvane 9 web demo - it may not be usable."
+[ ! -e "$SCRATCH/Copy/${heron#All/}" ] || fail "a wrong file was installed"
+rm -rf "$SCRATCH/Copy"
+mv "$SCRATCH/good.zip" "$good"
 
 # A manifest of a later format.
 put_manifest sed '2s/900/901/'

@@ -1,9 +1,8 @@
 #!/usr/bin/env bash
 # A demo install that is killed on the way: the same command goes on with it, with the user's own
 # files as they were; the updater finds it, too; and a window offers to go on.
-#
-# DEMO_KILLS  how many kills (default 3)
 . "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/lib_kill.bash"
 . "$(dirname "$0")/lib_window.sh"
 . "$(dirname "$0")/lib_flows.sh"
 
@@ -27,11 +26,12 @@ start_and_kill() {
   wait "${CHILDREN[-1]}" 2>/dev/null || true
   rm "$SCRATCH/slow"
 }
+whole_files() { { find "$copy" ! -type d ! -name ".skyvane_part_*" 2>/dev/null || true; } | wc -l; }
 is_listed() { grep -qxF "$copy/" "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"; }
 # The user's own work in a half-made copy: a file of his, and one of the release that he changed.
-own=("Output/situations/My flight.sit" "Aircraft/My own.acf")
 make_own() {
   local file
+  own=("Output/situations/My flight.sit" "Aircraft/My own.acf")
   for file in "${own[@]}"; do
     mkdir -p "$(dirname "$copy/$file")"
     echo "my $file" >"$copy/$file"
@@ -53,21 +53,47 @@ want_healed() {
   same_tree "$FIXTURE/sample/new" Linux "$copy"
 }
 
-echo "Killed again and again, then left to end"
-for files in $(seq 3 12 $((12 * ${DEMO_KILLS:-3}))); do
-  start_and_kill "$files"
-  is_listed || fail "an interrupted install is not on the list"
-done
-make_own
-before=$(find "$copy" -type f | wc -l)
-: >"$requests"
+kills=${E2E_KILLS:-6}
+echo "Killed $kills times, a run once to three times, then left to end; E2E_SEED=$E2E_SEED"
+from=$(now)
 run skyvane-demo-installer "${command[@]}"
 want_status 0
-want_text "I will go on with the installation in the folder 'My copy' in the folder '$SCRATCH/'."
-fetched=$(grep -c '/updates/.*[^t]\.zip HTTP' "$requests")
-[ $((fetched + before)) -le $(($(shipped "$FIXTURE/sample/new" Linux | wc -l) + ${#own[@]})) ] ||
-  fail "$fetched files were fetched for a copy that had $before"
-want_healed
+length=$(($(now) - from))
+killed=0 late=0 shipped=$(shipped "$FIXTURE/sample/new" Linux | wc -l)
+while [ "$killed" -lt "$kills" ]; do
+  rm -rf "$copy"
+  own=() changed=
+  for again in $(seq $((1 + RANDOM % 3))); do
+    env -u DISPLAY "$path" "${command[@]}" >"$OUT" 2>&1 </dev/null &
+    if [ $((killed % 2)) = 0 ]; then
+      kill_at_work $! "$length"
+    else
+      kill_unpacking $! $((length * 3 / 4)) "$copy"
+    fi
+    [ "$FOUND" != late ] || break
+    killed=$((killed + 1))
+    [ -d "$copy" ] && [ ${#own[@]} = 0 ] || continue
+    is_listed || fail "an interrupted install is not on the list"
+    make_own
+  done
+  before=$(whole_files)
+  if [ "$FOUND" = late ] || [ "$before" = $((shipped + ${#own[@]})) ]; then
+    late=$((late + 1))
+    [ "$late" -le $((kills + 5)) ] || fail "only $killed runs could be killed in time"
+    length=$((length * 4 / 5))
+  else
+    length=$((length * 21 / 20))
+    : >"$requests"
+    run skyvane-demo-installer "${command[@]}"
+    want_status 0
+    [ ${#own[@]} = 0 ] || want_text "I will go on with the installation in the folder 'My copy' in the folder '$SCRATCH/'."
+    fetched=$(grep -c '/updates/.*[^t]\.zip HTTP' "$requests" || true)
+    [ $((fetched + before)) -le $((shipped + ${#own[@]})) ] ||
+      fail "$fetched files were fetched for a copy that had $before"
+  fi
+  want_healed
+done
+echo "$killed killed, $UNPACKING of them while a file was half written; all healed"
 
 echo "A copy that is whole, and one of an earlier release, are not gone on with"
 run skyvane-demo-installer "${command[@]}"

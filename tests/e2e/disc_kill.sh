@@ -1,36 +1,35 @@
 #!/usr/bin/env bash
 # An installer that is killed at any moment: the next start offers the copy, and makes it whole.
 #
-# KILLS moments of a run without a window and WINDOW_KILLS of one with; SEED draws the same again.
+# E2E_WINDOW_KILLS  how many runs with a window are killed beside those without (default 1)
 . "$(dirname "$0")/lib_window_disc.bash"
+. "$(dirname "$0")/lib_kill.bash"
 
-KILLS=${KILLS:-6} WINDOW_KILLS=${WINDOW_KILLS:-1} SEED=${SEED:-$RANDOM}
-RANDOM=$SEED
+kills=${E2E_KILLS:-6} window_kills=${E2E_WINDOW_KILLS:-1}
 export HOME=$SCRATCH/home
 mkdir -p "$HOME/Desktop"
 copy="$HOME/Desktop/$RELEASE"
 path=$(program skyvane-disc-installer)
 arguments=(--unattended --accept_eula "--dest=$HOME/Desktop" "--name=$RELEASE")
-early=0 unlisted=0 in_work=0 late=0
-
-now() { echo "${EPOCHREALTIME/./}"; }
+killed=0 early=0 unlisted=0 late=0
 
 fresh_start() {
   rm -rf "$copy" "$TMPDIR"/* "$XDG_CONFIG_HOME"
   for disc in 1 2 3; do is_in "$disc" || insert_disc "$disc"; done
 }
 
-# kill_within MICROSECONDS: kills the program PID at a moment within them, and counts what it met.
-kill_within() {
-  local moment=$((RANDOM * $1 / 32768)) status=0
-  sleep "$(printf '%d.%06d' $((moment / 1000000)) $((moment % 1000000)))"
-  kill -KILL "$pid" 2>/dev/null || true
-  wait "$pid" 2>/dev/null || status=$?
-  found=in_work
-  [ "$status" = 137 ] || found=late
-  grep -qsxF "$copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || found=unlisted
-  [ -d "$copy" ] || found=early
-  eval "$found=\$(($found + 1))"
+# kill_it: kills the program PID, every other time while it unpacks, and counts what that met.
+kill_it() {
+  if [ $((killed % 2)) = 0 ]; then
+    kill_at_work "$pid" "$whole"
+  else
+    kill_unpacking "$pid" $((whole / 2)) "$copy"
+  fi
+  killed=$((killed + 1))
+  [ "$FOUND" != late ] || late=$((late + 1))
+  grep -qsxF "$copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || FOUND=unlisted
+  [ -d "$copy" ] || FOUND=early
+  case $FOUND in early) early=$((early + 1)) ;; unlisted) unlisted=$((unlisted + 1)) ;; esac
 }
 
 fresh_start
@@ -38,12 +37,12 @@ from=$(now)
 "$path" "${arguments[@]}" >"$OUT" 2>&1 </dev/null || fail "no install"
 whole=$(($(now) - from))
 
-for ((round = 0; round < KILLS; ++round)); do
+while [ "$killed" -lt "$kills" ]; do
   fresh_start
   "$path" "${arguments[@]}" >"$OUT" 2>&1 </dev/null &
   pid=$!
-  kill_within "$whole"
-  case $found in
+  kill_it
+  case $FOUND in
     early)
       run_with_discs "${arguments[@]}"
       want_status 0
@@ -55,16 +54,16 @@ for ((round = 0; round < KILLS; ++round)); do
   esac
 done
 
-[ "$WINDOW_KILLS" = 0 ] || start_display
-for ((round = 0; round < WINDOW_KILLS; ++round)); do
+[ "$window_kills" = 0 ] || start_display
+for ((round = 0; round < window_kills; ++round)); do
   fresh_start
   open_window skyvane-disc-installer
   walk_to_map
   press_next
   until [ -d "$copy" ]; do :; done
   pid=$WINDOW_PID
-  kill_within "$whole"
-  [ "$found" != unlisted ] || continue
+  kill_it
+  [ "$FOUND" != unlisted ] || continue
   open_window skyvane-disc-installer
   wait_step 0
   wait_still
@@ -80,8 +79,8 @@ for ((round = 0; round < WINDOW_KILLS; ++round)); do
   window_ended 0
   repair_all
 done
-echo "seed $SEED: of $KILLS kills and $WINDOW_KILLS with a window, $early before the copy, $unlisted" \
-  "before it was listed, $in_work in the work, $late too late"
+echo "E2E_SEED=$E2E_SEED: of $kills kills and $window_kills with a window, $UNPACKING while a file was half" \
+  "written, $early before the copy, $unlisted before it was listed, $late too late; all healed"
 
 # Interrupted politely, it says so and leaves no working files.
 fresh_start
@@ -99,7 +98,7 @@ want_no_leftovers
 
 # So does one with a window, in the middle of the work and under the question whether to delete the
 # copy: an end from outside is no answer to that.
-[ "$WINDOW_KILLS" != 0 ] || exit 0
+[ "$window_kills" != 0 ] || exit 0
 for asked in no yes; do
   fresh_start
   [ "$asked" = no ] || take_out 3

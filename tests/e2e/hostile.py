@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-# A table of attacks. Each row is a real run of a real program against a server that lies, or beside
-# a neighbour who does; it says what the run must say, and how it must end. Whatever the row, all
+# A table of attacks. Each row is a real run of a real program against a server or a disc that lies, or
+# beside a neighbour who does; it says what the run must say, and how it must end. Whatever the row, all
 # that lies outside of the copy and all of the user's own files in it must be as they were, nothing
 # half made may be left, and no sanitizer may have complained.
 #
-#   hostile.py PART    PART is "web", "mirrors", "bulk" or "near"; BIN is the folder of the programs
+#   hostile.py PART    PART is "web", "mirrors", "bulk", "near" or "disc"; BIN is the folder of the programs
 #   HOSTILE_ROWS       a regular expression: only the rows whose names it is found in
 import hashlib, io, itertools, os, re, shutil, socket, stat, struct, subprocess, sys, tempfile, threading, time
 import zipfile
@@ -35,11 +35,11 @@ def packed(*entries):
     return out.getvalue()
 
 
-def a_file(path, data=None, sig=None, sent=None, zip_kb=1, raw_kb=1, mode=stat.S_IFREG | 0o644):
-    """A line of the manifest and what the mirror has for it."""
+def a_file(path, data=None, sig=None, sent=None, zip_kb=1, raw_kb=1, mode=stat.S_IFREG | 0o644, was=None):
+    """A line of the manifest and what the mirror has for it; `was` is what an earlier release had."""
     data = data if data is not None else b"content of " + path.encode("utf-8", "surrogateescape")
     sent = packed(("it", data, mode)) if sent is None else sent
-    return (path, sig or md5(data), sent, zip_kb, raw_kb, data)
+    return (path, sig or md5(data), sent, zip_kb, raw_kb, data, was)
 
 
 def a_link(path, target):
@@ -51,9 +51,12 @@ GOOD = [a_file("All/Aircraft/one.acf"), a_file("All/Resources/two.txt")]
 
 def manifest(files, extra=b""):
     lines = [b"I\n900 version\nINSTALLER\n\n"]
-    for path, sig, _, zip_kb, raw_kb, _ in files:
+    for path, sig, _, zip_kb, raw_kb, _, was in files:
         folder, _, name = path.encode("utf-8", "surrogateescape").rpartition(b"/")
-        lines.append(b"DIR %s/\nFILE 0 0 91001 %d %d %s %s\n" % (folder, zip_kb, raw_kb, sig.encode(), name))
+        lines.append(b"DIR %s/\n" % folder)
+        if was is not None:
+            lines.append(b"FILE 0 0 90000 0 %d %s %s\n" % (raw_kb, md5(was).encode(), name))
+        lines.append(b"FILE 0 0 91001 %d %d %s %s\n" % (zip_kb, raw_kb, sig.encode(), name))
     return b"".join(lines) + extra
 
 
@@ -189,6 +192,11 @@ class Run:
                                 UBSAN_OPTIONS="print_stacktrace=1", DBUS_SESSION_BUS_ADDRESS="unix:path=/none")
         self.environment.pop("DISPLAY", None)
 
+    def outside(self):
+        """All that no run may change."""
+        own = ("sim", "tmp", "config", "bin", "out", "home")
+        return {p: v for p, v in state_of(self.base).items() if p.split("/")[0] not in own}
+
     def put(self, path, data=b"theirs", mode=0o644):
         path = self.base + "/" + path
         os.makedirs(os.path.dirname(path), exist_ok=True)
@@ -197,14 +205,16 @@ class Run:
         os.chmod(path, mode)
 
     def command(self, options, liar):
-        program = self.bin + "/skyvane-web-updater"
+        name = options.get("program", "skyvane-web-updater")
+        program = self.bin + "/" + name
         if not os.path.exists(program):
             try:
-                os.link(BIN + "/skyvane-web-updater", program)
+                os.link(BIN + "/" + name, program)
             except OSError:
-                shutil.copy(BIN + "/skyvane-web-updater", program)
-        return [program, "--unattended", "--copy=" + self.copy, "--pref:_proxy_host=" + liar.host,
-                "--pref:_proxy_port_int=%d" % liar.port, "--give_up_after=%d" % options["patience"]]
+                shutil.copy(BIN + "/" + name, program)
+        return [*options.get("in_front", lambda scene: [])(self), program, "--unattended", "--copy=" + self.copy,
+                "--pref:_proxy_host=" + liar.host, "--pref:_proxy_port_int=%d" % liar.port,
+                "--give_up_after=%d" % options["patience"], *options.get("arguments", [])]
 
     def start(self, options, liar, out):
         return subprocess.Popen(self.command(options, liar), stdin=subprocess.DEVNULL, stdout=out,
@@ -252,8 +262,7 @@ def perform(spec):
         if "before" in options:
             options["before"](scene)
         users = {path: state_of(scene.copy).get(path) for path in list(USERS) + options.get("mine", [])}
-        outside = state_of(base, ("sim", "tmp", "config", "bin", "out", "home"))
-        outside = {p: v for p, v in outside.items() if not p.startswith(("sim/", "tmp/", "config/", "bin/"))}
+        outside = scene.outside()
         with open(base + "/out", "wb") as out:
             runs = [scene.start(options, liar, out) for _ in range(options.get("programs", 1))]
             seen, ended = {"memory": 0, "disk": 0}, threading.Event()
@@ -292,10 +301,8 @@ def perform(spec):
         for path, was in users.items():
             if state_of(scene.copy).get(path) != was:
                 wrong.append("the user's " + path + " was touched")
-        now = state_of(base, ("sim", "tmp", "config", "bin", "out", "home"))
-        now = {p: v for p, v in now.items() if not p.startswith(("sim/", "tmp/", "config/", "bin/"))}
-        if now != outside:
-            wrong.append("outside: %s" % sorted(set(now.items()) ^ set(outside.items()))[:3])
+        if scene.outside() != outside:
+            wrong.append("outside: %s" % sorted(set(scene.outside().items()) ^ set(outside.items()))[:3])
         made = state_of(scene.copy)
         for path, (kind, content) in made.items():
             if ".skyvane_part_" in path:
@@ -307,7 +314,7 @@ def perform(spec):
                 continue
             if kind[0] in "pscb" or "s" in kind[1:].lower() or "t" in kind[9:].lower():
                 wrong.append("a file of an odd kind or mode: %s %s" % (path, kind))
-        whole = {"/".join(p.split("/")[1:]): md5(d) for p, _, _, _, _, d in GOOD + options.get("files", [])}
+        whole = {"/".join(p.split("/")[1:]): md5(d) for p, _, _, _, _, d, _ in GOOD + options.get("files", [])}
         for path in list(options.get("has", ["Aircraft/one.acf", "Resources/two.txt"] if status == OK else [])):
             if made.get(path, ("", ""))[1] != whole[path]:
                 wrong.append("is not in its place: " + path)
@@ -315,6 +322,8 @@ def perform(spec):
         for path, (kind, content) in made.items():
             if kind[0] == "-" and path not in allowed:
                 wrong.append("a file that nobody ships: " + path)
+            if path in options.get("was", {}):  # what it was, and not a part of what it is to be
+                whole[path] = md5(options["was"][path])
             if kind[0] == "-" and path in whole and path not in users and content != whole[path]:
                 wrong.append("a wrong file has the name " + path)
         left = os.listdir(base + "/tmp")
@@ -339,7 +348,7 @@ def perform(spec):
 
 
 def main():
-    import hostile_rows  # fills ROWS
+    __import__("hostile_rows_disc" if "disc" in sys.argv else "hostile_rows")  # fills ROWS
     want = re.compile(os.environ.get("HOSTILE_ROWS", ""))
     rows = [spec for spec in ROWS if spec[0] in sys.argv[1:] and want.search(spec[1])]
     with ThreadPoolExecutor(int(os.environ.get("HOSTILE_AT_ONCE", 4))) as pool:

@@ -215,6 +215,44 @@ for name, before in {
 row("near", "a file of the user's with the name of an archive", OK, DONE, mine=["Aircraft/one.acf.zip"],
     before=lambda s: s.put("sim/Aircraft/one.acf.zip", packed(("my photo.jpg", b"photo"))))
 row("near", "a temporary folder that is none", OK, DONE, before=lambda s: s.environment.update(TMPDIR=s.canary + "/secret.txt"))
+
+# --- an ordinary user, whom modes bind ----------------------------------------------------------
+
+def as_user(before=lambda scene: None, mounts=""):
+    """The scene becomes an ordinary user's, but for what `before` does; `mounts` is for the shell, in a mount namespace of the row's own."""
+    def give(scene):
+        os.chmod(scene.base, 0o755)
+        subprocess.run(["chown", "-Rh", "65534:65534", scene.base], check=True)
+        before(scene)
+    return {"before": give, "in_front": lambda scene: [
+        "unshare", "--mount", "--propagation", "private", "sh", "-c",
+        mounts + ' exec setpriv --reuid=65534 --regid=65534 --clear-groups "$@"', scene.base]}
+
+
+NO_ROOM = "No space left on device"
+row("near", "a temporary folder that may not be written", OK, DONE, **as_user(lambda scene: os.chmod(scene.base + "/tmp", 0o555)))
+row("near", "no temporary folder at all", FAILED, "I could not make a temporary folder to work in!", has=[], **as_user(
+    lambda scene: os.chmod(scene.base + "/tmp", 0o555),
+    'mount --bind /tmp /tmp && mount -o remount,bind,ro /tmp && mount --bind "$0" "$0" && mount -o remount,bind,rw "$0" || exit 9;'))
+for name, room in {"full": 0, "full once the list is there": 1}.items():
+    row("near", "a temporary folder that is " + name, FAILED, NO_ROOM, has=[], **as_user(mounts='mount -t tmpfs -o size=64k,mode=1777 tmpfs "$0/tmp" && '
+        'head -c %dk /dev/zero >"$0/tmp/fill" || exit 9;' % (64 - 4 * room)))
+KEPT, NEW = "Resources/kept/it.txt", b"new" * 3000
+for name, status, text, owner, mode, links in (
+    ("of the user's own", OK, DONE, 65534, 0o555, 1), ("that is another's", FAILED, "Permission denied", 0, 0o755, 1),
+    ("of the user's own, with a second name elsewhere", FAILED, "Permission denied", 65534, 0o555, 2),
+):
+    def shut(scene, owner=owner, mode=mode, links=links):
+        scene.put("sim/" + KEPT, b"old")
+        os.chown(scene.copy + "/" + KEPT, 65534, 65534)
+        if links == 2:
+            os.link(scene.copy + "/" + KEPT, scene.canary + "/second.txt")
+        os.chown(os.path.dirname(scene.copy + "/" + KEPT), owner, owner)
+        os.chmod(os.path.dirname(scene.copy + "/" + KEPT), mode)
+
+    row("near", "an earlier release's file in a read-only folder " + name, status, text, files=[a_file("All/" + KEPT, NEW, raw_kb=9, was=b"old")],
+        has=[KEPT] * (status == OK), was={KEPT: b"old"} if status else {}, check=lambda scene, *_, mode=mode: [
+            "the folder has other rights" for now in [os.stat(scene.copy + "/Resources/kept").st_mode & 0o777] if now != mode], **as_user(shut))
 row("near", "a file that was changed by the user", OK, "files kept, because you have modified them", mine=["Aircraft/one.acf"],
     before=lambda s: s.put("sim/Aircraft/one.acf", b"changed by me"), has=["Resources/two.txt"])
 row("near", "a fifo where a file is shipped", OK, "files kept, because you have modified them", has=["Resources/two.txt"],

@@ -1,15 +1,11 @@
 #!/usr/bin/env bash
-# The updater is killed at random moments, and after each kill the next run ends in the right tree
-# with the user's files as they were.
-#
-# E2E_KILLS  how many kills (default 12)
-# E2E_SEED   repeats the moments of an earlier run; printed
+# The updater is killed at random moments, half of them while it unpacks, and after each kill the
+# next run ends in the right tree with the user's files as they were.
 . "$(dirname "$0")/update_lib.bash"
+. "$(dirname "$0")/lib_kill.bash"
 
 kills=${E2E_KILLS:-12}
-seed=${E2E_SEED:-$((SRANDOM % 32768))}
-RANDOM=$seed
-echo "$kills kills, E2E_SEED=$seed"
+echo "$kills kills, E2E_SEED=$E2E_SEED"
 
 install_release old "$SCRATCH/old"
 echo "mine" >"$SCRATCH/old/my flights.txt"
@@ -74,16 +70,16 @@ want_healed() {
 killed=0
 for try in $(seq $((3 * kills))); do
   [ "$killed" -lt "$kills" ] || break
-  [ $((try % 2)) = 0 ] && PORT=$fast || PORT=$slow
-  delay=$((length[$PORT] * (RANDOM % 1000) / 1000))
-  label="kill $killed after $delay us"
+  [ $((killed % 4)) = 2 ] && PORT=$slow || PORT=$fast
+  label="kill $killed"
   fresh_old_copy
   (exec_updater) >"$OUT" 2>&1 </dev/null &
-  pid=$!
-  sleep "$(printf '%d.%06d' $((delay / 1000000)) $((delay % 1000000)))"
-  kill -KILL "$pid" 2>/dev/null || true
-  wait "$pid" 2>/dev/null || true
-  if grep -q '^Finished' "$OUT"; then
+  if [ $((killed % 2)) = 0 ]; then
+    kill_at_work $! "${length[$PORT]}"
+  else
+    kill_unpacking $! $((length[$PORT] * 3 / 4)) "$COPY"
+  fi
+  if [ "$FOUND" = late ] || grep -q '^Finished' "$OUT"; then
     length[$PORT]=$((length[$PORT] * 4 / 5))
     continue
   fi
@@ -95,6 +91,7 @@ for try in $(seq $((3 * kills))); do
   [ -z "$(ls "$TMPDIR" | grep '^skyvane-run-')" ] || fail "$label: working files were left"
 done
 [ "$killed" = "$kills" ] || fail "only $killed runs could be killed in time"
+echo "$killed killed, $UNPACKING of them while a file was half written; all healed"
 
 # Two at once: the second says that the first is at work, and ends. Killed, the first has let go.
 fresh_old_copy

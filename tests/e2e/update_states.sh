@@ -294,7 +294,7 @@ want_text "Make sure you are installing to a directory that you have access to!"
 [ "$(cat "$COPY/Resources/way_in")" = mine ] || fail "$label: the user's file was touched"
 cleared 'rm way_in'
 
-# Written in place where nothing can be made or moved.
+# A folder of the user's own is opened for the moment that the file takes.
 obstacle "a file in a read-only folder" 0 "" 'chmod 555 way_in/deep'
 cleared 'chmod 755 way_in/deep'
 

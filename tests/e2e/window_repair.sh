@@ -37,6 +37,29 @@ shot disc_8_menu
 to_confirmation
 shot disc_9_repair_confirm
 
+echo "Back out of the scan and on again: it begins anew, and ends well"
+big="$copy/Airfoils/NACA 0027.afl"
+mv "$big" "$SCRATCH/kept.afl"
+truncate -s 20G "$big"  # takes longer to read than a hand to move
+is_scanning() { find "/proc/$WINDOW_PID/fd" -lname "$big" | grep -q .; }
+is_not_scanning() { ! is_scanning; }
+press_back
+wait_step 1
+wait_open
+press_next
+for again in 1 2; do
+  wait_for "the scan" is_scanning
+  press_back
+  wait_step 1
+  wait_for "the scan's end" is_not_scanning
+  wait_open
+  [ "$again" = 2 ] || press_next
+done
+mv "$SCRATCH/kept.afl" "$big"
+press_next
+wait_step 3
+wait_open
+
 echo "Cancel leads back to the confirmation; the copy is as it was"
 press_next
 wait_question

@@ -1,6 +1,10 @@
 // Starting another program, which begins only after this process has saved its settings and ended.
 
 #include "Installer-f/wizard/main_launch.h"
+
+#include <csignal>
+
+#include "corekit/base/exce.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/files/pref.h"
 #include "engine_tree.h"
@@ -17,14 +21,16 @@ class DiscLaunch : public engine_tree {
     unsetenv("XDG_CONFIG_HOME");
     engine_tree::TearDown();
   }
-  // A program that notes its name, its arguments, and whether its starter is still there and has
-  // saved; complete once "out" is there.
+  // A program that notes its name, its arguments, whether its starter has saved, and what it has
+  // from its starter that no program is to have; complete once "out" is there.
   void program(const std::string& path) {
     write(path,
           "#!/bin/sh\n{ echo \"$0\"; for a; do echo \"[$a]\"; done\n"
           "[ -e \"$(echo '" +
               root +
               "'config/*/'Skyvane Installer.prf')\" ] && echo saved\n"
+              "[ $((0x$(sed -n 's/^SigIgn:.//p' /proc/$$/status) >> 12 & 1)) = 0 ] || echo deaf to SIGPIPE\n"
+              "find /proc/$$/fd -lname '*log.txt' | grep -q . && echo has the log\n"
               "} >'" +
               root + "part'\nmv '" + root + "part' '" + root + "out'\n");
     ASSERT_EQ(chmod((root + path).c_str(), 0755), 0);
@@ -54,6 +60,8 @@ TEST_F(DiscLaunch, StartsTheProgram) {
     EXPECT_EXIT(
         {
           THREAD_init();
+          std::signal(SIGPIPE, SIG_IGN);
+          xer_open(root + "log.txt");
           launch_app(root + row.app, row.path);
         },
         testing::ExitedWithCode(1), "")
