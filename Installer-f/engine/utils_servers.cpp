@@ -25,8 +25,8 @@ namespace {
 
 constexpr int list_slot = 0;
 // Seconds of the frame clock until the list is fetched again.
-constexpr float list_rest = 0.5f;   // it did not come
-constexpr float list_pause = 2.0f;  // it came, and leads nowhere; or there is no room for it
+constexpr float list_rest = 0.5f;   // it did not come, or there is no room for it
+constexpr float list_pause = 2.0f;  // it came, and leads nowhere
 constexpr int manifest_slot = 1;
 // Bytes of the packed manifest: some 1.2 million lines, five times what a table of every release so
 // far could hold.
@@ -85,7 +85,7 @@ float not_before = 0;    // frame clock: nothing is fetched until then
 // What has come finds no place in the working folder. That is no server's failure, and the next one
 // would not help: the user may.
 void tell_no_place(int code, const std::string& file) {
-  not_before = xtim.now_sec + list_pause;
+  not_before = xtim.now_sec + list_rest;
   __MACIBM_alert(0, "The installer cannot extract a file.",
                  UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                  UTL_translate_string("Compressed File/") + file,

@@ -257,7 +257,12 @@ row("near", "a file that was changed by the user", OK, "files kept, because you 
     before=lambda s: s.put("sim/Aircraft/one.acf", b"changed by me"), has=["Resources/two.txt"])
 row("near", "a fifo where a file is shipped", OK, "files kept, because you have modified them", has=["Resources/two.txt"],
     before=fifo("sim/Aircraft/one.acf"), mine=["Aircraft/one.acf"])
-many = [a_file("All/Resources/part %d.txt" % i) for i in range(30)]
+def slowly(sent):
+    """The first program is still at work when the last one begins."""
+    return lambda connection: (time.sleep(2), connection.sendall(answer(sent)))
+
+
+many = [a_file("All/Resources/part %d.txt" % i) for i in range(30)] + [a_file(EVIL, b"x", sent=slowly(packed((NAME, b"x"))))]
 row("near", "two programs at once", [OK, 4], "", programs=2, files=many)
 row("near", "three programs at once", [OK, 4, 4], "", programs=3, files=many)
 

@@ -29,7 +29,8 @@ class DiscLaunch : public engine_tree {
           "[ -e \"$(echo '" +
               root +
               "'config/*/'Skyvane Installer.prf')\" ] && echo saved\n"
-              "[ $((0x$(sed -n 's/^SigIgn:.//p' /proc/$$/status) >> 12 & 1)) = 0 ] || echo deaf to SIGPIPE\n"
+              "[ $((0x$(sed -n 's/^SigIgn:.//p' /proc/$$/status) >> 12 & 1)) = 0 ] || echo deaf to "
+              "SIGPIPE\n"
               "find /proc/$$/fd -lname '*log.txt' | grep -q . && echo has the log\n"
               "} >'" +
               root + "part'\nmv '" + root + "part' '" + root + "out'\n");
