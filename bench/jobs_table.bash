@@ -1,13 +1,13 @@
 # How the cost grows with the number of files and with the processors: the table of
 # docs/performance.md. Sourced by script/bench.
 
-# cell OURS: the median of three runs, in seconds.
+# cell OURS: the median of three runs, in seconds, to two digits at least.
 cell() {
   local run
   for run in 1 2 3; do
     "$1" >&2
     echo "$WALL"
-  done | sort -n | sed -n 2p | awk '{ printf " %." ($1 < 0.01 ? 4 : $1 < 0.1 ? 3 : 2) "f |", $1 }'
+  done | sort -n | sed -n 2p | awk '{ printf " %." ($1 < 0.001 ? 5 : $1 < 0.01 ? 4 : $1 < 0.1 ? 3 : 2) "f |", $1 }'
 }
 
 growth_jobs=("verification, the pass:by_pass" "verification, the whole run:by_update" "update, 5 % gone:by_lossy_update"

@@ -13,7 +13,9 @@ open_updater() {
   export SWAP_CLOCK=$SWAPS
   LD_PRELOAD=$BIN/bench/libswap_clock.so open_window skyvane-web-updater -path "$COPY" $(through_proxy "$PORT")
   wait_step 0
-  [ -z "$PROFILE" ] || perf record -q -F 2000 -g -p "$WINDOW_PID" -o "$BENCH/perf-$JOB-$who.data" &
+  [ -n "$PROFILE" ] || return 0
+  perf record -q -F 2000 -g -p "$WINDOW_PID" -o "$BENCH/perf-$JOB-$who.data" &
+  sleep 2  # of threads that begin before perf has looked, it sees nothing
 }
 close_window() {  # by Quit: the log is whole
   press_quit

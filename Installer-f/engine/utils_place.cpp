@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <mutex>
 
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_manifest.h"
@@ -82,6 +83,41 @@ mode_t mode_of(const single_file& file, std::string_view path) {
   return str_holds(path, "Contents/MacOS/") ? 0755 : file.mode;
 }
 
+// More than this, the archive and what is in it, is unpacked by one thread at a time, and its
+// memory given back: what a transfer holds does not grow with the processors.
+constexpr uint64_t large = 16u << 20;
+
+class large_turn {
+ public:
+  explicit large_turn(uint64_t bytes) {
+    if (bytes > large) turn_ = std::unique_lock(one_at_a_time);
+  }
+  ~large_turn() {
+    if (turn_) io_release_single();
+  }
+  large_turn(const large_turn&) = delete;
+  large_turn& operator=(const large_turn&) = delete;
+
+ private:
+  static inline std::mutex one_at_a_time;
+  std::unique_lock<std::mutex> turn_;
+};
+
+place_result place_unpacked(gate_class& gate, const unsigned char* archive, size_t size,
+                            const place_order& order) {
+  single_file file;
+  if (const auto outcome = io_read_single(archive, size, order.most, file)) {
+    return result_of(outcome);
+  }
+  if (!has_signature(file, order.sig_want)) return {place_wrong_signature, code_bad_archive};
+  if (file.is_link) {
+    const std::string target(reinterpret_cast<const char*>(file.bytes), file.size);
+    return result_of_gate(gate.put_link(order.path, target));
+  }
+  return result_of_gate(
+      gate.put_file(order.path, file.bytes, file.size, {mode_of(file, order.path), file.modified}));
+}
+
 place_result read_manifest(const std::string& zip_path, single_file& file) {
   const io_handle archive(
       open((app_path + zip_path).c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -122,27 +158,19 @@ uint64_t place_budget(float kb) {
 
 place_result place_archive(gate_class& gate, const unsigned char* archive, size_t size,
                            const place_order& order) {
-  single_file file;
-  if (const auto outcome = io_read_single(archive, size, order.most, file)) {
-    return result_of(outcome);
-  }
-  if (!has_signature(file, order.sig_want)) return {place_wrong_signature, code_bad_archive};
-  if (file.is_link) {
-    const std::string target(reinterpret_cast<const char*>(file.bytes), file.size);
-    return result_of_gate(gate.put_link(order.path, target));
-  }
-  return result_of_gate(
-      gate.put_file(order.path, file.bytes, file.size, {mode_of(file, order.path), file.modified}));
+  const large_turn turn(order.most);
+  return place_unpacked(gate, archive, size, order);
 }
 
 place_result place_archive_file(gate_class& gate, int archive, uint64_t most_archive,
                                 const place_order& order) {
+  const large_turn turn(most_archive + order.most);
   const unsigned char* bytes = nullptr;
   size_t size = 0;
   if (const auto outcome = io_load_archive(archive, most_archive, bytes, size)) {
     return result_of(outcome);
   }
-  return place_archive(gate, bytes, size, order);
+  return place_unpacked(gate, bytes, size, order);
 }
 
 place_result place_manifest(const std::string& zip_path) {

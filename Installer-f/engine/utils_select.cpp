@@ -114,10 +114,15 @@ void set_flags(file_version_struct& file, bool act) {
   file.need_delete = act && dropped;
 }
 
-// Sets the flags of all that can be judged without the user, and adds their paths to `above`. The
-// others' places, in order.
-std::vector<int32_t> judge_silently(files_above& above) {
-  std::vector<int32_t> unknown;
+// What the first walk through the table has found.
+struct silent_verdicts {
+  std::vector<int32_t> unknown;  // places of those that the user has to judge, in order
+  double fetch_kb = 0;           // installed size of what is to be fetched so far
+};
+
+// Sets the flags of all that can be judged without the user, and adds their paths to `above`.
+silent_verdicts judge_silently(files_above& above) {
+  silent_verdicts found;
   for (size_t i = 0; i < sim_info.size(); ++i) {
     file_history_struct& history = sim_info[i];
     file_version_struct& current = history.current();
@@ -126,10 +131,11 @@ std::vector<int32_t> judge_silently(files_above& above) {
     above.add(current.path);
     const verdict decision = judge(history);
     if (decision != leave_it) set_flags(current, decision == act_on_it);
-    if (decision == ask_user) unknown.push_back(static_cast<int32_t>(i));
+    if (current.need_fetch) found.fetch_kb += current.raw_kb;
+    if (decision == ask_user) found.unknown.push_back(static_cast<int32_t>(i));
   }
   above.look(is_for_this_run);
-  return unknown;
+  return found;
 }
 
 // Leaves alone what lies below a shipped file, and asks nothing about it.
@@ -160,11 +166,16 @@ bool ask_about(const std::vector<int32_t>& unknown) {
   return true;
 }
 
-// Where on the way from 0 to 1 each file begins, by installed size.
-void share_progress() {
-  double total = 0;
+double kb_to_fetch() {
+  double kb = 0;
   for (const file_history_struct& history : sim_info)
-    if (history.current().need_fetch) total += history.current().raw_kb;
+    if (history.current().need_fetch) kb += history.current().raw_kb;
+  return kb;
+}
+
+// Where on the way from 0 to 1 each file begins, by installed size; `total` is that of all that is
+// to be fetched.
+void share_progress(double total) {
   double sum = 0;
   for (file_history_struct& history : sim_info) {
     file_version_struct& current = history.current();
@@ -220,10 +231,11 @@ void scenery_from_install() {
 
 bool choose_files() {
   files_above above;
-  std::vector<int32_t> unknown = judge_silently(above);
+  auto [unknown, fetch_kb] = judge_silently(above);
+  const bool is_settled = above.none() && unknown.empty();
   if (!above.none()) spare_what_lies_below(above, unknown);
   if (!ask_about(unknown)) return false;
-  share_progress();
+  share_progress(is_settled ? fetch_kb : kb_to_fetch());
   return true;
 }
 

@@ -2,6 +2,7 @@
 //
 //   io_load_archive   an archive from the disk into memory, up to a limit
 //   io_read_single    its one file, up to a limit
+//   io_release_single gives the memory of both back
 //   io_archive_is_of  whether an archive is the one of a file of this name
 //
 // An archive, zip or 7z by its first bytes, holds one file or link of any name, and at most that
@@ -47,6 +48,9 @@ single_outcome io_load_archive(int fd, uint64_t most, const unsigned char*& byte
 // `most` limits the file's bytes. `file` may point into `archive`, too, which must stand as long.
 single_outcome io_read_single(const unsigned char* archive, size_t size, uint64_t most,
                               single_file& file);
+
+// Gives back what this thread holds of both, however little is wanted next.
+void io_release_single();
 
 // Whether the open file is a whole zip archive, of at most `most` bytes, with one file, of this
 // name, in it. Unpacks nothing.

@@ -3,7 +3,7 @@
 //   local header, name | packed bytes | table of contents: one row, name | end record
 //
 // All numbers are little-endian (PKWARE's APPNOTE.TXT, 4.3.7, 4.3.12, 4.3.16). Private to
-// io_zip_pack.cpp. No state; any thread.
+// io_zip_pack.cpp and io_single_read.cpp. No state; any thread.
 #pragma once
 
 #include <cstddef>
@@ -28,3 +28,8 @@ size_t tail_size(const entry_facts& entry);
 // Write them, each with all facts known.
 void put_head(unsigned char* at, const entry_facts& entry);
 void put_tail(unsigned char* at, const entry_facts& entry);
+
+// The way back, where the archive is byte for byte what these two make around the packed bytes, as
+// nearly all are that a mirror or a disc holds. False for any other, which may be sound as well.
+// The name stays in the archive.
+bool take_apart(const unsigned char* archive, size_t size, entry_facts& entry);

@@ -84,6 +84,21 @@ int inflate_entry(const zip_bytes& packed, zip_room& room, zip_bytes& out) {
   return 0;
 }
 
+// 0, or why the entry is not to be unpacked, whatever its bytes are.
+int entry_fault(const unz_file_info_s& info) {
+  const uint64_t packed = info.compressed_size, size = info.uncompressed_size;
+  const bool deflated = info.compression_method == Z_DEFLATED;
+  const bool encrypted = (info.flag & 1) != 0;
+  if (packed > zip_size_limit || size > zip_size_limit) {
+    return io_fail(zip_too_large, source_name, 150);
+  }
+  if (encrypted || (!deflated && info.compression_method != 0) ||
+      (deflated ? size > packed * deflate_ratio + deflate_ratio : size != packed)) {
+    return io_fail(zip_cannot_read, source_name, 151);
+  }
+  return 0;
+}
+
 }  // namespace
 
 void zip_log(const std::string& text) {
@@ -155,18 +170,7 @@ int zip_create_file(const std::string& path, io_handle& file) {
 
 int zip_read_entry(const zip_reader& zip, const unz_file_info_s& info, zip_room& room,
                    zip_bytes& out) {
-  const uint64_t packed_size = info.compressed_size;
-  const uint64_t size = info.uncompressed_size;
-  const bool deflated = info.compression_method == Z_DEFLATED;
-  if (packed_size > zip_size_limit || size > zip_size_limit) {
-    return io_fail(zip_too_large, source_name, 150);
-  }
-  const bool encrypted = (info.flag & 1) != 0;
-  if (encrypted || (!deflated && info.compression_method != 0) ||
-      (deflated ? size > packed_size * deflate_ratio + deflate_ratio : size != packed_size)) {
-    return io_fail(zip_cannot_read, source_name, 151);
-  }
-
+  if (const int err = entry_fault(info)) return err;
   // Opened raw, for the check of the local header against the table of contents and for the place
   // of the bytes; these are taken straight from memory.
   int method = 0;
@@ -175,17 +179,19 @@ int zip_read_entry(const zip_reader& zip, const unz_file_info_s& info, zip_room&
   }
   const uint64_t start = unzGetCurrentFileZStreamPos64(zip.file);
   unzCloseCurrentFile(zip.file);
-  if (start > zip.archive.size || packed_size > zip.archive.size - start) {
+  if (start > zip.archive.size || info.compressed_size > zip.archive.size - start) {
     return io_fail(zip_cannot_read, source_name, 153);
   }
-  zip_bytes packed;
-  packed.data = zip.archive.data + start;
-  packed.size = packed_size;
+  return zip_unpack_entry(info, {zip.archive.data + start, info.compressed_size}, room, out);
+}
 
-  out.size = size;
+int zip_unpack_entry(const unz_file_info_s& info, const zip_bytes& packed, zip_room& room,
+                     zip_bytes& out) {
+  if (const int err = entry_fault(info)) return err;
+  out.size = info.uncompressed_size;
   out.data = packed.data;
   // Some writers mark an empty file as deflated and give it no bytes at all.
-  if (deflated && size > 0) {
+  if (info.compression_method == Z_DEFLATED && out.size > 0) {
     if (int err = inflate_entry(packed, room, out)) return err;
   }
   if (libdeflate_crc32(0, out.data, out.size) != info.crc) {

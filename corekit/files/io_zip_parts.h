@@ -101,6 +101,10 @@ time_t zip_entry_time(const unz_file_info_s& info);
 int zip_read_entry(const zip_reader& zip, const unz_file_info_s& info, zip_room& room,
                    zip_bytes& out);
 
+// The same with the entry's packed bytes in hand, which are all there.
+int zip_unpack_entry(const unz_file_info_s& info, const zip_bytes& packed, zip_room& room,
+                     zip_bytes& out);
+
 // Whether a fork entry's block begins as one must.
 bool zip_fork_is_sound(const zip_bytes& block);
 

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <tuple>
 
 #include "corekit/files/io_7z_head.h"
 #include "corekit/files/io_handle.h"
@@ -19,6 +21,12 @@ class ArchiveSingle : public ArchiveTest {
   // The outcome, with what was unpacked in `text`.
   single_outcome read(const std::string& bytes, uint64_t most = 1000) {
     const auto* const data = reinterpret_cast<const unsigned char*>(bytes.data());
+    // A comment takes a zip off the short way of those that are as the builder writes them.
+    const size_t end = bytes.size() - std::min<size_t>(bytes.size(), 22);
+    if (bytes.compare(end, 4, "PK\5\6") == 0 && bytes.ends_with(std::string(2, '\0'))) {
+      const std::string longer = bytes.substr(0, bytes.size() - 2) + std::string("\1\0c", 3);
+      expect_like(bytes, longer, most);
+    }
     const single_outcome outcome = io_read_single(data, bytes.size(), most, file);
     text.assign(reinterpret_cast<const char*>(file.bytes), outcome == single_ok ? file.size : 0);
     return outcome;
@@ -27,6 +35,24 @@ class ArchiveSingle : public ArchiveTest {
     unlink((base + "made.7z").c_str());
     run("cd '" + base + "src' && 7z a -t7z " + options + " ../made.7z " + files);
     return file_text(base + "made.7z");
+  }
+
+  // Both ways come to the same, whatever an archive says.
+  void expect_like(const std::string& one, const std::string& other, uint64_t most) {
+    const auto found = [&](const std::string& bytes) {
+      single_file each;
+      const auto* const data = reinterpret_cast<const unsigned char*>(bytes.data());
+      const single_outcome outcome = io_read_single(data, bytes.size(), most, each);
+      std::string content(reinterpret_cast<const char*>(each.bytes),
+                          outcome == single_ok ? each.size : 0);
+      return std::tuple(outcome, content, std::string(each.name), each.is_link, each.mode,
+                        each.modified);
+    };
+    const auto first = found(one);
+    if (std::get<0>(first) == single_ok)
+      EXPECT_EQ(first, found(other));
+    else
+      EXPECT_EQ(std::get<0>(first), std::get<0>(found(other)));
   }
 
   single_file file;
