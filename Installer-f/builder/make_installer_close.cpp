@@ -9,6 +9,7 @@
 #include "Installer-f/builder/make_installer_fault.h"
 #include "Installer-f/builder/make_installer_say.h"
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/hl_json.h"
 #include "corekit/base/hl_string.h"
 
 namespace {
@@ -68,21 +69,6 @@ void say_checklist() {
                 at_build_done);
 }
 
-// --- JSON (RFC 8259) ----------------------------------------------------------------------------
-
-std::string json_text(const std::string& text) {
-  std::string out = "\"";
-  for (const char c : PLT_terminal_text(text)) {
-    if (c == '"' || c == '\\') out += '\\';
-    if (static_cast<unsigned char>(c) < ' ') {
-      out += str_format("\\u%04x", c);
-    } else {
-      out += c;
-    }
-  }
-  return out + '"';
-}
-
 const char* result_word(int status, bool flags_are_wrong) {
   if (flags_are_wrong) return "flags";
   if (status == build_done) return bld.check_only ? "checked" : "built";
@@ -105,29 +91,26 @@ void close_build() {
 }
 
 void print_summary(int status, const std::string& why) {
-  std::string text =
-      str_format("{\"result\": \"%s\", \"status\": %d", result_word(status, !why.empty()), status);
-  const auto number = [&text](const char* name, int64_t value) {
-    text += str_format(", \"%s\": %lld", name, static_cast<long long>(value));
-  };
+  json_line line("result", result_word(status, !why.empty()));
+  line.add("status", status);
   if (!why.empty()) {
-    text += ", \"why\": " + json_text(why);
+    line.add("why", why);
   } else {
-    text +=
-        ", \"name\": " + json_text(bld.sim_name) + ", \"output\": " + json_text(bld.dst_fold_base);
-    number("release", bld.release_version);
-    number("type", bld.fog_fals);
-    number("files_seen", bld.num_files_rec);
-    number("files", bld.num_files_use);
-    number("bytes", bld.bytes_use);
-    number("packed", bld.num_files_com - bld.num_files_old);
-    number("taken_over", bld.num_files_old);
-    number("gone", bld.num_files_gone);
-    number("archive_bytes", bld.zip_bytes);
-    number("discs", bld.num_files_com > 0 ? bld.dvd_now + 1 : 0);
-    number("faults", fault_count());
-    number("warnings", builder_warnings());
+    line.add("name", bld.sim_name)
+        .add("output", bld.dst_fold_base)
+        .add("release", bld.release_version)
+        .add("type", bld.fog_fals)
+        .add("files_seen", bld.num_files_rec)
+        .add("files", bld.num_files_use)
+        .add("bytes", bld.bytes_use)
+        .add("packed", bld.num_files_com - bld.num_files_old)
+        .add("taken_over", bld.num_files_old)
+        .add("gone", bld.num_files_gone)
+        .add("archive_bytes", bld.zip_bytes)
+        .add("discs", bld.num_files_com > 0 ? bld.dvd_now + 1 : 0)
+        .add("faults", fault_count())
+        .add("warnings", builder_warnings());
   }
-  std::printf("%s}\n", text.c_str());
+  std::printf("%s\n", line.text().c_str());
   std::fflush(stdout);
 }

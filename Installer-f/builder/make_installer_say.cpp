@@ -89,6 +89,7 @@ std::string builder_text(const std::string& text) {
 
 void builder_log(const std::string& line) {
   xer << PLT_terminal_text(line) << '\n';
+  xer.flush();
 }
 
 void builder_notice(const std::string& line) {

@@ -21,7 +21,10 @@
 #include "Installer-f/wizard/main_ask.h"
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_launch.h"
+#include "Installer-f/wizard/main_remove.h"
 #include "Installer-f/wizard/main_unattended.h"
+#include "Installer-f/wizard/main_unattended_list.h"
+#include "Installer-f/wizard/main_usage.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
@@ -76,9 +79,11 @@ void take_platform() {
 int run_wizard(int argc, char** argv) {
   take_platform();
   engine_ask.modified = select_alert;
-  const bool unattended = cmdline.has_option("--unattended");
+  const bool unattended = wizard_unattended();
   if (unattended) {
     if (const int refused = unattended_begin(argc, argv)) return refused;
+    if (cmdline.has_option("--list")) return unattended_list();
+    if (cmdline.has_option("--uninstall")) g_wizard = remove_start;
   }
   while (!app_done)
     MACIBM_event_proc();

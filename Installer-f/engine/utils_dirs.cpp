@@ -160,6 +160,11 @@ void note_emptied_folders(std::string_view location, std::set<std::string>& fold
   }
 }
 
+void note_fixed_folders(std::set<std::string>& folders) {
+  for (const char* const folder : fixed_folders)
+    folders.insert(dest_dir_path + folder + "/");
+}
+
 void remove_emptied_folders(const std::set<std::string>& folders) {
   const auto gate = copy_gate();
   std::vector<std::string> names;

@@ -24,5 +24,8 @@ void make_dir_error(const std::string& path, int code);
 // destination, each with its trailing "/".
 void note_emptied_folders(std::string_view location, std::set<std::string>& folders);
 
+// The same with the folders that every copy has, whether or not a file needs them.
+void note_fixed_folders(std::set<std::string>& folders);
+
 // Removes those of `folders` that are empty, children before parents.
 void remove_emptied_folders(const std::set<std::string>& folders);

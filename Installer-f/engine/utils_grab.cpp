@@ -14,6 +14,7 @@
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_stream.h"
+#include "Installer-f/engine/utils_trouble.h"
 #include "Installer-f/engine/utils_unpack.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/hl_string.h"
@@ -68,6 +69,7 @@ int grab_files() {
 
   if (!job_is_over(file_count)) return stg.extract_failed;
   next.finished = 1;
+  if (!missing_files.empty()) stg.extract_failed = 1;
   remove_emptied_folders(deleted_files);
   return 1;
 }

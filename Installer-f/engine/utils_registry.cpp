@@ -5,13 +5,16 @@
 
 #include "Installer-f/engine/utils_registry.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_string.h"
+#include "corekit/files/io_own.h"
 #include "corekit/files/io_utils.h"
 
 std::vector<std::string> all_skyroots;
@@ -46,6 +49,18 @@ std::FILE* open_list(const std::string& path, PLT_own_mode mode) {
   return file < 0 ? nullptr : fdopen(file, mode == plt_own_read ? "r" : "a");
 }
 
+// All lines that can be read, as they stand.
+std::vector<std::string> read_lines(const std::string& path, bool& open_ended) {
+  std::vector<std::string> lines;
+  std::FILE* const file = open_list(path, plt_own_read);
+  if (file == nullptr) return lines;
+  char line[line_size];
+  while (next_line(file, line, open_ended))
+    lines.emplace_back(line);
+  std::fclose(file);
+  return lines;
+}
+
 bool append_line(const std::string& path, const std::string& line) {
   std::FILE* const file = open_list(path, plt_own_append);
   if (file == nullptr) return false;
@@ -59,18 +74,13 @@ void locate_all_skyvanes() {
   all_skyroots.clear();
   const std::string path = registry_path();
   if (path.empty()) return;
-  std::FILE* const file = open_list(path, plt_own_read);
-  if (file == nullptr) return;  // no copy was ever registered
-
-  char line[line_size];
   bool open_ended = false;
-  while (next_line(file, line, open_ended)) {
+  for (std::string& line : read_lines(path, open_ended)) {
     // Longer than any path that the file services take, which they would end the program over.
-    if (app_path.size() + std::strlen(line) > path_limit) continue;
+    if (app_path.size() + line.size() > path_limit) continue;
     // The rest of a line that was too long is no folder below the working one.
-    if (line[0] == '/' && dir_exists(line)) all_skyroots.emplace_back(line);
+    if (line.starts_with('/') && dir_exists(line)) all_skyroots.push_back(std::move(line));
   }
-  std::fclose(file);
 }
 
 void register_new_skyvane() {
@@ -83,18 +93,27 @@ void register_new_skyvane() {
     return;
   }
 
+  const io_own_turn turn(path);
   bool open_ended = false;
-  if (std::FILE* const file = open_list(path, plt_own_read)) {
-    char line[line_size];
-    bool known = false;
-    while (!known && next_line(file, line, open_ended))
-      known = dest_dir_path == line;
-    std::fclose(file);
-    if (known) return;
-  }
+  const std::vector<std::string> lines = read_lines(path, open_ended);
+  if (std::find(lines.begin(), lines.end(), dest_dir_path) != lines.end()) return;
   // A file that was cut short must not swallow the new line.
   if (!append_line(path, (open_ended ? "\n" : "") + dest_dir_path + "\n"))
     xer << "WARNING: could not append registration file: " << path << '\n';
+}
+
+void unregister_skyvane(const std::string& copy) {
+  const std::string path = registry_path();
+  if (path.empty()) return;
+  const io_own_turn turn(path);
+  bool open_ended = false;
+  std::vector<std::string> lines = read_lines(path, open_ended);
+  if (std::erase(lines, copy) == 0) return;
+  std::string text;
+  for (const std::string& line : lines)
+    text += line + "\n";
+  if (!io_own_replace(path, text))
+    xer << "WARNING: could not write registration file: " << path << '\n';
 }
 
 int path_is_to_a_sim() {

@@ -12,6 +12,7 @@
 #include "Installer-f/engine/utils_grab_mirrors.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
+#include "Installer-f/engine/utils_trouble.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
@@ -24,6 +25,7 @@
 namespace {
 
 constexpr int list_slot = 0;
+constexpr char list_file[] = "/serverlist9.txt";
 // Seconds of the frame clock until the list is fetched again.
 constexpr float list_rest = 0.5f;   // it did not come, or there is no room for it
 constexpr float list_pause = 2.0f;  // it came, and leads nowhere
@@ -110,17 +112,25 @@ void drop_list() {
   not_before = xtim.now_sec + list_pause;
 }
 
+// Why the fetch in `slot` failed, for who gives up on it.
+void note_failure(int slot, const std::string& server, const std::string& path,
+                  const std::string& local) {
+  trouble_note(trouble_of_slot(slot, server, path, local));
+}
+
 void fetch_list() {
   const std::string list = temp_path + "serverlist9.txt";
-  const int result =
-      fetch(list_slot, product_web_host, "/serverlist9.txt", list, server_list_budget);
+  const int result = fetch(list_slot, product_web_host, list_file, list, server_list_budget);
   if (result == http_failed) {
     not_before = xtim.now_sec + list_rest;
+    note_failure(list_slot, product_web_host, list_file, list);
     if (const int code = http.disk_failure(list_slot)) tell_no_place(code, list);
   }
   if (result != http_done) return;
+  trouble_ended(product_web_host);
   switch (read_server_list(list)) {
     case list_foreign:
+      trouble_note(trouble_of_content(product_web_host, list_file));
       tell_foreign(is_web_page(list) ? "A web page came in place of the list of servers."
                                      : "Something else came in place of the list of servers.");
       drop_list();
@@ -136,6 +146,7 @@ void fetch_list() {
       break;
   }
   if (stg.server_count == 0) {  // no mirror to go to
+    trouble_note(trouble_of_content(product_web_host, list_file));
     drop_list();
     return;
   }
@@ -161,8 +172,12 @@ bool manifest_failed(bool wrong) {
   return is_news;
 }
 
-void take_manifest(const std::string& zip) {
+void take_manifest(const std::string& zip, const std::string& server, const std::string& path) {
   const place_result result = place_manifest(zip);
+  if (result.outcome != place_ok) {
+    trouble_note(place_is_wrong_content(result.outcome) ? trouble_of_content(server, path)
+                                                        : trouble_here(temp_path, result.code));
+  }
   if (result.outcome == place_ok) {
     set_directory_state(manifest_unpacked);  // its mirror has delivered once it is read
   } else if (!place_is_wrong_content(result.outcome)) {
@@ -185,9 +200,11 @@ void fetch_manifest() {
     http.drop(manifest_slot);
   }
   const std::string zip = temp_path + "directory.txt.zip";
-  switch (fetch(manifest_slot, server_name[manifest.mirror],
-                server_path[manifest.mirror] + "directory.txt.zip", zip, manifest_budget)) {
+  const std::string& server = server_name[manifest.mirror];
+  const std::string path = server_path[manifest.mirror] + "directory.txt.zip";
+  switch (fetch(manifest_slot, server, path, zip, manifest_budget)) {
     case http_failed:
+      note_failure(manifest_slot, server, path, zip);
       if (const int code = http.disk_failure(manifest_slot)) {
         tell_no_place(code, zip);
         manifest.mirror = no_mirror;
@@ -196,7 +213,7 @@ void fetch_manifest() {
       }
       break;
     case http_done:
-      take_manifest(zip);
+      take_manifest(zip, server, path);
       break;
     default:
       break;
@@ -210,9 +227,14 @@ void read_manifest() {
                                                  "already have the latest version..."));
   if (outcome != directory_foreign) {
     mirror_delivered(manifest.mirror);
+    if (manifest.mirror != no_mirror) trouble_ended(server_name[manifest.mirror]);
     manifest = {};
     set_directory_state(outcome);
     return;
+  }
+  if (manifest.mirror != no_mirror) {
+    const std::string path = server_path[manifest.mirror] + "directory.txt.zip";
+    trouble_note(trouble_of_content(server_name[manifest.mirror], path));
   }
   manifest_failed(false);
   set_directory_state(manifest_none);

@@ -24,6 +24,7 @@
 #include "Installer-f/engine/utils_grab_state.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_servers.h"
+#include "Installer-f/engine/utils_trouble.h"
 #include "Installer-f/engine/utils_unpack.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_translate.h"
@@ -44,11 +45,13 @@ struct stream_record {
   std::string location;  // where the file is installed
   std::string remote;    // path of its archive, on the mirror asked last
   int mirror = no_mirror;
-  float asked_at = 0;     // frame clock
-  mirror_set failed = 0;  // mirrors that have failed at this file
-  mirror_set wrong = 0;   // those of them that delivered something else
-  int bad_archive = 0;    // the code of the last of these
-  int rounds = 0;         // times that all have failed
+  float asked_at = 0;                  // frame clock
+  mirror_set failed = 0;               // mirrors that have failed at this file
+  mirror_set wrong = 0;                // those of them that delivered something else
+  int bad_archive = 0;                 // the code of the last of these
+  mirror_set refused = 0;              // those that would not have it otherwise if asked again
+  std::vector<fetch_trouble> answers;  // the last of each mirror that has failed
+  int rounds = 0;                      // times that all have failed
   bool is_unpacking = false;
   std::unique_ptr<unpack_task> unpacked;  // come back, not yet acted on
 };
@@ -82,7 +85,8 @@ void begin_file(int s, const file_version_struct& file) {
   stream.location = dest_dir_path;
   stream.location += installed_part(file.path);
   stream.mirror = no_mirror;
-  stream.failed = stream.wrong = 0;
+  stream.failed = stream.wrong = stream.refused = 0;
+  stream.answers.clear();
   stream.bad_archive = stream.rounds = 0;
   stream.is_unpacking = false;
   stream.unpacked.reset();
@@ -122,36 +126,68 @@ void delete_step(stream_record& stream, file_version_struct& file) {
 
 // --- a mirror fails ------------------------------------------------------------------------------
 
-// The file cannot be had: the transfer ends with it.
-void report_unpack_failure(const stream_record& stream, int code) {
-  stg.extract_failed = 1;
+void tell_unpack_failure(const stream_record& stream, int code) {
   __MACIBM_alert(0, "The installer cannot extract a file.",
                  UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
                  UTL_translate_string("Compressed File: ") + stream.remote,
                  UTL_translate_string("Destination: ") + stream.location, t_alert, at_file_archive);
 }
 
+// The file cannot be had, or not be put into its place: the transfer ends with it.
+void report_unpack_failure(const stream_record& stream, int code) {
+  stg.extract_failed = 1;
+  tell_unpack_failure(stream, code);
+}
+
 float let_down_at = 0;  // frame clock of the last failure of a mirror
 
+void note_answer(stream_record& stream, const fetch_trouble& trouble) {
+  trouble_note(trouble);
+  std::erase_if(stream.answers,
+                [&](const fetch_trouble& known) { return known.mirror == trouble.mirror; });
+  stream.answers.push_back(trouble);
+}
+
+// The file is left out; the next run will ask for it again. An archive that is wrong everywhere is
+// told of at once, and once a job: there may be thousands.
+void pass_over(const stream_record& stream) {
+  const bool is_first = missing_files.empty();
+  if (is_first && stream.wrong != 0) tell_unpack_failure(stream, stream.bad_archive);
+  missing_files.push_back({path_in_copy(stream), stream.answers});
+  xer << "WARNING: every mirror refuses a file, which is left out: " << stream.location << '\n';
+}
+
 // The stream turns to another mirror with the file that it keeps. `bad_archive` is 0 for a mirror
-// that has not delivered. True when there is nobody left to ask, and the user has been told.
-bool mirror_let_down(int s, int bad_archive) {
+// that has not delivered. True when there is nobody left to ask, and the user has been told or will
+// be.
+bool mirror_let_down(int s, int bad_archive, const fetch_trouble& trouble) {
   stream_record& stream = streams[s];
+  if (!trouble.mirror.empty()) note_answer(stream, trouble);
   stg.server_down = 1;
   let_down_at = xtim.now_sec;
   ++grab_totals.failed;
   next.next_file = std::min(next.next_file, next.stream_file[s]);
   if (stream.mirror == no_mirror) return false;
-  mirror_failed(stream.mirror, stream.asked_at);
+  // One that refuses a file for good works, and is asked for the next at once, where this one will
+  // be left out.
+  if (!passes_over_missing || !trouble.is_final) mirror_failed(stream.mirror, stream.asked_at);
   const mirror_set mirror = mirror_set{1} << stream.mirror;
   stream.failed |= mirror;
   stream.mirror = no_mirror;
+  if (trouble.is_final) stream.refused |= mirror;
   if (bad_archive != 0) {
     stream.bad_archive = bad_archive;
     stream.wrong |= mirror;
   }
   if (!mirrors_are_all(stream.failed)) return false;
   ++stream.rounds;
+  if (passes_over_missing) {
+    const bool for_good =
+        mirrors_are_all(stream.refused) || (stream.refused != 0 && stream.rounds >= most_rounds);
+    if (for_good) pass_over(stream);
+    stream.failed = stream.refused;
+    return for_good;
+  }
   if (mirrors_are_all(stream.wrong) || (stream.wrong != 0 && stream.rounds >= most_rounds)) {
     report_unpack_failure(stream, stream.bad_archive);
     return true;
@@ -199,6 +235,22 @@ bool begin_unpacking(int s, const file_version_struct& file) {
   return true;
 }
 
+// The mirror has not delivered, or there is no room here for what it sends. True as for
+// mirror_let_down.
+bool fetch_failed(int s, const file_version_struct& file) {
+  const stream_record& stream = streams[s];
+  const int slot = first_stream_slot + s;
+  const std::string local = archive_path(s, file);
+  const fetch_trouble trouble =
+      trouble_of_slot(slot, server_name[stream.mirror], stream.remote, local);
+  if (trouble.is_local) {
+    trouble_note(trouble);
+    report_unpack_failure(stream, http.trouble(slot).code);
+    return true;
+  }
+  return mirror_let_down(s, http.trouble(slot).kind == net_too_large ? code_too_large : 0, trouble);
+}
+
 // True when the stream is finished with its file.
 bool fetch(int s, const file_version_struct& file) {
   stream_record& stream = streams[s];
@@ -206,7 +258,7 @@ bool fetch(int s, const file_version_struct& file) {
     stream.mirror = mirror_to_ask(stream.failed);
     stream.asked_at = xtim.now_sec;
     // Without a list there is nothing to ask; it looks to the user like one that does not answer.
-    if (stg.server_count < 1) mirror_let_down(s, 0);
+    if (stg.server_count < 1) mirror_let_down(s, 0, {});
     if (stream.mirror == no_mirror) return false;
     set_remote(stream, file);
   }
@@ -219,11 +271,7 @@ bool fetch(int s, const file_version_struct& file) {
       if (stream.asked_at >= let_down_at && http.slot_received(slot) > 0) stg.server_down = 0;
       return false;
     case http_failed:
-      if (const int code = http.disk_failure(slot)) {  // in the working folder
-        report_unpack_failure(stream, code);
-        return true;
-      }
-      return mirror_let_down(s, http.was_too_large(slot) ? code_too_large : 0);
+      return fetch_failed(s, file);
     case http_done:
       return !begin_unpacking(s, file);
     default:
@@ -259,13 +307,16 @@ bool act_on_unpacked(int s, file_version_struct& file) {
   const place_result result = task->result;
   if (result.outcome == place_ok) {
     mirror_delivered(stream.mirror);
+    trouble_ended(server_name[stream.mirror]);
     stg.server_down = 0;
     note_installed(file);
   } else if (place_is_wrong_content(result.outcome)) {
     xer << "WARNING: " << server_name[stream.mirror] << " sent something else in place of "
         << stream.remote << ": " << error_str(result.code) << '\n';
-    if (!mirror_let_down(s, result.code)) return false;
+    const auto trouble = trouble_of_content(server_name[stream.mirror], stream.remote);
+    if (!mirror_let_down(s, result.code, trouble)) return false;
   } else {
+    trouble_note(trouble_here(stream.location, result.code));
     report_unpack_failure(stream, result.code);
   }
   file.sig_match = 1;  // also if that failed: the next verification sees what is really there

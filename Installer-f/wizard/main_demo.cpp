@@ -2,6 +2,7 @@
 
 #include "Installer-f/wizard/main_demo.h"
 
+#include "Installer-f/engine/utils_copies.h"
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/settings/main_stg.h"
@@ -126,7 +127,8 @@ int show_run_patch(int first_time, wizard_screen& screen) {
   return run_patch(flow, first_time, screen);
 }
 
-int show_done(int, wizard_screen& screen) {
+int show_done(int first_time, wizard_screen& screen) {
+  if (first_time && !stg.extract_failed) copy_note_release("demo");
   screen.back = nullptr;
   screen.next = wizard_quit;
   screen.outcome = outcome_good;
@@ -149,6 +151,6 @@ const wizard_page demo_start = {page_choice, show_start};
 const wizard_page demo_eula = {page_choice, show_eula, {"--accept_eula", give_licence}};
 const wizard_page demo_get_updates = {page_job, show_get_updates};
 const wizard_page demo_pick_dest = {
-    page_choice, show_pick_dest, {"--dest=FOLDER and --name=NAME", give_destination}};
+    page_choice, show_pick_dest, {"--dest=FOLDER, --name=NAME", give_destination}};
 const wizard_page demo_run_patch = {page_transfer, show_run_patch};
 const wizard_page demo_done = {page_last, show_done};

@@ -2,6 +2,7 @@
 
 #include "Installer-f/wizard/main_dvd.h"
 
+#include "Installer-f/engine/utils_copies.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_sizes.h"
@@ -213,7 +214,8 @@ int show_switch_disk(int first_time, wizard_screen& screen) {
   return dvd_change_page(install_job, first_time, screen);
 }
 
-int show_done(int, wizard_screen& screen) {
+int show_done(int first_time, wizard_screen& screen) {
+  if (first_time && num_install_errors == 0) copy_note_release("full");
   screen.title = tr("Finished Installing Skyvane");
   screen.back = dvd_start;
   screen.next = wizard_quit;
@@ -281,11 +283,9 @@ std::string give_destination() {
 }  // namespace
 
 const wizard_page dvd_start = {
-    page_disc,
-    show_start,
-    {"--do=install, or --copy=FOLDER for the others", give_task, task_page, first_disc_is_in}};
+    page_disc, show_start, {"--do=install, --copy=FOLDER", give_task, task_page, first_disc_is_in}};
 const wizard_page dvd_pick_install = {
-    page_choice, show_pick_install, {"--dest=FOLDER and --name=NAME", give_destination}};
+    page_choice, show_pick_install, {"--dest=FOLDER, --name=NAME", give_destination}};
 const wizard_page dvd_eula_install = {page_choice, show_eula, {"--accept_eula", give_licence}};
 const wizard_page dvd_scenery_install = {
     page_choice, show_scenery, {"--sectors=LIST", give_sectors}};

@@ -272,12 +272,13 @@ std::string give_copy() {
 
 std::string give_listed_copy() {
   dest_dir_path = answers.copy;
-  if (!path_is_to_a_sim()) return "There is no installed copy at " + answers.copy + ".";
+  if (!path_is_to_a_sim()) return str_fill(tr("There is no installed copy at %s."), {answers.copy});
   register_new_skyvane();
   locate_all_skyvanes();
   return std::count(all_skyroots.begin(), all_skyroots.end(), answers.copy) != 0
              ? ""
-             : "This copy cannot be put on the list of installed copies: " + answers.copy + ".";
+             : str_fill(tr("This copy cannot be put on the list of installed copies: %s."),
+                        {answers.copy});
 }
 
 int UTIL_disk_space(const std::string& enough_text, const std::string& short_text) {

@@ -6,7 +6,7 @@
 //   the copy    believes the mark only if its folder is of that kind and the tokens are the same,
 //   so
 //               that no file which somebody leaves beside a program can make it delete anything
-//   its end     the log goes to the preferences folder; what the list names goes, and nothing else
+//   its end     the log goes to the state folder; what the list names goes, and nothing else
 //
 // Main thread. Writes copy_folder.
 
@@ -29,6 +29,7 @@
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/window/hl_init.h"
+#include "corekit/window/hl_init_log.h"
 
 std::string copy_folder;
 
@@ -130,11 +131,7 @@ bool is_on_disc(const std::string& program) {
 }  // namespace
 
 void launch_drop_copy() {
-  xer.close();
-  std::string prefs;
-  if (get_OS_abs_path(os_dir_prefs, prefs) == 0) {
-    copy_file(copy_folder + log_name, prefs + log_name);
-  }
+  log_keep();
   for (const char* const name : own_files)
     std::remove((copy_folder + name).c_str());
   for (const std::string& path : copied_paths)

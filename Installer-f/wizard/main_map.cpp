@@ -10,6 +10,8 @@
 #include "Installer-f/wizard/main_unattended_answers.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
 #include "Installer-f/wizard/main_wizard.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/draw/oglp_watch.h"
@@ -199,7 +201,9 @@ std::string give_sectors() {
   const bool all = std::count(std::begin(answers.sectors), std::end(answers.sectors), 0) == 0;
   const std::string missing =
       all ? "" : unattended_missing_sector(answers.sectors, stg.sector_available);
-  if (!missing.empty()) return "These discs have no scenery for " + missing + ".";
+  if (!missing.empty()) {
+    return str_fill(tr("These discs have no scenery for %s."), {missing});
+  }
   std::copy(std::begin(answers.sectors), std::end(answers.sectors), stg.sector_selected);
   recalc_disk_sizes();
   return "";

@@ -2,6 +2,7 @@
 
 #include "Installer-f/wizard/main_net.h"
 
+#include "Installer-f/engine/utils_copies.h"
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_registry.h"
@@ -184,7 +185,8 @@ int show_run_patch(int first_time, wizard_screen& screen) {
   return run_patch(flow, first_time, screen);
 }
 
-int show_done(int, wizard_screen& screen) {
+int show_done(int first_time, wizard_screen& screen) {
+  if (first_time && !stg.extract_failed) copy_note_release("");
   screen.back = nullptr;
   screen.next = wizard_quit;
   screen.outcome = outcome_good;

@@ -34,13 +34,15 @@ class page_function {
 
 // What a page does, as far as it matters to who presses its buttons.
 enum page_kind {
-  page_choice,       // waits for the user
-  page_disc,         // waits for a disc, and is then a choice
-  page_job,          // works, or leads on by itself
-  page_install,      // works on the job's installed size
-  page_transfer,     // works on the job's compressed size
-  page_last,         // tells how it ended
-  page_last_update,  // the same, with figures
+  page_choice,        // waits for the user
+  page_disc,          // waits for a disc, and is then a choice
+  page_job,           // works, or leads on by itself
+  page_install,       // works on the job's installed size
+  page_transfer,      // works on the job's compressed size
+  page_removal,       // takes a copy away
+  page_last,          // tells how it ended
+  page_last_update,   // the same, with figures
+  page_last_removal,  // the same, of what has been taken away, with no program to start
 };
 
 // How a choice is made where there is no user.

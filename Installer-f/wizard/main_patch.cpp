@@ -10,6 +10,7 @@
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_servers.h"
+#include "Installer-f/engine/utils_trouble.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_patch_answers.h"
 #include "corekit/Platform/PLT_system.h"
@@ -132,6 +133,7 @@ bool begin_transfer(const patch_flow& flow) {
                    "", t_alert, at_copy_in_use);
     return false;
   }
+  missing_files.clear();
   grab_discard_partial();
   grab_reset();
   *flow.done_ratio = 0;

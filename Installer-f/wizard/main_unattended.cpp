@@ -11,19 +11,26 @@
 #include <vector>
 
 #include "Installer-f/engine/utils_grab.h"
-#include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_remove.h"
 #include "Installer-f/engine/utils_select.h"
-#include "Installer-f/engine/utils_servers.h"
+#include "Installer-f/engine/utils_trouble.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_remove.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
+#include "Installer-f/wizard/main_unattended_check.h"
+#include "Installer-f/wizard/main_unattended_end.h"
 #include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_progress.h"
 #include "Installer-f/wizard/main_unattended_say.h"
+#include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_app.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/net/http.h"
 #include "corekit/window/hl_init.h"
+#include "corekit/window/hl_init_log.h"
 
 namespace {
 
@@ -50,8 +57,27 @@ struct run_state {
   bool disc_is_in = false;              //   and what was found
   std::string told;                     // what was last said of a disc that is not there
   int alerts_before = 0;                // alerts shown when the present page was entered
-  int kept = 0, overwritten = 0;        // modified files, by the standing answer
+  end_figures figures;
 } run;
+
+const char* page_kind_word(page_kind kind) {
+  switch (kind) {
+    case page_choice:
+      return "choice";
+    case page_disc:
+      return "disc";
+    case page_job:
+      return "job";
+    case page_install:
+      return "install";
+    case page_transfer:
+      return "transfer";
+    case page_removal:
+      return "removal";
+    default:
+      return "last";
+  }
+}
 
 wizard_press finish(int status) {
   run.status = status;
@@ -71,29 +97,17 @@ std::string whole_text(const wizard_screen& screen) {
 wizard_press refuse(page_function page, const wizard_screen& screen) {
   complain(screen.title + ": " + whole_text(screen));
   const char* const wants = page->answer.wants;
-  if (*wants) complain(std::string("This page wants ") + wants + ".");
+  if (*wants) complain(str_fill(tr("This page wants %s."), {wants}));
   return finish(unattended_refused);
 }
 
-// The file that the run is waiting for, with its server; empty when it waits for none.
-std::string file_in_the_way(page_function page) {
-  const std::string mirror = stg.server_count > 0 ? server_name[stg.server_index] : "";
-  if (page->kind == page_disc || page->kind == page_install) return "";
-  if (page->kind == page_transfer) return crnt_file_path.empty() ? "" : mirror + crnt_file_path;
-  if (stg.server_count == -1) return std::string(product_web_host) + "/serverlist9.txt";
-  if (stg.directory_state == manifest_none) {
-    return mirror + server_path[stg.server_index] + "directory.txt.zip";
-  }
-  return "";
-}
-
-wizard_press give_up(page_function page, const wizard_screen& screen, const char* why) {
-  std::string line = std::string("Given up: ") + why + ".";
-  const std::string file = file_in_the_way(page);
-  line +=
-      file.empty() ? " " + screen.title + ": " + whole_text(screen) : " The file was " + file + ".";
-  if (page->kind == page_install) line += " " + screen.progress_text;
-  complain(line);
+wizard_press give_up(page_function page, const wizard_screen& screen) {
+  end_tell_given_up(page, screen,
+                    interrupted
+                        ? tr("Given up: interrupted.")
+                        : str_fill(tr("Given up: no progress for %d seconds."),
+                                   {std::to_string(static_cast<int>(answers.give_up_after))}));
+  end_tell_missing();
   return finish(unattended_given_up);
 }
 
@@ -146,11 +160,26 @@ bool give_answer(page_function page) {
   return wrong.empty();
 }
 
+// Whether what comes next would change the copy.
+bool leads_to_work(page_function page, const wizard_screen& screen) {
+  const page_function target = page->answer.way ? page->answer.way() : screen.next;
+  return target->kind == page_transfer || target->kind == page_install ||
+         target->kind == page_removal;
+}
+
+wizard_press finish_check(page_function page, const wizard_screen& screen) {
+  if (page == remove_confirm) {
+    say(screen.text);
+    return finish(files_to_remove() > 0 ? unattended_would : unattended_done);
+  }
+  return finish(check_tell(run.figures) ? unattended_would : unattended_done);
+}
+
 // A page that waits for the user: give the answers once, then press Next as soon as it opens.
 wizard_press press_on_choice(page_function page, int first_time, const wizard_screen& screen) {
   // Coming back to a page that was left by Next means that what followed it was refused there.
   if (first_time && was_answered(page)) {
-    complain(screen.title + ": the wizard came back to this page.");
+    complain(screen.title + ": " + tr("the wizard came back to this page."));
     return refuse(page, screen);
   }
   if (first_time) {
@@ -160,6 +189,7 @@ wizard_press press_on_choice(page_function page, int first_time, const wizard_sc
   }
   wizard_press press;
   if (find_way(page, screen, press)) {
+    if (answers.check && leads_to_work(page, screen)) return finish_check(page, screen);
     if (run.is_finding_out) say(on_one_page(screen.text));
     run.answered.push_back(page);
     return press;
@@ -168,7 +198,7 @@ wizard_press press_on_choice(page_function page, int first_time, const wizard_sc
   run.is_finding_out |= screen.progress >= 0;
   if (screen.progress >= 0) {
     progress_show(page->kind, screen);
-    return stalled(first_time, screen) ? give_up(page, screen, "no progress") : wizard_press();
+    return stalled(first_time, screen) ? give_up(page, screen) : wizard_press();
   }
   // One frame for the page to take the answers in.
   if (++run.patience < 2) return {};
@@ -194,42 +224,27 @@ wizard_press press_on_disc(page_function page, int first_time, const wizard_scre
   if (!disc_is_in(page, first_time)) {
     if (run.told != screen.text) say(whole_text(screen));
     run.told = screen.text;
-    return stalled(first_time, screen) ? give_up(page, screen, "no progress") : wizard_press();
+    return stalled(first_time, screen) ? give_up(page, screen) : wizard_press();
   }
   run.told.clear();
   // The page sees what the answer has changed in the next frame.
   return first_time ? wizard_press() : press_on_choice(page, 0, screen);
 }
 
-// What an update did, a figure a line, for a reader and for a script.
-void say_summary() {
-  long checked = 0;
-  for (const file_history_struct& history : sim_info)
-    checked += history.current().sig_have.empty() ? 0 : 1;
-  say(std::to_string(checked) + " files checked");
-  say(std::to_string(grab_totals.fetched) + " files fetched");
-  say(std::to_string(grab_totals.deleted) + " files deleted");
-  say(std::to_string(run.kept) + " files kept, because you have modified them");
-  say(std::to_string(run.overwritten) + " files replaced or deleted, though you had modified them");
-  say(std::to_string(http.total_received()) + " bytes moved");
-  say(str_format("%.1f seconds", static_cast<double>(xtim.now_sec)));
-}
-
 wizard_press finish_on_last_page(page_function page, const wizard_screen& screen) {
-  const bool good = !screen.button_names.empty();
+  const bool good =
+      page->kind == page_last_removal ? removal.failed == 0 : !screen.button_names.empty();
   const std::string text = screen.title + ": " + whole_text(screen);
-  const bool figures = page->kind == page_last_update;
-  if (figures) say_summary();
+  if (page->kind == page_last_update) {
+    end_say_summary(run.figures);
+  } else if (good) {
+    end_say_modified(run.figures);
+  }
   if (good) {
-    if (!figures && run.kept) {
-      say(std::to_string(run.kept) + " files that you have modified were kept.");
-    }
-    if (!figures && run.overwritten) {
-      say(std::to_string(run.overwritten) + " files that you had modified were replaced.");
-    }
     say(text);
   } else {
     complain(text);
+    end_tell_failure();
   }
   return finish(good ? unattended_done : unattended_failed);
 }
@@ -238,13 +253,18 @@ void show_page(page_function page, const wizard_screen& screen) {
   if (run.shown == page) return;
   run.shown = page;
   progress_begin();
-  say(screen.title);
+  if (say_is_json()) {
+    json_line line("kind", page_kind_word(page->kind));
+    say_event("page", line.add("title", screen.title));
+  } else {
+    say(screen.title);
+  }
 }
 
 wizard_press press_for_user(page_function page, int first_time, const wizard_screen& screen,
                             int result) {
   if (run.over || app_done) return {};
-  if (interrupted) return give_up(page, screen, "interrupted");
+  if (interrupted) return give_up(page, screen);
   if (result && screen.next) return {};
   if (screen.next == wizard_quit) return finish_on_last_page(page, screen);
 
@@ -258,29 +278,36 @@ wizard_press press_for_user(page_function page, int first_time, const wizard_scr
 
   progress_show(page->kind, screen);
   if (first_time) run.alerts_before = alerts_shown;
-  if (stg.directory_state == manifest_refused || alerts_pile_up(page)) {
+  const bool is_hopeless = page->kind == page_job && end_is_disk_trouble();
+  if (stg.directory_state == manifest_refused || alerts_pile_up(page) || is_hopeless) {
     complain(screen.title + ": " + whole_text(screen));
+    end_tell_failure();
     return finish(unattended_failed);
   }
-  if (stalled(first_time, screen)) return give_up(page, screen, "no progress");
+  if (stalled(first_time, screen)) return give_up(page, screen);
   return {};
 }
 
 int standing_modified(const std::string& location, int gone) {
   const bool keep = answers.on_modified == answer_keep;
   const bool cancel = answers.on_modified == answer_cancel_install;
-  complain(std::string(keep     ? "Kept, because you have modified it: "
-                       : cancel ? "Cancelled, because you have modified it: "
-                       : gone   ? "Deleted, though you have modified it: "
-                                : "Overwritten, though you have modified it: ") +
-           location);
-  (keep ? run.kept : run.overwritten) += cancel ? 0 : 1;
+  json_line line("path", location);
+  say_event("modified", line.add("action", keep     ? "kept"
+                                           : cancel ? "cancelled"
+                                           : gone   ? "deleted"
+                                                    : "replaced"));
+  const UTL_text told = keep     ? "Kept, because you have modified it: "
+                        : cancel ? "Cancelled, because you have modified it: "
+                        : gone   ? "Deleted, though you have modified it: "
+                                 : "Overwritten, though you have modified it: ";
+  complain(tr(told) + location);
+  (keep ? run.figures.kept : run.figures.overwritten) += cancel ? 0 : 1;
   return answers.on_modified;
 }
 
 // To go on after an error, and to go on with a job that was left.
 int standing_abort(const std::string& question) {
-  complain(on_one_page(question) + "\nGoing on.");
+  complain(on_one_page(question) + "\n" + tr("Going on."));
   return 0;
 }
 
@@ -288,15 +315,36 @@ constexpr wizard_stand_in nobody_there = {press_for_user, standing_modified, sta
 
 }  // namespace
 
-int unattended_begin(int argc, const char* const* argv) {
-  stand_in = &nobody_there;
-  say_begin();
+namespace {
+
+int begin(int argc, const char* const* argv) {
   const std::string wrong = unattended_wrong_argument(argc, argv);
   if (!wrong.empty()) {
-    complain(wrong + "\nNothing was done. \"--help\" explains every option.");
+    complain(wrong + "\n" + tr("Nothing was done. \"--help\" explains every option."));
     return unattended_refused;
   }
-  if (const int refused = unattended_read_answers()) return refused;
+  if (!log_refused().empty()) {
+    complain(str_fill(tr("The log cannot be written: %s."), {log_refused()}));
+    return unattended_refused;
+  }
+  return unattended_read_answers();
+}
+
+}  // namespace
+
+int unattended_begin(int argc, const char* const* argv) {
+  stand_in = &nobody_there;
+  passes_over_missing = true;
+  say_begin();
+  json_line line("program", APP.title);
+  say_event("start", line.add("log", log_path()));
+  if (const int refused = begin(argc, argv)) {
+    end_report(refused, run.figures);
+    return refused;
+  }
+  if (cmdline.has_option("--list")) return 0;  // nothing between the copies and who reads them
+  say(log_path().empty() ? tr("There is no log: no place for it can be written.")
+                         : str_fill(tr("The log is %s"), {log_path()}));
   for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
     std::signal(signal_number, on_signal);
   return 0;
@@ -304,5 +352,6 @@ int unattended_begin(int argc, const char* const* argv) {
 
 int unattended_end() {
   say_end_live();
+  end_report(run.status, run.figures);
   return run.status;
 }

@@ -11,6 +11,8 @@
 #include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/window/hl_init.h"
 
@@ -29,7 +31,7 @@ bool read_number(const char* option, float& value) {
   char* end = nullptr;
   value = std::strtof(text.c_str(), &end);
   if (!text.empty() && *end == '\0' && value > 0) return true;
-  complain(std::string(option) + " wants a number above 0, not '" + text + "'.");
+  complain(str_fill(tr("%s wants a number above 0, not '%s'."), {option, text}));
   return false;
 }
 
@@ -37,18 +39,18 @@ bool read_folder(const char* option, std::string& folder) {
   if (!cmdline.has_option(option)) return true;
   folder = cmdline.get_option(option);
   if (folder.empty()) {
-    complain(std::string(option) + " wants a folder.");
+    complain(str_fill(tr("%s wants a folder."), {option}));
     return false;
   }
   if (folder.find_first_of("\n\r") != std::string::npos) {
-    complain(std::string(option) + " wants a folder with a path in one line, not '" + folder +
-             "'.");
+    complain(
+        str_fill(tr("%s wants a folder with a path in one line, not '%s'."), {option, folder}));
     return false;
   }
   folder = folder_from_start(folder);
   if (folder.size() <= path_limit) return true;
-  complain(std::string(option) + " wants a shorter path: at most " + std::to_string(path_limit) +
-           " bytes.");
+  complain(str_fill(tr("%s wants a shorter path: at most %d bytes."),
+                    {option, std::to_string(path_limit)}));
   return false;
 }
 
@@ -69,7 +71,8 @@ bool read_modified() {
   } else if (text == "cancel") {
     answers.on_modified = answer_cancel_install;
   } else {
-    complain("--on_modified wants keep, overwrite or cancel, not '" + text + "'.");
+    complain(
+        str_fill(tr("%s wants %s, not '%s'."), {"--on_modified", "keep|overwrite|cancel", text}));
     return false;
   }
   return true;
@@ -80,7 +83,7 @@ bool platform_is_known() {
   if (!cmdline.has_option("--platform")) return true;
   const std::string word = cmdline.get_option("--platform");
   if (platform_named(word)) return true;
-  complain("--platform wants mac, windows or linux, not '" + word + "'.");
+  complain(str_fill(tr("%s wants %s, not '%s'."), {"--platform", "mac|windows|linux", word}));
   return false;
 }
 
@@ -94,7 +97,7 @@ bool read_disc_answers() {
     } else if (word == "repair") {
       answers.task = task_repair;
     } else {
-      complain("--do wants install, scenery or repair, not '" + word + "'.");
+      complain(str_fill(tr("%s wants %s, not '%s'."), {"--do", "install|scenery|repair", word}));
       return false;
     }
   }
@@ -107,14 +110,17 @@ bool read_name() {
   if (!cmdline.has_option("--name")) return true;
   answers.name = cmdline.get_option("--name");
   const std::string wanted = unattended_wrong_name(answers.name);
-  if (!wanted.empty()) complain("--name wants " + wanted + ", not '" + answers.name + "'.");
+  if (!wanted.empty())
+    complain(str_fill(tr("%s wants %s, not '%s'."), {"--name", wanted, answers.name}));
   return wanted.empty();
 }
 
 }  // namespace
 
 int unattended_read_answers() {
-  answers.accept_eula = cmdline.has_option("--accept_eula");
+  answers.check = cmdline.has_option("--check");
+  // Who only looks agrees to nothing, and need not.
+  answers.accept_eula = cmdline.has_option("--accept_eula") || answers.check;
   if (!read_folder("--dest", answers.dest) || !read_copy() || !read_name() || !read_modified() ||
       !read_disc_answers() || !platform_is_known() ||
       !read_number("--give_up_after", answers.give_up_after)) {

@@ -15,15 +15,17 @@ enum unattended_result : int {
   unattended_refused = 2,   // an answer is missing or was refused
   unattended_given_up = 3,  // no progress for too long, or interrupted
   unattended_busy = 4,      // another program is at work on the copy
+  unattended_would = 10,    // --check: there is something to do
 };
 
 enum disc_task { task_install, task_scenery, task_repair };
 
 struct answer_set {
   bool accept_eula = false;
-  std::string dest;  // parent folder of a new copy, trailing "/"; empty for the default
-  std::string name;  // of a new copy; empty for the default
-  std::string copy;  // the copy to work on, trailing "/"
+  bool check = false;  // tell what would be done, and do nothing
+  std::string dest;    // parent folder of a new copy, trailing "/"; empty for the default
+  std::string name;    // of a new copy; empty for the default
+  std::string copy;    // the copy to work on, trailing "/"
   int on_modified = answer_keep;
   float give_up_after = 300;      // seconds without any progress
   disc_task task = task_install;  // what to do with the discs

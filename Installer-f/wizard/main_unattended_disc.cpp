@@ -1,9 +1,10 @@
-// Any thread: nothing but the arguments is read or written.
+// Main thread. Reads the arguments and the present language.
 
 #include "Installer-f/wizard/main_unattended_disc.h"
 
 #include <algorithm>
 
+#include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_string.h"
 
 std::string unattended_read_sectors(const std::string& text, int (&selected)[sector_count]) {
@@ -16,9 +17,10 @@ std::string unattended_read_sectors(const std::string& text, int (&selected)[sec
     const std::string_view name = rest.substr(0, comma);
     const int cell = sector_cell_of(name);
     if (cell < 0) {
-      return "--sectors wants all, none or a list such as +30-120,+40-110, and there is no sector "
-             "'" +
-             std::string(name) + "'.";
+      return str_fill(
+          tr("--sectors wants all, none or a list such as +30-120,+40-110, and there is "
+             "no sector '%s'."),
+          {std::string(name)});
     }
     selected[cell] = 1;
     if (comma == std::string_view::npos) return "";

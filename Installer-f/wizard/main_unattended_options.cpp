@@ -1,4 +1,4 @@
-// Any thread: nothing but the arguments is read or written.
+// Main thread. Reads the arguments and the present language.
 
 #include "Installer-f/wizard/main_unattended_options.h"
 
@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_string.h"
 
 namespace {
 
@@ -28,6 +30,13 @@ constexpr option_row options[] = {
     {"--sectors", "all|none|LIST"},
     {"--on_modified", "keep|overwrite|cancel"},
     {"--give_up_after", "SECONDS"},
+    {"--check", ""},
+    {"--list", ""},
+    {"--uninstall", ""},
+    {"--quiet", ""},
+    {"--json", ""},
+    {"--timestamps", ""},
+    {"--log", "FILE"},
     {"--help", ""},
     {"-h", ""},
     {"--version", ""},
@@ -125,14 +134,15 @@ std::string wrong_argument(std::string_view argument) {
   const std::string quoted = "'" + std::string(argument) + "'";
   const option_row* const row = find_option(name);
   if (!row) {
-    return (argument.starts_with('-') ? "There is no option " + quoted : quoted + " is no option") +
-           ". Did you mean " + form_of(nearest_option(name)) + "?";
+    const std::string head =
+        str_fill(argument.starts_with('-') ? tr("There is no option %s.") : tr("%s is no option."),
+                 {quoted});
+    return head + " " + str_fill(tr("Did you mean %s?"), {form_of(nearest_option(name))});
   }
-  if (row->value.empty() && equals != argument.npos) {
-    return std::string(name) + " takes no value, and here it is " + quoted + ".";
-  }
+  if (row->value.empty() && equals != argument.npos)
+    return str_fill(tr("%s takes no value, and here it is %s."), {std::string(name), quoted});
   if (!row->value.empty() && equals == argument.npos)
-    return quoted + " means " + form_of(*row) + ".";
+    return str_fill(tr("%s means %s."), {quoted, form_of(*row)});
   return "";
 }
 
@@ -147,7 +157,8 @@ std::string unattended_wrong_argument(int argc, const char* const* argv) {
     const bool wants_value = find_option(argv[i]) != nullptr;
     const bool has_word = i + 1 < argc && *argv[i + 1] && *argv[i + 1] != '-';
     if (!wants_value || !has_word) return wrong;
-    return std::string(argv[i]) + " wants its value behind \"=\": " + argv[i] + "=" + argv[i + 1];
+    return str_fill(tr("%s wants its value behind \"=\": %s"),
+                    {argv[i], std::string(argv[i]) + "=" + argv[i + 1]});
   }
   return "";
 }
@@ -155,11 +166,12 @@ std::string unattended_wrong_argument(int argc, const char* const* argv) {
 std::string unattended_wrong_name(const std::string& name) {
   const std::string stored = PLT_is_utf8(name) ? name : PLT_utf8_from_latin1(name);
   if (name.empty() || name.find('/') != name.npos || name == "." || name == "..") {
-    return "the name of a folder";
+    return tr("the name of a folder");
   }
   if (std::any_of(name.begin(), name.end(),
                   [](unsigned char c) { return c < 0x20 || c == 0x7F; })) {
-    return "a name in one line";
+    return tr("a name in one line");
   }
-  return stored.size() > NAME_MAX ? "a name of at most " + std::to_string(NAME_MAX) + " bytes" : "";
+  if (stored.size() <= NAME_MAX) return "";
+  return str_fill(tr("a name of at most %d bytes"), {std::to_string(NAME_MAX)});
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/settings/main_stg.h"
@@ -48,6 +49,25 @@ std::string progress_line(page_kind kind, float fraction) {
 
 int last_step = -1;  // last 5 % step printed of the present page
 
+bool is_new_step(float fraction) {
+  const int step = static_cast<int>(fraction * 20);
+  return std::exchange(last_step, step) != step;
+}
+
+void say_progress_event(page_kind kind, float fraction) {
+  if (!is_new_step(fraction)) return;
+  json_line line;
+  line.add("fraction", static_cast<double>(fraction));
+  if (kind == page_transfer) {
+    const patch_figures figures = patch_progress();
+    line.add("done_bytes", static_cast<int64_t>(figures.done_kb * 1000))
+        .add("total_bytes", static_cast<int64_t>(stg.todo_zip_kb * 1000))
+        .add("bytes_per_second", static_cast<int64_t>(figures.kb_per_second * 1000))
+        .add("seconds_left", static_cast<int64_t>(figures.seconds_left));
+  }
+  say_event("progress", line);
+}
+
 }  // namespace
 
 void progress_begin() {
@@ -61,12 +81,14 @@ void progress_show(page_kind kind, const wizard_screen& screen) {
     fraction = stg.todo_raw_kb > 0 ? std::min(next.done_raw_kb / stg.todo_raw_kb, 1.0f) : 0.0f;
   }
   if (fraction < 0) return;
+  if (say_is_json()) {
+    say_progress_event(kind, fraction);
+    return;
+  }
   if (say_has_terminal()) {
     say_live(progress_line(kind, fraction));
     return;
   }
-  const int step = static_cast<int>(fraction * 20);
-  if (step == last_step) return;
-  last_step = step;
+  if (!is_new_step(fraction)) return;
   if (kind == page_transfer || kind == page_install) say(progress_line(kind, fraction));
 }

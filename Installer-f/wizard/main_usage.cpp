@@ -6,8 +6,14 @@
 #include "corekit/base/UTL_cmdline.h"
 
 bool wizard_without_window() {
-  return cmdline.has_option("--unattended") || cmdline.has_option("--build_master") ||
+  return wizard_unattended() || cmdline.has_option("--build_master") ||
          cmdline.has_option("--write_server_list");
+}
+
+bool wizard_unattended() {
+  for (const char* const option : {"--unattended", "--check", "--list", "--uninstall"})
+    if (cmdline.has_option(option)) return true;
+  return false;
 }
 
 std::string wizard_usage() {
@@ -31,15 +37,22 @@ RUNNING WITHOUT A DISPLAY
     skyvane-disc-installer --unattended --accept_eula --dest=/opt/games
         --sectors=+30-120,+40-110
 
-An install that was interrupted is gone on with by the same command.
+    skyvane-web-updater --check --copy="/opt/games/Skyvane 9"
+    skyvane-web-updater --uninstall --copy="/opt/games/Skyvane 9"
+    skyvane-web-updater --list
+
+An install that was interrupted is gone on with by the same command. All flags,
+states and objects are explained in docs/unattended.md of the sources.
 
 --unattended
   Runs this installer's own pages from the first to the last with no window
   and no display, pressing Next as a user would. The answers come from the
   flags below. On a terminal one live line shows the progress; elsewhere a
   line is printed for each page and each 5 % of the transfer. Alerts go to
-  standard error and to the log, "Skyvane Installer Log.txt" beside the
-  program.
+  standard error and to the log. The log is "Skyvane Installer Log.txt" beside
+  the program, or, where that folder cannot be written, in
+  ~/.local/state/skyvane/ (XDG_STATE_HOME); the run says where. Each run has a
+  log of its own, and those of the four runs before are kept.
 
 --accept_eula
   Accepts the End User License Agreement, which "--help" cannot do for you.
@@ -79,6 +92,33 @@ An install that was interrupted is gone on with by the same command.
 --give_up_after=SECONDS
   How long to go on without any progress. Default: 300.
 
+--check
+  Tells what the same command would do, and does nothing. The status is 0 when
+  there is nothing to do, and 10 when there is. Implies --unattended.
+
+--list
+  Prints the installed copies that this user has, a line each: path, release,
+  platform and edition, with a tab between and "?" for what is not known.
+  Implies --unattended.
+
+--uninstall
+  Takes the copy away that --copy=FOLDER names: what the list of all releases
+  knows, and nobody has changed, is deleted, and the folders that this leaves
+  empty. Everything else stays, and is listed. The copy goes off the list.
+  Implies --unattended.
+
+--quiet
+  Prints nothing but complaints.
+
+--json
+  Prints one object of JSON a line, in place of all other lines.
+
+--timestamps
+  Puts the time before every line.
+
+--log=FILE
+  Writes the log of this run to FILE, in place of what is there.
+
   Exit status of an unattended run:
     0  finished: the last page offers to start the simulator
     1  failed: a failure page or a fatal alert
@@ -86,6 +126,7 @@ An install that was interrupted is gone on with by the same command.
        says which
     3  given up: no progress for too long, or interrupted
     4  another installer or updater is at work on the copy
+   10  --check: there is something to do
 
 FOR THE MAKERS
 
@@ -125,7 +166,9 @@ SETTINGS FOR ONE RUN
   Overrides a setting of the preference file without touching the file:
   _stream_count (1 to 4, 0 automatic), _log_actions (0, 1), _proxy_host,
   _proxy_port_int (0 for none), _get_beta (0, 1), _lang (0 English, 1 French,
-  2 German, 3 Italian, 4 Spanish, 5 Portuguese, 6 Korean).
+  2 German, 3 Italian, 4 Spanish, 5 Portuguese, 6 Korean). Where no proxy is
+  set, http_proxy and no_proxy of the environment count, in lower case only:
+  HTTP_PROXY may be a visitor's, where a web server has started the program.
 
 --scale=1 to 4
   Pixels to a unit of the window, which has 800 by 600. Default: as the

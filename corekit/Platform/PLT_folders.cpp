@@ -1,13 +1,15 @@
 // Well-known folders, by the freedesktop rules.
 //
-//   executable   /proc/self/exe
+//   executable   /proc/self/exe, or, where no /proc is mounted, what the kernel was asked to start
 //   desktop      XDG_DESKTOP_DIR of user-dirs.dirs, else Desktop in the home folder, else that
 //   settings     $XDG_CONFIG_HOME or ~/.config, then "skyvane/"
+//   state        $XDG_STATE_HOME or ~/.local/state, then "skyvane/"
 //
 // The temporary folder is in PLT_folders_temp.cpp. Keeps nothing.
 
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,11 +42,16 @@ std::string folder_of_environment(const char* variable) {
   return value && value[0] == '/' ? with_slash(value) : std::string();
 }
 
-std::string config_folder() {
-  std::string named = folder_of_environment("XDG_CONFIG_HOME");
+// The folder that the environment names, or the one in the home folder.
+std::string folder_of_user(const char* variable, const char* in_home) {
+  std::string named = folder_of_environment(variable);
   if (!named.empty()) return named;
   const std::string home = PLT_home_folder();
-  return home.empty() ? home : home + ".config/";
+  return home.empty() ? home : home + in_home;
+}
+
+std::string config_folder() {
+  return folder_of_user("XDG_CONFIG_HOME", ".config/");
 }
 
 // Makes a folder and those above it that are missing.
@@ -55,6 +62,12 @@ bool make_path(const std::string& path) {
     if (mkdir(head.c_str(), private_mode) != 0 && errno != EEXIST && !is_folder(head)) return false;
   }
   return is_folder(path);
+}
+
+std::string folder_of_product(const std::string& parent) {
+  if (parent.empty()) return {};
+  const std::string path = parent + product_folder;
+  return make_path(path) ? path : std::string();
 }
 
 std::string read_small_file(const std::string& path) {
@@ -73,7 +86,11 @@ std::string read_small_file(const std::string& path) {
 std::string PLT_executable_path() {
   std::string path(PATH_MAX, '\0');
   const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-  if (length <= 0) return {};
+  if (length <= 0) {
+    const auto* const started = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    char resolved[PATH_MAX];
+    return started && realpath(started, resolved) ? resolved : std::string();
+  }
   path.resize(static_cast<size_t>(length));
   // A program that was replaced while it runs, as an update of this one does, is named with a mark.
   constexpr std::string_view mark = " (deleted)";
@@ -107,10 +124,11 @@ std::string PLT_desktop_folder() {
 }
 
 std::string PLT_prefs_folder() {
-  const std::string config = config_folder();
-  if (config.empty()) return {};
-  const std::string path = config + product_folder;
-  return make_path(path) ? path : std::string();
+  return folder_of_product(config_folder());
+}
+
+std::string PLT_state_folder() {
+  return folder_of_product(folder_of_user("XDG_STATE_HOME", ".local/state/"));
 }
 
 std::string PLT_parse_user_dir(std::string_view text, std::string_view key, std::string_view home) {

@@ -8,11 +8,13 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <fts.h>
 #include <ftw.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -153,4 +155,21 @@ int PLT_remove_tree(const std::string& path) {
   first_removal_failure = 0;
   if (nftw(top.c_str(), remove_one, 32, FTW_DEPTH | FTW_PHYS | FTW_MOUNT) != 0) return errno;
   return first_removal_failure;
+}
+
+std::vector<std::string> PLT_files_below(const std::string& folder) {
+  std::vector<std::string> files;
+  std::string top = folder;
+  char* const tops[] = {top.data(), nullptr};
+  FTS* const walk = fts_open(tops, FTS_PHYSICAL | FTS_NOCHDIR, nullptr);
+  if (!walk) return files;
+  while (const FTSENT* const at = fts_read(walk)) {
+    const bool is_file = at->fts_info == FTS_F || at->fts_info == FTS_SL ||
+                         at->fts_info == FTS_SLNONE || at->fts_info == FTS_DEFAULT;
+    if (is_file && at->fts_pathlen > folder.size())
+      files.emplace_back(at->fts_path + folder.size());
+  }
+  fts_close(walk);
+  std::sort(files.begin(), files.end());
+  return files;
 }

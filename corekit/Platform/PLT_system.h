@@ -36,10 +36,16 @@ std::string PLT_make_lasting_folder(std::string_view head);
 bool PLT_is_lasting_folder(const std::string& folder, std::string_view head);
 // Where the user's settings live; made on first use.
 std::string PLT_prefs_folder();
+// Where what a run leaves behind lies, such as its log; made on first use.
+std::string PLT_state_folder();
 
 // Deletes `path` with all that is in it, hidden files as well; links are removed, never followed,
 // and other volumes that are mounted inside are left alone. 0 or errno.
 int PLT_remove_tree(const std::string& path);
+
+// Every file and link below `folder` (trailing "/"), as paths from there, in the order of their
+// bytes. No link is followed; what cannot be read is left out.
+std::vector<std::string> PLT_files_below(const std::string& folder);
 
 // --- files of the program's own ------------------------------------------------------------------
 
@@ -67,6 +73,9 @@ std::vector<std::string> PLT_disc_volumes();
 // Bytes of the volume that holds `path`: total, and available to this user; either may be null.
 // 0 or errno.
 int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* available);
+// Where the volume that holds `path` is mounted, without a trailing "/" but for "/" itself; empty
+// if nothing is at `path`. Asks the folders, and no mount table.
+std::string PLT_volume_of(const std::string& path);
 // Ejects or unmounts the volume mounted at `path`, without a question to the user. Returns when the
 // volume is gone, 0, or after at most some 20 seconds with errno: 22 nothing is mounted there, 16
 // it would not go.

@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -18,6 +19,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <climits>
+#include <cstdlib>
 #include <initializer_list>
 #include <mutex>
 
@@ -167,6 +170,20 @@ std::vector<std::string> PLT_disc_volumes() {
     disc_cache.read_at = now;
   }
   return disc_cache.discs;
+}
+
+std::string PLT_volume_of(const std::string& path) {
+  char resolved[PATH_MAX];
+  struct stat info;
+  if (!realpath(path.c_str(), resolved) || stat(resolved, &info) != 0) return {};
+  std::string at = resolved;
+  while (at.size() > 1) {
+    std::string above = at.substr(0, std::max<size_t>(at.rfind('/'), 1));
+    struct stat info_above;
+    if (stat(above.c_str(), &info_above) != 0 || info_above.st_dev != info.st_dev) break;
+    at = std::move(above);
+  }
+  return at;
 }
 
 int PLT_volume_space(const std::string& path, uint64_t* total, uint64_t* available) {

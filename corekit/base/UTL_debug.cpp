@@ -8,6 +8,7 @@
 #include <csignal>
 
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/base/hl_run.h"
 
 void UTL_debug_init() {
   std::signal(SIGPIPE, SIG_IGN);
@@ -15,8 +16,8 @@ void UTL_debug_init() {
 
 std::FILE* UTL_open_report(const char* name, bool anew) {
   const PLT_own_mode mode = anew ? plt_own_anew : plt_own_append;
-  int file = PLT_open_own(name, mode);
-  if (file < 0) file = PLT_open_own(PLT_prefs_folder() + name, mode);
+  int file = app_packaged ? -1 : PLT_open_own(name, mode);
+  if (file < 0) file = PLT_open_own(PLT_state_folder() + name, mode);
   return file < 0 ? nullptr : fdopen(file, anew ? "w" : "a");
 }
 

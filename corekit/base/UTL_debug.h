@@ -9,8 +9,8 @@
 // ignored.
 void UTL_debug_init();
 
-// Opens a report in the working folder, or where something lies in its way that is not ours, in the
-// preferences folder. Null if neither can be had.
+// Opens a report in the working folder, or where it cannot or must not be written, or something
+// lies in its way that is not ours, in the state folder. Null if neither can be had.
 std::FILE* UTL_open_report(const char* name, bool anew);
 
 // --- memory ------------------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 int app_done = 0;
 int ogl_inited = 0;
 int app_headless = 0;
+int app_packaged = 0;
 std::string start_folder;
 
 std::string from_start_folder(const std::string& path) {

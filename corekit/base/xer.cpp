@@ -2,9 +2,11 @@
 
 #include "corekit/base/xer.h"
 
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <ctime>
 #include <ios>
 
 #include "corekit/Platform/PLT_system.h"
@@ -19,9 +21,20 @@ bool xer_buffer::open(const std::string& path) {
   close();
   before_ = 0;
   failed_ = false;
-  file_ = PLT_open_own(path, plt_own_anew);
+  keeps_time_ = false;
   setp(bytes_, bytes_ + sizeof bytes_);
-  return file_ >= 0;
+  const int file = PLT_open_own(path, plt_own_append);
+  if (file < 0) return false;
+  // Not cut before it is known that no other run is writing to it.
+  const bool is_others = flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (is_others || ftruncate(file, 0) != 0) {
+    const int reason = errno;
+    ::close(file);
+    errno = reason;
+    return false;
+  }
+  file_ = file;
+  return true;
 }
 
 void xer_buffer::close() {
@@ -39,18 +52,34 @@ int xer_buffer::overflow(int c) {
   return c;
 }
 
+void xer_buffer::put(const char* bytes, size_t count) {
+  for (size_t at = 0; at < count && !failed_;) {
+    const ssize_t done = write(file_, bytes + at, count - at);
+    if (done < 0 && errno == EINTR) continue;
+    if (done <= 0) {
+      failed_ = true;  // the run goes on without its log
+    } else {
+      at += static_cast<size_t>(done);
+    }
+  }
+}
+
+void xer_buffer::mark_time() {
+  const time_t now = time(nullptr);
+  if (!keeps_time_ || before_ != '\n' || now == marked_) return;
+  marked_ = now;
+  tm parts;
+  char mark[32];
+  if (localtime_r(&now, &parts)) put(mark, strftime(mark, sizeof mark, "[%F %T]\n", &parts));
+}
+
 int xer_buffer::sync() {
   if (file_ < 0 || failed_) return -1;
   const size_t count = static_cast<size_t>(pptr() - pbase());
-  before_ = PLT_hide_controls(bytes_, count, before_);
-  for (size_t at = 0; at < count;) {
-    const ssize_t put = write(file_, bytes_ + at, count - at);
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) {
-      failed_ = true;  // the run goes on without its log
-      break;
-    }
-    at += static_cast<size_t>(put);
+  if (count > 0) {
+    mark_time();
+    before_ = PLT_hide_controls(bytes_, count, before_);
+    put(bytes_, count);
   }
   setp(bytes_, bytes_ + sizeof bytes_);
   return failed_ ? -1 : 0;

@@ -2,7 +2,7 @@
 
 #include "corekit/files/io_utils_ouf.h"
 
-#include <unistd.h>
+#include <ext/stdio_filebuf.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -25,10 +25,9 @@ bool open_anew(const std::string& full, int type) {
   ouf.clear();
   const int own = PLT_open_own(full, plt_own_anew);
   if (own < 0) return false;
-  // By the handle's own name: the file that was looked at is the one that is written.
-  const std::string by_handle = "/proc/self/fd/" + std::to_string(own);
-  ouf.open(by_handle, type == ouf_text ? std::ios::out : std::ios::out | std::ios::binary);
-  close(own);
+  // By its handle: the file that was looked at is the one that is written. The stream closes it.
+  const auto mode = type == ouf_text ? std::ios::out : std::ios::out | std::ios::binary;
+  *ouf.rdbuf() = __gnu_cxx::stdio_filebuf<char>(own, mode);
   return ouf.is_open();
 }
 }  // namespace

@@ -134,8 +134,10 @@ void PCSBSocket::Connect(unsigned long address, unsigned short port) {
   if (connect(socket_, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == 0) {
     status_ = status_Connected;
   } else if (errno == ECONNREFUSED) {
+    connect_error_ = errno;
     status_ = status_Closed;  // as when the refusal arrives a moment later
   } else if (errno != EWOULDBLOCK && errno != EINPROGRESS) {
+    connect_error_ = errno;
     fail();
     std::fprintf(stderr, "LINUX: NET: Some sort of connect error! %d\n", os_error_);
   }
@@ -171,6 +173,9 @@ PCSBSocket::status_value PCSBSocket::GetStatus() {
     } else {
       // Anything beside "writable" means that the connection was refused or has gone already.
       status_ = ready == POLLOUT ? status_Connected : status_Closed;
+      socklen_t size = sizeof connect_error_;
+      if (status_ == status_Closed)
+        getsockopt(socket_, SOL_SOCKET, SO_ERROR, &connect_error_, &size);
     }
   }
   return status_;

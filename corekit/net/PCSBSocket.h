@@ -53,6 +53,8 @@ class PCSBSocket {
   // --- poll ------------------------------------------------------------------------------------
   status_value GetStatus();
   int GetOSError() const { return os_error_; }  // errno at the moment of status_Error
+  // Why no connection came about, such as ECONNREFUSED; 0 when one did, or nothing is known.
+  int ConnectError() const { return connect_error_; }
   // The peer has closed its sending side. That alone does not end the connection.
   bool ReceivedRelease() const { return received_release_; }
   // A connection on which nothing waits: no byte to be read, not closed by the peer. False on any
@@ -78,6 +80,7 @@ class PCSBSocket {
   int socket_ = -1;
   status_value status_ = status_Ready;
   int os_error_ = 0;
+  int connect_error_ = 0;
   bool received_release_ = false;
   bool sent_release_ = false;
   bool is_server_ = false;

@@ -18,6 +18,7 @@
 #include "corekit/base/xtim.h"
 #include "corekit/net/http_address.h"
 #include "corekit/net/http_down.h"
+#include "corekit/net/http_env.h"
 
 http_class http;
 std::vector<std::string> gProxyExclude;
@@ -34,6 +35,33 @@ constexpr float report_pause = 1.0f;    // seconds between two equal reports of 
 std::string agent_name() {
   const std::string_view title = skyvane_version_title;
   return "Installer-APL/" + std::string(title.substr(title.size() - 4));
+}
+
+// Where the settings name no proxy, that of the environment counts.
+bool has_proxy_in_settings() {
+  return http._proxy_port_int != 0 && !http._proxy_host.empty();
+}
+
+// Of a transfer that has failed otherwise than by silence.
+net_trouble trouble_of(const down_class& down, bool has_file) {
+  net_trouble trouble = {net_broken, 0, "", down.place()};
+  const int status = down.response_code();
+  if (down.disk_error() != 0) {
+    trouble.kind = net_not_written;
+    trouble.code = down.disk_error();
+  } else if (status > 0 && !has_file) {
+    trouble.kind = net_status;
+    trouble.code = status;
+    trouble.words = down.response_text();
+  } else if (status > 0) {
+    trouble.kind = down.error() == EFBIG ? net_too_large : net_broken;
+  } else if (down.state() == down_class::state_no_socket) {
+    trouble.kind = net_no_host;
+  } else if (down.connect_error() != 0 || down.state() == down_class::state_socket_error) {
+    trouble.kind = net_unreached;
+    trouble.code = down.connect_error() != 0 ? down.connect_error() : down.os_error();
+  }
+  return trouble;
 }
 
 }  // namespace
@@ -57,6 +85,7 @@ void http_class::start(int slot, const std::string& server, const std::string& f
   if (!started_) {
     started_ = true;
     PCSBSocket::StartupNetworking(true);
+    if (!has_proxy_in_settings()) http_log_env_proxy();
   }
   if (!server.empty() && server.back() == '/') {
     MACIBM_fault(
@@ -81,8 +110,7 @@ void http_class::start(int slot, const std::string& server, const std::string& f
   const bool leads_there = record.line && xtim.now_sec <= record.line_since + kept_limit &&
                            record.line_place == place_to_connect(server, http_port);
   if (!leads_there) record.line.reset();
-  record.too_large = false;
-  record.disk_failure = 0;
+  record.trouble = {};
   record.down = std::make_unique<down_class>(
       server.c_str(), http_port, file.c_str(), false, headers, nullptr, 0, local.c_str(),
       down_terms{max_bytes, keep, std::move(record.line), &record.body});
@@ -99,6 +127,7 @@ int http_class::judge(slot_record& slot, const std::string& server, const std::s
 
   if (!done && !complete && !failed) {
     if (xtim.now_sec <= down.last_activity() + silence_limit) return http_running;
+    slot.trouble = {net_silent, 0, "", down.place()};
     return fail(slot, "");  // a server that has fallen silent has nothing to tell
   }
   const bool has_file = down.response_code() >= 200 && down.response_code() <= 299;
@@ -106,8 +135,7 @@ int http_class::judge(slot_record& slot, const std::string& server, const std::s
     end(slot);
     return http_done;
   }
-  slot.too_large = has_file && down.error() == EFBIG && down.disk_error() == 0;
-  slot.disk_failure = down.disk_error();
+  slot.trouble = trouble_of(down, has_file);
 
   std::ostringstream text;
   if (*down.error_text() != '\0') text << "WARNING: " << down.error_text() << ".\n";
@@ -147,14 +175,6 @@ void http_class::end(slot_record& slot) {
 
 std::vector<char>& http_class::body(int slot) {
   return slots_[slot].body;
-}
-
-bool http_class::was_too_large(int slot) const {
-  return slots_[slot].too_large;
-}
-
-int http_class::disk_failure(int slot) const {
-  return slots_[slot].disk_failure;
 }
 
 void http_class::drop(int slot) {
@@ -208,7 +228,7 @@ int64_t http_class::total_received() const {
 // --- proxy ---------------------------------------------------------------------------------------
 
 bool UseProxy(const char* host, unsigned short /*port*/) {
-  if (http._proxy_port_int == 0 || http._proxy_host.empty()) return false;
+  if (!has_proxy_in_settings()) return http_goes_by(http_env_proxy(), host);
   const std::string_view name = host;
   for (const std::string& suffix : gProxyExclude) {
     if (name.ends_with(suffix)) return false;
@@ -217,11 +237,14 @@ bool UseProxy(const char* host, unsigned short /*port*/) {
 }
 
 std::string ProxyHost(const char* host, unsigned short port) {
-  return UseProxy(host, port) ? http._proxy_host : host;
+  if (!UseProxy(host, port)) return host;
+  return has_proxy_in_settings() ? http._proxy_host : http_env_proxy().host;
 }
 
 unsigned short ProxyPort(const char* host, unsigned short port) {
-  return UseProxy(host, port) ? static_cast<unsigned short>(http._proxy_port_int & 0xFFFF) : port;
+  if (!UseProxy(host, port)) return port;
+  return has_proxy_in_settings() ? static_cast<unsigned short>(http._proxy_port_int & 0xFFFF)
+                                 : http_env_proxy().port;
 }
 
 net_place place_to_connect(const std::string& host, unsigned short port) {

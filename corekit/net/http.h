@@ -27,6 +27,24 @@ enum net_result : int {
   http_failed = 2,  // reported in the log, unless the server fell silent; a part may be on disk
 };
 
+// What has become of a transfer that failed, for who has to tell a user.
+enum net_trouble_kind : int {
+  net_no_trouble,
+  net_no_host,      // its name, or the proxy's, leads to no address
+  net_unreached,    // no connection; `code` is its errno, 0 if unknown
+  net_status,       // an answer that brings no file: `code` is its status, `words` its text
+  net_silent,       // nothing came for as long as is waited
+  net_broken,       // the answer ended too early, broke the rules or came too slowly
+  net_too_large,    // the file there is longer than was granted
+  net_not_written,  // the file on this side could not be written; `code` is its errno
+};
+struct net_trouble {
+  net_trouble_kind kind = net_no_trouble;
+  int code = 0;
+  std::string words;  // printable
+  net_place place;    // who was asked: the server, or the proxy on the way to it
+};
+
 class http_class {
  public:
   static constexpr int slot_count = 6;       // 0 list, 1 manifest or installer, 2 to 5 streams
@@ -53,12 +71,13 @@ class http_class {
   // The body that the slot's last transfer without a local file has left. The caller may move it
   // away; the slot's next such transfer clears it, keeping its memory.
   std::vector<char>& body(int slot);
-  // Whether the slot's last transfer failed because the file, which the server has, is longer than
-  // `max_bytes`.
-  bool was_too_large(int slot) const;
-  // errno if that transfer failed because its local file could not be made or written, else 0: no
-  // server can help.
-  int disk_failure(int slot) const;
+  // What the slot's last failure was.
+  const net_trouble& trouble(int slot) const { return slots_[slot].trouble; }
+  // errno if that was because its local file could not be made or written, else 0: no server can
+  // help.
+  int disk_failure(int slot) const {
+    return trouble(slot).kind == net_not_written ? trouble(slot).code : 0;
+  }
   // Gives up what runs in a slot, without a report, and closes its connection. The part that has
   // come stays on disk.
   void drop(int slot);
@@ -90,8 +109,7 @@ class http_class {
     net_place line_place;              // where it leads to,
     float line_since = 0;              // and since when it has been idle, frame clock
     std::vector<char> body;
-    bool too_large = false;
-    int disk_failure = 0;
+    net_trouble trouble;
     std::string last_report;     // of the last failure,
     float last_report_time = 0;  // and when it was logged, frame clock
   };

@@ -51,7 +51,8 @@ class down_class {
   bool complete() const { return answer_.ended() && !has_excess_; }
   int error() const { return error_; }            // see error_ below; 0 while all is well
   int disk_error() const { return disk_error_; }  // errno: the file cannot be made or written
-  int os_error() const;            // that, or else the socket's errno, or 20009 without a socket
+  int os_error() const;  // that, or else the socket's errno, or 20009 without a socket
+  int connect_error() const { return socket_ ? socket_->ConnectError() : 0; }
   const char* error_text() const;  // for the log, where error() alone does not tell; else empty
 
   int response_code() const { return socket_ ? answer_.code() : 0; }     // -1 none yet

@@ -1,5 +1,5 @@
-// Where a request goes: to its server, or to the proxy that the settings name. Main thread;
-// answered by http.cpp, which holds the settings.
+// Where a request goes: to its server, or to the proxy that the settings name, or, where they name
+// none, the environment (http_env.h). Main thread; answered by http.cpp, which holds the settings.
 #pragma once
 
 #include <string>
@@ -12,7 +12,8 @@ struct net_place {
   bool operator==(const net_place&) const = default;
 };
 
-// Host suffixes that bypass the proxy. Stays empty unless a setting comes to fill it.
+// Host suffixes that bypass the proxy of the settings. Stays empty unless a setting comes to fill
+// it.
 extern std::vector<std::string> gProxyExclude;
 
 // Whether a request to `host` goes through the proxy, and where it then connects to.

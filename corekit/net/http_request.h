@@ -1,4 +1,4 @@
-// The request as it goes out. For http_down alone.
+// The request as it goes out. For http_down; addresses that are shown are written by it, too.
 #pragma once
 
 #include <map>

@@ -2,9 +2,12 @@
 // draws.
 //
 // Main thread. Writes `about`, the files "serverlist9.txt" and "installer.zip" below
-// "Resources/preferences/", and what the installer's archive holds into the working folder.
+// "Resources/preferences/" or, where that cannot be, in the working folder, and what the
+// installer's archive holds into the working folder.
 
 #include "corekit/window/hl_about.h"
+
+#include <unistd.h>
 
 #include <cerrno>
 
@@ -31,10 +34,26 @@ namespace {
 
 constexpr int list_slot = 0, installer_slot = 1;
 constexpr int64_t list_budget = 1'000'000;  // bytes
-constexpr char list_path[] = "Resources/preferences/serverlist9.txt";
-constexpr char zip_path[] = "Resources/preferences/installer.zip";
+constexpr char list_name[] = "serverlist9.txt";
+constexpr char zip_name[] = "installer.zip";
 
 constexpr float text_x = 35, text_top = 250, line_dy = 14, state_y = 50, button_y = 17;
+
+// Where what is fetched goes. The folder beside the program is there in a whole installation; an
+// installer on its own has to make it, and where it may not, the working folder serves.
+std::string download_folder() {
+  const std::string beside = "Resources/preferences/";
+  if (!app_packaged) {
+    make_folder("Resources/");
+    make_folder(beside);
+    if (access(beside.c_str(), W_OK) == 0) return beside;
+  }
+  return PLT_temp_folder();
+}
+
+std::string zip_path() {
+  return download_folder() + zip_name;
+}
 
 // --- the list of releases -----------------------------------------------------------------------
 
@@ -88,9 +107,7 @@ std::string with_code(const std::string& format, int code) {
 }
 
 void check_list() {
-  // The folder is there beside a whole installation; an installer on its own has to make it.
-  make_folder("Resources/");
-  make_folder("Resources/preferences/");
+  const std::string list_path = download_folder() + list_name;
   if (http.net_check(list_slot, APP.web_host, "/serverlist9.txt", list_path, list_budget) !=
       http_done) {
     return;
@@ -125,7 +142,7 @@ int write_program(const std::string& path, const single_file& program) {
 // stands beside this program may be somebody else's. 0 or a code for error_str.
 int unpack_installer() {
   constexpr uint64_t most = 512u << 20;
-  const io_handle archive(PLT_open_own(zip_path, plt_own_read));
+  const io_handle archive(PLT_open_own(zip_path(), plt_own_read));
   if (!archive) return 20001;
   const unsigned char* bytes = nullptr;
   size_t size = 0;
@@ -145,9 +162,10 @@ int unpack_installer() {
 }
 
 void step_download() {
-  switch (http.net_check(installer_slot, about.installer.server, about.installer.path, zip_path)) {
+  switch (
+      http.net_check(installer_slot, about.installer.server, about.installer.path, zip_path())) {
     case http_failed:
-      delete_file(zip_path);
+      delete_file(zip_path());
       settle(tr("I was unable to download the installer from the net."));
       return;
     case http_done:
@@ -156,7 +174,7 @@ void step_download() {
       return;
   }
   const int code = unpack_installer();
-  delete_file(zip_path);
+  delete_file(zip_path());
   if (code != 0) {
     settle(with_code(tr("There was an error unzipping the installer: %s (%d)"), code));
     return;

@@ -28,13 +28,12 @@
 #include "corekit/files/pref.h"
 #include "corekit/widgets/keys.h"
 #include "corekit/window/hl_alert_draw.h"
+#include "corekit/window/hl_init_log.h"
 #include "corekit/window/hl_init_window.h"
 #include "corekit/window/hl_mnw.h"
 #include "corekit/window/hl_mnw_context.h"
 
 namespace {
-
-constexpr char log_name[] = "Skyvane Installer Log.txt";
 
 constexpr int english = 0;
 
@@ -79,9 +78,8 @@ std::string enter_app_folder() {
   return folder;
 }
 
-// Whether it lies as the packages put it: in .../lib/NAME/, under that name. Then nothing is
-// written beside it, not even by root, so that a removal leaves nothing behind.
-bool is_installed(const std::string& app_folder) {
+// Whether it lies as the packages put it: in .../lib/NAME/, under that name.
+bool is_packaged(const std::string& app_folder) {
   const std::string program = PLT_executable_path();
   const std::string name = program.substr(program.rfind('/') + 1);
   return app_folder.ends_with("/lib/" + name + "/");
@@ -102,14 +100,14 @@ void MACIBM_init(int argc, const char* const* argv) {
   app_path.clear();
   if (is_build) g_case_sensitive = 0;
   const std::string app_folder = enter_app_folder();
-  // Where the program's folder cannot be written, or something of another's lies in the way.
-  if (is_installed(app_folder) || !xer_open(app_folder + log_name))
-    xer_open(PLT_prefs_folder() + log_name);
+  app_packaged = is_packaged(app_folder) ? 1 : 0;
+  log_begin(argc, argv, app_folder);
 
   hl_math_init();
   xer_header();
   xer << "\nSky-Root folder:'" << app_path << "', case sensitive=" << g_case_sensitive << "\n\n";
   xer.flush();
+  xer.keep_time();
 
   cmdline.init_unix(argc, argv);
   layout_watched = cmdline.has_option("--check_layout");

@@ -15,6 +15,7 @@
 #include "corekit/base/hl_run.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/base/xer.h"
 #include "corekit/base/xtim.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/tman.h"
@@ -297,4 +298,5 @@ void MACIBM_event_proc() {
   if (menu_follow_mouse()) MACIBM_handleclick(0);
   BTN_begin_focus_ring();
   run_page(in_dialog);
+  xer.flush();
 }

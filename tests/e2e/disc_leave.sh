@@ -21,7 +21,7 @@ want_asked_for "2 3 "
 same_tree "$SOURCE" Linux "$SCRATCH/Copy"
 ! is_in 1 || fail "the first disc was not ejected"
 want_no_leftovers
-log=$(echo "$XDG_CONFIG_HOME"/*/"Skyvane Installer Log.txt")
+log=$(echo "$XDG_STATE_HOME"/*/"Skyvane Installer Log.txt")
 grep -q "os_dir_this_app.*=$TMPDIR/skyvane-disc-" "$log" || fail "no log of the copy's run"
 
 # A run that fails gives its own status as well; the temporary folder may be a link.
@@ -51,7 +51,7 @@ fi
 # language files; the disc is free from then on.
 for disc in 1 2 3; do take_out "$disc"; done
 insert_disc 1
-export HOME=$SCRATCH/home XDG_CONFIG_HOME=$SCRATCH/other  # where no copy is known
+export HOME=$SCRATCH/home XDG_CONFIG_HOME=$SCRATCH/other XDG_STATE_HOME=$SCRATCH/other_state  # where no copy is known
 mkdir -p "$HOME/Desktop"
 copy_pid() { WINDOW_PID=$(pgrep -f "^$TMPDIR/skyvane-disc-"); }
 start_display
@@ -78,4 +78,4 @@ press_extra 0
 wait_file_text "$OUT" "Started: Linux/Skyvane.app (revision 1)"
 [ "$(grep -vc ^Started "$OUT")" = 0 ] || fail "more was said"
 want_no_leftovers
-! grep -a "ERROR: language" "$XDG_CONFIG_HOME"/*/*Log.txt || fail "a language file was not found"
+! grep -a "ERROR: language" "$XDG_STATE_HOME"/*/*Log.txt || fail "a language file was not found"

@@ -9,7 +9,8 @@ PATH=$PATH:/usr/sbin:/sbin  # nginx, which is not in an ordinary user's
 
 # The filters of the builder refuse paths that hold certain words, so the folder's name is plain.
 SCRATCH=$(mktemp -d "${TMPDIR:-/tmp}/skyvane-e2e-XXXXXX")
-export XDG_CONFIG_HOME=$SCRATCH/config
+export XDG_CONFIG_HOME=$SCRATCH/config XDG_STATE_HOME=$SCRATCH/state
+unset http_proxy no_proxy
 # No test meets the services of the desktop that it runs on.
 export DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent
 export ASAN_OPTIONS=detect_leaks=0:abort_on_error=0:exitcode=99

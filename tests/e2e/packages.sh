@@ -53,9 +53,9 @@ for edition in skyvane-demo-installer skyvane-web-updater skyvane-disc-installer
     copied=$(find "$root/tmp/Skyvane 9" -type f | wc -l)
     [ "$copied" -gt 100 ] || fail "only $copied files are in the copy"
     ! ls "$root/usr/lib/$edition/"*.txt 2>/dev/null || fail "written beside the program"
-    rm -r "$root/root/.config" "$root/tmp/Skyvane 9"
+    rm -r "$root/root/.config" "$root/root/.local" "$root/tmp/Skyvane 9"
   else
-    rm -rf "$root/root/.config"
+    rm -rf "$root/root/.config" "$root/root/.local"
   fi
   dpkg --root="$root" -P "$edition" >"$OUT" 2>&1 || fail "not removed"
   files_of "$root" >"$SCRATCH/after.txt"

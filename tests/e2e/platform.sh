@@ -43,5 +43,5 @@ grep -qF "is for Macintosh and stays so" "$SCRATCH/bin/Skyvane Installer Log.txt
 run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=No --platform=beos \
   $(through_proxy "$PORT")
 want_status 2
-want_text "--platform wants mac, windows or linux, not 'beos'."
+want_text "--platform wants mac|windows|linux, not 'beos'."
 [ ! -e "$SCRATCH/No" ] || fail "a copy for no platform"

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "corekit/base/hl_app.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/window/hl_about.h"
 #include "net_scripted_server.h"
@@ -222,6 +223,16 @@ TEST_F(AboutBox, WithoutANetworkItTriesOnUntilItIsClosed) {
   use_proxy_port(server.port());
   show_to_its_end();
   EXPECT_EQ(about.version_str_found, 1);
+}
+
+TEST_F(AboutBox, NothingIsPutBesideAProgramOfAPackage) {
+  app_packaged = 1;
+  scripted_server server(answers(91001, {}));
+  use_proxy_port(server.port());
+  show_to_its_end();
+  EXPECT_EQ(about.version_str_found, 1);
+  EXPECT_FALSE(dir_exists("Resources/"));
+  app_packaged = 0;
 }
 
 TEST_F(AboutBox, ClosingItGivesTheDownloadUp) {

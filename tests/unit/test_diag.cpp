@@ -9,11 +9,14 @@
 #include <regex>
 #include <sstream>
 
+#include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_debug.h"
 #include "corekit/base/UTL_mempool.h"
 #include "corekit/base/UTL_new.h"
 #include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_run.h"
 #include "corekit/base/hl_types.h"
+#include "corekit/window/hl_init_log.h"
 #include "tests/unit/test_runtime_util.h"
 #include "tests/unit/test_tex_util.h"
 
@@ -255,6 +258,69 @@ TEST(RuntimeLog, OpensAnewWithFixedNumbersAndGoesOnWithoutAFile) {
   xer.close();
   EXPECT_EQ(content_of(folder / "log.txt"), "0.000000 2500000000.000000 3\n");
   EXPECT_EQ(content_of(folder / "second.txt"), "1.000000");
+}
+
+TEST(RuntimeLog, TimesStandOnLinesOfTheirOwn) {
+  const log_capture log;
+  xer << "head\n";
+  xer.flush();
+  xer.keep_time();
+  xer << "one\ntwo";
+  xer.flush();
+  xer << " and three\n";
+  xer.flush();
+  const std::regex form(
+      "head\n\\[20\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\]\none\ntwo and three\n");
+  EXPECT_TRUE(std::regex_match(log.text(), form)) << log.text();
+}
+
+// The log of each run, five of them, and never two in one file.
+TEST(RuntimeLog, TheRunsBeforeAreSetAside) {
+  const scratch_folder folder, state;
+  setenv("XDG_STATE_HOME", (state / "deep/er").c_str(), 1);
+  const auto begin = [&](const char* option, const std::string& beside) {
+    const char* const argv[] = {"program", option};
+    log_begin(2, argv, beside);
+    xer << "run\n";
+    xer.flush();
+  };
+  const auto logs = [&] { return PLT_files_below(folder / ""); };
+  const std::string plain = folder / "Skyvane Installer Log.txt";
+  for (int run = 1; run <= 7; ++run) {
+    begin("--list", folder / "");
+    EXPECT_EQ(log_path(), plain);
+    EXPECT_EQ(content_of(plain), "run\n");
+    EXPECT_EQ(logs().size(), static_cast<size_t>(std::min(run, 5)));
+  }
+  // Another run has its log open: its file gets another name, and is not cut.
+  xer_buffer other;
+  xer.close();
+  ASSERT_TRUE(other.open(plain));
+  other.sputn("other\n", 6);
+  other.pubsync();
+  EXPECT_FALSE(xer_open(plain)) << "it is that run's";
+  for (int run = 0; run < 6; ++run)
+    begin("--list", folder / "");
+  EXPECT_EQ(content_of(plain), "run\n");
+  size_t others = 0;
+  for (const std::string& name : logs())
+    others += content_of(folder / name) == "other\n" ? 1 : 0;
+  EXPECT_EQ(others, 1u) << "it is kept, though five have begun since";
+  EXPECT_EQ(logs().size(), 6u);
+
+  begin(("--log=" + (folder / "mine.txt")).c_str(), folder / "");
+  EXPECT_EQ(log_path(), folder / "mine.txt");
+  EXPECT_EQ(log_refused(), "");
+  for (const char* const nowhere : {"--log=/nowhere/at/all", "--log=/dev/full"}) {
+    begin(nowhere, "/nowhere/at/all/");
+    EXPECT_EQ(log_path(), state / "deep/er/skyvane/Skyvane Installer Log.txt");
+    EXPECT_NE(log_refused(), "");
+  }
+  app_packaged = 1;
+  begin("", folder / "");
+  EXPECT_EQ(log_path(), state / "deep/er/skyvane/Skyvane Installer Log.txt");
+  app_packaged = 0;
+  xer.close();
 }
 
 TEST(RuntimeLog, Header) {

@@ -1,5 +1,6 @@
 // Folders made and removed, with what a user may have put in their way; the list of copies.
 
+#include "Installer-f/engine/utils_copies.h"
 #include "Installer-f/engine/utils_dirs.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "engine_tree.h"
@@ -188,6 +189,52 @@ TEST_F(EngineRegistry, OneLineACopy) {
   write(list, a);
   register_new_skyvane();
   EXPECT_EQ(read(list), a);
+}
+
+TEST_F(EngineRegistry, ACopyIsTakenOff) {
+  const std::string a = make_copy("a"), b = make_copy("b");
+  const std::string gone = root + "gone/";
+  write(list, gone + "\n" + a + "\n" + b + "\n" + a);
+  unregister_skyvane(a);
+  EXPECT_EQ(read(list), gone + "\n" + b + "\n");
+  unregister_skyvane(a);
+  EXPECT_EQ(read(list), gone + "\n" + b + "\n");
+}
+
+TEST_F(EngineRegistry, WhatIsKnownOfACopy) {
+  const std::string a = make_copy("a"), b = make_copy(" b  c ");
+  write(list, a + "\n" + b + "\n");
+  const auto told = [&] {
+    std::string text;
+    for (const copy_facts& copy : copies_on_list())
+      text += copy.path.substr(root.size()) + "|" + copy.release + "|" + copy.platform + "|" +
+              copy.edition + "\n";
+    return text;
+  };
+  EXPECT_EQ(told(), "a/|||\n b  c /|||\n");
+  install_name = "Skyvane 9.00";
+  stg.target_os = target_linux;
+  for (const std::string& path : {b, a, root + "two\nlines/", std::string("relative/")}) {
+    dest_dir_path = path;
+    copy_note_release(path == b ? "demo" : "full");
+  }
+  install_name = "Skyvane 9.10";
+  stg.target_os = target_mac;
+  dest_dir_path = b;
+  copy_note_release("");
+  const std::string both = "a/|Skyvane 9.00|linux|full\n b  c /|Skyvane 9.10|mac|demo\n";
+  EXPECT_EQ(told(), both);
+  const std::string file = prefs.substr(root.size()) + "skyvane_copies.txt";
+  const std::string text = read(file);
+  write(file, text + "COLOUR blue\nCOPY " + root + "elsewhere/\n");
+  EXPECT_EQ(told(), both) << "what is not known, or not on the list, is passed over";
+  for (size_t length = 0; length < text.size(); ++length) {
+    write(file, text.substr(0, length));
+    EXPECT_EQ(copies_on_list().size(), 2u) << length;
+  }
+  write(file, text);
+  copy_forget(a);
+  EXPECT_EQ(told(), "a/|||\n b  c /|Skyvane 9.10|mac|demo\n");
 }
 
 TEST_F(EngineRegistry, ReadsWhatItFinds) {

@@ -1,6 +1,7 @@
 // The transfer loop: whole jobs against a scripted mirror, and the decisions of its streams.
 
 #include "Installer-f/engine/utils_stream.h"
+#include "Installer-f/engine/utils_trouble.h"
 #include "grab_fixture.h"
 
 namespace {
@@ -117,6 +118,44 @@ TEST_F(Grab, AStreamThatFailsKeepsItsFile) {
   stg.server_count = 0;
   EXPECT_EQ(grab_files(), 0) << "no mirror known: no request, no end";
   EXPECT_EQ(stg.server_down, 1);
+}
+
+// Without a user to ask for another mirror, what all of them refuse is left out.
+TEST_F(Grab, AFileThatEveryMirrorRefusesIsPassedOver) {
+  const std::string other = archive_of("b.txt", "another");
+  mirror m({{"http://one/up/rel/ALL_os/c.txt.zip", archive_of("c.txt", "C")},
+            {"http://two/pub/rel/ALL_os/c.txt.zip", archive_of("c.txt", "C")},
+            {"http://one/up/rel/ALL_os/b.txt.zip", other}});
+  add_history(wanted_file("ALL_os/a.txt", 1, "0cc175b9c0f1b6a831c399e269772661"));
+  add_history(wanted_file("ALL_os/b.txt", 1, "92eb5ffee6ae2fec3ad71c777531578f"));
+  add_history(wanted_file("ALL_os/c.txt", 1, "0d61f8370cad1d412f80b84d143e1257"));
+  passes_over_missing = true;
+  missing_files.clear();
+  const int alerts_before = alerts_shown;
+  const auto begin = std::chrono::steady_clock::now();
+  for (float gone = 0; gone < 10 && grab_files() == 0;) {
+    grab_wait(10);
+    gone = std::chrono::duration<float>(std::chrono::steady_clock::now() - begin).count();
+    xtim.now_sec = 10 + gone;  // mirrors rest meanwhile
+  }
+  EXPECT_EQ(next.finished, 1);
+  passes_over_missing = false;
+  EXPECT_EQ(bytes_of(dest_dir_path + "c.txt"), "C");
+  EXPECT_EQ(stg.extract_failed, 1) << "the job has not done what it was to do";
+  EXPECT_LE(alerts_shown, alerts_before + 1);
+  ASSERT_EQ(missing_files.size(), 2u);
+  std::string told;
+  for (const missing_file& file : missing_files)
+    for (const fetch_trouble& trouble : file.answers)
+      told += file.path + " " + trouble_line(trouble) + "\n";
+  for (const char* const line :
+       {"a.txt http://one/up/rel/ALL_os/a.txt.zip: the server answered 404 Not Found (by",
+        "a.txt http://two/pub/rel/ALL_os/a.txt.zip: the server answered 404 Not Found (by",
+        "b.txt http://one/up/rel/ALL_os/b.txt.zip: the server sent something else\n",
+        "b.txt http://two/pub/rel/ALL_os/b.txt.zip: the server answered 404 Not Found (by"}) {
+    EXPECT_NE(told.find(line), told.npos) << line << " is not in\n" << told;
+  }
+  missing_files.clear();
 }
 
 TEST_F(Grab, APathOutsideTheDestinationIsRefused) {

@@ -33,6 +33,17 @@ TEST(UnattendedSay, BlankLinesGo) {
   EXPECT_EQ(on_one_page("\n\n"), "");
 }
 
+TEST(UnattendedSay, ObjectsOfJson) {
+  json_line line("text", "\"a\\b\"\n\t\x1B/");
+  line.add("latin", "\xE9t\xE9").add("utf", "\xC3\xA9").add("n", int64_t{-5}).add("f", 0.25);
+  line.add("yes", true).add_null("none").add_raw("list", "[1]");
+  EXPECT_EQ(line.text(),
+            "{\"text\": \"\\\"a\\\\b\\\"\\u000a\\u0009?/\", \"latin\": \"\xC3\xA9t\xC3\xA9\", "
+            "\"utf\": \"\xC3\xA9\", \"n\": -5, \"f\": 0.250, \"yes\": true, \"none\": null, "
+            "\"list\": [1]}");
+  EXPECT_EQ(json_line().text(), "{}");
+}
+
 namespace {
 
 // What an administrator may slip on, each with the words that put him right.

@@ -11,6 +11,8 @@ int main(int argc, char** argv) {
   // No test meets the desktop that it runs on.
   for (const char* const bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
     setenv(bus, "unix:path=/nonexistent", 1);
+  for (const char* const proxy : {"http_proxy", "no_proxy"})
+    unsetenv(proxy);
   wizard_serve(nullptr, "Skyvane Unit Tests", "unit-tests");
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
