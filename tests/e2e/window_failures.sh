@@ -12,15 +12,18 @@ cp -r "$FIXTURE/master-new" "$master"
 release=$master/disk_0/$name
 serve "$(web_root "$name" "$master")" "
   location ~ directory\.txt\.zip\$ { }
-  location ~ \.zip\$ { if (-f $SCRATCH/down) { return 503; } }"
+  location ~ \.zip\$ {
+    if (-f $SCRATCH/down) { return 503; }
+    if (-f $SCRATCH/slow) { set \$limit_rate 20k; }
+  }"
 requests=$SCRATCH/nginx-$PORT/access.log
 was_refused() { [ "$(grep -c '/updates/.* 503 ' "$requests")" -ge 8 ]; }
 
-dialog_colour=334356  # beside a dialog
+browser_colour=f1f4f8  # below the list of the larger dialog
 # alert NAME: waits for it, and presses its button.
 alert() {
   wait_dialog
-  wait_colour 400 80 "$dialog_colour"
+  wait_other_colour 400 80 "$browser_colour"
   wait_still
   shot "$1"
   click_away 400 193
@@ -143,9 +146,16 @@ wait_step 4
 wait_for "refusals" was_refused
 wait_still
 shot failure_5_server_down
-victim="$release/All/Aircraft/General Aviation/Heron 172/Heron 172.acf.zip"
-flip "$victim"
+complains() { has_ink 230 370 500 40; }
+complains || fail "nothing is said of a mirror that has nothing"
+# The last file of the release, so that others come before it.
+flip "$release/All/Weapons/Gun.wpn.zip"
+touch "$SCRATCH/slow"
 rm "$SCRATCH/down"
+goes_on() { ! complains; }
+wait_for "the complaint's end, as soon as the mirror answers" goes_on
+dialog_is_gone || fail "only an alert has taken the complaint away"
+rm "$SCRATCH/slow"
 alert failure_6_damaged_file
 wait_for "the last page" at_last 400 193
 wait_no_dialog
