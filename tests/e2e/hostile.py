@@ -212,7 +212,8 @@ class Run:
                 os.link(BIN + "/" + name, program)
             except OSError:
                 shutil.copy(BIN + "/" + name, program)
-        return [*options.get("in_front", lambda scene: [])(self), program, "--unattended", "--copy=" + self.copy,
+        return [*options.get("in_front", lambda scene: [])(self), program, "--unattended",
+                options.get("place", lambda scene: "--copy=" + scene.copy)(self),
                 "--pref:_proxy_host=" + liar.host, "--pref:_proxy_port_int=%d" % liar.port,
                 "--give_up_after=%d" % options["patience"], *options.get("arguments", [])]
 

@@ -1,5 +1,5 @@
 # The rows of the table of attacks; hostile.py says what each of them must leave alone.
-import os, signal, stat, struct, subprocess, sys, time
+import itertools, os, signal, socket, stat, struct, subprocess, sys, time
 from hostile import *
 
 BOMB = b"\0" * 4_000_000
@@ -166,6 +166,34 @@ row("mirrors", "a mirror that always refuses beside one that lies", FAILED, EXTR
     **{"files": [a_file(EVIL, b"x")]},
     site={"m1.example/updates/Rel/" + EVIL + ".zip": answer(b"", b"HTTP/1.1 503 No"), "m2.example/updates/Rel/" + EVIL + ".zip": answer(b"no")})
 
+
+
+def dies(times, sent):
+    """A mirror whose process is killed in the middle of an answer, again and again, and that comes back."""
+    count = itertools.count()
+
+    def send(connection):
+        if next(count) >= times:
+            connection.sendall(answer(sent))
+            return
+        connection.sendall(answer(sent)[:-20])
+        connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        connection.close()
+    return send
+
+
+row("mirrors", "a mirror that dies in the middle and comes back", OK, DONE, patience=30, files=[a_file(EVIL, b"x", sent=dies(2, good))], has=["Resources/evil.txt"])
+row("mirrors", "a mirror that dies in the middle for good", GIVEN_UP, "", patience=4, has=[], **{"files": [a_file(EVIL, b"x", sent=dies(10 ** 9, good))]})
+row("mirrors", "a mirror that dies in the middle of its manifest", OK, DONE, patience=30, archive=dies(2, packed(("directory.txt", manifest(GOOD)))))
+row("mirrors", "a list that dies in the middle", OK, DONE, patience=30, list=dies(2, server_list("m1.example")))
+NEXT = packed((NAME, b"of the next release"))
+row("mirrors", "a mirror that has changed to the next release since it sent its manifest", FAILED, EXTRACT, has=[], **{"files": [a_file(EVIL, b"x", sent=NEXT)]})
+row("mirrors", "the same beside one that has not", OK, DONE, hosts=["m1.example", "m2.example"], files=[a_file(EVIL, b"x")], has=["Resources/evil.txt"],
+    site={"m1.example/updates/Rel/" + EVIL + ".zip": answer(NEXT)})
+flip = itertools.count()
+row("mirrors", "a list that is another at each request", OK, DONE, patience=20, has=[], list=lambda connection: connection.sendall(answer(
+    [b"I\n820 version\nSERVERS\nENDOFLIST\n", b"<html>", server_list("m1.example")][next(flip) % 3])))
+
 # --- memory and disk: one mirror, files of 1 KB --------------------------------------------------
 MB = b"\0" * 1_000_000
 TOO_LARGE = ("a bomb of 600 MB", "a body without an end", "one chunk without an end", "chunks without an end")
@@ -292,6 +320,35 @@ def kills(moment):
     return during
 
 
+# --- odd places ---------------------------------------------------------------------------------
+
+def moved(to):
+    """The copy has another name, and its old one leads to it."""
+    def before(scene):
+        os.rename(scene.copy, scene.base + "/tmp/" + to)
+        os.symlink(scene.base + "/tmp/" + to, scene.copy)
+    return before
+
+
+row("near", "a copy that is reached by a link", OK, DONE, before=moved("real"), during=lambda *_: None)
+row("near", "two programs, one by a link to the copy", [OK, 4], "", programs=2, files=many, before=moved("real"), during=lambda *_: None,
+    place=lambda scene, turn=itertools.cycle(["/sim", "/tmp/real"]): "--copy=" + scene.base + next(turn))
+for name, to in {"control characters": "\x1b[2J\x07", "bytes that are no UTF-8": "\udcff\udcfe", "200 letters": "n" * 200}.items():
+    row("near", "a copy with %s in its path" % name, OK, DONE, before=moved(to), during=lambda *_: None, place=lambda scene, to=to: "--copy=" + scene.base + "/tmp/" + to)
+row("near", "a copy with a line end in its path", REFUSED, "a path in one line", has=[], place=lambda scene: "--copy=" + scene.copy + "/a\nb")
+row("near", "a path of 5,000 letters to a copy", REFUSED, "", has=[], place=lambda scene: "--copy=" + scene.base + "/x" * 2500)
+row("near", "a copy that is a file", REFUSED, "", has=[], place=lambda scene: "--copy=" + scene.copy + "/mine.txt")
+row("near", "a copy that is the user's home", REFUSED, "", has=[], place=lambda scene: "--copy=" + scene.canary)
+DEMO = {"program": "skyvane-demo-installer", "arguments": ["--accept_eula"]}
+NESTED = ["Resources/new/Aircraft/one.acf", "Resources/new/Resources/two.txt"]
+row("near", "a new copy inside another one", OK, "", has=[], may=NESTED, check=lambda scene, *_: [
+    "misses " + path for path in NESTED if not os.path.exists(scene.copy + "/" + path)], **{
+        **DEMO, "arguments": ["--accept_eula", "--name=new"], "place": lambda scene: "--dest=" + scene.copy + "/Resources"})
+for name in ("../canary", "..", ".", "a/../../canary", "/etc", "new\nline", "\x1b[2J", "n" * 300, "a" * 5000):
+    row("near", "a new copy called %.20s" % ascii(name), REFUSED, "--name wants ", has=[], program=DEMO["program"], arguments=["--accept_eula", "--name=" + name],
+        place=lambda scene: "--dest=" + scene.base + "/tmp", during=lambda *_: None)
+row("near", "a new copy in a folder that is a link to the canary", REFUSED, "already exists", has=[], before=lambda s: os.symlink(s.canary, s.base + "/tmp/new"),
+    place=lambda scene: "--dest=" + scene.base + "/tmp", during=lambda *_: None, **{**DEMO, "arguments": ["--accept_eula", "--name=new"]})
 row("near", "a folder that turns into a link and back", None, "", during=swaps, has=[], patience=20, mine=["Swapped"],
     files=[a_link("All/Swapped", "Output")] + [a_file("All/Swapped/part %d.txt" % i) for i in range(30)])
 row("near", "interrupted while a body stands still", GIVEN_UP, "interrupted", during=kills(3), patience=20, has=[], **{"files": [a_file(EVIL, b"x", sent=stalls(answer(good, length=900)))]})
