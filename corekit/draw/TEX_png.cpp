@@ -32,6 +32,9 @@ constexpr char jumped[] = "setjmp(png_ptr->jmpbuf";  // an error of libpng's own
 constexpr char no_signature[] = "is_png=!png_sig_cmp(png_io_buf,0,8)";
 constexpr char no_struct[] = "png_create_read_struct_2";
 constexpr int side_limit = scratch_bytes / 4;
+// What libpng may ask for at once: a row takes at most half of it. A chunk of any length that a
+// file claims would be taken in whole, and for one of text libpng does no more than warn.
+constexpr png_alloc_size_t most_at_once = 64u << 20;
 
 xmap_class* png_mapped_file = nullptr;  // being read; its cursor is libpng's
 
@@ -68,7 +71,7 @@ void my_warning(png_structp, png_const_charp text) {
 }
 
 png_voidp my_malloc(png_structp, png_alloc_size_t bytes) {
-  return std::malloc(bytes);
+  return bytes <= most_at_once ? std::malloc(bytes) : nullptr;
 }
 
 void my_free(png_structp, png_voidp memory) {
