@@ -62,7 +62,9 @@ void face_draw(float x, float y, float tex_x, float tex_y, float dx, float dy, f
   }
   BTN_plot_plate({tex_x, tex_y, dx}, x, y, dx, alpha);
   const face_mark& mark = face->mark;
-  const float mark_dx = mark.dx > 0 && mark.dx + gap + words_dx <= room ? mark.dx + gap : 0;
+  // Over a greyed plate the sign's own piece of it would show.
+  const float mark_dx =
+      alpha >= 1 && mark.dx > 0 && mark.dx + gap + words_dx <= room ? mark.dx + gap : 0;
   const float left = std::round(x + (dx - mark_dx - words_dx) / 2);
   if (mark_dx > 0) {
     draw_picture(mark.leads ? left : left + words_dx + gap, y, mark.u, tex_y, mark.dx, dy, alpha);
