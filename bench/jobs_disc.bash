@@ -3,7 +3,7 @@
 insert_disc() {
   DISC=$SCRATCH/disc
   mkdir "$DISC"
-  fuseiso "$1" "$DISC" 2>/dev/null || mount -o loop,ro "$1" "$DISC" 2>/dev/null ||
+  fuseiso -n "$1" "$DISC" 2>/dev/null || mount -o loop,ro "$1" "$DISC" 2>/dev/null ||
     fail "no disc image can be mounted here"
   MOUNTS+=("$DISC")
   # Read once, so that no pair finds it colder than another.

@@ -59,7 +59,7 @@ insert_disc() {
   DISC=$DISCS/$1
   local image=${2:-$IMAGES}/disc_$1.iso folder=/media/skyvane-e2e-$$/$1
   mkdir -p "$DISC"
-  fuseiso "$image" "$DISC" 2>/dev/null && return
+  fuseiso -n "$image" "$DISC" 2>/dev/null && return
   mount -o loop,ro "$image" "$DISC" 2>/dev/null && return
   DISC=$folder
   mkdir -p "$folder"

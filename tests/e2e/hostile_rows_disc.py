@@ -12,7 +12,7 @@ NOT_COPIED, NOT_UNZIPPED = "I was unable to copy the file ", "I was unable to un
 # Whatever is left of the program ends with it: a disc behind FUSE has a process of its own.
 OWN_MOUNTS = ["unshare", "--mount", "--propagation", "private", "--pid", "--fork", "--kill-child", "sh", "-c", """
   if [ -e "$0/disc.iso" ]; then
-    fuseiso "$0/disc.iso" "$0/mount" 2>/dev/null || mount -o loop,ro "$0/disc.iso" "$0/mount"
+    fuseiso -n "$0/disc.iso" "$0/mount" 2>/dev/null || mount -o loop,ro "$0/disc.iso" "$0/mount"
   else
     mount -t tmpfs tmpfs /media && mkdir /media/disc && mount --bind "$0/disc" /media/disc &&
       mount -o remount,bind,ro /media/disc
