@@ -168,6 +168,8 @@ void MACIBM_plot_behind() {
   constexpr float alpha = 0.45f, texels = 1024;
   if (!ogl_inited) return;
   OGL_plot_back_col();
+  // An alert may come before the pictures.
+  if (tman.record(t_background).load_time != tex_load_now) return;
   const float dx = static_cast<float>(mnw.pix_dx), dy = static_cast<float>(mnw.pix_dy);
   OGL_2dquad_d(t_background, col_white, alpha, -mnw.x_off, -mnw.y_off, 0, 0, dx, dy, dx / texels,
                dy / texels, blend_mix);
