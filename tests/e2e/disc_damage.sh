@@ -84,5 +84,5 @@ take_out 3
 : >"$OUT"
 run skyvane-disc-installer --unattended --accept_eula --give_up_after=2 --dest="$SCRATCH" --name=Copy
 want_status 3
-want_text "Given up: no progress. Installing Skyvane - Please Change DVDs: Please insert DVD number 3 and click Next."
+want_text "Given up: no progress for 2 seconds. Installing Skyvane - Please Change DVDs: Please insert DVD number 3 and click Next."
 repair_all
