@@ -1,8 +1,10 @@
-// The sky behind the wizard: a calm morning, from deep blue through haze to a range of hills.
+// The picture behind the wizard: a calm morning, from deep blue through haze to ranges of
+// mountains, and an airliner that climbs out before them.
 //
-// The page's panels cover the middle (y 50 to 503, x 10 to 790); what is seen is the band of sky
-// above, which carries the name and a climbing aircraft, and the hills below, on which the buttons
-// stand. Both are kept quiet.
+// The page's panels cover the middle (y 50 to 503, x 10 to 200 and 210 to 790) and let an eighth of
+// the picture through. So the lower half, where most pages have room, is drawn strong: dark ranges,
+// a white aircraft before them. Free of panels are the band of sky above, which carries the name,
+// and the foot, on which the buttons stand; both are kept quiet.
 
 #include <algorithm>
 #include <cmath>
@@ -67,32 +69,50 @@ static void paint_sky(art_canvas& sky) {
   });
 }
 
-// --- hills --------------------------------------------------------------------------------------
-static void paint_hills(art_canvas& sky) {
-  // From the farthest: height of the crest, its swing and scale, and how much haze lies before it.
+// --- mountains ----------------------------------------------------------------------------------
+// A ridge: noise folded at its middle, which gives crests instead of waves.
+static float ridge_noise(float x, float seed) {
+  float sum = 0, share = 0.5f;
+  for (int i = 0; i < 6; ++i, share *= 0.5f, x = x * 2.03f + 17)
+    sum += share * (1 - std::abs(2 * value_noise(x + seed, seed + float(i)) - 1));
+  return sum;
+}
+
+static void paint_mountains(art_canvas& sky) {
+  // From the farthest: height of the crest, its swing and scale, how much haze lies before it, and
+  // how far down its snow reaches.
   static const struct {
-    float height, swing, scale, haze;
+    float height, swing, scale, haze, snow;
   } ranges[] = {
-      {118, 52, 0.008f, 0.86f}, {86, 44, 0.010f, 0.72f}, {58, 36, 0.0125f, 0.54f},
-      {37, 26, 0.016f, 0.34f},  {16, 22, 0.021f, 0.14f},
+      {236, 120, 0.0042f, 0.54f, 44}, {176, 110, 0.0056f, 0.34f, 26}, {122, 84, 0.0075f, 0.20f, 0},
+      {74, 56, 0.0105f, 0.10f, 0},    {30, 34, 0.0150f, 0.0f, 0},
   };
   const art_cell all{&sky, 0, 0, sky_dx, sky_dy};
   float seed = 3;
   for (const auto& range : ranges) {
     seed += 41.7f;
-    const art_colour ground = art_rgb(30, 62, 84), haze = art_rgb(206, 218, 230);
+    const art_colour ground = art_rgb(18, 44, 66), haze = art_rgb(186, 206, 224);
     const auto crest = [&range, seed](float x) {
-      return range.height +
-             range.swing * (fractal_noise(x * range.scale + seed, seed, 5) - 0.48f) * 2;
+      return range.height + range.swing * (ridge_noise(x * range.scale, seed) - 0.55f) * 2;
     };
     const art_shape hill = [&](float x, float y) { return y - crest(x); };
     art_fill(all, hill, [&](float x, float y) {
+      const float below = crest(x) - y;
+      art_colour colour = art_mix(ground, haze, range.haze);
+      // Spurs run down from the crest; those turned to the light, which comes from the right, catch
+      // it.
+      const float along = x * 0.022f + below * 0.012f, down = below * 0.020f - x * 0.006f;
+      const float spur = fractal_noise(along + seed, down + seed, 3);
+      colour = art_mix(colour, art_rgb(255, 226, 196),
+                       0.26f * range.haze * art_smooth(0.46f, 0.66f, spur));
+      if (range.snow > 0) {
+        const float line = range.snow * (0.2f + 1.8f * spur);
+        colour = art_mix(colour, art_rgb(240, 246, 252),
+                         0.8f * art_smooth(line, line * 0.4f, below) *
+                             art_smooth(range.height - 30, range.height + 40, crest(x)));
+      }
       // Mist settles toward the foot of each range.
-      const float depth = std::clamp((crest(x) - y) / 46, 0.0f, 1.0f);
-      const art_colour colour = art_mix(ground, haze, range.haze);
-      const art_colour lit =
-          art_mix(colour, art_rgb(255, 236, 212), 0.16f * art_smooth(200, 800, x));
-      return art_mix(lit, haze, depth * 0.42f * range.haze);
+      return art_mix(colour, haze, art_smooth(20, 120, below) * 0.5f * range.haze);
     });
   }
 }
@@ -132,6 +152,81 @@ static void paint_aircraft(art_canvas& sky) {
            art_white);
 }
 
+// The airliner from its right side, a little from above. Its own axes: x from the tail (0) to the
+// nose (300), y upward from the middle of the fuselage.
+static art_shape airliner_fuselage() {
+  std::vector<art_point> outline;
+  constexpr int steps = 40;
+  const auto half = [](float x) {  // of the height
+    if (x > 246) return 15 * std::sqrt(std::max(0.0f, 1 - (x - 246) * (x - 246) / (54 * 54)));
+    if (x < 110) return 2 + 13 * std::sin(x / 110 * 1.5708f);
+    return 15.0f;
+  };
+  // The tail rises, the nose droops.
+  const auto middle = [](float x) {
+    return x < 110   ? (110 - x) * (110 - x) * 0.0009f
+           : x > 246 ? -(x - 246) * (x - 246) * 0.0016f
+                     : 0;
+  };
+  for (int i = 0; i <= steps; ++i) {
+    const float x = 300 * float(i) / steps;
+    outline.push_back({x, middle(x) + half(x)});
+  }
+  for (int i = steps; i >= 0; --i) {
+    const float x = 300 * float(i) / steps;
+    outline.push_back({x, middle(x) - half(x)});
+  }
+  return art_polygon(outline);
+}
+
+static void paint_airliner(art_canvas& sky) {
+  const art_cell field{&sky, 340, 90, 440, 220};
+  const float pitch = 0.16f, size = 1.12f, c = std::cos(pitch), s = std::sin(pitch);
+  const float tail_x = 50, tail_y = 66;  // in the field
+  // From the field to the aircraft's axes; distances change with them.
+  const auto own = [=](float x, float y) {
+    const float dx = (x - tail_x) / size, dy = (y - tail_y) / size;
+    return art_point{dx * c + dy * s, dy * c - dx * s};
+  };
+  const auto put = [&](const art_shape& shape, const art_paint& paint) {
+    art_fill(
+        field,
+        [&](float x, float y) {
+          const art_point at = own(x, y);
+          return shape(at.x, at.y) * size;
+        },
+        [&](float x, float y) {
+          const art_point at = own(x, y);
+          return paint(at.x, at.y);
+        });
+  };
+  const art_colour white = art_rgb(255, 255, 255), shade = art_rgb(150, 172, 198);
+  const art_colour dark = art_rgb(84, 108, 138), accent = art_rgb(28, 92, 160);
+
+  // What stands behind the fuselage: the far wing, the far stabiliser, the fin.
+  put(art_polygon({{176, 8}, {140, 8}, {96, 46}, {106, 46}}), art_flat(shade));
+  put(art_polygon({{34, 10}, {14, 12}, {2, 24}, {10, 24}}), art_flat(shade));
+  put(art_polygon({{62, 12}, {30, 62}, {10, 64}, {14, 14}}),
+      art_rise(14, art_rgb(20, 70, 128), 62, accent));
+  put(art_polygon({{50, 30}, {42, 42}, {13, 46}, {13, 34}}), art_flat(art_rgb(255, 226, 178)));
+
+  const art_shape fuselage = airliner_fuselage();
+  put(fuselage, art_rise(-12, shade, 7, white));
+  put(art_both(fuselage, art_box(0, -8, 300, -5.6f, 0)), art_flat(accent));
+  for (float x = 78; x < 252; x += 6.4f)
+    put(art_box(x, 1.6f, x + 3, 5.6f, 1.2f), art_flat(art_rgb(70, 92, 120)));
+  put(art_both(fuselage, art_polygon({{268, 3}, {284, 2.4f}, {281, 7}, {270, 8.4f}})),
+      art_flat(art_rgb(40, 60, 86)));
+
+  const art_colour wing = art_mix(dark, white, 0.86f);
+  // The near stabiliser, the engine, the near wing over it.
+  put(art_polygon({{46, 5}, {22, 6}, {0, -10}, {9, -11}}), art_rise(-10, dark, 6, shade));
+  put(art_box(150, -34, 190, -17, 8), art_rise(-33, dark, -18, white));
+  put(art_box(184, -33, 190, -18, 3), art_flat(art_rgb(30, 48, 72)));
+  put(art_polygon({{196, -6}, {136, -4}, {52, -62}, {46, -52}, {42, -53}, {50, -66}, {66, -67}}),
+      [&](float x, float) { return art_mix(wing, dark, art_smooth(150, 60, x) * 0.35f); });
+}
+
 static void paint_name(art_canvas& sky) {
   const art_cell all{&sky, 0, 0, sky_dx, sky_dy};
   const art_words type{face_light, 40, 5};
@@ -159,7 +254,8 @@ static void dither(art_canvas& sky) {
 art_canvas art_background(int scale) {
   art_canvas sky(sky_dx, sky_dy, scale);
   paint_sky(sky);
-  paint_hills(sky);
+  paint_mountains(sky);
+  paint_airliner(sky);
   paint_aircraft(sky);
   paint_name(sky);
   if (scale == 1) dither(sky);

@@ -22,7 +22,7 @@ static const std::array<face_look, 3> plain_looks = {{
 }};
 // Next is what most presses are for.
 static const std::array<face_look, 3> chief_looks = {{
-    {art_rgb(22, 102, 184), art_rgb(52, 136, 216), art_rgb(20, 80, 148), art_white},
+    {art_rgb(20, 96, 176), art_rgb(44, 122, 204), art_rgb(20, 80, 148), art_white},
     {art_rgb(28, 88, 152), art_rgb(20, 68, 124), art_rgb(14, 52, 98), art_white},
     {art_rgb(24, 86, 156), art_rgb(48, 118, 188), art_rgb(18, 68, 128), art_white},
 }};
@@ -75,18 +75,17 @@ static void draw_face(art_canvas& elements, const button_face& face, face_state 
   }
 }
 
-// The page panel, nine slices of a 41 pixel square with a margin of one: white, nearly opaque where
-// text stands (which needs the whole of the contrast that red has on white), and clearer toward the
-// edge, where the sky shows through.
+// The page panel, nine slices of a 41 unit square with a margin of one: white that lets an eighth
+// of the picture through. Under it the darkest ground is a light grey, on which every text of a
+// page can be read, and the picture still lives.
 static void draw_panel(art_canvas& elements) {
   const art_cell cell{&elements, 982, 2, 41, 41};
   const art_shape body = art_box(1, 1, 40, 40, 8), rim = art_rim(body, 1);
   art_fill(cell, art_box(0, 0, 41, 41, 9), art_rgb(16, 28, 46, 0.16f));
   art_each(cell, [&](art_colour& pixel, float x, float y) {
     const float inside = std::clamp(0.5f - body(x, y) * float(elements.scale), 0.0f, 1.0f);
-    const float depth = art_smooth(0, 9, -body(x, y));
     // The glass takes the place of the shadow: a shadow under it would grey it.
-    pixel = art_mix(pixel, {1, 1, 1, 0.785f + 0.20f * depth}, inside);
+    pixel = art_mix(pixel, {1, 1, 1, 0.88f}, inside);
     if (rim(x, y) < 0) art_blend(pixel, {1, 1, 1, 0.55f}, inside);
   });
 }

@@ -1,6 +1,6 @@
 // The world map: the same plate carree map twice, 504 by 252 each, one unit to 5/7 of a degree and
 // 14 to a sector of the scenery grid. The lower half is plain, the upper has its land highlighted,
-// and a breath of the same colour over its sea: a sector of islands too small for this map shows
+// and a breath of green over its sea: a sector of islands too small for this map shows
 // whether it is taken. Grid and frame are the same in both.
 //
 // 1. read the land of a TopoJSON file: arcs of quantised steps, rings made of arcs;
@@ -168,15 +168,17 @@ bool art_map(const std::string& land_path, art_canvas& map) {
     return false;
   }
   field land = land_coverage(rings, map.scale), near = nearness(land, map.scale);
+  // Plain land is dark: highlighted by half, as land that can be had is, it is three times as
+  // bright.
   const art_colour deep = art_rgb(176, 201, 224), shallow = art_rgb(206, 225, 240);
-  const art_colour lands[2][2] = {{art_rgb(168, 172, 174), art_rgb(186, 189, 190)},
-                                  {art_rgb(78, 148, 68), art_rgb(116, 178, 92)}};
+  const art_colour lands[2][2] = {{art_rgb(58, 64, 70), art_rgb(70, 76, 82)},
+                                  {art_rgb(200, 242, 156), art_rgb(216, 252, 176)}};
 
   for (int half = 0; half < 2; ++half)
     for (int v = 0; v < land.dy; ++v)
       for (int u = 0; u < land.dx; ++u) {
         art_colour pixel = art_mix(deep, shallow, near.at(u, v) * 2.2f);
-        if (half == 1) pixel = art_mix(pixel, lands[1][1], 0.28f);
+        if (half == 1) pixel = art_mix(pixel, art_rgb(104, 160, 150), 0.5f);
         // Land is a little lighter away from its coast, which reads as relief.
         const art_colour ground =
             art_mix(lands[half][0], lands[half][1], near.at(u, v) * near.at(u, v));

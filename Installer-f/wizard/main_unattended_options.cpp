@@ -43,6 +43,7 @@ constexpr option_row options[] = {
     {"--scale", "1 to 4"},
     {"--missing_strings", ""},
     {"--check_layout", ""},
+    {"--list_texts", "FILE"},
     {"--md5", "NAME"},
     {"--pref:_stream_count", "NUMBER"},
     {"--pref:_log_actions", "0|1"},

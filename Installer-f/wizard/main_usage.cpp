@@ -180,5 +180,8 @@ SETTINGS FOR ONE RUN
 --check_layout
   Logs every text that leaves its place: one over another text or a picture,
   across the edge of a frame, or cut off.
+
+--list_texts=FILE
+  Keeps in FILE where the texts of the shown picture are.
 )";
 }

@@ -77,6 +77,19 @@ size_t reached_step() {
   return std::min(reached, step_funcs.size());
 }
 
+// Its red cannot be read on a light ground, so it stands on a dark plate, as a warning in a
+// cockpit. Returns the y below it.
+float draw_beta_warning(float y) {
+  constexpr float rim = 8, above = 10, wrap_dx = 160;
+  const std::string text = UTL_translate_string(
+      "You have chosen to download Skyvane 9 betas.  If you do not "
+      "want this, choose options and uncheck the beta option.");
+  const float dy = line_dy * static_cast<float>(OGL_string_lines(text, wrap_dx));
+  OGL_fillrect(col_black, 1, step_x - rim, y + above + rim - 4 - dy - rim, wrap_dx + 2 * rim,
+               dy + 2 * rim - 4);
+  return OGL_string(col_warning, step_x, y, text, wrap_dx);
+}
+
 void draw_steps() {
   constexpr float mark_x = 19, mark_rise = 3;
   const size_t reached = reached_step();
@@ -88,13 +101,7 @@ void draw_steps() {
     OGL_string(is_now ? col_step_now : col_note, step_x, y, step_names[i], 180);
     y -= step_pitch;
   }
-  if (stg.beta_flag) {
-    y = OGL_string(col_warning, step_x, y,
-                   UTL_translate_string("You have chosen to download Skyvane 9 betas.  If you do "
-                                        "not want this, choose options and uncheck the beta "
-                                        "option."),
-                   160);
-  }
+  if (stg.beta_flag) y = draw_beta_warning(y);
   steps_end = y;
 }
 

@@ -97,6 +97,7 @@ void OGL_spectrum_rgb(float v);  // sets the GL colour from a rainbow; v is held
 // nothing). Returns the y of the next line, without a window too.
 float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx,
                  int charset = charset_text, int just = just_left);
+int OGL_string_lines(const std::string& s, float wrap_dx);  // that it takes, in charset_text
 // An odometer of exactly `digits` cells (charset_fixed), or a number in text with "," and ".",
 // which goes over to 1.23x6 (1.23 times ten to the 6) when it does not fit `digits`.
 void OGL_number(int col, float x, float y, float value, int digits, int decimals, int charset);

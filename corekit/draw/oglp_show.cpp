@@ -281,8 +281,8 @@ int OGL_differs() {
 
 int OGL_sbuff(int goes_on) {
   if (!ogl_inited) return 0;
-  watch_shown();
   const int differs = OGL_differs();
+  watch_shown(differs != 0);
   if (differs) {
     paint_frame();
     const float other = ren.mono_green ? 0.0f : 1.0f;

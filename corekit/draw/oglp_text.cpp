@@ -170,13 +170,47 @@ void str_one_line(int col, float x, float y, std::string_view s, int charset, in
   // Fixed charsets too are aligned by the proportional widths.
   if (just == just_centre) x -= static_cast<float>(OGL_string_width(s)) / 2;
   if (just == just_right) x -= static_cast<float>(OGL_string_width(s));
-  watch_text(x, y, s);
+  watch_text(col, x, y, s);
   for (const char c : s) {
     if (c == '\r' || c == '\n' || c == '\t') continue;
     const unsigned char byte = static_cast<unsigned char>(c);
     OGL_char(x, y, s0, t0, cell_dx, cell_dy, byte, charset);
     x += advance > 0 ? advance : static_cast<float>(glyph_widths[byte]);
   }
+}
+
+namespace {
+
+// Calls line(part) for each line that the text takes when it is wrapped.
+template <typename Line>
+void each_line(const font_info& font, std::string_view text, float wrap_dx, Line line) {
+  float pen = 0;
+  size_t start = 0;  // of the line being filled
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    const bool last = i + 1 == text.size();
+    pen += font.advance > 0 ? font.advance
+                            : static_cast<float>(glyph_widths[static_cast<unsigned char>(c)]);
+    bool full = c == '\n' || last;
+    if (!full && is_break(c)) {
+      // The line breaks behind this character if the word after it is reckoned not to fit. A word
+      // wider than the line is drawn all the same, and overruns it.
+      full = guess_word(text, i + 1, pen) > wrap_dx;
+    }
+    if (!full) continue;
+    line(text.substr(start, i + 1 - start));
+    start = i + 1;
+    pen = 0;
+  }
+}
+
+}  // namespace
+
+int OGL_string_lines(const std::string& s, float wrap_dx) {
+  if (PLT_needs_font_text(s)) return OGL_string_lines(PLT_font_text(s), wrap_dx);
+  int count = 0;
+  each_line(fonts[0], s, wrap_dx, [&count](std::string_view) { ++count; });
+  return count;
 }
 
 float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx, int charset,
@@ -194,27 +228,10 @@ float OGL_string(int col, float x, float y, const std::string& s, float wrap_dx,
     return next_y();
   }
 
-  const std::string_view text = s;
-  const float limit = left + wrap_dx;
-  float pen = left;
-  size_t start = 0;  // of the line being filled
-  for (size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    const bool last = i + 1 == text.size();
-    pen += font->advance > 0 ? font->advance
-                             : static_cast<float>(glyph_widths[static_cast<unsigned char>(c)]);
-    bool full = c == '\n' || last;
-    if (!full && is_break(c)) {
-      // The line breaks behind this character if the word after it is reckoned not to fit. A word
-      // wider than the line is drawn all the same, and overruns it.
-      full = guess_word(text, i + 1, pen) > limit;
-    }
-    if (!full) continue;
-    str_one_line(col, left, base, text.substr(start, i + 1 - start), charset, just);
+  each_line(*font, s, wrap_dx, [&](std::string_view line) {
+    str_one_line(col, left, base, line, charset, just);
     base -= line_height;
-    start = i + 1;
-    pen = left;
-  }
+  });
   return next_y();
 }
 

@@ -5,14 +5,19 @@
 #include "corekit/draw/oglp_watch.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "corekit/base/exce.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/mnw.h"
+#include "corekit/draw/TEX_out.h"
 #include "corekit/draw/oglp.h"
+#include "corekit/draw/oglp_draw.h"
 
 bool layout_watched = false;
 
@@ -23,6 +28,7 @@ constexpr float rim = 2;     // of a frame, on which no letter may stand
 
 struct noted_text {
   OGL_rect at;
+  int col;
   std::string text;
   const char* trouble;  // null for none
 };
@@ -30,6 +36,7 @@ std::vector<noted_text> texts;  // of the frame being drawn
 std::vector<OGL_rect> frames;
 std::optional<OGL_rect> clip;
 std::set<std::string> said;
+std::string list_path;  // empty when no list is wanted
 
 bool overlap(const OGL_rect& a, const OGL_rect& b) {
   return a.x0 < b.x1 && b.x0 < a.x1 && a.y0 < b.y1 && b.y0 < a.y1;
@@ -55,14 +62,35 @@ void say(const noted_text& note) {
   xer.flush();
 }
 
+// The file changes in one step, so that a reader sees the texts of one picture.
+void write_list() {
+  std::string all;
+  for (const noted_text& text : texts) {
+    const OGL_rgba color = OGL_color(text.col, 1);
+    const auto byte = [&color](int part) { return std::lround(color.part[part] * 255); };
+    all += str_format("%g %g %g %g %02lx%02lx%02lx ", text.at.x0, text.at.y0, text.at.x1,
+                      text.at.y1, byte(0), byte(1), byte(2)) +
+           text.text + '\n';
+  }
+  TEX_out file(list_path);
+  FILE* const out = file.stream();
+  file.finish(out && std::fwrite(all.data(), 1, all.size(), out) == all.size());
+}
+
 }  // namespace
 
-void watch_text(float x, float base, std::string_view text) {
+void watch_list(const std::string& path) {
+  layout_watched = true;
+  list_path = path;
+}
+
+void watch_text(int col, float x, float base, std::string_view text) {
   if (!layout_watched) return;
   while (!text.empty() && (text.back() == ' ' || text.back() == '\n'))
     text.remove_suffix(1);
   if (text.empty()) return;
   noted_text note = {{x, base, x + static_cast<float>(OGL_string_width(text)), base + ink_dy},
+                     col,
                      std::string(text),
                      nullptr};
   if (clip) {
@@ -106,8 +134,9 @@ void watch_cover() {
   frames.clear();
 }
 
-void watch_shown() {
+void watch_shown(bool is_new) {
   if (!layout_watched) return;
+  if (is_new && !list_path.empty()) write_list();
   for (const noted_text& text : texts) {
     if (text.trouble) say(text);
   }

@@ -111,6 +111,8 @@ void MACIBM_init(int argc, const char* const* argv) {
 
   cmdline.init_unix(argc, argv);
   layout_watched = cmdline.has_option("--check_layout");
+  const std::string list = cmdline.get_option("--list_texts");
+  if (!list.empty()) watch_list(list);
   app_headless = APP.without_window() ? 1 : 0;
   // From here on an alert may open a message box, and not before it is known that one may be shown.
   if (!app_headless) PLT_use_display();

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The gallery: the whole page as a picture without a display, and in a window the wheel, the bar and
 # a widget far down the page.
+SCALE=1 # the page's picture, which the window is held against, has a pixel a unit
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
 mkdir -p "$SCRATCH/bin"

@@ -2,15 +2,17 @@
 #
 # A display of their own (Xvfb with a window manager), a real pointer and real keys (xdotool), and
 # eyes: Xvfb keeps what it shows in a file, so a pixel is read without asking anybody. Places are
-# the wizard's own: pixels of the window, origin at its lower left. Whatever is waited for is
-# looked at every 50th of a second, for WAIT_SECONDS at most.
+# the wizard's own: units of the window, origin at its lower left; SCALE pixels each, 1 unless the
+# environment says 2. Whatever is waited for is looked at every 50th of a second, for WAIT_SECONDS at
+# most.
 
 need_tools Xvfb xdotool openbox xprop setxkbmap import
 
 ART=$(dirname "${BASH_SOURCE[0]}")/../../art
 WAIT_SECONDS=${WAIT_SECONDS:-30}
-SCREEN_DX=1024 SCREEN_DY=768
-WINDOW_DY=600
+SCALE=${SCALE:-1}
+SCREEN_DX=$((1024 * SCALE)) SCREEN_DY=$((768 * SCALE))
+WINDOW_DY=600 # units
 WINDOW=       # the X window of the program
 WINDOW_PID=   # its process
 FRAME_FILE=   # what the display shows, in the form of xwd
@@ -72,6 +74,8 @@ open_window() {
   [ "$1" != skyvane-gallery ] || watch=  # its page is taller than the window, and shows oddities
   path=$(program "$1")
   shift
+  [ "$SCALE" = 1 ] || watch+=" --scale=$SCALE"
+  [ -z "${SHOTS:-}" ] || watch+=" --list_texts=$SCRATCH/texts"
   "$path" "$@" $watch >"$OUT" 2>&1 </dev/null &
   WINDOW_PID=$!
   CHILDREN+=("$WINDOW_PID")
@@ -114,7 +118,9 @@ locate_window() {
 
 # --- hand ------------------------------------------------------------------------------------------
 
-move_to() { xdotool mousemove --window "$WINDOW" "$1" $((WINDOW_DY - 1 - $2)); }
+move_to() {
+  xdotool mousemove --window "$WINDOW" $(($1 * SCALE)) $(((WINDOW_DY - 1 - $2) * SCALE))
+}
 
 click() {
   move_to "$1" "$2"
@@ -135,13 +141,14 @@ press_key() { xdotool key --delay 20 "$@"; }
 
 # --- eye -------------------------------------------------------------------------------------------
 
-# area X Y DX DY: the colours of a rectangle by its lower left, rrggbb, a line each, from the top.
+# area X Y DX DY: the colours of a rectangle by its lower left, rrggbb, a line each, from the top. Of a
+# unit the pixel at its upper left is taken.
 area() {
   local LEFT TOP row first
   locate_window
   for ((row = $2 + $4 - 1; row >= $2; --row)); do
-    first=$(((TOP + WINDOW_DY - 1 - row) * SCREEN_DX + LEFT + $1))
-    od -An -v -w4 -tx1 -j $((FRAME_START + first * 4)) -N $(($3 * 4)) "$FRAME_FILE"
+    first=$(((TOP + (WINDOW_DY - 1 - row) * SCALE) * SCREEN_DX + LEFT + $1 * SCALE))
+    od -An -v -w$((4 * SCALE)) -tx1 -j $((FRAME_START + first * 4)) -N $(($3 * SCALE * 4)) "$FRAME_FILE"
   done | awk '{ print $3 $2 $1 }'
 }
 
@@ -159,6 +166,13 @@ picture_differs() {
 # picture_pixel FILE X Y: of a picture, counted from its upper left, as rrggbb.
 picture_pixel() {
   convert "$1" -crop "1x1+$2+$3" +repage -alpha off -depth 8 rgb:- | od -An -tx1 | tr -d ' \n'
+}
+
+# art_pixel NAME X Y: the same of a picture of the wizard's own, in units.
+art_pixel() {
+  local file=$ART/$1.png
+  [ "$SCALE" = 1 ] || file=$ART/$1@${SCALE}x.png
+  picture_pixel "$file" $(($2 * SCALE)) $(($3 * SCALE))
 }
 
 # wait_step N: until step N of the list at the left is lit: its letters are blue.
@@ -180,11 +194,20 @@ wait_file_text() { wait_for "\"$2\" in $1" grep -qsF -- "$2" "$1"; }
 screenshot() {
   local LEFT TOP
   locate_window
-  convert "xwd:$FRAME_FILE" -crop "800x$WINDOW_DY+$LEFT+$TOP" +repage "png24:$1"
+  convert "xwd:$FRAME_FILE" -crop "$((800 * SCALE))x$((WINDOW_DY * SCALE))+$LEFT+$TOP" +repage "png24:$1"
 }
 
-# shot NAME: the same into the folder SHOTS, for those who want to see the pages; else nothing.
-shot() { [ -z "${SHOTS:-}" ] || screenshot "$SHOTS/$1.png"; }
+# shot NAME: the same into the folder SHOTS, for those who want to see the pages; else nothing. Beside
+# it NAME.texts, where its texts are; the picture is taken again until it was one with its list.
+shot() {
+  [ -n "${SHOTS:-}" ] || return 0
+  local try
+  for try in {1..10}; do
+    cp "$SCRATCH/texts" "$SHOTS/$1.texts"
+    screenshot "$SHOTS/$1.png"
+    ! cmp -s "$SCRATCH/texts" "$SHOTS/$1.texts" || return 0
+  done
+}
 
 # --- the wizard's bottom row -----------------------------------------------------------------------
 press_quit() { click_away 55 23; }
@@ -196,8 +219,8 @@ press_last_quit() { click_away 695 23; }
 # half mixed with the sky behind it. (A reading may come between two frames, when the sky alone is
 # there, and so neither is taken for the other's absence.)
 NEXT_X=675 NEXT_Y=20
-FACE_OPEN=$(picture_pixel "$ART/elements.png" $((NEXT_X - 670 + 150)) $((69 - (NEXT_Y - 12 + 46))))
-SKY_BEHIND=$(picture_pixel "$ART/background.png" "$NEXT_X" $((WINDOW_DY - 1 - NEXT_Y)))
+FACE_OPEN=$(art_pixel elements $((NEXT_X - 670 + 150)) $((69 - (NEXT_Y - 12 + 46))))
+SKY_BEHIND=$(art_pixel background "$NEXT_X" $((WINDOW_DY - 1 - NEXT_Y)))
 next_is_open() { shows "$NEXT_X" "$NEXT_Y" "$FACE_OPEN"; }
 next_is_grey() {
   local seen at mixed

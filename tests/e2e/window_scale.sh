@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The window at twice its size, and at a size and shape that the user gives it: the picture keeps its
 # shape, and the pointer finds what it is on.
+SCALE=1 # the sizes here are pixels
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
 export HOME=$SCRATCH/home

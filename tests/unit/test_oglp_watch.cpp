@@ -7,6 +7,7 @@
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/window/hl_mnw.h"
+#include "tests/unit/test_files_scratch.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {
@@ -19,7 +20,7 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
   const float width = static_cast<float>(OGL_string_width(word));
   const auto frame_then = [](float x, float y, const std::string& text) {
     watch_frame(button);
-    watch_text(x, y, text);
+    watch_text(col_black, x, y, text);
   };
   const struct {
     const char* label;
@@ -32,7 +33,7 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
       {"across its left edge", [&] { frame_then(95, 106, "Cancel"); }, "over an edge"},
       {"a button over it",
        [&] {
-         watch_text(120, 106, word);
+         watch_text(col_black, 120, 106, word);
          watch_frame(button);
        },
        "under a picture"},
@@ -44,17 +45,17 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
        ""},
       {"two lines too near",
        [&] {
-         watch_text(10, 50, word);
-         watch_text(10, 43, word);
+         watch_text(col_black, 10, 50, word);
+         watch_text(col_black, 10, 43, word);
        },
        "over a text"},
-      {"beyond it", [&] { watch_text(801 - width, 0, word); }, "beyond the window"},
+      {"beyond it", [&] { watch_text(col_black, 801 - width, 0, word); }, "beyond the window"},
       {"a name in a field that shows part of it",
        [&] {
          watch_frame({100, 100, 130, 120});
          const OGL_rect field = {103, 103, 127, 117};
          watch_clip(&field);
-         watch_text(103, 106, word);
+         watch_text(col_black, 103, 106, word);
          watch_clip(nullptr);
        },
        ""},
@@ -62,7 +63,7 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
        [&] {
          const OGL_rect panel = {0, 50, 800, 100};
          watch_clip(&panel);
-         watch_text(10, 45, word);
+         watch_text(col_black, 10, 45, word);
          watch_clip(nullptr);
        },
        "cut off"},
@@ -82,7 +83,7 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
       log_capture log;
       watch_frame(window);
       row.draw();
-      watch_shown();
+      watch_shown(true);
       const std::string said = log.text();
       if (!watched || *row.said == '\0') {
         EXPECT_EQ(said, "") << row.label;
@@ -91,6 +92,25 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
       }
     }
   }
+  layout_watched = false;
+}
+
+TEST(Layout, TheTextsOfTheShownPictureAreListed) {
+  const scratch_folder folder;
+  const std::string path = folder / "texts";
+  watch_list(path);
+  const auto show = [](const char* text, bool is_new) {
+    watch_text(col_red, 10, 50, text);
+    watch_shown(is_new);
+  };
+  const std::string width = std::to_string(10 + OGL_string_width("One fine day"));
+  show("One fine day ", true);
+  EXPECT_EQ(content_of(path), "10 50 " + width + " 58 ff3333 One fine day\n");
+  show("Never seen", false);
+  EXPECT_EQ(content_of(path), "10 50 " + width + " 58 ff3333 One fine day\n");
+  watch_list("");
+  show("Nor listed", true);
+  EXPECT_EQ(content_of(path), "10 50 " + width + " 58 ff3333 One fine day\n");
   layout_watched = false;
 }
 
