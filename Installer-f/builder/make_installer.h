@@ -16,6 +16,10 @@
 //   make_installer_say.h      progress, notices, alerts
 //   make_installer_bld.h      bld: what a build is told, has found, and how far it is
 //   make_installer_servers.h  the server list
+//   make_installer_sign.h     signatures of a master and of a server list
+//   make_installer_sums.h     what a signature stands on: the archives, read back
+//   make_installer_key.h      the makers' secret key
+//   make_installer_password.h its password
 //
 // Everything belongs to the main thread, which a build blocks, but for the packing. Each file of
 // the list includes only those below it. A build scans all of the tree before it writes anything,

@@ -20,11 +20,13 @@
 #include "Installer-f/builder/make_installer_reuse.h"
 #include "Installer-f/builder/make_installer_say.h"
 #include "Installer-f/builder/make_installer_servers.h"
+#include "Installer-f/builder/make_installer_sign.h"
 #include "Installer-f/builder/make_installer_tree.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/hl_run.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
+#include "corekit/files/sign.h"
 
 namespace {
 
@@ -44,6 +46,15 @@ constexpr char flag_reuse[] = "--reuse";
 constexpr char flag_verify[] = "--verify_reuse";
 constexpr char flag_verify_2[] = "--verify-reuse";  // the same
 constexpr char flag_threads[] = "--threads";
+constexpr char flag_sign[] = "--sign";
+constexpr char flag_password[] = "--sign_password_fd";
+constexpr char flag_serial[] = "--sign_serial";
+constexpr char flag_days[] = "--sign_days";
+constexpr char flag_statement[] = "--sign_statement";
+constexpr char flag_master[] = "--sign_master";
+constexpr char flag_sign_list[] = "--sign_list";
+constexpr char flag_final[] = "--sign_final";
+constexpr char flag_beta[] = "--sign_beta";
 
 constexpr int threads_limit = 256;
 constexpr int disk_kb_limit = 2'000'000'000;  // 2 terabytes a disc, far above any medium
@@ -212,7 +223,63 @@ complaint check_spelling() {
   return {};
 }
 
-complaint read_flags(std::string* list_path) {
+// --- signing ------------------------------------------------------------------------------------
+
+struct sign_flags {
+  maker_key key;
+  sign_order order;
+  bool is_wanted = false;
+  std::string master, list;  // to be signed as they are; empty: none
+};
+
+complaint read_serial(int64_t* serial) {
+  if (!cmdline.has_option(flag_serial)) return {};
+  const std::string text = cmdline.get_option(flag_serial);
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *serial);
+  if (error == std::errc() && end == text.data() + text.size() && *serial > 0 &&
+      *serial <= sign_most_serial) {
+    return {};
+  }
+  return str_format("%s needs a whole number above 0, not \"%s\".", flag_serial, text.c_str());
+}
+
+// A build may take hours: the key, its password and the serial are looked at before it begins.
+complaint read_sign_flags(sign_flags* sign, std::string* list_path) {
+  int password_fd = -1;
+  std::string key_path;
+  complaint wrong = read_path(flag_sign, false, &key_path);
+  if (wrong.empty()) wrong = read_number(flag_password, 0, INT_MAX, &password_fd);
+  if (wrong.empty()) wrong = read_serial(&sign->order.serial);
+  if (wrong.empty()) wrong = read_number(flag_days, 1, 10000, &sign->order.days);
+  if (wrong.empty()) wrong = read_path(flag_statement, false, &sign->order.statement);
+  if (wrong.empty()) wrong = read_path(flag_final, false, &sign->order.final_program);
+  if (wrong.empty()) wrong = read_path(flag_beta, false, &sign->order.beta_program);
+  if (wrong.empty()) wrong = read_path(flag_master, true, &sign->master);
+  if (wrong.empty()) wrong = read_path(flag_sign_list, false, &sign->list);
+  if (wrong.empty()) wrong = read_source_date();
+  if (!wrong.empty()) return wrong;
+
+  sign->is_wanted = !key_path.empty() || !sign->order.statement.empty();
+  const bool has_work = cmdline.has_option(flag_build) || !list_path->empty() ||
+                        !sign->master.empty() || !sign->list.empty();
+  if (!sign->is_wanted && !(sign->master.empty() && sign->list.empty()))
+    return "Signing needs a key, --sign=KEYFILE, or a file for the statement, "
+           "--sign_statement=FILE.";
+  if (!sign->is_wanted) return {};
+  if (!has_work) return "There is nothing to sign.";
+  if (!key_path.empty() && !sign->order.statement.empty())
+    return "--sign and --sign_statement are two ways: the key signs, or it is elsewhere.";
+  if (!sign->order.statement.empty() &&
+      (cmdline.has_option(flag_build) || sign->master.empty() == sign->list.empty())) {
+    return "--sign_statement is for one --sign_master or one --sign_list.";
+  }
+  const int64_t serial = sign->order.serial;
+  if (cmdline.has_option(flag_build) && serial > 0 && serial <= signed_serial(bld.old_dir_path))
+    return "--sign_serial is not above that of the previous release: installers would refuse it.";
+  return key_path.empty() ? complaint() : sign->key.read(key_path, password_fd);
+}
+
+complaint read_flags(std::string* list_path, sign_flags* sign) {
   if (complaint unknown = check_spelling(); !unknown.empty()) return unknown;
   const bool want_build = cmdline.has_option(flag_build);
   int type = bld.fog_fals;
@@ -226,21 +293,39 @@ complaint read_flags(std::string* list_path) {
     wrong = read_path(flag_list, false, list_path);
     if (wrong.empty()) wrong = server_list_complaint(cmdline.get_option(flag_mirrors));
   }
+  if (wrong.empty()) wrong = read_sign_flags(sign, list_path);
   return wrong;
 }
 
-int run(const std::string& list_path) {
+int sign_what_is_there(const sign_flags& sign) {
+  int status = build_done;
+  if (!sign.master.empty()) status = sign_master(sign.master, sign.key, sign.order);
+  if (status == build_done && !sign.list.empty())
+    status = sign_server_list(sign.list, sign.key, sign.order);
+  return status;
+}
+
+int run(const std::string& list_path, const sign_flags& sign) {
   if (cmdline.has_option(flag_build)) {
     if (cmdline.has_option(flag_previous) && bld.fog_fals != install_base &&
         !bld.old_dir_path.empty()) {
       builder_notice(
           "The previous manifest is not used: only a build of type 0 carries the history on.");
     }
-    const int status = build_install();
+    int status = build_install();
+    if (status == build_done && sign.is_wanted && !bld.check_only)
+      status = sign_master(bld.dst_fold_base, sign.key, sign.order);
     if (status != build_done) return status;
   }
-  if (!cmdline.has_option(flag_list) || bld.check_only) return build_done;
-  return write_server_list(list_path, bld.build_name[bld.reg], cmdline.get_option(flag_mirrors));
+  if (bld.check_only) return build_done;
+  if (cmdline.has_option(flag_list)) {
+    int status =
+        write_server_list(list_path, bld.build_name[bld.reg], cmdline.get_option(flag_mirrors));
+    if (status == build_done && sign.is_wanted)
+      status = sign_server_list(list_path, sign.key, sign.order);
+    if (status != build_done) return status;
+  }
+  return sign_what_is_there(sign);
 }
 
 }  // namespace
@@ -249,9 +334,10 @@ int run_master_builder() {
   constexpr int flags_make_no_sense = 2;
   g_case_sensitive = 0;
   std::string list_path;
-  const complaint wrong = read_flags(&list_path);
+  sign_flags sign;
+  const complaint wrong = read_flags(&list_path, &sign);
   if (!wrong.empty()) builder_notice(wrong);
-  const int status = wrong.empty() ? run(list_path) : flags_make_no_sense;
+  const int status = wrong.empty() ? run(list_path, sign) : flags_make_no_sense;
   if (cmdline.has_option(flag_json)) print_summary(status, wrong);
   return status;
 }

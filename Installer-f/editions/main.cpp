@@ -119,10 +119,11 @@ int run(int argc, char** argv) {
   take_handed_over_path(argc, argv);
   locate_all_skyvanes();
 
-  const int status =
-      cmdline.has_option("--build_master") || cmdline.has_option("--write_server_list")
-          ? run_builder()
-          : run_wizard(argc, argv);
+  bool is_for_makers = false;
+  for (const char* const flag :
+       {"--build_master", "--write_server_list", "--sign_master", "--sign_list"})
+    is_for_makers |= cmdline.has_option(flag);
+  const int status = is_for_makers ? run_builder() : run_wizard(argc, argv);
   MACIBM_finishup(1);
   return status;
 }

@@ -103,6 +103,7 @@ int make_dirs() {
     clear_for_link(*gate, std::string(framework) + "Versions/", "Current");
   for (const char* framework : frameworks)
     clear_for_link(*gate, framework, "Resources");
+  trust_note_copy(dest_dir_path);
   log_gate_notes(*gate);
   return 0;
 }

@@ -176,6 +176,8 @@ dvd_unpack_task::dvd_unpack_task(int32_t index, std::shared_ptr<gate_class> copy
   // packing.
   most_archive_ = place_budget(record_->zip_kb);
   if (suffix != ".zip") most_archive_ = std::max(most_archive_, 2 * place_budget(record_->raw_kb));
+  sum_ = trust_sum(file_index);
+  if (sum_) most_archive_ = sum_->archive_bytes;
 }
 
 dvd_unpack_task::~dvd_unpack_task() {
@@ -231,7 +233,7 @@ void dvd_unpack_task::unpack_archive() {
   // What failed before passes through here only to be reported.
   if (outcome_ == went_well) {
     const place_order order{std::string_view(dest_file).substr(base_), record_->sig_want,
-                            place_budget(record_->raw_kb)};
+                            place_budget(record_->raw_kb), sum_};
     io_handle file;
     if (!copy_) {
       error_code = ENOENT;

@@ -17,6 +17,7 @@
 #include "corekit/base/UTL_workers.h"
 #include "corekit/files/io_gate.h"
 
+struct file_sum;
 struct file_version_struct;
 
 inline constexpr int disc_queue_limit = 30;  // tasks that each pool holds at most
@@ -79,8 +80,9 @@ class dvd_unpack_task : public UTL_work_task {
 
   size_t base_;  // characters of dest_file that are the destination's
   std::shared_ptr<gate_class> copy_, temp_;
-  file_version_struct* record_;  // the worker writes its sig_have and sig_match
-  uint64_t most_archive_;        // bytes
+  file_version_struct* record_;    // the worker writes its sig_have and sig_match
+  uint64_t most_archive_;          // bytes
+  const file_sum* sum_ = nullptr;  // what the archive must be; null: anything
   std::unique_ptr<unsigned char[]> archive_;
   size_t archive_size_ = 0;
   bool in_temp_ = false;

@@ -23,49 +23,8 @@
 
 namespace {
 
-constexpr std::string_view manifest_name = "directory.txt";
-constexpr uint64_t most_manifest = 512u << 20;
-
 constexpr int code_no_archive = 20001, code_bad_archive = 20002, code_no_memory = 12,
               code_too_large = 27;
-
-place_result result_of(single_outcome outcome) {
-  switch (outcome) {
-    case single_ok:
-      return {};
-    case single_no_archive:
-      return {place_damaged, code_no_archive};
-    case single_damaged:
-      return {place_damaged, code_bad_archive};
-    case single_empty:
-      return {place_empty, code_no_archive};
-    case single_too_large:
-      return {place_too_large, code_too_large};
-    case single_other_file:
-      return {place_other_file, code_bad_archive};
-    case single_no_memory:
-      return {place_no_memory, code_no_memory};
-    case single_unread:
-      break;
-  }
-  return {place_unread, errno != 0 ? errno : EIO};
-}
-
-place_result result_of_gate(int code) {
-  switch (code) {
-    case 0:
-      return {};
-    case gate_below_link:
-      return {place_below_link, code};
-    case gate_leads_out:
-      return {place_refused_link, code_bad_archive};
-    case ENOSPC:
-    case EDQUOT:
-      return {place_disk_full, ENOSPC};
-    default:
-      return {place_cannot_write, code};
-  }
-}
 
 bool has_signature(const single_file& file, const file_sig& sig_want) {
   MD5_state state;
@@ -105,33 +64,19 @@ class large_turn {
 
 place_result place_unpacked(gate_class& gate, const unsigned char* archive, size_t size,
                             const place_order& order) {
+  if (order.sum && !order.sum->is_of(archive, size)) return {place_not_signed_for, sign_wrong};
   single_file file;
   if (const auto outcome = io_read_single(archive, size, order.most, file)) {
-    return result_of(outcome);
+    return place_result_of(outcome);
   }
+  if (order.sum && !order.sum->is_of_content(file)) return {place_not_signed_for, sign_wrong};
   if (!has_signature(file, order.sig_want)) return {place_wrong_signature, code_bad_archive};
   if (file.is_link) {
     const std::string target(reinterpret_cast<const char*>(file.bytes), file.size);
-    return result_of_gate(gate.put_link(order.path, target));
+    return place_result_of_gate(gate.put_link(order.path, target));
   }
-  return result_of_gate(
+  return place_result_of_gate(
       gate.put_file(order.path, file.bytes, file.size, {mode_of(file, order.path), file.modified}));
-}
-
-place_result read_manifest(const std::string& zip_path, single_file& file) {
-  const io_handle archive(
-      open((app_path + zip_path).c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (!archive) return {place_unread, errno};
-  const unsigned char* bytes = nullptr;
-  size_t size = 0;
-  if (const auto outcome = io_load_archive(archive.get(), most_manifest, bytes, size)) {
-    return result_of(outcome);
-  }
-  if (const auto outcome = io_read_single(bytes, size, most_manifest, file)) {
-    return result_of(outcome);
-  }
-  if (file.name != manifest_name || file.is_link) return result_of(single_other_file);
-  return file.size == 0 ? result_of(single_empty) : place_result();
 }
 
 // Main thread.
@@ -149,6 +94,44 @@ bool release_ships(std::string_view path) {
 }
 
 }  // namespace
+
+place_result place_result_of(single_outcome outcome) {
+  switch (outcome) {
+    case single_ok:
+      return {};
+    case single_no_archive:
+      return {place_damaged, code_no_archive};
+    case single_damaged:
+      return {place_damaged, code_bad_archive};
+    case single_empty:
+      return {place_empty, code_no_archive};
+    case single_too_large:
+      return {place_too_large, code_too_large};
+    case single_other_file:
+      return {place_other_file, code_bad_archive};
+    case single_no_memory:
+      return {place_no_memory, code_no_memory};
+    case single_unread:
+      break;
+  }
+  return {place_unread, errno != 0 ? errno : EIO};
+}
+
+place_result place_result_of_gate(int code) {
+  switch (code) {
+    case 0:
+      return {};
+    case gate_below_link:
+      return {place_below_link, code};
+    case gate_leads_out:
+      return {place_refused_link, code_bad_archive};
+    case ENOSPC:
+    case EDQUOT:
+      return {place_disk_full, ENOSPC};
+    default:
+      return {place_cannot_write, code};
+  }
+}
 
 uint64_t place_budget(float kb) {
   constexpr float most_kb = 1e9f;                          // a terabyte
@@ -168,21 +151,9 @@ place_result place_archive_file(gate_class& gate, int archive, uint64_t most_arc
   const unsigned char* bytes = nullptr;
   size_t size = 0;
   if (const auto outcome = io_load_archive(archive, most_archive, bytes, size)) {
-    return result_of(outcome);
+    return place_result_of(outcome);
   }
   return place_unpacked(gate, bytes, size, order);
-}
-
-place_result place_manifest(const std::string& zip_path) {
-  gate_class folder;
-  if (const int code = folder.open(temp_path)) return {place_cannot_write, code};
-  const int removed = folder.remove_file(manifest_name);
-  if (removed != 0 && removed != ENOENT) return {place_cannot_write, removed};
-  single_file file;
-  if (const place_result result = read_manifest(zip_path, file); result.outcome != place_ok) {
-    return result;
-  }
-  return result_of_gate(folder.put_file(manifest_name, file.bytes, file.size));
 }
 
 void remove_temp_file(std::string_view path) {

@@ -13,9 +13,11 @@
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_trouble.h"
+#include "Installer-f/engine/utils_trust.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
+#include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
@@ -106,6 +108,17 @@ void tell_no_beta() {
                  t_alert, at_no_beta);
 }
 
+// Told once a run: whoever sits between may have gone the next time.
+void tell_untrusted_list() {
+  static bool told = false;
+  if (told) return;
+  told = true;
+  __MACIBM_alert(0, "The list of servers cannot be trusted, and I do not use it.",
+                 UTL_translate_string("Error: ") + UTL_translate_string(error_str(list_verdict())),
+                 "Somebody may have changed it on its way, or the server that it comes from.",
+                 "I will go on trying.", t_alert, at_untrusted_list);
+}
+
 // As if the list had not come: it leads nowhere, and is fetched again, though not at once.
 void drop_list() {
   stg.server_count = -1;
@@ -138,6 +151,10 @@ void fetch_list() {
     case list_refused:
       new_format(list);
       return;
+    case list_untrusted:
+      tell_untrusted_list();
+      drop_list();
+      return;
     case list_lacks_beta:
       tell_no_beta();
       drop_list();
@@ -159,6 +176,10 @@ void fetch_list() {
 
 // --- manifest ------------------------------------------------------------------------------------
 
+bool is_missing(const net_trouble& trouble) {
+  return trouble.kind == net_status && (trouble.code == 404 || trouble.code == 410);
+}
+
 // The mirror has failed, and the others are asked first. True when none is left: all have failed,
 // and what came was `wrong` from at least one of them.
 bool manifest_failed(bool wrong) {
@@ -172,14 +193,33 @@ bool manifest_failed(bool wrong) {
   return is_news;
 }
 
+void tell_untrusted_manifest(int code, const std::string& zip) {
+  __MACIBM_alert(0, "The list of files cannot be trusted, and nothing was installed from it.",
+                 UTL_translate_string("Error: ") + UTL_translate_string(error_str(code)),
+                 "Somebody may have changed it on its way, or the server that it comes from.",
+                 UTL_translate_string("Compressed File/") + zip, t_alert, at_untrusted_manifest);
+}
+
+// What the makers have not signed, or have signed once and replaced, is no better than a damaged
+// one.
+void manifest_is_untrusted(int code, const std::string& zip) {
+  const std::string& server = server_name[manifest.mirror];
+  xer << "WARNING: " << server << " has a list of files that I do not take: " << error_str(code)
+      << '\n';
+  if (manifest_failed(true)) tell_untrusted_manifest(code, zip);
+}
+
 void take_manifest(const std::string& zip, const std::string& server, const std::string& path) {
-  const place_result result = place_manifest(zip);
+  const place_result result =
+      trust_is_on() ? place_signed_manifest(zip, dest_dir_path) : place_manifest(zip);
   if (result.outcome != place_ok) {
     trouble_note(place_is_wrong_content(result.outcome) ? trouble_of_content(server, path)
                                                         : trouble_here(temp_path, result.code));
   }
   if (result.outcome == place_ok) {
     set_directory_state(manifest_unpacked);  // its mirror has delivered once it is read
+  } else if (result.outcome == place_untrusted) {
+    manifest_is_untrusted(result.code, zip);
   } else if (!place_is_wrong_content(result.outcome)) {
     tell_no_place(result.code, zip);
     manifest.mirror = no_mirror;
@@ -199,15 +239,18 @@ void fetch_manifest() {
     if (manifest.mirror == no_mirror) return;
     http.drop(manifest_slot);
   }
-  const std::string zip = temp_path + "directory.txt.zip";
+  const std::string name = manifest_archive_asked_for();
+  const std::string zip = temp_path + name;
   const std::string& server = server_name[manifest.mirror];
-  const std::string path = server_path[manifest.mirror] + "directory.txt.zip";
+  const std::string path = server_path[manifest.mirror] + name;
   switch (fetch(manifest_slot, server, path, zip, manifest_budget)) {
     case http_failed:
       note_failure(manifest_slot, server, path, zip);
       if (const int code = http.disk_failure(manifest_slot)) {
         tell_no_place(code, zip);
         manifest.mirror = no_mirror;
+      } else if (trust_is_on() && is_missing(http.trouble(manifest_slot))) {
+        manifest_is_untrusted(sign_unsigned, zip);
       } else {
         manifest_failed(false);
       }
@@ -225,7 +268,13 @@ void read_manifest() {
   const directory_outcome outcome =
       read_directory(plain, UTL_translate_string("Scanning directory text file to see if you "
                                                  "already have the latest version..."));
+  if (outcome == directory_loaded && !trust_take_sums()) {
+    set_directory_state(manifest_none);
+    manifest_is_untrusted(sign_malformed, temp_path + signed_manifest_archive);
+    return;
+  }
   if (outcome != directory_foreign) {
+    if (const sign_statement* const statement = trust_statement()) sign_tell_expired(*statement, 0);
     mirror_delivered(manifest.mirror);
     if (manifest.mirror != no_mirror) trouble_ended(server_name[manifest.mirror]);
     manifest = {};
@@ -233,7 +282,7 @@ void read_manifest() {
     return;
   }
   if (manifest.mirror != no_mirror) {
-    const std::string path = server_path[manifest.mirror] + "directory.txt.zip";
+    const std::string path = server_path[manifest.mirror] + manifest_archive_asked_for();
     trouble_note(trouble_of_content(server_name[manifest.mirror], path));
   }
   manifest_failed(false);

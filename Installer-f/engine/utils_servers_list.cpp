@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "Installer-f/engine/utils_trust.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
@@ -126,7 +127,28 @@ int read_header(xmap_class& map) {
   }
 }
 
+sign_verdict verdict = sign_good;
+
+// Only what is signed is read, and nothing before its signature has been found good.
+bool take_signed_part(xmap_class& map) {
+  verdict = sign_good;
+  if (!trust_is_on()) return true;
+  const auto* const text = reinterpret_cast<const char*>(map.file_start);
+  const std::string_view list(text, static_cast<size_t>(map.file_end - map.file_start));
+  sign_statement statement;
+  verdict = sign_accept_list(list, statement);
+  if (verdict != sign_good) return false;
+  sign_tell_expired(statement, 0);
+  const ptrdiff_t at = map.cursor - map.file_start;
+  map.look_at(text + at, text + sign_list_body(list).size());
+  return true;
+}
+
 }  // namespace
+
+sign_verdict list_verdict() {
+  return verdict;
+}
 
 bool release_is_plain(std::string_view name) {
   constexpr size_t longest = 255;
@@ -137,6 +159,7 @@ bool release_is_plain(std::string_view name) {
 int read_server_list(const std::string& path) {
   xmap_class map(path);
   if (const int kind = read_header(map); kind != list_read) return kind;
+  if (!take_signed_part(map)) return list_untrusted;
   stg.server_count = 0;
   std::string beta, release;
   while (map.cursor < map.file_end) {

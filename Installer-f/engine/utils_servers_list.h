@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 
+#include "corekit/files/sign.h"
+
 inline constexpr int server_limit = 10;                   // mirrors that count
 inline constexpr int64_t server_list_budget = 1'000'000;  // bytes of a list
 
@@ -29,9 +31,12 @@ enum server_list_result {
   list_foreign = -1,  // not a list of ours, or too large, or it cannot be read
   list_refused = 0,   // one of ours, in another version of the format
   list_read = 1,
-  list_lacks_beta = 2  // read, but stg.beta_flag is set and only a public release is there
+  list_lacks_beta = 2,  // read, but stg.beta_flag is set and only a public release is there
+  list_untrusted = 3    // one of ours, but not signed as it must be: list_verdict tells how
 };
 int read_server_list(const std::string& path);
+// What the last list's signature was, where keys are built in; sign_good without.
+sign_verdict list_verdict();
 
 // Whether a release may have this name: a folder's name on a server or a disc, and the default for
 // one on the hard drive, so that it leads nowhere else.

@@ -65,9 +65,15 @@ constexpr uint64_t most_in_memory = 4'000'000;
 constexpr int most_rounds = 2;
 constexpr int code_too_large = 27;  // as of an archive on the disk
 
+// Bytes that the stream's archive may have: all that its signature leaves it, if there is one.
+uint64_t most_archive(int s, const file_version_struct& file) {
+  const file_sum* const sum = trust_sum(next.stream_file[s]);
+  return sum ? std::max<uint64_t>(sum->archive_bytes, 1) : place_budget(file.zip_kb);
+}
+
 // Where the stream's archive goes; empty for memory.
 std::string archive_path(int s, const file_version_struct& file) {
-  if (place_budget(file.zip_kb) <= most_in_memory) return "";
+  if (most_archive(s, file) <= most_in_memory) return "";
   return temp_path + static_cast<char>('0' + s) + ".zip";
 }
 
@@ -225,11 +231,12 @@ bool begin_unpacking(int s, const file_version_struct& file) {
   task->file = stream.file;
   task->archive_path = archive_path(s, file);
   if (task->archive_path.empty()) task->archive.swap(http.body(first_stream_slot + s));
-  task->most_archive = place_budget(file.zip_kb);
+  task->most_archive = most_archive(s, file);
   task->gate = gate;
   task->path = path_in_copy(stream);
   task->sig_want = file.sig_want;
   task->most = place_budget(file.raw_kb);
+  task->sum = trust_sum(stream.file);
   stream.is_unpacking = true;
   unpack_enqueue(std::move(task));
   return true;
@@ -264,7 +271,7 @@ bool fetch(int s, const file_version_struct& file) {
   }
   const int slot = first_stream_slot + s;
   switch (http.net_check(slot, server_name[stream.mirror], stream.remote, archive_path(s, file),
-                         static_cast<int64_t>(place_budget(file.zip_kb)))) {
+                         static_cast<int64_t>(most_archive(s, file)))) {
     case http_running:
       note_progress(slot, file.zip_kb);
       // Asked since the last failure, and it answers.

@@ -29,7 +29,8 @@ class unpack_task : public UTL_work_task {
   std::shared_ptr<gate_class> gate;
   std::string path;  // of the file, below the destination
   file_sig sig_want;
-  uint64_t most = 0;  // bytes that the file may become
+  uint64_t most = 0;              // bytes that the file may become
+  const file_sum* sum = nullptr;  // what the archive must be; stands until all tasks are back
 
   place_result result;  // set by the worker
 };

@@ -12,8 +12,10 @@
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_ask.h"
 #include "Installer-f/wizard/main_launch.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
+#include "Installer-f/wizard/main_unattended_say.h"
 #include "Installer-f/wizard/main_wizard.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_translate.h"
@@ -125,6 +127,38 @@ void read_disc_label(const std::string& path) {
   }
 }
 
+// A disc that is not signed, where this program has the keys of those who sign.
+bool may_use_unsigned() {
+  const std::string question =
+      tr("The list of files on this disc is not signed by the makers of Skyvane.\n\nIt may be an "
+         "old disc, or one that somebody else has made. Install from it only if you know where it "
+         "comes from.");
+  if (stand_in) {
+    complain(on_one_page(question));
+    if (!answers.allow_unsigned) complain(tr("\"--allow_unsigned\" would use it all the same."));
+    return answers.allow_unsigned;
+  }
+  return abort_alert(question, tr("Continue"), tr("with this disc, at my own risk."), tr("Cancel"),
+                     tr("and use nothing of this disc.")) == 1;
+}
+
+// The manifest of the release in `folder`; `zip` receives the path of its archive. A disc that was
+// signed long ago is as good as ever: it is what the user holds in his hand.
+place_result place_disc_manifest(const std::string& folder, std::string& zip) {
+  zip = folder + signed_manifest_archive;
+  if (trust_is_on() && file_exists(zip)) return place_signed_manifest(zip, "");
+  zip = folder + manifest_archive;
+  if (trust_is_on() && !may_use_unsigned()) return {place_untrusted, sign_unsigned};
+  return place_manifest(zip);
+}
+
+void end_by_manifest(int code, const std::string& zip) {
+  const std::string plain = temp_path + "directory.txt";
+  __MACIBM_alert(win_main, "DVD scan: The installer cannot extract a file.",
+                 tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
+                 tr("Destination Path/") + plain, t_exit, at_disc_manifest_archive);
+}
+
 // Takes the last component off a folder's path; empty once nothing is left.
 std::string parent_folder(std::string path) {
   if (!path.empty() && path.back() == '/') path.pop_back();
@@ -174,16 +208,20 @@ void UTIL_scan_dvd() {
   if (install_name == no_install_name || stg.directory_state != manifest_none) return;
   if (dvd_path.empty()) return;
 
-  const std::string zip = dvd_path + install_name + "/directory.txt.zip";
-  const std::string plain = temp_path + "directory.txt";
-  if (const int code = place_manifest(zip).code) {
-    __MACIBM_alert(win_main, "DVD scan: The installer cannot extract a file.",
-                   tr("Error: ") + tr(error_str(code)), tr("Compressed File/") + zip,
-                   tr("Destination Path/") + plain, t_exit, at_disc_manifest_archive);
+  std::string zip;
+  const int code = place_disc_manifest(dvd_path + install_name + "/", zip).code;
+  if (code == sign_unsigned) {  // the user has said that he will not have it
+    set_directory_state(manifest_refused);
+    return;
   }
+  if (code != 0) end_by_manifest(code, zip);
+  const std::string plain = temp_path + "directory.txt";
   const directory_outcome outcome = read_directory(
       plain, UTL_translate_string(
                  "Scanning directory text file to see if you already have Skyvane installed..."));
+  if (outcome == directory_loaded && !trust_take_sums()) end_by_manifest(sign_malformed, zip);
+  if (const sign_statement* const statement = trust_statement())
+    sign_tell_expired(*statement, win_main);
   // A disc whose list is none of ours is no disc of ours.
   set_directory_state(outcome == directory_loaded ? manifest_loaded : manifest_refused);
 }

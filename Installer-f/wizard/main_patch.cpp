@@ -11,6 +11,7 @@
 #include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_trouble.h"
+#include "Installer-f/engine/utils_trust.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_patch_answers.h"
 #include "corekit/Platform/PLT_system.h"
@@ -125,6 +126,12 @@ void show_transfer(const patch_flow& flow, wizard_screen& screen) {
 // not be made, or another program works on the copy. That one leads back, too, and not on: a copy
 // that was verified is locked since then, so here it is a new one that somebody else has begun.
 bool begin_transfer(const patch_flow& flow) {
+  // The manifest may have come when another copy was chosen.
+  if (trust_is_behind(dest_dir_path)) {
+    __MACIBM_alert(0, "This copy has had a newer release than the one that the servers offer now.",
+                   dest_dir_path, "I leave it as it is.", "", t_alert, at_untrusted_manifest);
+    return false;
+  }
   if (!choose_files_again()) return false;
   if (flow.is_new_copy) register_new_skyvane();
   if (make_dirs() != 0) return false;

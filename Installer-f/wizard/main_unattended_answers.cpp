@@ -118,6 +118,7 @@ bool read_name() {
 }  // namespace
 
 int unattended_read_answers() {
+  answers.allow_unsigned = cmdline.has_option("--allow_unsigned");
   answers.check = cmdline.has_option("--check");
   // Who only looks agrees to nothing, and need not.
   answers.accept_eula = cmdline.has_option("--accept_eula") || answers.check;

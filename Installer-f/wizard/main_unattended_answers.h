@@ -22,10 +22,11 @@ enum disc_task { task_install, task_scenery, task_repair };
 
 struct answer_set {
   bool accept_eula = false;
-  bool check = false;  // tell what would be done, and do nothing
-  std::string dest;    // parent folder of a new copy, trailing "/"; empty for the default
-  std::string name;    // of a new copy; empty for the default
-  std::string copy;    // the copy to work on, trailing "/"
+  bool check = false;           // tell what would be done, and do nothing
+  bool allow_unsigned = false;  // use a disc that is not signed, where it would have to be
+  std::string dest;             // parent folder of a new copy, trailing "/"; empty for the default
+  std::string name;             // of a new copy; empty for the default
+  std::string copy;             // the copy to work on, trailing "/"
   int on_modified = answer_keep;
   float give_up_after = 300;      // seconds without any progress
   disc_task task = task_install;  // what to do with the discs

@@ -6,6 +6,7 @@
 
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_trouble.h"
 #include "Installer-f/settings/main_stg.h"
@@ -42,7 +43,7 @@ std::string file_in_the_way(page_function page) {
   if (page->kind == page_transfer) return crnt_file_path.empty() ? "" : mirror + crnt_file_path;
   if (stg.server_count == -1) return std::string(product_web_host) + "/serverlist9.txt";
   if (stg.directory_state == manifest_none) {
-    return mirror + server_path[stg.server_index] + "directory.txt.zip";
+    return mirror + server_path[stg.server_index] + manifest_archive_asked_for();
   }
   return "";
 }

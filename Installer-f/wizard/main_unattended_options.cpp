@@ -22,6 +22,7 @@ struct option_row {
 constexpr option_row options[] = {
     {"--unattended", ""},
     {"--accept_eula", ""},
+    {"--allow_unsigned", ""},
     {"--dest", "FOLDER"},
     {"--name", "NAME"},
     {"--platform", "mac|windows|linux"},

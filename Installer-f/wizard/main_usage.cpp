@@ -6,8 +6,11 @@
 #include "corekit/base/UTL_cmdline.h"
 
 bool wizard_without_window() {
-  return wizard_unattended() || cmdline.has_option("--build_master") ||
-         cmdline.has_option("--write_server_list");
+  if (wizard_unattended()) return true;
+  for (const char* const option :
+       {"--build_master", "--write_server_list", "--sign_master", "--sign_list"})
+    if (cmdline.has_option(option)) return true;
+  return false;
 }
 
 bool wizard_unattended() {
@@ -56,6 +59,11 @@ states and objects are explained in docs/unattended.md of the sources.
 
 --accept_eula
   Accepts the End User License Agreement, which "--help" cannot do for you.
+
+--allow_unsigned
+  Uses a disc whose list of files is not signed by the makers, which a program
+  that knows their keys refuses else. What comes from the web is never used
+  unsigned by such a program.
 
 --dest=FOLDER
   The folder in which the new copy is created. Default: the desktop, or the
@@ -159,6 +167,24 @@ FOR THE MAKERS
 
 --write_server_list=FILE --mirrors=HOST/PATH,HOST/PATH,... --name=NAME
   Writes the server list that the product's web server holds.
+
+--sign=KEYFILE
+  Signs the master that --build_master makes, or the list that
+  --write_server_list writes, with a secret key of minisign's; or what lies
+  there already:
+    --sign_master=DIR      the output folder of a build
+    --sign_list=FILE       a server list
+  The password is asked for on the terminal. Further flags:
+    --sign_password_fd=N   reads it from this descriptor, one line
+    --sign_serial=N        a number that grows with each signature (default: the
+                           seconds since 1970)
+    --sign_days=N          for how many days it is (default: 400 for a release,
+                           100 for a list)
+    --sign_final=ZIP, --sign_beta=ZIP
+                           the installers that a list leads to
+    --sign_statement=FILE  in place of --sign: leaves in FILE what is to be
+                           signed elsewhere (minisign -S -m FILE), and, once
+                           FILE.minisig is there, puts it in
 
 SETTINGS FOR ONE RUN
 

@@ -18,6 +18,9 @@ enum alert_source : int {
   // The engine: server list and transfer
   at_foreign_list,
   at_no_beta,
+  at_untrusted_list,
+  at_untrusted_manifest,
+  at_outdated,
   at_manifest_archive,
   at_file_archive,
   at_path_without_file,

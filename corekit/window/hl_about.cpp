@@ -18,6 +18,7 @@
 #include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/base/hl_url.h"
+#include "corekit/base/xtim.h"
 #include "corekit/draw/oglp.h"
 #include "corekit/files/io_handle.h"
 #include "corekit/files/io_single.h"
@@ -95,6 +96,37 @@ void read_line(xmap_class& map) {
   }
 }
 
+// With keys, only what is signed is read. False, with the reason on show, if it is not.
+bool take_signed_part(xmap_class& map) {
+  about.is_signed = false;
+  if (sign_keys().empty()) return true;
+  const auto* const text = reinterpret_cast<const char*>(map.file_start);
+  const std::string_view list(text, static_cast<size_t>(map.file_end - map.file_start));
+  if (const sign_verdict verdict = sign_accept_list(list, about.statement)) {
+    about.err_msg = tr("The list of servers cannot be trusted, and I do not use it.") + " " +
+                    tr(error_str(verdict)) + ".";
+    about.ins_state = about_settled;
+    return false;
+  }
+  about.is_signed = true;
+  sign_tell_expired(about.statement, mnw.win_id);
+  const ptrdiff_t at = map.cursor - map.file_start;
+  map.look_at(text + at, text + sign_list_body(list).size());
+  return true;
+}
+
+// What the signature says of the installer on offer; null: nothing.
+const sign_cover* cover_of_installer() {
+  return about.statement.cover(about.is_beta ? "BETA_INSTALLER_MAC" : "FINAL_INSTALLER_MAC");
+}
+
+// Nothing that is fetched is opened, let alone started, unless it is what was signed for.
+bool is_what_was_signed(const unsigned char* bytes, size_t size) {
+  if (!about.is_signed) return true;
+  const sign_cover* const cover = cover_of_installer();
+  return cover && cover->bytes == size && cover->sha256 == sign_hash(bytes, size);
+}
+
 // --- the self-update ----------------------------------------------------------------------------
 
 void settle(const std::string& message) {
@@ -107,12 +139,15 @@ std::string with_code(const std::string& format, int code) {
 }
 
 void check_list() {
+  constexpr float rest_sec = 5;  // a server whose answer is no list is not asked every frame
   const std::string list_path = download_folder() + list_name;
+  if (xtim.now_sec < about.ask_again_sec) return;
   if (http.net_check(list_slot, APP.web_host, "/serverlist9.txt", list_path, list_budget) !=
       http_done) {
     return;
   }
-  if (about_read_list(list_path)) about_compare(skyvane_version);
+  if (about_read_list(list_path)) return about_compare(skyvane_version);
+  about.ask_again_sec = xtim.now_sec + rest_sec;
 }
 
 int code_of(single_outcome outcome) {
@@ -148,6 +183,7 @@ int unpack_installer() {
   size_t size = 0;
   single_file program;
   single_outcome outcome = io_load_archive(archive.get(), most, bytes, size);
+  if (outcome == single_ok && !is_what_was_signed(bytes, size)) return sign_wrong;
   if (outcome == single_ok) outcome = io_read_single(bytes, size, most, program);
   if (outcome != single_ok) return code_of(outcome);
   const std::string leaf(path_leaf(program.name));
@@ -162,8 +198,10 @@ int unpack_installer() {
 }
 
 void step_download() {
-  switch (
-      http.net_check(installer_slot, about.installer.server, about.installer.path, zip_path())) {
+  const sign_cover* const cover = about.is_signed ? cover_of_installer() : nullptr;
+  const int64_t most = cover ? int64_t(cover->bytes) : http_class::default_budget;
+  switch (http.net_check(installer_slot, about.installer.server, about.installer.path, zip_path(),
+                         most)) {
     case http_failed:
       delete_file(zip_path());
       settle(tr("I was unable to download the installer from the net."));
@@ -241,6 +279,7 @@ int about_read_list(const std::string& path) {
   constexpr int versions[] = {820, 0};
   xmap_class map(path);
   if (!map.file_start || !map.check_file(ouf_text, versions, "SERVERS", nullptr)) return 0;
+  if (!take_signed_part(map)) return 0;
   while (map.cursor < map.file_end)
     read_line(map);
   return about.version_str_found;
@@ -266,7 +305,8 @@ void about_compare(int version) {
   if (about.is_latest) return;
 
   about.installer = about.is_beta ? about.beta_installer : about.final_installer;
-  if (!about.installer.server.empty() && !about.installer.path.empty()) {
+  const bool may_be_fetched = !about.is_signed || cover_of_installer();
+  if (may_be_fetched && !about.installer.server.empty() && !about.installer.path.empty()) {
     about.ins_state = about_offer;
     return;
   }
@@ -278,7 +318,7 @@ void about_compare(int version) {
 }
 
 void about_step_on() {
-  if (!about.version_str_found) {
+  if (!about.version_str_found && about.ins_state != about_settled) {
     check_list();
   } else if (about.ins_state == about_download) {
     step_download();
@@ -292,7 +332,11 @@ void about_step_on() {
 
 void MACIBM_about() {
   MACIBM_startwind(win_about, 0);
-  if (about.version_str_found) about_compare(skyvane_version);
+  if (about.version_str_found) {
+    about_compare(skyvane_version);
+  } else {
+    about.ins_state = about_closed;  // a list that was not to be trusted may be another by now
+  }
   while (mnw.win_id == win_about) {
     about_step_on();
     MACIBM_plot_behind();

@@ -12,6 +12,8 @@
 
 #include <string>
 
+#include "corekit/files/sign.h"
+
 // What the self-update is doing.
 enum about_step : int {
   about_closed = 0,    // the list of releases has not been read yet
@@ -38,6 +40,10 @@ struct about_record {
   int is_latest = 1;  // what the comparison gave
   int is_beta = 0;    // the newer release is a test release
 
+  bool is_signed = false;    // keys are built in, and the list is signed by one of them
+  sign_statement statement;  // with which
+
+  float ask_again_sec = 0;         // when a list that says nothing may be asked for again
   int ins_state = about_closed;    // of about_step
   about_installer installer;       // the one on offer
   std::string installer_app_name;  // what its archive held, in the working folder

@@ -123,7 +123,7 @@ run_with_discs() {
   : >"$OUT"
   attend &
   local hand=$!
-  run skyvane-disc-installer --unattended --give_up_after=60 "$@"
+  run "${DISC_PROGRAM:-skyvane-disc-installer}" --unattended --give_up_after=60 "$@"
   kill "$hand" && wait "$hand" || true
 }
 

@@ -8,6 +8,7 @@
 #include "corekit/files/io_utils.h"
 #include "corekit/window/hl_about.h"
 #include "net_scripted_server.h"
+#include "tests/unit/sign_test_key.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -207,6 +208,58 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
     EXPECT_FALSE(file_exists("Resources/preferences/installer.zip"));
     show([] { close(); });
     EXPECT_EQ(server.requests().size(), requests.size());
+  }
+}
+
+// With keys: only a signed list, and only the very archive that it vouches for.
+TEST_F(AboutBox, NothingUnsignedIsFetchedOrOpened) {
+  const built_in_keys built_in(test_public_key);
+  const std::string zip = installer_zip(), list = std::string(list_head) +
+                                                  "FINAL Skyvane 9.11\nFINAL_VERSION 91002\n"
+                                                  "FINAL_INSTALLER_MAC get.example\n/final.zip\n"
+                                                  "ENDOFLIST\n";
+  const auto signed_list = [&list](const std::string& program) {
+    sign_statement made;
+    made.kind = sign_of_servers;
+    made.serial = 7;
+    made.expires = "2030-01-31";
+    made.covers = {{sign_list_name, list.size(), sign_hash(list.data(), list.size())}};
+    if (!program.empty())
+      made.covers.push_back(
+          {"FINAL_INSTALLER_MAC", program.size(), sign_hash(program.data(), program.size())});
+    return list + signed_by_test_key(sign_statement_text(made));
+  };
+  std::string changed = signed_list(zip);
+  changed[changed.find("91002")] = '8';
+  std::string other = zip;
+  other[10] = char(other[10] ^ 1);  // its date
+  const struct {
+    const char* label;
+    std::string list, program;
+    size_t requests;
+    const char* message;
+  } rows[] = {
+      {"an unsigned list", list, zip, 1, "cannot be trusted"},
+      {"a changed list", changed, zip, 1, "cannot be trusted"},
+      {"an installer that nobody vouches for", signed_list(""), zip, 1, "newer beta"},
+      {"another installer", signed_list(zip), other, 2,
+       "not what the makers of Skyvane have signed"},
+      {"a longer installer", signed_list(zip), zip + "x", 2, "unable to download"},
+      {"a shorter installer", signed_list(zip), zip.substr(1), 2, "not what the makers"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    about = about_record();
+    scripted_server server([&row](const std::string& request) {
+      return whole_answer(request.find("/serverlist9.txt ") != request.npos ? row.list
+                                                                            : row.program);
+    });
+    use_proxy_port(server.port());
+    show_to_its_end();
+    EXPECT_NE(about.err_msg.find(row.message), std::string::npos) << about.err_msg;
+    EXPECT_EQ(server.requests().size(), row.requests);
+    EXPECT_EQ(about.installer_app_name, "");
+    EXPECT_FALSE(file_exists("Resources/preferences/installer.zip"));
   }
 }
 

@@ -1,0 +1,234 @@
+// Keys, signatures and statements, against what minisign has made and what it has not.
+
+#include "corekit/files/sign.h"
+
+#include <gtest/gtest.h>
+
+#include "Installer-f/builder/make_installer_key.h"
+#include "corekit/files/io_set.h"
+#include "corekit/files/io_utils.h"
+#include "tests/unit/sign_test_key.h"
+#include "tests/unit/test_archive_util.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+constexpr char message[] = "what is signed\n";
+// minisign -S, and the same with -l.
+const std::string by_digest =
+    "untrusted comment: c\n"
+    "RUQD0MnvBXAU5nqicxENqi2QfDxvvgCPT4YREATNiKgNUlxqFfHodi45+BJY2KEpnhbYpb1XW95JvHhKdrbyQ/"
+    "96XfRiwmzm"
+    "hA8=\n"
+    "trusted comment: a trusted comment\n"
+    "/NBHKNI2wWdpkB/2hSNm4WopA8WYsJW35sOJP++Ql+XgEhfQz/XK7TRh0ZGeIckjC+/YFmvOY/6pSuOJwDcxDA==\n";
+const std::string by_text =
+    "untrusted comment: c\n"
+    "RWQD0MnvBXAU5mbZg0xKKTe6UNMr+N0Jl6dZ73X5FGOfCsUHDahiDO0ayNXeRc+GPAWFwy/"
+    "ZiDPgj5waosbUdL427TNnZ0bj"
+    "Swg=\n"
+    "trusted comment: a trusted comment\n"
+    "HDavNoKnm5pW/h1zCvhNNOBjgbe9JcAA9xNA0SKNoeeq9H0UG8iU6Mg7xx88Exr0XELcHakc5LcovypnM+WeAA==\n";
+
+std::string changed(std::string text, size_t at, char by) {
+  text[at] = by;
+  return text;
+}
+
+std::string without(std::string text, const std::string& part) {
+  return text.erase(text.find(part), part.size());
+}
+
+TEST(Sign, WhatMinisignHasMadeAndNothingElse) {
+  const std::vector<sign_public_key> keys = {test_key()};
+  sign_public_key other = test_key();
+  other.id[0] ^= 1;
+  const size_t comment = by_digest.find("trusted comment: a"), line = by_digest.find("RUQ");
+  const struct {
+    const char* label;
+    std::string text, signature;
+    sign_verdict verdict;
+    std::vector<sign_public_key> by;
+  } rows[] = {
+      {"of the digest", message, by_digest, sign_good, keys},
+      {"of the text", message, by_text, sign_good, keys},
+      {"by the second key", message, by_text, sign_good, {other, test_key()}},
+      {"with CR LF", message, "untrusted comment: \r\n" + by_text.substr(by_text.find("RWQ")),
+       sign_good, keys},
+      {"of another text", "What is signed\n", by_digest, sign_wrong, keys},
+      {"of a shorter text", "what is signed", by_text, sign_wrong, keys},
+      {"by another key", message, by_digest, sign_other_key, {other}},
+      {"by no key", message, by_digest, sign_other_key, {}},
+      {"another comment", message, changed(by_digest, comment + 17, 'A'), sign_wrong, keys},
+      {"a changed signature", message, changed(by_digest, line + 20, 'A'), sign_wrong, keys},
+      {"the other algorithm", message, changed(by_digest, line + 1, 'W'), sign_wrong, keys},
+      {"no algorithm", message, changed(by_digest, line, 'A'), sign_malformed, keys},
+      {"no base64", message, changed(by_digest, line + 20, '!'), sign_malformed, keys},
+      {"cut", message, by_digest.substr(0, by_digest.size() - 3), sign_malformed, keys},
+      {"no trusted comment", message, by_digest.substr(0, comment), sign_malformed, keys},
+      {"something behind it", message, by_digest + "x", sign_malformed, keys},
+      {"another head", message, changed(by_digest, 0, 'U'), sign_malformed, keys},
+      {"nothing", message, "", sign_malformed, keys},
+  };
+  for (const auto& row : rows) {
+    sign_key_id by = {};
+    EXPECT_EQ(sign_check(row.text, row.signature, row.by, by), row.verdict) << row.label;
+    EXPECT_EQ(by, row.verdict == sign_good ? test_key().id : sign_key_id()) << row.label;
+  }
+  for (const char* const text :
+       {"", "RW", "RWQD", "RWQD0MnvBXAU5gcYVDbKd1MmBHQ2BLcNw88CW1imG9F82ILtTLgndV8",
+        "RUQD0MnvBXAU5gcYVDbKd1MmBHQ2BLcNw88CW1imG9F82ILtTLgndV8J"}) {
+    sign_public_key key;
+    EXPECT_FALSE(sign_read_key(text, key)) << text;
+  }
+}
+
+// What the makers' side signs is what the users' side takes; every byte of it counts.
+TEST(Sign, AStatementAndEveryByteOfIt) {
+  const std::string list = "I\n820 version\nSERVERS\nENDOFLIST\n";
+  sign_statement made;
+  made.kind = sign_of_servers;
+  made.release = "Skyvane 9";
+  made.number = 91001;
+  made.serial = 7;
+  made.expires = "2030-01-31";
+  made.covers = {{sign_list_name, list.size(), sign_hash(list.data(), list.size())}};
+  const std::string stated = sign_statement_text(made), text = signed_by_test_key(stated);
+
+  const std::vector<sign_public_key> keys = {test_key()};
+  sign_statement read;
+  ASSERT_EQ(sign_read_statement(text, sign_of_servers, keys, read), sign_good);
+  EXPECT_EQ(sign_statement_text(read), stated);
+  EXPECT_EQ(read.by, test_key().id);
+  EXPECT_TRUE(read.covers_bytes(sign_list_name, list));
+  EXPECT_FALSE(read.covers_bytes(sign_list_name, list + "\n"));
+  EXPECT_FALSE(read.covers_bytes("directory.txt", list));
+  EXPECT_EQ(sign_read_statement(text, sign_of_release, keys, read), sign_other_use);
+  for (size_t at = 0; at < stated.size(); ++at)
+    EXPECT_NE(
+        sign_read_statement(changed(text, at, char(text[at] ^ 1)), sign_of_servers, keys, read),
+        sign_good)
+        << at;
+  for (size_t size = 0; size + 1 < text.size(); ++size)
+    EXPECT_NE(sign_read_statement(text.substr(0, size), sign_of_servers, keys, read), sign_good)
+        << size;
+
+  // Signed, and still no statement of ours.
+  for (const std::string& wrong :
+       {without(stated, "DOMAIN skyvane.installer\n"), without(stated, "SERIAL 7\n"),
+        without(stated, "EXPIRES 2030-01-31\n"), without(stated, "STATEMENT 900\n"),
+        stated + "SERIAL 0\n", stated + "SERIAL 9007199254740992\n", stated + "SERIAL 7x\n",
+        stated + "EXPIRES 2030-13-01\n", stated + "DOMAIN another\n", stated + "NUMBER -1\n",
+        stated + stated.substr(stated.find("SHA256")), stated + "SHA256 00 1 a\n"}) {
+    EXPECT_EQ(sign_read_statement(signed_by_test_key(wrong), sign_of_servers, keys, read),
+              sign_malformed)
+        << wrong;
+  }
+  const std::string later = stated + "COLOUR blue\n";  // of a later program
+  EXPECT_EQ(sign_read_statement(signed_by_test_key(later), sign_of_servers, keys, read), sign_good);
+
+  time_t last = 1896134399;  // 2030-01-31, the last second
+  EXPECT_FALSE(sign_has_expired(made, last));
+  EXPECT_TRUE(sign_has_expired(made, last + 1));
+}
+
+TEST(Sign, WhereAListEnds) {
+  const struct {
+    const char *list, *body;
+  } rows[] = {
+      {"I\nENDOFLIST\nrest", "I\nENDOFLIST\n"},
+      {"I\n \tENDOFLIST \r\nrest\n", "I\n \tENDOFLIST \r\n"},
+      {"I\nENDOFLIST", "I\nENDOFLIST"},
+      {"I\nENDOFLISTS\nENDOFLIST x\nrest\n", "I\nENDOFLISTS\nENDOFLIST x\nrest\n"},
+      {"ENDOFLIST\nENDOFLIST\n", "ENDOFLIST\n"},
+      {"", ""},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(sign_list_body(row.list), row.body) << row.list;
+}
+
+// The list as a user's program meets it, and the highest serial that it keeps.
+TEST(Sign, ListsAndTheSerialsSeen) {
+  char folder[] = "/tmp/skyvane-seen-XXXXXX";
+  ASSERT_NE(mkdtemp(folder), nullptr);
+  setenv("XDG_CONFIG_HOME", folder, 1);
+  const std::string body = "I\n820 version\nSERVERS\nENDOFLIST\n";
+  const auto list_of = [&body](int64_t serial) {
+    sign_statement made;
+    made.kind = sign_of_servers;
+    made.serial = serial;
+    made.expires = "2030-01-31";
+    made.covers = {{sign_list_name, body.size(), sign_hash(body.data(), body.size())}};
+    return body + signed_by_test_key(sign_statement_text(made));
+  };
+  const std::string both = "RWQ= "s + test_public_key;
+  const char* const foreign = "RWQAAAAAAAAAAAcYVDbKd1MmBHQ2BLcNw88CW1imG9F82ILtTLgndV8J";
+  const struct {
+    const char *label, *keys;
+    std::string list;
+    sign_verdict verdict;
+    int64_t seen;  // afterwards
+  } rows[] = {
+      {"unsigned", test_public_key, body, sign_unsigned, 0},
+      {"blank behind it", test_public_key, body + "\r\n", sign_unsigned, 0},
+      {"something behind it", test_public_key, body + "x\n", sign_malformed, 0},
+      {"the first", test_public_key, list_of(7), sign_good, 7},
+      {"again", both.c_str(), list_of(7), sign_good, 7},
+      {"another list", test_public_key, "\n" + list_of(9), sign_wrong, 7},
+      {"the next", test_public_key, list_of(8), sign_good, 8},
+      {"the first once more", test_public_key, list_of(7), sign_superseded, 8},
+      {"by nobody", foreign, list_of(9), sign_other_key, 0},
+      {"as it was", test_public_key, list_of(8), sign_good, 8},
+  };
+  for (const auto& row : rows) {
+    const built_in_keys built_in(row.keys);
+    sign_statement statement;
+    EXPECT_EQ(sign_accept_list(row.list, statement), row.verdict) << row.label;
+    EXPECT_EQ(sign_seen_serial(sign_list_name), row.seen) << row.label;
+  }
+  const built_in_keys built_in(test_public_key);
+  EXPECT_EQ(sign_seen_serial("final /another"), 0) << "each by itself";
+  std::string prefs;
+  ASSERT_EQ(get_OS_abs_path(os_dir_prefs, prefs), 0);
+  std::ofstream(prefs + "skyvane_serials.txt", std::ios::app)
+      << "SERIAL 99 03d0c9ef057014e6 final /a\nSERIAL 98 03d0c9ef057014e6 final /a\nSERIAL 100x "
+         "03d0c9ef057014e6 final /a\nSERIAL 100 03d0c9ef057014 final /a\nSERIAL 9007199254740992 "
+         "03d0c9ef057014e6 final /a\nSERIAL 100 03d0c9ef057014e6 final /a/b\n\nSERIAL\nSERIAL 100 "
+         "03d0c9ef057014e6 final /";
+  EXPECT_EQ(sign_seen_serial("final /a"), 99);
+  EXPECT_EQ(sign_seen_serial("final /"), 100);
+  std::system(("rm -r "s + folder).c_str());
+  unsetenv("XDG_CONFIG_HOME");
+}
+
+TEST(Sign, SetsOfFiles) {
+  const raw_entry one("a", "1"), two("b", "22");
+  const struct {
+    const char* label;
+    std::string archive;
+    single_outcome outcome;
+  } rows[] = {
+      {"both", raw_zip({one, two}), single_ok},
+      {"in any order", raw_zip({two, one}), single_ok},
+      {"one", raw_zip({one}), single_other_file},
+      {"one twice", raw_zip({one, two, one}), single_other_file},
+      {"a third", raw_zip({one, two, {"c", "3"}}), single_other_file},
+      {"a link", raw_zip({one, {"b", "22", 0xA1ED0000}}), single_other_file},
+      {"in a folder", raw_zip({one, {"x/b", "22"}}), single_other_file},
+      {"too large", raw_zip({one, {"b", "22222"}}), single_too_large},
+      {"nothing", "", single_empty},
+      {"no archive", "PK\3\4", single_no_archive},
+  };
+  for (const auto& row : rows) {
+    set_entry entries[] = {{"a", 4}, {"b", 4}};
+    EXPECT_EQ(io_read_set(reinterpret_cast<const unsigned char*>(row.archive.data()),
+                          row.archive.size(), entries),
+              row.outcome)
+        << row.label;
+    if (row.outcome != single_ok) continue;
+    EXPECT_EQ(entries[0].bytes + entries[1].bytes, "122") << row.label;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+// What a signed release says of its archives, and what is placed by it.
+
+#include "Installer-f/engine/utils_trust.h"
+
+#include "Installer-f/engine/utils_place.h"
+#include "engine_tree.h"
+#include "tests/unit/sign_test_key.h"
+#include "tests/unit/test_archive_util.h"
+
+namespace {
+
+constexpr unsigned file_0644 = 0x81A40000, file_0755 = 0x81ED0000, link_attributes = 0xA1ED0000;
+constexpr char sig_of_new[] = "22af645d1859cb5ca6da0c484f1f37ea";
+
+class Trust : public engine_tree {
+ protected:
+  static sign_cover cover(const char* name, const std::string& text) {
+    return {name, text.size(), sign_hash(text.data(), text.size())};
+  }
+  static std::string statement(const std::string& directory, const std::string& sums) {
+    sign_statement made;
+    made.kind = sign_of_release;
+    made.release = "Skyvane";
+    made.serial = 7;
+    made.expires = "2030-01-31";
+    made.covers = {cover("directory.txt", directory), cover("directory.sum", sums)};
+    return signed_by_test_key(sign_statement_text(made));
+  }
+  static std::string sum_line(const std::string& archive, const std::string& content,
+                              const char* mode, const std::string& path) {
+    return "SUM " + sign_hex(sign_hash(archive.data(), archive.size())) + " " +
+           std::to_string(archive.size()) + " " +
+           sign_hex(sign_hash(content.data(), content.size())) + " " +
+           std::to_string(content.size()) + " " + mode + " " + path + "\n";
+  }
+  static sign_verdict accept(const std::string& directory, const std::string& sums,
+                             const std::string& signature) {
+    const sign_public_key keys[] = {test_key()};
+    return trust_accept({directory, sums, signature}, keys, "Skyvane", "");
+  }
+};
+
+constexpr char head[] = "I\n900 version\nSUMS\n\n";
+
+TEST_F(Trust, TheTextsThatWereSigned) {
+  const std::string list = "the list", sums = head, signature = statement(list, sums);
+  EXPECT_EQ(accept(list, sums, signature), sign_good);
+  ASSERT_NE(trust_statement(), nullptr);
+  EXPECT_EQ(accept(list + "x", sums, signature), sign_wrong);
+  EXPECT_EQ(trust_statement(), nullptr) << "what was good before is forgotten";
+  EXPECT_EQ(accept(list, sums + "x", signature), sign_wrong);
+  EXPECT_EQ(accept(sums, list, signature), sign_wrong) << "each text by its name";
+  EXPECT_EQ(accept(list, sums, ""), sign_malformed);
+  const sign_public_key keys[] = {test_key()};
+  EXPECT_EQ(trust_accept({list, sums, signature}, keys, "Skyvane 10", ""), sign_other_use);
+}
+
+TEST_F(Trust, EachFileItsLine) {
+  add("All/a b", {sig_of_new});
+  add("All/gone", {sig_of_new, "GONE"});
+  add("All/z", {sig_of_new});
+  const std::string a = sum_line("A", "a", "100644", "All/a b"),
+                    other = sum_line("B", "b", "100755", "All/left out"),
+                    z = sum_line("Z", "z", "120777", "All/z");
+  const struct {
+    const char* label;
+    std::string sums;
+    bool is_whole;
+  } rows[] = {
+      {"whole", head + a + z, true},
+      {"with lines that the reader has left out", head + other + a + other + z + other, true},
+      {"without the last", head + a, false},
+      {"without the first", head + z, false},
+      {"in another order", head + z + a, false},
+      {"without a head", a + z, false},
+      {"without a path", head + a + z.substr(0, z.size() - 7) + "\n", false},
+      {"a digit short", head + a + "SUM " + z.substr(5), false},
+      {"another line", head + a + "\n" + z, false},
+  };
+  for (const auto& row : rows) {
+    ASSERT_EQ(accept("list", row.sums, statement("list", row.sums)), sign_good);
+    EXPECT_EQ(trust_take_sums(), row.is_whole) << row.label;
+    if (!row.is_whole) continue;
+    EXPECT_TRUE(trust_sum(0)->is_of(reinterpret_cast<const unsigned char*>("A"), 1)) << row.label;
+    EXPECT_EQ(trust_sum(1)->archive_bytes, 0u) << row.label;
+    EXPECT_EQ(trust_sum(2)->mode, unsigned(S_IFLNK | 0777)) << row.label;
+  }
+  trust_forget();
+  EXPECT_EQ(trust_sum(0), nullptr);
+}
+
+TEST_F(Trust, AnArchiveThatWasSignedForAndItsContent) {
+  write("copy/old.txt", "old");
+  const std::string zip = raw_zip({{"any", "new", file_0644}});
+  file_sum good;
+  good.archive_sha256 = sign_hash(zip.data(), zip.size());
+  good.archive_bytes = zip.size();
+  good.file_sha256 = sign_hash("new", 3);
+  good.file_bytes = 3;
+  good.mode = S_IFREG | 0644;
+  const struct {
+    const char* label;
+    std::string archive;
+    void (*change)(file_sum&);
+    place_outcome outcome;
+  } rows[] = {
+      {"the archive", zip, [](file_sum&) {}, place_ok},
+      {"longer", zip + '\0', [](file_sum&) {}, place_not_signed_for},
+      {"shorter", zip.substr(1), [](file_sum&) {}, place_not_signed_for},
+      {"the same file, packed otherwise", raw_zip({deflated_entry("any", "new")}), [](file_sum&) {},
+       place_not_signed_for},
+      {"another mode", raw_zip({{"any", "new", file_0755}}), [](file_sum&) {},
+       place_not_signed_for},
+      {"a link", raw_zip({{"any", "new", link_attributes}}), [](file_sum&) {},
+       place_not_signed_for},
+      {"another digest", zip, [](file_sum& sum) { sum.archive_sha256[31] ^= 1; },
+       place_not_signed_for},
+      {"its content's digest", zip, [](file_sum& sum) { sum.file_sha256[0] ^= 1; },
+       place_not_signed_for},
+      {"its content's size", zip, [](file_sum& sum) { ++sum.file_bytes; }, place_not_signed_for},
+      {"its content's mode", zip, [](file_sum& sum) { sum.mode = S_IFREG | 0755; },
+       place_not_signed_for},
+      {"its content's kind", zip, [](file_sum& sum) { sum.mode = S_IFLNK | 0777; },
+       place_not_signed_for},
+      {"no line", zip, [](file_sum& sum) { sum = {}; }, place_not_signed_for},
+      {"no line, nothing", "", [](file_sum& sum) { sum = {}; }, place_not_signed_for},
+  };
+  for (const auto& row : rows) {
+    write("copy/old.txt", "old");
+    file_sum sum = good;
+    row.change(sum);
+    const place_result result =
+        place_archive(*copy_gate(), reinterpret_cast<const unsigned char*>(row.archive.data()),
+                      row.archive.size(), {"old.txt", std::string(sig_of_new), 1000, &sum});
+    EXPECT_EQ(result.outcome, row.outcome) << row.label;
+    EXPECT_EQ(read("copy/old.txt"), row.outcome == place_ok ? "new" : "old") << row.label;
+  }
+}
+
+}  // namespace
