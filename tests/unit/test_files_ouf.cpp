@@ -58,7 +58,7 @@ TEST(FilesError, WordsForCodes) {
   };
   for (const auto& row : rows)
     EXPECT_STREQ(row.message, error_str(row.code)) << row.code;
-  for (const int code : {0, -1, 20000, 20013, 2147483647, -2147483647 - 1}) {
+  for (const int code : {0, -1, 20000, 20019, 2147483647, -2147483647 - 1}) {
     EXPECT_EQ("Unknown error occurred (" + std::to_string(code) + ")", error_str(code));
   }
 }
