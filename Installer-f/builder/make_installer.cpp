@@ -5,7 +5,7 @@
 // the new manifest is written, adds the files that have gone, and packs the manifest. A build that
 // fails or is ended takes away what it has made.
 //
-// Main thread. Writes bld and g_case_sensitive.
+// Main thread. Writes bld, g_case_sensitive and APP.given_up.
 
 #include "Installer-f/builder/make_installer.h"
 
@@ -29,6 +29,7 @@
 #include "Installer-f/builder/make_installer_stop.h"
 #include "Installer-f/builder/make_installer_tree.h"
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/base/hl_app.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/io_zip_pack.h"
@@ -44,8 +45,13 @@ struct made_record {
 } made;
 
 void drop_master() {
-  for (int disk = 0; made.discs && disk < discs_with_folders; ++disk)
-    PLT_remove_tree(dest_dvd(disk));
+  // A thread that is at work when a failure ends the program may put one more file into a folder
+  // that is being removed, but none into one that has gone.
+  constexpr int most_tries = 3;
+  for (int disk = 0; made.discs && disk < discs_with_folders; ++disk) {
+    for (int tries = 0; tries < most_tries && PLT_remove_tree(dest_dvd(disk)) != 0; ++tries) {
+    }
+  }
   if (made.base) rmdir(bld.dst_fold_base.c_str());
   made = {};
 }
@@ -232,6 +238,7 @@ int sub_install() {
   if (bld.fog_fals != install_base) bld.old_dir_path.clear();
   load_history();
 
+  APP.given_up = drop_master;
   const builder_stop_watch watch;
   if (!bld.check_only) check_master_folders();
   pref_level(bld.src_fold);

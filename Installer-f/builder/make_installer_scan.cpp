@@ -256,9 +256,12 @@ void check_discs() {
 void pref_level(const std::string& dir) {
   std::vector<std::string> names;
   std::vector<int> is_folder;
-  const int count = opensave_getitems(dir, 0, names, is_folder);
-  if (count == 0 && faccessat(AT_FDCWD, dir.c_str(), R_OK | X_OK, AT_EACCESS) != 0) {
-    const char* const why = error_str(errno);
+  int failed = 0;
+  const int count = opensave_getitems(dir, 0, names, is_folder, &failed);
+  if (failed == 0 && faccessat(AT_FDCWD, dir.c_str(), X_OK, AT_EACCESS) != 0) failed = errno;
+  // A file that is not seen would count as gone, and be deleted at the users'.
+  if (failed != 0) {
+    const char* const why = error_str(failed);
     add_fault(fault_folder, {"I could not read a folder!", dir, why}, dir, why);
   }
   for (int i = 0; i < count && !builder_stopped(); ++i) {

@@ -4,9 +4,13 @@
 // settings, finds the installed copies, and then turns the loop in which everything happens: one
 // frame a pass. Nothing runs outside that loop but worker threads.
 
+#include <unistd.h>
+
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "Installer-f/builder/make_installer_cmdline.h"
@@ -128,14 +132,24 @@ int run(int argc, char** argv) {
   return status;
 }
 
+// Where not even the failure could be shown, such as for want of memory.
+[[noreturn]] void end_without_memory() {
+  constexpr char text[] = "Out of memory, or another failure in the middle of one.\n";
+  const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
+  std::_Exit(written > 0 ? 1 : 2);
+}
+
 }  // namespace
 
 // Nothing here throws to report a failure; what arrives all the same, such as memory that has run
 // out, is shown like any other.
 int main(int argc, char** argv) {
+  std::set_terminate(end_without_memory);
   wizard_serve(edition.start_page, edition.title, edition.program);
   try {
     return run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    no_memory_failure(at_stray_exception).Report();
   } catch (const std::exception& e) {
     MACIBM_fault(at_stray_exception, "Caught an unhandled C++ exception", e.what());
   } catch (...) {

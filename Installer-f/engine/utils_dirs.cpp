@@ -84,7 +84,7 @@ std::set<std::string_view> folders_to_fetch_into() {
 // Moves `name` aside unless it is the link that belongs there. Nothing is deleted, and a failure
 // means that there is nothing to move, or that an earlier run has moved it.
 void clear_for_link(gate_class& gate, const std::string& folder, const std::string& name) {
-  if (!gate.is_link(folder + name)) gate.rename(folder + name, "_" + name);
+  if (gate.is_no_link(folder + name)) gate.rename(folder + name, "_" + name);
 }
 
 }  // namespace

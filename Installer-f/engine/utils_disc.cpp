@@ -81,7 +81,9 @@ bool reap() {
     any = true;
     std::string message;
     if (const int code = task->check_error(message)) {
-      xer << "WARNING: " << message << " (" << error_str(code) << ")\n";
+      // The message has the name of the archive, which tells nobody which file is missing.
+      xer << "WARNING: " << static_cast<dvd_unpack_task*>(task)->dest_file << ": " << message
+          << " (" << error_str(code) << ")\n";
       xer.flush();  // a run that goes wrong may not end well either
       install_err_num = code;
       install_err_msg = message;

@@ -122,6 +122,9 @@ void delete_step(stream_record& stream, file_version_struct& file) {
     file.sig_match = 0;
     file.sig_have = sig_none;
     ++grab_totals.deleted;
+  } else if (code != ENOENT) {
+    xer << "WARNING: I could not delete " << stream.location
+        << ", which the next update will try again: " << error_str(code) << '\n';
   }
   if (stg.log_actions != 0) {
     xer << "now we want to nuke a file: DELETING  file " << stream.location

@@ -12,8 +12,7 @@
 namespace {
 
 // An administrator's file counts as ours: he can do as he likes in any case.
-bool is_ours(int file) {
-  struct stat info;
+bool is_ours(int file, struct stat& info) {
   return fstat(file, &info) == 0 && S_ISREG(info.st_mode) && info.st_nlink == 1 &&
          (info.st_uid == geteuid() || info.st_uid == 0);
 }
@@ -26,12 +25,13 @@ int PLT_open_own(const std::string& path, PLT_own_mode mode) {
                     (mode == plt_own_append ? O_APPEND : 0);
   const int file = open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0644);
   if (file < 0) return -1;
-  if (!is_ours(file)) {
+  struct stat info;
+  if (!is_ours(file, info)) {
     close(file);
     errno = EPERM;
     return -1;
   }
-  if (mode == plt_own_anew && ftruncate(file, 0) != 0) {
+  if (mode == plt_own_anew && info.st_size > 0 && ftruncate(file, 0) != 0) {
     const int failed = errno;
     close(file);
     errno = failed;

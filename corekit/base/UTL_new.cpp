@@ -106,10 +106,12 @@ void operator delete[](void* memory, const char*, int) noexcept {
 
 #ifdef SKYVANE_JEMALLOC
 // Read by jemalloc when it starts. Large buffers (whole archives) go back to the system when they
-// are freed, address space and all, so that one big file does not weigh on the rest of the run.
+// are freed, address space and all, so that one big file does not weigh on the rest of the run. One
+// arena: a thread that could not be given one of its own when it begins would fall into a null one,
+// and what threads do here often is served from their own caches.
 extern "C" {
 extern const char* malloc_conf;
-const char* malloc_conf = "retain:false";
+const char* malloc_conf = "retain:false,narenas:1";
 }
 #endif
 

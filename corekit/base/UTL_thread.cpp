@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include "corekit/Platform/PLT_system.h"
@@ -29,7 +30,8 @@ void UTL_thread_check(int error, const char* text, alert_source source) {
     std::_Exit(1);
   }
   reporting = true;
-  MACIBM_fault(source, text, str_format("err=%f", static_cast<double>(error)));
+  MACIBM_fault(source, text, str_format("err=%f", static_cast<double>(error)),
+               std::strerror(error));
   reporting = false;
 }
 
@@ -54,12 +56,19 @@ void UTL_sleep(int milliseconds) {
   }
 }
 
-void UTL_thread_create(UTL_thread_function function, void* argument, UTL_thread_handle* thread,
-                       UTL_thread_joiner* join, UTL_thread_identity* identity) {
-  UTL_thread_check(pthread_create(thread, nullptr, function, argument),
-                   "\"pthread_create\" OS error", at_thread_create);
+int UTL_thread_try(UTL_thread_function function, void* argument, UTL_thread_handle* thread,
+                   UTL_thread_joiner* join, UTL_thread_identity* identity) {
+  const int error = pthread_create(thread, nullptr, function, argument);
+  if (error != 0) return error;
   *join = *thread;
   *identity = *thread;
+  return 0;
+}
+
+void UTL_thread_create(UTL_thread_function function, void* argument, UTL_thread_handle* thread,
+                       UTL_thread_joiner* join, UTL_thread_identity* identity) {
+  UTL_thread_check(UTL_thread_try(function, argument, thread, join, identity),
+                   "\"pthread_create\" OS error", at_thread_create);
 }
 
 void* UTL_thread_join(UTL_thread_handle, UTL_thread_joiner join) {

@@ -23,10 +23,14 @@ bool UTL_same_thread(UTL_thread_identity a, UTL_thread_identity b);
 int UTL_count_processors();        // at least 1
 void UTL_sleep(int milliseconds);  // below 1: returns at once
 
-// Starts a thread with the system's default stack and priority. Its creator must join it. An
+// Starts a thread with the system's default stack and priority; a system that gives none ends the
+// program. Its creator must join it. An
 // exception that escapes `function` ends the process: see THREAD_create and THREAD_guard.
 void UTL_thread_create(UTL_thread_function function, void* argument, UTL_thread_handle* thread,
                        UTL_thread_joiner* join, UTL_thread_identity* identity);
+// The same for one that can be done without: 0, or the errno of a system that gives none.
+int UTL_thread_try(UTL_thread_function function, void* argument, UTL_thread_handle* thread,
+                   UTL_thread_joiner* join, UTL_thread_identity* identity);
 
 // Waits for the thread's end and returns its result. A failed wait is only logged, and gives null,
 // so that a shutdown is never stopped by it.

@@ -9,9 +9,12 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <cstring>
+
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_queue.h"
 #include "corekit/base/hl_thread.h"
+#include "corekit/base/xer.h"
 
 namespace {
 
@@ -31,8 +34,21 @@ UTL_worker_threads::UTL_worker_threads(int thread_count, int max_tasks_at_once)
   threads.resize(count);
   joiners.resize(count);
   identities.resize(count);
-  for (size_t i = 0; i < count; ++i)
-    UTL_thread_create(thread_func, this, &threads[i], &joiners[i], &identities[i]);
+  for (size_t i = 0; i < count; ++i) {
+    if (i == 0) {
+      UTL_thread_create(thread_func, this, &threads[i], &joiners[i], &identities[i]);
+      continue;
+    }
+    const int error = UTL_thread_try(thread_func, this, &threads[i], &joiners[i], &identities[i]);
+    if (error == 0) continue;
+    // A machine that gives no more does the work on those that there are.
+    xer << "WARNING: a pool has " << i << " threads in place of " << count << ": "
+        << std::strerror(error) << '\n';
+    threads.resize(i);
+    joiners.resize(i);
+    identities.resize(i);
+    break;
+  }
 }
 
 UTL_worker_threads::~UTL_worker_threads() {

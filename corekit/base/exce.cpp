@@ -12,6 +12,7 @@
 #include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/UTL_debug.h"
+#include "corekit/base/hl_app.h"
 #include "corekit/base/hl_run.h"
 
 int alerts_shown = 0;
@@ -104,7 +105,10 @@ void report(const exce_class& failure) {
   // An automatic frame-rate run must not wait for anyone.
   if (cmdline.has_option("--fps_test")) {
     log_failure(failure, where);
-    if (type == t_exit) end_process();
+    if (type == t_exit) {
+      APP.given_up();
+      end_process();
+    }
     return;
   }
 
@@ -126,6 +130,7 @@ void report(const exce_class& failure) {
   }
 
   // An alert inside an alert always ends the program: whatever failed is failing again.
+  APP.given_up();
   report_finish(0);
   app_done = 1;
   end_process();
@@ -147,6 +152,13 @@ exce_class::exce_class(alert_line l1, alert_line l2, alert_line l3, alert_line l
                        alert_source source, int how_bad)
     : exce_class(std::move(l1), std::move(l2), std::move(l3), std::move(l4), quote_of(source).file,
                  quote_of(source).line, how_bad) {}
+
+exce_class no_memory_failure(alert_source source) {
+  return exce_class("There is no more memory, and I cannot go on.",
+                    "Your own files are as they were. Close other programs and start this one "
+                    "again: it goes on from where it was.",
+                    "", "", source, t_exit);
+}
 
 void exce_class::log_lines() const {
   for (const alert_line* text : {&line_1, &line_2, &line_3, &line_4})

@@ -58,6 +58,9 @@ class exce_class {
   int window = 0;    // the win_id to return to when it has been shown
 };
 
+// What std::bad_alloc comes to. Any thread.
+exce_class no_memory_failure(alert_source source);
+
 // --- the sink -----------------------------------------------------------------------------------
 
 // What the floors above know and this one does not. Before it is installed an alert has the plain

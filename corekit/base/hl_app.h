@@ -20,6 +20,8 @@ struct APP_record {
   void (*update)() = [] {};
   // The user picked an item of a menu. The wizard has no menus of its own.
   void (*handle_menu)(int menu, int item) = [](int, int) {};
+  // A failure ends the program: takes away what is half made. Other threads may still be at work.
+  void (*given_up)() = [] {};
   // Answers a request to quit that comes from outside the pages (the window's close button, a
   // signal).
   void (*quit_request)() = [] {};

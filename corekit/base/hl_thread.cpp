@@ -12,6 +12,7 @@
 #include <atomic>
 #include <exception>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "corekit/Platform/PLT_window.h"
@@ -212,6 +213,8 @@ __attribute__((no_sanitize("null"))) void* THREAD_guard(UTL_thread_function func
   } catch (exce_class& caught) {
     failure = caught;
     failure.MakeFatal();
+  } catch (std::bad_alloc&) {
+    failure = no_memory_failure(at_thread_exception);
   } catch (std::exception& caught) {
     failure = unhandled("Caught an unhandled C++ exception", caught.what(), at_thread_exception);
   } catch (...) {

@@ -241,12 +241,13 @@ int gate_class::open_file(std::string_view path, io_handle& file) {
   return 0;
 }
 
-bool gate_class::is_link(std::string_view path) {
+bool gate_class::is_no_link(std::string_view path) {
   place at;
   std::string leaf;
   struct stat info;
   return reach_parent(path, report, at, leaf) == 0 &&
-         fstatat(at.folder, leaf.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(info.st_mode);
+         fstatat(at.folder, leaf.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+         !S_ISLNK(info.st_mode);
 }
 
 int gate_make_destination(const std::string& folder, std::string& failed) {

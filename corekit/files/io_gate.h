@@ -97,9 +97,11 @@ class gate_class {
   int rename(std::string_view path, std::string_view new_leaf);  // EEXIST if that is there
   int open_file(std::string_view path, io_handle& file);         // to read; a plain file only
 
-  bool is_link(std::string_view path);
+  // Something is there that is no link. False also where that cannot be told.
+  bool is_no_link(std::string_view path);
 
-  // Lines for the log, each once: which links of the user's are followed.
+  // Lines for the log, each once: which links of the user's are followed, and which programs could
+  // not be made ones that can be started.
   std::vector<std::string> take_notes();
 
   // For tests: neither openat2 nor files without a name, which some systems do not have.
@@ -123,6 +125,8 @@ class gate_class {
   bool stays_inside(const place& from, std::string_view target);
   void sweep_once(std::string_view folder, int handle);
   int put_part(std::string_view path, const gate_filler& fill, place& at, std::string& leaf);
+  int put_bytes(std::string_view path, const void* bytes, size_t size,
+                const gate_attributes& attributes, int& not_runnable);
 
   io_handle root_;
   size_t root_length_ = 0;  // characters of its path, which count towards the limit of a path

@@ -157,17 +157,24 @@ int move_part_in(int folder, const new_part& part, const std::string& leaf) {
 }
 
 // What cannot be set is passed over: a volume that keeps neither is no reason to refuse the file.
-void set_attributes(int file, const struct stat& info, const gate_attributes& attributes) {
+// 0, or the errno that kept a program from being one that can be started.
+int set_attributes(int file, const struct stat& info, const gate_attributes& attributes) {
   const mode_t mode = (attributes.mode & modes_kept) | 0400;
-  if (attributes.mode != 0 && mode != (info.st_mode & 07777)) fchmod(file, mode);
+  int code = 0;
+  if (attributes.mode != 0 && mode != (info.st_mode & 07777) && fchmod(file, mode) != 0 &&
+      (mode & 0111 & ~info.st_mode) != 0) {
+    code = errno;
+  }
   const timespec times[2] = {{attributes.modified, 0}, {attributes.modified, 0}};
   if (attributes.modified != time_t(-1)) futimens(file, times);
+  return code;
 }
 
+// `not_runnable` receives what set_attributes returns.
 int fill(int file, const struct stat& info, const void* bytes, size_t size,
-         const gate_attributes& attributes) {
+         const gate_attributes& attributes, int& not_runnable) {
   if (const int code = io_write_all(file, bytes, size)) return fail(code, 30);
-  set_attributes(file, info, attributes);
+  not_runnable = set_attributes(file, info, attributes);
   return 0;
 }
 
@@ -294,10 +301,22 @@ int gate_class::put_part(std::string_view path, const gate_filler& fill_part, pl
 
 int gate_class::put_file(std::string_view path, const void* bytes, size_t size,
                          const gate_attributes& attributes) {
+  int not_runnable = 0;
+  const int code = put_bytes(path, bytes, size, attributes, not_runnable);
+  if (code == 0 && not_runnable != 0) {
+    const std::lock_guard<std::mutex> guard(lock_);
+    notes_.push_back("WARNING: this cannot be started as a program: " + std::string(path) + " (" +
+                     error_str(not_runnable) + ")");
+  }
+  return code;
+}
+
+int gate_class::put_bytes(std::string_view path, const void* bytes, size_t size,
+                          const gate_attributes& attributes, int& not_runnable) {
   place at;
   std::string leaf;
   const auto filler = [&](int file, const struct stat& info) {
-    return fill(file, info, bytes, size, attributes);
+    return fill(file, info, bytes, size, attributes, not_runnable);
   };
   const int code = put_part(path, filler, at, leaf);
   if (code != EACCES || at.folder < 0) return code;

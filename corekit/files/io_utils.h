@@ -91,9 +91,10 @@ int check_large_address_aware(const std::string& path);
 // names in ascending order of their bytes and, beside each, 1 for a folder. A link is no folder.
 // Names that begin with "." are not listed. `filter` 0 keeps all, 1 to 18 the folders and the files
 // of one kind (see opensave_takeit), 19 the folders, 20 nothing, 21 the commands below the path
-// `folder` (main thread). Returns the number of items; 0 also when the folder cannot be read.
+// `folder` (main thread). Returns the number of items. `failed`, if given, receives 0, or the errno
+// of a folder that could not be read to its end; then there is what was read before.
 int opensave_getitems(const std::string& folder, int filter, std::vector<std::string>& names,
-                      std::vector<int>& is_folder);
+                      std::vector<int>& is_folder, int* failed = nullptr);
 
 // Whether the filter keeps an item. `kind` receives 1 to 18 for a file name that ends in one of the
 // family's extensions, in any case: AFL, WPN, ACF, OBJ, SIT, SMO, TXT, FMS, TRA, CAR, SPA, REG,

@@ -101,7 +101,8 @@ int opensave_takeit(const std::string& name, int is_folder, int filter, int* kin
 }
 
 int opensave_getitems(const std::string& folder, int filter, std::vector<std::string>& names,
-                      std::vector<int>& is_folder) {
+                      std::vector<int>& is_folder, int* failed) {
+  if (failed) *failed = 0;
   names.clear();
   is_folder.clear();
   if (filter == commands) {
@@ -119,7 +120,8 @@ int opensave_getitems(const std::string& folder, int filter, std::vector<std::st
     return 0;
   }
   std::vector<io_item> items;
-  list_folder(full, items);
+  const int code = list_folder(full, items);
+  if (failed) *failed = code;
   for (io_item& item : items) {
     if (!opensave_takeit(item.name, item.is_folder, filter, nullptr)) continue;
     names.push_back(std::move(item.name));

@@ -1,6 +1,7 @@
 // Asynchronous calls, and the road of a failure from any kind of thread to the main one.
 
 #include <atomic>
+#include <new>
 #include <stdexcept>
 
 #include "corekit/base/UTL_workers.h"
@@ -65,6 +66,11 @@ void* fail_a_call(void*) {
 void* throw_standard(void*) {
   const witness local;
   throw std::runtime_error("the reason");
+}
+
+void* throw_no_memory(void*) {
+  const witness local;
+  throw std::bad_alloc();
 }
 
 void* throw_number(void*) {
@@ -164,6 +170,7 @@ TEST(RuntimeFailureDeathTest, EndsTheProgramFromEveryKindOfThread) {
       {raise_fatal, "fatal one fatal two"},
       {fail_a_call, "\"pthread_cond_timedwait\" OS error err=22\\.000000"},
       {throw_standard, "Caught an unhandled C\\+\\+ exception the reason"},
+      {throw_no_memory, "There is no more memory, and I cannot go on\\."},
       {throw_number, "Caught an unhandled unknown exception"},
       {throw_record, "a mere warning"},
   };
