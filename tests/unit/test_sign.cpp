@@ -198,7 +198,7 @@ TEST(Sign, ListsAndTheSerialsSeen) {
          "03d0c9ef057014e6 final /";
   EXPECT_EQ(sign_seen_serial("final /a"), 99);
   EXPECT_EQ(sign_seen_serial("final /"), 100);
-  std::system(("rm -r "s + folder).c_str());
+  EXPECT_EQ(std::system(("rm -r "s + folder).c_str()), 0);
   unsetenv("XDG_CONFIG_HOME");
 }
 
