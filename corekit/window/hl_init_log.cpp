@@ -49,7 +49,7 @@ std::string aside_name(time_t last_line, int attempt) {
   char date[32];
   std::strftime(date, sizeof date, " %F %H.%M.%S", &parts);
   std::string name = std::string(log_stem) + date;
-  if (attempt > 0) name += " (" + std::to_string(attempt + 1) + ")";
+  if (attempt > 0) name += "_" + std::to_string(attempt + 1);  // sorts behind the one without
   return name.append(log_end);
 }
 
@@ -68,17 +68,22 @@ bool rename_to_free(const std::string& from, const std::string& to) {
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   struct stat info;
-  return lstat(to.c_str(), &info) != 0 && std::rename(from.c_str(), to.c_str()) == 0;
+  if (lstat(to.c_str(), &info) != 0) return std::rename(from.c_str(), to.c_str()) == 0;
+  errno = EEXIST;
+  return false;
 }
 
-void set_aside(const std::string& folder, const std::string& path) {
+// False if a log of ours is there and cannot be renamed: it would be written over.
+bool set_aside(const std::string& folder, const std::string& path) {
   const io_handle old(PLT_open_own(path, plt_own_read));
   struct stat info;
-  if (!old || fstat(old.get(), &info) != 0) return;
+  if (!old || fstat(old.get(), &info) != 0) return true;
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    if (rename_to_free(path, folder + aside_name(info.st_mtime, attempt)) || errno != EEXIST)
-      return;
+    if (rename_to_free(path, folder + aside_name(info.st_mtime, attempt))) return true;
+    // Another run may have moved it meanwhile.
+    if (errno != EEXIST) return errno == ENOENT;
   }
+  return false;
 }
 
 // Deletes a log of ours, unless the run that it is of is still at work.
@@ -103,7 +108,7 @@ bool open_in(const std::string& folder) {
   if (folder.empty()) return false;
   const std::string path = folder + std::string(log_name);
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    set_aside(folder, path);
+    if (!set_aside(folder, path)) return false;
     if (xer_open(path)) {
       state.path = path;
       drop_oldest(folder);
@@ -143,7 +148,7 @@ void log_keep() {
   const std::string folder = PLT_state_folder();
   if (!state.is_beside || folder.empty()) return;
   const std::string kept = folder + std::string(log_name);
-  set_aside(folder, kept);
+  if (!set_aside(folder, kept)) return;
   if (copy_file(state.path, kept) == 0) drop_oldest(folder);
 }
 
