@@ -47,6 +47,39 @@ job_install_small() {
   contest install-small 3 by_install by_curl_and_unzip installed_the_same "$SHIPPED archives of 5 to 10 KB"
 }
 
+# --- what signatures cost ---------------------------------------------------------------------------
+
+by_signed_install() {
+  local kept=$PORT
+  PORT=$SIGNED_PORT
+  rm -rf "$PEER/files"
+  sync
+  ours skyvane-demo-signed --accept_eula --dest="$PEER" --name=files
+  PORT=$kept
+}
+
+# Ours beside ours: the keys are the tests', whose programs differ in nothing else.
+job_install_signed() {
+  local site=$SCRATCH/signed sign=("$(program skyvane-web-signed)" --sign="$BIN/e2e_keys/present.key") master
+  whole_release
+  PEER=$SCRATCH/peer
+  mkdir -p "$PEER" "$site/updates"
+  serve_release
+  # Archives are links: signing replaces what it writes.
+  master=${MANIFEST%/*}/signed
+  rm -rf "$master"
+  cp -al "${MASTER%/disk_0/*}" "$master"
+  ln -s "$master/disk_0/$NAME" "$site/updates/$NAME"
+  server_list "$NAME" mirror.example >"$site/serverlist9.txt"
+  lap "${sign[@]}" --sign_master="$master"
+  lap "${sign[@]}" --sign_list="$site/serverlist9.txt"
+  serve "$site"
+  SIGNED_PORT=$PORT
+  serve_release
+  contest install-signed 0.8 by_signed_install by_install installed_the_same \
+    "$SHIPPED archives, all signed for; the peer is ours without keys"
+}
+
 # --- the transfer alone ----------------------------------------------------------------------------
 
 by_fetch() {
