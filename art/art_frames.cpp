@@ -68,9 +68,7 @@ static void draw_progress(art_canvas& atlas) {
                       art_rgb(176, 188, 204), 0, 0, 0});
 
   const art_cell fill{&atlas, 83, 161, 28, 16};
-  draw_plate(fill, {3, 3, 25, 13, 5, art_rise(3, art_rgb(28, 94, 166), 13, art_rgb(88, 160, 228)),
-                    art_rgb(24, 82, 148, 0.55f), 0, 0, 0});
-  art_fill(fill, art_box(7, 10, 21, 11, 0.5f), art_rgb(255, 255, 255, 0.35f));
+  draw_plate(fill, {3, 3, 25, 13, 5, art_flat(art_sky), art_sky, 0, 0, 0});
 }
 
 static void draw_level(art_canvas& atlas) {
