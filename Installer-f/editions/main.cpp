@@ -32,6 +32,7 @@
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
+#include "corekit/base/hl_app.h"
 #include "corekit/files/io_utils.h"
 #include "corekit/files/pref.h"
 #include "corekit/window/hl_init.h"
@@ -146,6 +147,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   std::set_terminate(end_without_memory);
   wizard_serve(edition.start_page, edition.title, edition.program);
+  APP.no_window = wizard_no_window(argc, argv);
   try {
     return run(argc, argv);
   } catch (const std::bad_alloc&) {

@@ -10,6 +10,7 @@
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_launch.h"
 #include "Installer-f/wizard/main_prefs.h"
+#include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_usage.h"
 #include "corekit/Platform/PLT_notice.h"
 #include "corekit/base/hl_app.h"
@@ -36,13 +37,20 @@ void wizard_serve(page_function start_page, const char* title, const char* progr
   g_wizard = start_page;
   APP.title = title;
   APP.web_host = product_web_host;
-  APP.no_window =
-      "Where there is no display, \"--unattended\" runs this program without one; \"--help\" tells "
-      "how.";
   APP.update = APP_update;
   APP.quit_request = wizard_quit_request;
   APP.usage = wizard_usage;
   APP.without_window = wizard_without_window;
   APP.prefs_io = wizard_prefs_io;
   APP.launch = launch_app;
+}
+
+const char* wizard_no_window(int argc, const char* const* argv) {
+  static std::string text;
+  text = unattended_wrong_argument(argc, argv);
+  if (!text.empty()) text += "\n";
+  text +=
+      "Where there is no display, \"--unattended\" runs this program without one; \"--help\" tells "
+      "how.";
+  return text.c_str();
 }

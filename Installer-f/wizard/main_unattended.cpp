@@ -6,6 +6,8 @@
 
 #include "Installer-f/wizard/main_unattended.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <vector>
@@ -28,7 +30,9 @@
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
+#include "corekit/files/io_utils.h"
 #include "corekit/net/http.h"
+#include "corekit/net/http_env.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_init_log.h"
 
@@ -50,7 +54,8 @@ struct run_state {
   std::vector<page_function> answered;  // choice pages that Next was pressed on
   float last_progress = 0;              // frame clock of the last progress
   double high_mark = -1;                // measure of what has been reached
-  page_function shown;                  // page whose title was printed
+  page_function shown;                  // page that was announced,
+  std::string title;                    //   and the title that it had
   int patience = 0;                     // frames that a choice page has been given
   bool is_finding_out = false;          // it has shown how far it is
   float looked_at = 0;                  // frame clock of the last look for a disc,
@@ -94,8 +99,16 @@ std::string whole_text(const wizard_screen& screen) {
   return on_one_page(text);
 }
 
+// A page's text under its title; nothing of a page that says nothing.
+std::string titled(const wizard_screen& screen, const std::string& text) {
+  if (text.empty()) return "";
+  const bool has_stop = screen.title.ends_with('.');
+  return screen.title.substr(0, screen.title.size() - (has_stop ? 1 : 0)) + ": " + text;
+}
+
 wizard_press refuse(page_function page, const wizard_screen& screen) {
-  complain(screen.title + ": " + whole_text(screen));
+  const std::string text = titled(screen, whole_text(screen));
+  if (!text.empty()) complain(text);
   const char* const wants = page->answer.wants;
   if (*wants) complain(str_fill(tr("This page wants %s."), {wants}));
   return finish(unattended_refused);
@@ -179,7 +192,7 @@ wizard_press finish_check(page_function page, const wizard_screen& screen) {
 wizard_press press_on_choice(page_function page, int first_time, const wizard_screen& screen) {
   // Coming back to a page that was left by Next means that what followed it was refused there.
   if (first_time && was_answered(page)) {
-    complain(screen.title + ": " + tr("the wizard came back to this page."));
+    complain(titled(screen, tr("the wizard came back to this page.")));
     return refuse(page, screen);
   }
   if (first_time) {
@@ -234,7 +247,7 @@ wizard_press press_on_disc(page_function page, int first_time, const wizard_scre
 wizard_press finish_on_last_page(page_function page, const wizard_screen& screen) {
   const bool good =
       page->kind == page_last_removal ? removal.failed == 0 : !screen.button_names.empty();
-  const std::string text = screen.title + ": " + whole_text(screen);
+  const std::string text = titled(screen, whole_text(screen));
   if (page->kind == page_last_update) {
     end_say_summary(run.figures);
   } else if (good) {
@@ -256,9 +269,10 @@ void show_page(page_function page, const wizard_screen& screen) {
   if (say_is_json()) {
     json_line line("kind", page_kind_word(page->kind));
     say_event("page", line.add("title", screen.title));
-  } else {
+  } else if (run.title != screen.title) {  // pages of one task may share it
     say(screen.title);
   }
+  run.title = screen.title;
 }
 
 wizard_press press_for_user(page_function page, int first_time, const wizard_screen& screen,
@@ -270,7 +284,7 @@ wizard_press press_for_user(page_function page, int first_time, const wizard_scr
 
   show_page(page, screen);
   if (screen.copy_is_busy) {
-    complain(screen.title + ": " + whole_text(screen));
+    complain(titled(screen, whole_text(screen)));
     return finish(unattended_busy);
   }
   if (page->kind == page_choice) return press_on_choice(page, first_time, screen);
@@ -280,7 +294,7 @@ wizard_press press_for_user(page_function page, int first_time, const wizard_scr
   if (first_time) run.alerts_before = alerts_shown;
   const bool is_hopeless = page->kind == page_job && end_is_disk_trouble();
   if (stg.directory_state == manifest_refused || alerts_pile_up(page) || is_hopeless) {
-    complain(screen.title + ": " + whole_text(screen));
+    complain(titled(screen, whole_text(screen)));
     end_tell_failure();
     return finish(unattended_failed);
   }
@@ -330,6 +344,16 @@ int begin(int argc, const char* const* argv) {
   return unattended_read_answers();
 }
 
+// What this machine or user lacks, and the run can do without.
+void tell_wants() {
+  std::string folder;
+  if (get_OS_abs_path(os_dir_prefs, folder) != 0 || access(folder.c_str(), W_OK) != 0)
+    say(tr("No settings and no list of copies are kept: no place for them can be written."));
+  const UTL_text wrong = http_env_proxy().wrong;
+  if (*wrong && http._proxy_host.empty())
+    complain(str_fill(tr("http_proxy of the environment is not used: %s."), {tr(wrong)}));
+}
+
 }  // namespace
 
 int unattended_begin(int argc, const char* const* argv) {
@@ -345,6 +369,7 @@ int unattended_begin(int argc, const char* const* argv) {
   if (cmdline.has_option("--list")) return 0;  // nothing between the copies and who reads them
   say(log_path().empty() ? tr("There is no log: no place for it can be written.")
                          : str_fill(tr("The log is %s"), {log_path()}));
+  tell_wants();
   for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
     std::signal(signal_number, on_signal);
   return 0;

@@ -3,6 +3,7 @@
 #include "Installer-f/wizard/main_unattended_options.h"
 
 #include <algorithm>
+#include <charconv>
 #include <climits>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,8 @@ namespace {
 
 struct option_row {
   std::string_view name;
-  std::string_view value;  // what stands behind its "="; empty for an option that takes none
+  std::string_view value;  // what stands behind its "="; empty for an option that takes none. Of a
+                           // setting, "A-B" and "A|B" are numbers that are held to
 };
 
 // The run's own first: of two that are as near, the first one is named.
@@ -46,13 +48,13 @@ constexpr option_row options[] = {
     {"--check_layout", ""},
     {"--list_texts", "FILE"},
     {"--md5", "NAME"},
-    {"--pref:_stream_count", "NUMBER"},
+    {"--pref:_stream_count", "0-4"},
     {"--pref:_log_actions", "0|1"},
     {"--pref:_proxy_host", "HOST"},
     {"--pref:_proxy_port", "PORT"},
-    {"--pref:_proxy_port_int", "PORT"},
+    {"--pref:_proxy_port_int", "0-65535"},
     {"--pref:_get_beta", "0|1"},
-    {"--pref:_lang", "NUMBER"},
+    {"--pref:_lang", "0-6"},
     {"--pref:_col_res_req", "NUMBER"},
     {"--pref:_set_res", "NUMBER"},
     {"--pref:_alias_req", "NUMBER"},
@@ -130,6 +132,19 @@ std::string form_of(const option_row& row) {
   return form;
 }
 
+// Whether a setting's value is among the numbers that its row names. Any is where it names none.
+bool is_in_range(std::string_view value, const option_row& row) {
+  const size_t sign = row.value.find_first_of("-|");
+  if (!row.name.starts_with("--pref:") || sign == row.value.npos) return true;
+  const auto number = [](std::string_view text) {
+    int read = -1;
+    const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), read);
+    return code == std::errc() && end == text.data() + text.size() ? read : -1;
+  };
+  return number(value) >= number(row.value.substr(0, sign)) &&
+         number(value) <= number(row.value.substr(sign + 1));
+}
+
 std::string wrong_argument(std::string_view argument) {
   const size_t equals = argument.find('=');
   const std::string_view name = argument.substr(0, equals);
@@ -145,6 +160,10 @@ std::string wrong_argument(std::string_view argument) {
     return str_fill(tr("%s takes no value, and here it is %s."), {std::string(name), quoted});
   if (!row->value.empty() && equals == argument.npos)
     return str_fill(tr("%s means %s."), {quoted, form_of(*row)});
+  if (!row->value.empty() && !is_in_range(argument.substr(equals + 1), *row)) {
+    return str_fill(tr("%s wants %s, not '%s'."), {std::string(name), std::string(row->value),
+                                                   std::string(argument.substr(equals + 1))});
+  }
   return "";
 }
 

@@ -11,13 +11,19 @@
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_patch.h"
 #include "Installer-f/wizard/main_unattended_say.h"
+#include "corekit/base/UTL_translate.h"
+#include "corekit/base/hl_string.h"
 
 namespace {
 
 std::string megabytes(float kb) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(kb) / 1000);
+  std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(std::max(kb, 0.0f)) / 1000);
   return text;
+}
+
+std::string amount(float done_kb, float all_kb) {
+  return str_fill(tr("%s of %s"), {megabytes(done_kb), megabytes(all_kb)});
 }
 
 std::string clock_time(float seconds) {
@@ -32,9 +38,9 @@ std::string transfer_line(float fraction) {
   char percent[16];
   std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(fraction * 100));
   std::string line = percent;
-  line += "  " + megabytes(figures.done_kb) + " of " + megabytes(stg.todo_zip_kb);
+  line += "  " + amount(figures.done_kb, stg.todo_zip_kb);
   line += "  " + std::to_string(static_cast<long>(figures.kb_per_second)) + " kB/s";
-  line += "  " + clock_time(figures.seconds_left) + " left";
+  line += "  " + str_fill(tr("%s left"), {clock_time(figures.seconds_left)});
   return line;
 }
 
@@ -43,8 +49,7 @@ std::string progress_line(page_kind kind, float fraction) {
   char percent[16];
   std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(fraction * 100));
   if (kind != page_install) return percent;
-  return std::string(percent) + "  " + megabytes(fraction * stg.todo_raw_kb) + " of " +
-         megabytes(stg.todo_raw_kb);
+  return std::string(percent) + "  " + amount(fraction * stg.todo_raw_kb, stg.todo_raw_kb);
 }
 
 int last_step = -1;  // last 5 % step printed of the present page

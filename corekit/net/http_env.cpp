@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstdlib>
 
+#include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xer.h"
 
@@ -39,15 +40,19 @@ bool read_place(std::string_view text, std::string& host, unsigned short& port) 
   return code == std::errc() && end == digits.data() + digits.size() && port != 0;
 }
 
+constexpr UTL_text other_kind = "it is no proxy of the kind http://";
+constexpr UTL_text with_password = "a proxy with a name and password is not supported";
+constexpr UTL_text no_place = "it is not http://HOST:PORT";
+
 // What is wrong with the value of http_proxy; empty with host and port filled.
-std::string read_proxy(std::string_view text, http_env& proxy) {
+const char* read_proxy(std::string_view text, http_env& proxy) {
   if (const size_t scheme = text.find("://"); scheme != text.npos) {
-    if (lower(text.substr(0, scheme)) != "http") return "it is no proxy of the kind http://";
+    if (lower(text.substr(0, scheme)) != "http") return other_kind;
     text.remove_prefix(scheme + 3);
   }
   text = text.substr(0, text.find('/'));
-  if (text.find('@') != text.npos) return "a proxy with a name and password is not supported";
-  return read_place(text, proxy.host, proxy.port) ? "" : "it is not http://HOST:PORT";
+  if (text.find('@') != text.npos) return with_password;
+  return read_place(text, proxy.host, proxy.port) ? "" : no_place;
 }
 
 void read_direct(std::string_view text, http_env& proxy) {
@@ -71,7 +76,7 @@ http_env http_read_env(std::string_view http_proxy, std::string_view no_proxy) {
   http_env proxy;
   if (http_proxy.empty()) return proxy;
   proxy.wrong = read_proxy(http_proxy, proxy);
-  if (!proxy.wrong.empty()) proxy.host.clear();
+  if (*proxy.wrong) proxy.host.clear();
   read_direct(no_proxy, proxy);
   return proxy;
 }
@@ -98,7 +103,7 @@ const http_env& http_env_proxy() {
 
 void http_log_env_proxy() {
   const http_env& proxy = http_env_proxy();
-  if (!proxy.wrong.empty()) {
+  if (*proxy.wrong) {
     xer << "WARNING: http_proxy of the environment is not used: " << proxy.wrong << ".\n";
   } else if (!proxy.host.empty()) {
     xer << "Proxy of the environment: " << str_printable(proxy.host) << " port " << proxy.port

@@ -17,7 +17,7 @@ struct http_env {
   unsigned short port = 0;
   std::vector<std::string> direct;  // in lower case, without a leading "." or "*."
   bool all_direct = false;
-  std::string wrong;  // why http_proxy is not used, for the log; empty when all is well
+  const char* wrong = "";  // why http_proxy is not used, a UTL_text; empty when all is well
 };
 
 // Takes the two values apart; either may be empty.

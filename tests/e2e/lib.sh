@@ -10,6 +10,8 @@ PATH=$PATH:/usr/sbin:/sbin  # nginx, which is not in an ordinary user's
 # The filters of the builder refuse paths that hold certain words, so the folder's name is plain.
 SCRATCH=$(mktemp -d "${TMPDIR:-/tmp}/skyvane-e2e-XXXXXX")
 export XDG_CONFIG_HOME=$SCRATCH/config XDG_STATE_HOME=$SCRATCH/state
+# Of the driver's; its own choice is a home that an ordinary user who is root in a namespace cannot write.
+export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$FIXTURE/cache}
 unset http_proxy no_proxy
 # No test meets the services of the desktop that it runs on.
 export DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent

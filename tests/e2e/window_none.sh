@@ -27,6 +27,8 @@ for edition in demo-installer web-updater disc-installer; do
     grep -qF "$text" "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "$edition's log lacks: $text"
   done
 done
+run skyvane-demo-installer --unatended
+want_text "Did you mean --unattended?"
 echo "A display that does not answer is none"
 STATUS=0
 DISPLAY=:4711 timeout 60 "$(program skyvane-demo-installer)" >"$OUT" 2>&1 </dev/null || STATUS=$?

@@ -565,7 +565,7 @@ TEST_F(NetHttp, TheProxyOfTheEnvironment) {
   for (const auto& row : proxies) {
     const http_env proxy = http_read_env(row.proxy, "");
     EXPECT_EQ(proxy.host, row.host) << row.proxy;
-    EXPECT_EQ(proxy.wrong.empty(), *row.host || !*row.proxy) << row.proxy;
+    EXPECT_EQ(*proxy.wrong == '\0', *row.host || !*row.proxy) << row.proxy;
     if (*row.host) {
       EXPECT_EQ(proxy.port, row.port) << row.proxy;
     }
