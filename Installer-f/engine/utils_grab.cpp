@@ -106,7 +106,8 @@ void grab_reset() {
     next.stream_file[s] = 0;
   }
   next.start_time = xtim.now_sec;
-  next.in_flight_kb = next.done_zip_kb = next.done_raw_kb = 0;
+  next.in_flight_kb = 0;
+  next.done_zip_kb = next.done_raw_kb = 0;
   mirrors_forget();
 }
 

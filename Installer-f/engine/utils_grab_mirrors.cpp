@@ -12,12 +12,12 @@
 namespace {
 
 constexpr float first_rest = 0.5f, longest_rest = 30;  // seconds
-constexpr float for_ever = 1e9f;
+constexpr double for_ever = 1e9;
 
 struct mirror_state {
-  float rest = 0;       // seconds; 0 for a mirror that has not failed since it last delivered
-  float failed_at = 0;  // frame clock
-  float wakes_at() const { return rest > 0 ? failed_at + rest : 0; }
+  float rest = 0;        // seconds; 0 for a mirror that has not failed since it last delivered
+  double failed_at = 0;  // frame clock
+  double wakes_at() const { return rest > 0 ? failed_at + rest : 0; }
 };
 
 struct mirror_table {
@@ -64,15 +64,15 @@ int mirror_to_ask(mirror_set not_these, bool evenly) {
 }
 
 float mirror_rests_for(mirror_set not_these) {
-  float wakes_at = for_ever;
+  double wakes_at = for_ever;
   for (int mirror = 0; mirror < mirror_count(); ++mirror) {
     if ((not_these >> mirror & 1) == 0)
       wakes_at = std::min(wakes_at, table.mirrors[mirror].wakes_at());
   }
-  return std::max(wakes_at - xtim.now_sec, 0.0f);
+  return static_cast<float>(std::max(wakes_at - xtim.now_sec, 0.0));
 }
 
-void mirror_failed(int mirror, float asked_at) {
+void mirror_failed(int mirror, double asked_at) {
   if (mirror < 0 || mirror >= server_limit) return;
   mirror_state& state = table.mirrors[mirror];
   if (state.rest > 0 && asked_at <= state.failed_at) return;

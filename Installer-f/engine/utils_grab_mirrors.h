@@ -24,6 +24,6 @@ float mirror_rests_for(mirror_set not_these);
 
 // A request that was made at `asked_at` has failed. Requests that were under way together count as
 // one failure.
-void mirror_failed(int mirror, float asked_at);
+void mirror_failed(int mirror, double asked_at);
 void mirror_delivered(int mirror);
 void mirrors_forget();  // what is known of all of them, as a list has been read or a job begins

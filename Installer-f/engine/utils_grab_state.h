@@ -15,10 +15,11 @@ struct transfer_record {
   int32_t stream_active[stream_limit] = {};     // the stream is live
   int32_t stream_take_next[stream_limit] = {};  // it takes a new file at its next step
   int32_t stream_file[stream_limit] = {};       // the sim_info index that it works on
-  float start_time = 0;                         // frame clock when the transfer began, seconds
+  double start_time = 0;                        // frame clock when the transfer began, seconds
   float in_flight_kb = 0;  // share of zip_kb received of files being fetched; rebuilt at each call
-  float done_zip_kb = 0;   // zip_kb of all finished files
-  float done_raw_kb = 0;   // raw_kb of all finished files
+  // Doubles: behind 16 GB a float would round each small file that is added to it.
+  double done_zip_kb = 0;  // zip_kb of all finished files
+  double done_raw_kb = 0;  // raw_kb of all finished files
 };
 // Always called plainly `next`; in a page, `screen.next` is another thing: where its Next button
 // leads.

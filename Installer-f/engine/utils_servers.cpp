@@ -32,9 +32,8 @@ constexpr char list_file[] = "/serverlist9.txt";
 constexpr float list_rest = 0.5f;   // it did not come, or there is no room for it
 constexpr float list_pause = 2.0f;  // it came, and leads nowhere
 constexpr int manifest_slot = 1;
-// Bytes of the packed manifest: some 1.2 million lines, five times what a table of every release so
-// far could hold.
-constexpr int64_t manifest_budget = 64'000'000;
+// Bytes of the packed manifest: more than the most lines that a table may hold, some 50 bytes each.
+constexpr int64_t manifest_budget = 128'000'000;
 
 // --- list ----------------------------------------------------------------------------------------
 
@@ -78,13 +77,13 @@ void tell_foreign(UTL_text what) {
 
 struct manifest_record {
   int mirror = no_mirror;   // that is being asked,
-  float asked_at = 0;       // and since when, frame clock
+  double asked_at = 0;      // and since when, frame clock
   mirror_set failed = 0;    // those that have failed since all had
   bool came_wrong = false;  // one of them with something that is no manifest
 } manifest;
 
 int list_beta_flag = 0;  // stg.beta_flag when the list was read
-float not_before = 0;    // frame clock: nothing is fetched until then
+double not_before = 0;   // frame clock: nothing is fetched until then
 
 // What has come finds no place in the working folder. That is no server's failure, and the next one
 // would not help: the user may.

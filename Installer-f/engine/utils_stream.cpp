@@ -45,7 +45,7 @@ struct stream_record {
   std::string location;  // where the file is installed
   std::string remote;    // path of its archive, on the mirror asked last
   int mirror = no_mirror;
-  float asked_at = 0;                  // frame clock
+  double asked_at = 0;                 // frame clock
   mirror_set failed = 0;               // mirrors that have failed at this file
   mirror_set wrong = 0;                // those of them that delivered something else
   int bad_archive = 0;                 // the code of the last of these
@@ -148,7 +148,7 @@ void report_unpack_failure(const stream_record& stream, int code) {
   tell_unpack_failure(stream, code);
 }
 
-float let_down_at = 0;  // frame clock of the last failure of a mirror
+double let_down_at = 0;  // frame clock of the last failure of a mirror
 
 void note_answer(stream_record& stream, const fetch_trouble& trouble) {
   trouble_note(trouble);
@@ -404,7 +404,7 @@ void stream_stop_all() {
   }
 }
 
-int wanted_streams(float rate, int manual) {
+int wanted_streams(double rate, int manual) {
   if (manual > 0) return manual;
   if (rate > 200) return 9;
   if (rate > 150) return 8;
@@ -414,7 +414,7 @@ int wanted_streams(float rate, int manual) {
 }
 
 void settle_stream_count(int s) {
-  const float elapsed = std::max(xtim.now_sec - next.start_time, 1.0f);
+  const double elapsed = std::max(xtim.now_sec - next.start_time, 1.0);
   const int wanted =
       wanted_streams((next.done_zip_kb + next.in_flight_kb) / elapsed, stg.stream_count);
 

@@ -26,7 +26,7 @@ void stream_stop_all();
 
 // Streams that a speed in kilobytes per second deserves; `manual` above 0 overrides. More than
 // stream_limit means as many as there are.
-int wanted_streams(float rate, int manual);
+int wanted_streams(double rate, int manual);
 
 // After a finished file: starts one more stream, stops stream `s`, or has it take its next file, as
 // the measured speed asks for.

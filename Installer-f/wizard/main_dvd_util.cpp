@@ -104,7 +104,7 @@ std::vector<std::string> disc_volumes() {
 // each look goes to every drive.
 bool worth_a_look(const std::vector<std::string>& volumes) {
   static std::vector<std::string> seen;
-  static float seen_at = -look_again_after;
+  static double seen_at = -look_again_after;
   if (volumes == seen && xtim.now_sec - seen_at < look_again_after) return false;
   seen = volumes;
   seen_at = xtim.now_sec;

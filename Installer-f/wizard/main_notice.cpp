@@ -10,7 +10,7 @@ namespace {
 
 constexpr float long_job = 15;  // seconds; who has waited that long may have gone to other work
 
-float job_began = -1;  // negative for no job
+double job_began = -1;  // negative for no job
 page_function told_of;
 
 bool is_last(page_function page) {

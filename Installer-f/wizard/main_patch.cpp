@@ -68,7 +68,8 @@ void step_to_manifest() {
 
 void smooth_ratio(float& ratio) {
   // A job without weight is done as soon as it is looked at.
-  const float target = stg.todo_raw_kb > 0 ? next.done_raw_kb / stg.todo_raw_kb : 1.0f;
+  const float target =
+      stg.todo_raw_kb > 0 ? static_cast<float>(next.done_raw_kb / stg.todo_raw_kb) : 1.0f;
   const float k = 5 * xtim.period;
   ratio = std::clamp((1 - k) * ratio + k * target, 0.0f, 1.0f);
 }
@@ -185,10 +186,11 @@ int check_servers(const check_flow& flow, int first_time, wizard_screen& screen)
 
 patch_figures patch_progress() {
   patch_figures figures;
-  figures.done_kb = next.done_zip_kb + next.in_flight_kb;
-  const float elapsed = std::max(xtim.now_sec - next.start_time, 1.0f);
-  figures.kb_per_second = figures.done_kb / elapsed;
-  const float left = std::max(stg.todo_zip_kb - figures.done_kb, 0.0f);
+  // In flight is below nothing while no length is known.
+  figures.done_kb = std::max(next.done_zip_kb + next.in_flight_kb, 0.0);
+  const double elapsed = std::max(xtim.now_sec - next.start_time, 1.0);
+  figures.kb_per_second = static_cast<float>(figures.done_kb / elapsed);
+  const auto left = static_cast<float>(std::max(stg.todo_zip_kb - figures.done_kb, 0.0));
   figures.seconds_left = figures.kb_per_second > 0 ? left / figures.kb_per_second : 0;
   figures.streams = 0;
   for (const int active : next.stream_active)

@@ -33,7 +33,7 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen);
 
 // Kilobytes moved so far and the average speed, for whoever shows them.
 struct patch_figures {
-  float done_kb;        // compressed, finished and in flight
+  double done_kb;       // compressed, finished and in flight
   float kb_per_second;  // since the transfer began
   float seconds_left;
   int streams;  // live streams

@@ -52,13 +52,13 @@ struct run_state {
   int status = unattended_failed;  // a run that ends in any unforeseen way has failed
   bool over = false;
   std::vector<page_function> answered;  // choice pages that Next was pressed on
-  float last_progress = 0;              // frame clock of the last progress
+  double last_progress = 0;             // frame clock of the last progress
   double high_mark = -1;                // measure of what has been reached
   page_function shown;                  // page that was announced,
   std::string title;                    //   and the title that it had
   int patience = 0;                     // frames that a choice page has been given
   bool is_finding_out = false;          // it has shown how far it is
-  float looked_at = 0;                  // frame clock of the last look for a disc,
+  double looked_at = 0;                 // frame clock of the last look for a disc,
   bool disc_is_in = false;              //   and what was found
   std::string told;                     // what was last said of a disc that is not there
   int alerts_before = 0;                // alerts shown when the present page was entered
@@ -127,8 +127,7 @@ wizard_press give_up(page_function page, const wizard_screen& screen) {
 // A measure of the run that only grows by real progress: a mirror that stalls in the same place
 // over and over does not raise it.
 double reached(const wizard_screen& screen) {
-  const double transfer = static_cast<double>(next.done_zip_kb + next.in_flight_kb) +
-                          static_cast<double>(next.next_file);
+  const double transfer = next.done_zip_kb + next.in_flight_kb + next.next_file;
   const double manifest = http.slot_active(1) ? static_cast<double>(http.slot_received(1)) : 0;
   const double page = screen.progress > 0 ? static_cast<double>(screen.progress) : 0;
   return transfer + manifest + page + stg.directory_state + stg.server_count;

@@ -89,7 +89,7 @@ void end_say_summary(const end_figures& figures) {
   say(count_line("%d files replaced or deleted, though you had modified them",
                  figures.overwritten));
   say(count_line("%d bytes moved", http.total_received()));
-  say(str_fill(tr("%s seconds"), {str_format("%.1f", static_cast<double>(xtim.now_sec))}));
+  say(str_fill(tr("%s seconds"), {str_format("%.1f", xtim.now_sec)}));
 }
 
 void end_say_modified(const end_figures& figures) {
@@ -159,6 +159,6 @@ void end_report(int status, const end_figures& figures) {
       .add("replaced", figures.overwritten)
       .add("missing", static_cast<int64_t>(missing_files.size()))
       .add("bytes", http.total_received())
-      .add("seconds", static_cast<double>(xtim.now_sec));
+      .add("seconds", xtim.now_sec);
   say_event("end", line);
 }

@@ -16,13 +16,13 @@
 
 namespace {
 
-std::string megabytes(float kb) {
+std::string megabytes(double kb) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(std::max(kb, 0.0f)) / 1000);
+  std::snprintf(text, sizeof text, "%.1f MB", kb / 1000);
   return text;
 }
 
-std::string amount(float done_kb, float all_kb) {
+std::string amount(double done_kb, double all_kb) {
   return str_fill(tr("%s of %s"), {megabytes(done_kb), megabytes(all_kb)});
 }
 
@@ -83,7 +83,8 @@ void progress_show(page_kind kind, const wizard_screen& screen) {
   float fraction = screen.progress;
   if (kind == page_transfer) {
     // The page's own figure is smoothed for the eye; a log wants the plain one.
-    fraction = stg.todo_raw_kb > 0 ? std::min(next.done_raw_kb / stg.todo_raw_kb, 1.0f) : 0.0f;
+    const double done = stg.todo_raw_kb > 0 ? next.done_raw_kb / stg.todo_raw_kb : 0;
+    fraction = static_cast<float>(std::min(done, 1.0));
   }
   if (fraction < 0) return;
   if (say_is_json()) {

@@ -9,8 +9,8 @@ xtim_class xtim;
 
 void xtim_class::xtim_update() {
   static const uint64_t first = PLT_microseconds();
-  const float now = static_cast<float>(static_cast<double>(PLT_microseconds() - first) * 1e-6);
-  period = now - now_sec;
+  const double now = static_cast<double>(PLT_microseconds() - first) * 1e-6;
+  period = static_cast<float>(now - now_sec);
   now_sec = now;
 
   // Of a press and a release in one frame the last one leaves the button as it is: in a slow frame
@@ -20,5 +20,6 @@ void xtim_class::xtim_update() {
     mouse_down = now_sec;
   }
   if (mnw.mouse_released && !mnw.press_came_last) mnw.mouse_held = 0;
-  if (mnw.mouse_clicked || mnw.mouse_released || mnw.key_hit) mnw.last_action = now_sec;
+  if (mnw.mouse_clicked || mnw.mouse_released || mnw.key_hit)
+    mnw.last_action = static_cast<float>(now_sec);
 }

@@ -7,9 +7,11 @@ class xtim_class {
   // button is held. Once a frame.
   void xtim_update();
 
-  float now_sec = 0.0f;     // seconds since the first update
-  float period = 0.0f;      // seconds that the last frame took; 0 on the first
-  float mouse_down = 0.0f;  // now_sec of the last press
+  // Doubles: a float counts in steps of 1/64 s after two days, and of half a second after seven
+  // weeks.
+  double now_sec = 0;     // seconds since the first update
+  float period = 0.0f;    // seconds that the last frame took; 0 on the first
+  double mouse_down = 0;  // now_sec of the last press
 };
 
 extern xtim_class xtim;

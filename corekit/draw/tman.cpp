@@ -133,7 +133,7 @@ void tman_class::announce_load(int manual_ref, tex_load_time when, const std::st
   for (const int quiet : {0, 312, int{t_interface}, int{t_glyphs_2}, int{t_blank_gray}}) {
     if (manual_ref == quiet) return;
   }
-  const float now = xtim.now_sec;
+  const double now = xtim.now_sec;
   if (announced_ >= 0 && now < announced_ + pause) return;
   announced_ = now;
   tman_announce("Loading bitmap " + name + ".");

@@ -157,7 +157,7 @@ class tman_class {
   std::unique_ptr<tex_load_vars> async_job_;       // the background load; null when there is none
   int async_ok_ = 0;                               // what the first half of it came to
   tman_force_finish_obj* async_finisher_ = nullptr;
-  float announced_ = -1;  // when the splash screen was last told of a load, seconds
+  double announced_ = -1;  // when the splash screen was last told of a load, seconds
   mutable UTL_critical_section lock_;
 };
 

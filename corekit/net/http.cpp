@@ -154,7 +154,7 @@ int http_class::judge(slot_record& slot, const std::string& server, const std::s
 // Failures are tried again and again, so a server that refuses could fill the disk with its report:
 // the same one of the same slot is logged once a second.
 int http_class::fail(slot_record& slot, const std::string& report) {
-  const float since = xtim.now_sec - slot.last_report_time;
+  const double since = xtim.now_sec - slot.last_report_time;
   if (!report.empty() && (report != slot.last_report || since < 0 || since >= report_pause)) {
     xer << report;
     slot.last_report = report;

@@ -107,11 +107,11 @@ class http_class {
     std::unique_ptr<down_class> down;
     std::unique_ptr<PCSBSocket> line;  // a connection between two transfers, or null,
     net_place line_place;              // where it leads to,
-    float line_since = 0;              // and since when it has been idle, frame clock
+    double line_since = 0;             // and since when it has been idle, frame clock
     std::vector<char> body;
     net_trouble trouble;
-    std::string last_report;     // of the last failure,
-    float last_report_time = 0;  // and when it was logged, frame clock
+    std::string last_report;      // of the last failure,
+    double last_report_time = 0;  // and when it was logged, frame clock
   };
 
   void start(int slot, const std::string& server, const std::string& file, const std::string& local,

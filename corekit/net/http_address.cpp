@@ -21,7 +21,7 @@ constexpr size_t address_limit = 16;  // more than the list has mirrors
 struct known_address {
   std::string host;
   uint32_t address;  // 0 if the lookup failed
-  float looked_up;   // frame clock
+  double looked_up;  // frame clock
 };
 std::vector<known_address> known_addresses;
 

@@ -120,7 +120,7 @@ void down_class::lose_line() {
 // --- one step ------------------------------------------------------------------------------------
 
 void down_class::DoProcessing() {
-  if (std::exchange(resting_, -1.0f) == xtim.now_sec) return;
+  if (std::exchange(resting_, -1) == xtim.now_sec) return;
   if (!socket_ || error_ != 0 || answer_.ended()) return;
   switch (socket_->GetStatus()) {
     case PCSBSocket::status_Connected:

@@ -60,7 +60,7 @@ class down_class {
   const std::string& local_path() const { return local_path_; }
   int64_t content_length() const { return answer_.length(); }  // -1 until known; chunks: for ever
   int64_t received() const { return received_; }  // body bytes passed on to the file or the memory
-  float last_activity() const { return last_activity_; }  // frame clock
+  double last_activity() const { return last_activity_; }  // frame clock
 
   static int64_t total_received;  // body bytes of all objects since start
 
@@ -94,7 +94,7 @@ class down_class {
   size_t sent_ = 0;  // of the request
   http_answer answer_;
   bool has_excess_ = false;  // bytes came behind the answer that was to be the last
-  float resting_ = -1;       // frame clock of a poll that found nothing
+  double resting_ = -1;      // frame clock of a poll that found nothing
   std::vector<char>* memory_;
   int output_file_ = -1;  // open while the body is being written
   std::string local_path_;
@@ -104,7 +104,7 @@ class down_class {
   int error_ = 0;
   int disk_error_ = 0;
   int64_t received_ = 0;
-  float last_activity_ = 0;  // frame clock
-  float pace_start_ = 0;     // of the stretch in which the pace is being watched,
-  size_t pace_bytes_ = 0;    // and the body bytes in it
+  double last_activity_ = 0;  // frame clock
+  double pace_start_ = 0;     // of the stretch in which the pace is being watched,
+  size_t pace_bytes_ = 0;     // and the body bytes in it
 };

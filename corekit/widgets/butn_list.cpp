@@ -119,7 +119,7 @@ struct last_click_record {
   int id = 0, row = -1;
 };
 last_click_record last_click;
-float last_typed = 0;  // when a character was last typed on a list
+double last_typed = 0;  // when a character was last typed on a list
 
 // A list in its place, for one frame.
 struct list_view {

@@ -51,11 +51,11 @@ float moved_by_key(float value, int vkey, float low, float high) {
 
 // 1 in the frames in which a button that stays down steps again.
 int held_step() {
-  constexpr float delay = 0.4f, every = 0.1f;  // seconds
+  constexpr double delay = 0.4, every = 0.1;  // seconds
   if (!mnw.mouse_held || mnw.mouse_clicked) return 0;
-  const float held = xtim.now_sec - xtim.mouse_down - delay;
+  const double held = xtim.now_sec - xtim.mouse_down - delay;
   if (held < 0) return 0;
-  const float before = held - xtim.period;
+  const double before = held - xtim.period;
   return before < 0 || std::floor(held / every) != std::floor(before / every);
 }
 

@@ -43,7 +43,7 @@ struct about_record {
   bool is_signed = false;    // keys are built in, and the list is signed by one of them
   sign_statement statement;  // with which
 
-  float ask_again_sec = 0;         // when a list that says nothing may be asked for again
+  double ask_again_sec = 0;        // when a list that says nothing may be asked for again
   int ins_state = about_closed;    // of about_step
   about_installer installer;       // the one on offer
   std::string installer_app_name;  // what its archive held, in the working folder

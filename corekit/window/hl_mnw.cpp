@@ -238,7 +238,7 @@ void APL_handlewin(const PLT_event& event) {
     return;
   }
   pace.last_input = PLT_microseconds();
-  mnw.last_action = xtim.now_sec;
+  mnw.last_action = static_cast<float>(xtim.now_sec);
   if (event.kind == plt_motion) {
     pace.had_motion = true;
   } else {

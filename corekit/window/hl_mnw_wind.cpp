@@ -77,8 +77,9 @@ bool on_close_box() {
 }
 
 // Seconds that the mouse has rested.
-float mouse_rest() {
-  static float x = 0, y = 0, since = 0;
+double mouse_rest() {
+  static float x = 0, y = 0;
+  static double since = 0;
   if (x != mnw.mouse_x || y != mnw.mouse_y || mnw.mouse_clicked) {
     x = mnw.mouse_x;
     y = mnw.mouse_y;
@@ -192,7 +193,7 @@ void MACIBM_handleclick(int force) {
 
 void mouse_help_per_wind(int id) {
   constexpr float rest_before_help = 1;  // seconds
-  const float rest = mouse_rest();
+  const double rest = mouse_rest();
   if (ogl_inited && !stls.hover_help.empty() && rest > rest_before_help) {
     plot_tooltip(stls.hover_help);
   }

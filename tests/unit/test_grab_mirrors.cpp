@@ -73,12 +73,12 @@ TEST_F(GrabMirrors, ARefusingMirrorIsLeftAlone) {
   stg.server_count = 1;
   for (const char* path : {"A/f", "A/g", "A/h"})
     add_history(wanted_file(path));
+  const double start = xtim.now_sec = 6e6;  // ten weeks on
   grab_reset();
-  const float start = xtim.now_sec;
   size_t seen = 0;
-  std::vector<float> asked_at;
+  std::vector<double> asked_at;
   for (int step = 0; step < 1300; ++step) {
-    xtim.now_sec = start + 0.1f * static_cast<float>(step);
+    xtim.now_sec = start + 0.1 * step;
     for (int i = 0; i < 200; ++i) {
       ASSERT_EQ(grab_files(), 0);
       grab_wait(0);
@@ -88,13 +88,13 @@ TEST_F(GrabMirrors, ARefusingMirrorIsLeftAlone) {
     if (m.requests().size() == seen) continue;
     EXPECT_LE(m.requests().size() - seen, 2u) << "each stream once";
     seen = m.requests().size();
-    if (asked_at.empty() || xtim.now_sec - start > asked_at.back() + 0.15f)
+    if (asked_at.empty() || xtim.now_sec - start > asked_at.back() + 0.15)
       asked_at.push_back(xtim.now_sec - start);
   }
-  const std::vector<float> want = {0, 0.5f, 1.5f, 3.5f, 7.5f, 15.5f, 31.5f, 61.5f, 91.5f, 121.5f};
-  ASSERT_EQ(asked_at.size(), want.size());
-  for (size_t i = 0; i < want.size(); ++i)
-    EXPECT_NEAR(asked_at[i], want[i], 0.15f * static_cast<float>(i + 1)) << i;
+  const double want[] = {0, 0.5, 1.5, 3.5, 7.5, 15.5, 31.5, 61.5, 91.5, 121.5};
+  ASSERT_EQ(asked_at.size(), std::size(want));
+  for (size_t i = 0; i < std::size(want); ++i)
+    EXPECT_NEAR(asked_at[i], want[i], 0.15 * static_cast<double>(i + 1)) << i;
   EXPECT_EQ(stg.server_down, 1);
   EXPECT_EQ(stg.extract_failed, 0);
 }

@@ -153,7 +153,7 @@ TEST_F(UpdateBack, WaitsForAnotherProgram) {
   user.answers = {{"file0", answer_keep}, {"file1", answer_keep_folder}};
   const int other = open(dest_dir_path.c_str(), O_RDONLY | O_CLOEXEC);
   ASSERT_EQ(flock(other, LOCK_EX), 0);
-  for (const float give_up = xtim.now_sec + 60; xtim.now_sec < give_up && !user.saw_busy;) {
+  for (const double give_up = xtim.now_sec + 60; xtim.now_sec < give_up && !user.saw_busy;) {
     xtim.xtim_update();
     APP_update();
   }

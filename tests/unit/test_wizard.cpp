@@ -218,7 +218,7 @@ TEST(WizardText, ProgressOfATransfer) {
   next.in_flight_kb = 50;
   next.stream_active[0] = next.stream_active[2] = 1;
   patch_figures figures = patch_progress();
-  EXPECT_FLOAT_EQ(figures.done_kb, 250);
+  EXPECT_DOUBLE_EQ(figures.done_kb, 250);
   EXPECT_FLOAT_EQ(figures.kb_per_second, 250);
   EXPECT_FLOAT_EQ(figures.seconds_left, 3);
   EXPECT_EQ(figures.streams, 2);
@@ -226,7 +226,8 @@ TEST(WizardText, ProgressOfATransfer) {
   next.done_zip_kb = 2000;  // files that were fetched twice
   figures = patch_progress();
   EXPECT_FLOAT_EQ(figures.seconds_left, 0);
-  next.done_zip_kb = next.in_flight_kb = 0;
+  next.done_zip_kb = 0;
+  next.in_flight_kb = 0;
   EXPECT_FLOAT_EQ(patch_progress().seconds_left, 0);
 }
 
