@@ -9,6 +9,7 @@ PATH=$PATH:/usr/sbin:/sbin  # nginx, which is not in an ordinary user's
 
 # The filters of the builder refuse paths that hold certain words, so the folder's name is plain.
 SCRATCH=$(mktemp -d "${TMPDIR:-/tmp}/skyvane-e2e-XXXXXX")
+echo $$ >"$SCRATCH/pid"  # whose folder it is, for script/clean
 export XDG_CONFIG_HOME=$SCRATCH/config XDG_STATE_HOME=$SCRATCH/state
 # Of the driver's; its own choice is a home that an ordinary user who is root in a namespace cannot write.
 export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$FIXTURE/cache}
