@@ -117,7 +117,7 @@ wait_for_master() { until [ -d "$MASTERS/disk_0" ]; do sleep 0.02; done; }
 command="'$(program skyvane-demo-installer)' --build_master --type=0 --name=X --source='$TREE' \
   --output='$MASTERS' --previous=none --threads=1"
 STATUS=0
-(wait_for_master; sleep 0.3; printf q) | timeout 100 script -qec "$command" /dev/null >"$OUT" || STATUS=$?
+(until grep -qas "now doing" "$OUT"; do sleep 0.02; done; printf q) | timeout 100 script -qec "$command" /dev/null >"$OUT" || STATUS=$?
 want_status 1
 want_text "You have pressed Q."
 grep -qaP '\rreg: 0: total files to compress: \d+\. now doing: \d+\. \d+ of \d+ MB' "$OUT" || fail "no progress"

@@ -41,10 +41,8 @@ wait_for "a bar below" shows 600 50 000000
 wait_for "a bar above" shows 600 1050 000000
 [ -z "${SHOTS:-}" ] || convert "xwd:$FRAME_FILE" "png24:$SHOTS/scale_bars.png"
 click_away 906 34
-sleep 0.5
-lit 1 3 100 || fail "a press on the bar did something"
 click_away $((604 * 3 / 2)) $((100 + 23 * 3 / 2))
-wait_for "Back to lead back" lit 0 3 100
+wait_for "Back to lead to the first page, so a press on the bar to have done nothing" lit 0 3 100
 kill "$WINDOW_PID"
 want_all_in_place
 
