@@ -66,9 +66,11 @@ std::string decipher(key_file& key, int password_fd) {
   }
   password_wipe(password);
   if (!wrong.empty()) return wrong;
-  auto* const hidden = reinterpret_cast<unsigned char*>(&key.hidden);
+  unsigned char hidden[sizeof key.hidden];
+  std::memcpy(hidden, &key.hidden, sizeof hidden);
   for (size_t i = 0; i < sizeof stream; ++i)
-    hidden[i] ^= stream[i];
+    stream[i] ^= hidden[i];
+  std::memcpy(&key.hidden, stream, sizeof stream);
   sodium_memzero(stream, sizeof stream);
 
   crypto_generichash_state state;
