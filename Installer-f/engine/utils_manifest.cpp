@@ -203,7 +203,9 @@ directory_outcome read_directory(const std::string& path, const std::string&) {
     complain_of_no_file(path);
     return directory_foreign;
   }
-  switch (lines.take_header(format_versions, "INSTALLER")) {
+  const auto header = lines.take_header(format_versions, "INSTALLER");
+  if (lines.has_failed()) complain_of_no_file(path);
+  switch (header) {
     case header_foreign:
       return directory_foreign;
     case header_other_version:

@@ -51,11 +51,16 @@ class utf8_names {
 // An archive that is being read, if what it claims is within reason.
 class reader_7z {
  public:
-  ~reader_7z() { archive_read_free(reader); }
+  ~reader_7z() {
+    archive_entry_free(entry);
+    archive_read_free(reader);
+  }
   // 0, 20001 or 12; `claims` receives what the head says.
   int open(const zip_bytes& in, size_t most_entries, claims_7z& claims);
 
-  archive* reader = archive_read_new();
+  archive* const reader = archive_read_new();
+  // Of our own: the library does not look whether there was memory for the one that it makes.
+  archive_entry* const entry = archive_entry_new2(reader);
 
  private:
   const utf8_names while_reading;
@@ -102,12 +107,13 @@ int write_entry(const std::string& path, const zip_bytes& bytes) {
   return write_err != 0 || close_err != 0 ? io_fail(zip_cannot_write, source_name, 430) : 0;
 }
 
-int unpack_all(archive* reader, uint64_t allowed, const std::string& folder, std::string* name,
+int unpack_all(const reader_7z& zip, uint64_t allowed, const std::string& folder, std::string* name,
                bool use_name) {
+  archive* const reader = zip.reader;
+  archive_entry* const entry = zip.entry;
   zip_room room;
   for (bool first_header = true, first_file = true;; first_header = false) {
-    archive_entry* entry = nullptr;
-    const int result = archive_read_next_header(reader, &entry);
+    const int result = archive_read_next_header2(reader, entry);
     // Without a single entry there is nothing that could count as unpacked.
     if (result == ARCHIVE_EOF && !first_header) return 0;
     if (result != ARCHIVE_OK) {
@@ -144,7 +150,7 @@ int unpack(const std::string& path, const std::string& folder, std::string* name
   if (int err = zip.open(in, most_entries_7z, claims)) return err;
   const uint64_t allowed =
       std::min(zip_size_limit, std::max(plain_floor, uint64_t(in.size) * lzma_ratio));
-  return unpack_all(zip.reader, allowed, folder, name, use_name);
+  return unpack_all(zip, allowed, folder, name, use_name);
 }
 
 single_outcome outcome_of(claims_7z claims) {
@@ -159,10 +165,11 @@ single_outcome outcome_of(claims_7z claims) {
 }
 
 // The next entry of an archive that may hold one file and its fork.
-single_outcome read_next(archive* reader, uint64_t most, zip_room& room, single_file& file,
+single_outcome read_next(const reader_7z& zip, uint64_t most, zip_room& room, single_file& file,
                          std::string& file_name, std::string& fork_name) {
-  archive_entry* entry = nullptr;
-  const int result = archive_read_next_header(reader, &entry);
+  archive* const reader = zip.reader;
+  archive_entry* const entry = zip.entry;
+  const int result = archive_read_next_header2(reader, entry);
   if (result == ARCHIVE_EOF) return single_empty;
   if (result != ARCHIVE_OK) {
     return archive_errno(reader) == ENOMEM ? single_no_memory : single_damaged;
@@ -199,7 +206,7 @@ single_outcome read_next(archive* reader, uint64_t most, zip_room& room, single_
 int reader_7z::open(const zip_bytes& in, size_t most_entries, claims_7z& claims) {
   claims = io_7z_claims(in.data, in.size, most_entries);
   if (claims != claims_fine) return io_fail(zip_cannot_open, source_name, 450);
-  if (!reader) return io_fail(zip_no_memory, source_name, 451);
+  if (!reader || !entry) return io_fail(zip_no_memory, source_name, 451);
   if (archive_read_support_format_7zip(reader) != ARCHIVE_OK ||
       archive_read_open_memory(reader, in.data, in.size) != ARCHIVE_OK) {
     return reader_code(reader, zip_cannot_open, 452);
@@ -217,7 +224,7 @@ single_outcome single_from_7z(const zip_bytes& archive, uint64_t most, zip_room&
   std::string fork_name;
   name.clear();
   for (size_t entries = 0;; ++entries) {
-    const single_outcome outcome = read_next(zip.reader, most, room, file, name, fork_name);
+    const single_outcome outcome = read_next(zip, most, room, file, name, fork_name);
     if (outcome == single_empty && entries > 0) break;
     if (outcome != single_ok) return outcome;
   }
