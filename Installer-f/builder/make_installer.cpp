@@ -238,6 +238,7 @@ int sub_install() {
   if (bld.fog_fals != install_base) bld.old_dir_path.clear();
   load_history();
 
+  made = {};
   APP.given_up = drop_master;
   const builder_stop_watch watch;
   if (!bld.check_only) check_master_folders();
@@ -251,7 +252,6 @@ int sub_install() {
     drop_master();
     return end_early();
   }
-  made = {};
   if (!bld.check_only) warn_of_archive_kinds();
   return build_done;
 }
@@ -273,5 +273,6 @@ int build_install() {
       builder_fatal("I can not tell what type of install this is!", "", "", "", at_build_type);
   }
   if (status == build_done) close_build();
+  made = {};  // until all has been said, what ends the program takes the master away
   return status;
 }

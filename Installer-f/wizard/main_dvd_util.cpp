@@ -330,7 +330,7 @@ int UTIL_disk_space(const std::string& enough_text, const std::string& short_tex
       str_fill(UTL_translate_string(
                    "Disk size: %s\nFree disk space: %s\nDisk space needed to install: %s.\n\n%s"),
                {size_string(total_kb), size_string(free_kb), size_string(stg.todo_raw_kb),
-                too_small ? short_text : enough_text});
+                too_small ? short_text + "\n" + dest_dir_path : enough_text});
   wizard_note(220, 130, text, 560);
   return free_kb > stg.todo_raw_kb ? 1 : 0;
 }

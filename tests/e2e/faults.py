@@ -353,7 +353,7 @@ def perform(place, name, fault):
     place.want(name)
     place.prepare(job)
     status, said = place.run(job, job.command(place.base), fault)
-    note = read_file(place.base + "/note").decode("utf-8", "replace").split("\n")[0]
+    note = read_file(place.base + "/note").decode("utf-8", "surrogateescape").split("\n")[0]
     if not note:
         # Where threads share the work, and answers come in pieces, a run may make fewer calls.
         return ("WRONG", "%s %s: no such call" % (name, fault)) if (name, fault) in FOUND else ("missed", "")
@@ -430,7 +430,7 @@ def main():
         finally:
             places.put(place)
         if text:
-            print("FAILED:", text, flush=True)
+            print("FAILED:", text.encode("utf-8", "replace").decode(), flush=True)
         return row, outcome
 
     began, table = time.time(), Counter()
