@@ -47,7 +47,7 @@ int platform_of_copy() {
     if (platform && lies_there(app_path + install_location(current.path))) ++found[platform];
   }
   const int* const most = std::max_element(std::begin(found), std::end(found));
-  if (*most == 0 || std::count(std::begin(found), std::end(found), *most) > 1) return 0;
+  if (std::count(std::begin(found), std::end(found), *most) > 1) return 0;  // or none is there
   return static_cast<int>(most - found);
 }
 

@@ -59,7 +59,6 @@ void say(const noted_text& note) {
                            ": " + note.text + '\n';
   if (!said.insert(line).second) return;
   xer << line;
-  xer.flush();
 }
 
 // The file changes in one step, so that a reader sees the texts of one picture.

@@ -162,8 +162,8 @@ std::string one_line(const std::string& text) {
       line += c;
     }
   }
-  const bool ends_in_break = !text.empty() && static_cast<unsigned char>(text.back()) < ' ';
-  if (ends_in_break && !line.empty() && line.back() == ' ') line.pop_back();
+  const bool ends_in_blank = !line.empty() && line.back() == ' ';
+  if (ends_in_blank && static_cast<unsigned char>(text.back()) < ' ') line.pop_back();
   return line;
 }
 

@@ -89,6 +89,11 @@ program() {
   echo "$SCRATCH/bin/$1"
 }
 
+# linked_copy FROM TO: a tree whose files are links to the other's, where both are on one file system.
+linked_copy() {
+  cp -al "$1" "$2" 2>/dev/null || { rm -rf "$2" && cp -a "$1" "$2"; }
+}
+
 # words_of LANGUAGE KEY: a text's translation as a terminal shows it; LANGUAGE as in --pref:_lang. Of
 # English, and where there is none, nothing.
 LANGUAGE_FOLDERS=(english french german italian spanish portugese korean)

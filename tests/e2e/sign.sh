@@ -14,7 +14,7 @@ name="Skyvane new"
 MADE=0
 master() {
   MASTER=$SCRATCH/master-$((++MADE))
-  cp -al "$FIXTURE/master-new" "$MASTER"
+  linked_copy "$FIXTURE/master-new" "$MASTER"
   SIGNED="$MASTER/disk_0/$name/directory.signed.zip"
 }
 program=$(program skyvane-web-updater)

@@ -22,7 +22,7 @@ builder() {
 # links to the fixture's, and so are replaced and never written to.
 release() {
   MASTER=$SCRATCH/master-$1-$((++MADE))
-  cp -al "$FIXTURE/master-$1" "$MASTER"
+  linked_copy "$FIXTURE/master-$1" "$MASTER"
   builder --sign_master="$MASTER" --sign="$KEYS/$2.key" "${@:3}"
 }
 MADE=0
@@ -200,7 +200,7 @@ want_status 3
 want_text "It is older than what this program has seen before"
 replace "$SCRATCH/newest_list" "$SITE/serverlist9.txt"
 MASTER=$SCRATCH/master-older
-cp -al "$FIXTURE/master-newer" "$MASTER"
+linked_copy "$FIXTURE/master-newer" "$MASTER"
 builder --sign_master="$MASTER" --sign="$KEYS/present.key" --sign_serial=1000
 replace "$MASTER/disk_0/Skyvane newer/directory.signed.zip" "$(ZIP)"
 update

@@ -207,6 +207,7 @@ TEST_F(TextField, Clipboard) {
       {"accents", "\xC3\xA9t\xC3\xA9", "\xE9t\xE9"},
       {"no byte for it", "1\xE2\x82\xAC", "1?"},
       {"lines become one", "one\r\ntwo\n", "one two"},
+      {"a blank at the end is no break", "one \ttwo ", "one two "},
       {"control characters go", "a\x1B[1mb\x7F", "a[1mb"},
       {"too long", std::string(100, 'x'), std::string(40, 'x')},
       {"nothing", "", "old"},

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "corekit/net/PCSBSocket.h"
+#include "corekit/net/PCSBSocketUDP.h"
 #include "net_scripted_server.h"
 
 namespace {
@@ -153,6 +154,32 @@ TEST(NetSocket, WorksAboveTheLimitOfSelectAndIsNotInherited) {
   EXPECT_TRUE(comes_true([&] { return client.GetStatus() == PCSBSocket::status_Connected; }));
   for (const int descriptor : held)
     close(descriptor);
+}
+
+TEST(NetSocket, DatagramsComeWholeOrCutAndNameTheirSender) {
+  constexpr unsigned short first_port = 20000, last_port = 32000;
+  PCSBSocketUDP ours, theirs;
+  unsigned short port = first_port;
+  while (ours.udp_init(port, PCSBSocketUDP::mode_nonblocking) != 0 && port < last_port)
+    ++port;
+  EXPECT_EQ(theirs.udp_init(port, PCSBSocketUDP::mode_blocking), EADDRINUSE);
+  ASSERT_EQ(theirs.udp_init(0, PCSBSocketUDP::mode_blocking), 0);
+  char got[8] = {};
+  unsigned long from = 0;
+  unsigned short from_port = 0;
+  EXPECT_EQ(ours.ReadData(got, sizeof got, &from, &from_port), -1);
+  EXPECT_EQ(errno, EWOULDBLOCK);
+  const unsigned long here = htonl(INADDR_LOOPBACK);
+  EXPECT_EQ(theirs.udp_WriteData("a whole line", 12, here, port), 12);
+  EXPECT_EQ(theirs.udp_WriteData("next", 4, here, port), 4);
+  EXPECT_EQ(ours.ReadData(got, sizeof got, &from, &from_port), 8);
+  EXPECT_EQ(from, here);
+  EXPECT_EQ(ours.ReadData(got, sizeof got, &from, &from_port), 4);
+  EXPECT_EQ(std::string_view(got, 8), "nextole ") << "the rest of the first is gone";
+  // An answer finds the port that the system picked.
+  EXPECT_EQ(ours.udp_WriteData("back", 4, from, from_port), 4);
+  EXPECT_EQ(theirs.ReadData(got, sizeof got, &from, &from_port), 4);
+  EXPECT_EQ(from_port, port);
 }
 
 }  // namespace

@@ -73,6 +73,10 @@ TEST_F(Oglp, ScissorsCutAndTakeNegativeSizesAsNone) {
   OGL_fillrect(49, 1, 0, 0, 700, 500);
   OGL_scissors_end();
   EXPECT_TRUE(pixel_is(110, 110, 0, 0, 0));
+  for (const int level : {2, 0}) {
+    OGL_poly_offset(level);
+    EXPECT_EQ(glIsEnabled(GL_POLYGON_OFFSET_FILL), level ? GL_TRUE : GL_FALSE);
+  }
 }
 
 // Of the splash: its right edge at the window's, its top above it, and no seam between the tiles.

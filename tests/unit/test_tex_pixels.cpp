@@ -1,5 +1,7 @@
 // The operations on pixels, as properties where there is one; S3TC blocks.
 
+#include <cmath>
+
 #include "corekit/draw/TEX_s3tc.h"
 #include "tests/unit/test_tex_util.h"
 
@@ -66,6 +68,26 @@ TEST(TexPixels, DownscaleTakesMeans) {
   EXPECT_EQ(alpha[0], 25);
   TEX_downscale(desc, alpha.data(), 50, 0);
   EXPECT_EQ(desc.width * desc.height, 1);
+}
+
+// Twice as wide, between its pixels the mean by distance; what lies beside the rectangle stays.
+TEST(TexPixels, CompositeStretchesIntoItsRectangle) {
+  const bytes small = {0, 100, 200, 90, 100, 200, 0, 0, 200, 90, 0, 200};
+  bytes large(size_t{6} * 4 * 4, 7);
+  TEX_composite({TEX_rgb, 2, 2, 0, 0}, {TEX_rgba, 6, 4, 0, 0}, small.data(), large.data(), 1, 1, 5,
+                3);
+  bytes want(large.size(), 7);
+  for (const int y : {1, 2}) {
+    const unsigned char green = y == 1 ? 100 : 0;
+    const bytes row = {0,  green, 200, 255, 23, green, 200, 255,
+                       68, green, 200, 255, 90, green, 200, 255};
+    std::copy(row.begin(), row.end(), want.begin() + (size_t{6} * y + 1) * 4);
+  }
+  EXPECT_EQ(large, want);
+  for (const auto& [x1, x2] : {std::pair{5.0f, 1.0f}, {0.0f, NAN}, {-9.0f, -1.0f}, {6.0f, 9.0f}})
+    TEX_composite({TEX_rgb, 2, 2, 0, 0}, {TEX_rgba, 6, 4, 0, 0}, small.data(), large.data(), x1, 0,
+                  x2, 4);
+  EXPECT_EQ(large, want) << "no area, or none of it in the picture";
 }
 
 TEST(TexPixels, ConvertKeepsTheColours) {

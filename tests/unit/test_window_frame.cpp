@@ -1,9 +1,13 @@
 // The frame: what events make of mnw, when the page is called and shown, how a wait ends.
 
+#include <atomic>
 #include <chrono>
+#include <cstring>
 #include <thread>
 
+#include "corekit/base/UTL_workers.h"
 #include "corekit/draw/colr.h"
+#include "corekit/draw/tman.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -332,6 +336,44 @@ TEST_F(WindowFrame, AWakeUpEndsTheWait) {
 
 TEST(WindowNone, AWakeUpEndsTheWaitWithoutADisplayToo) {
   check_wake();
+}
+
+// An idle page does not sleep on while a worker's task waits to be taken.
+TEST_F(WindowFrame, AFinishedTaskEndsTheWait) {
+  struct short_task : UTL_work_task {
+    void do_it() override { SDL_Delay(20); }
+    int check_error(std::string&) override { return 0; }
+  } task;
+  UTL_worker_threads pool(1, 1);
+  pool.enqueue_task(&task);
+  EXPECT_LT(milliseconds_of([] { PLT_wait_event(5000); }), 2000);
+  EXPECT_EQ(pool.wait_retired_tasks(), &task);
+}
+
+TEST_F(WindowFrame, EachKindOfMissingTextureIsToldOnce) {
+  const struct {
+    tex_fail_mode mode;
+    const char* told;
+  } rows[] = {
+      {tex_fail_scene, "Some scenery textures could not be loaded."},
+      {tex_fail_plane, "Some textures for the aircraft you selected could not be loaded."},
+      {tex_fail_installed, "Some textures could not be loaded."},
+  };
+  std::atomic<bool> is_over = false;
+  std::thread reader([&is_over] {
+    for (; !is_over; SDL_Delay(20))
+      push_key(SDLK_RETURN);
+  });
+  for (const auto& row : rows) {
+    for (const char* const name : {".png", " too.png"})
+      tman.load_texture(row.mode, 0, tex_rgb, tex_load_now, std::to_string(row.mode) + name);
+    const std::string log = log_of([] { run_for(100); });
+    const size_t first = log.find(row.told);
+    EXPECT_NE(first, log.npos) << log;
+    EXPECT_EQ(log.find("could not be loaded", first + std::strlen(row.told)), log.npos) << log;
+  }
+  is_over = true;
+  reader.join();
 }
 
 }  // namespace
