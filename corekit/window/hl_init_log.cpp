@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "corekit/Platform/PLT_system.h"
+#include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_run.h"
 #include "corekit/base/xer.h"
 #include "corekit/files/io_handle.h"
@@ -39,7 +40,8 @@ constexpr int attempts = 8;  // at a name that other runs may take at the same m
 struct {
   std::string path;
   bool is_beside = false;  // in the program's folder
-  std::string refused;
+  std::string refused;     // the log that was asked for, and could not be had
+  int reason = 0;          //   with its errno
 } state;
 
 // "Skyvane Installer Log 2026-03-01 14.05.09.txt": by name, in the order of time.
@@ -130,7 +132,8 @@ bool open_asked_for(int argc, const char* const* argv) {
     state.path = path;
     return true;
   }
-  state.refused = path + ": " + std::strerror(errno);
+  state.reason = errno;
+  state.refused = path;
   return false;
 }
 
@@ -156,6 +159,9 @@ const std::string& log_path() {
   return state.path;
 }
 
-const std::string& log_refused() {
-  return state.refused;
+std::string log_refused() {
+  if (state.refused.empty()) return "";
+  const bool is_taken = state.reason == EWOULDBLOCK;
+  return state.refused + ": " +
+         (is_taken ? tr("another run is writing to it") : std::strerror(state.reason));
 }

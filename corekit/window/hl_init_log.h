@@ -16,6 +16,6 @@ void log_keep();
 
 // Absolute path of the log; empty when there is none.
 const std::string& log_path();
-// Why the log that "--log=" asked for is not kept, in the system's words; empty when all is well.
+// The log that "--log=" asked for and why it is not kept; empty when all is well.
 // The run then has its log where it would have been without.
-const std::string& log_refused();
+std::string log_refused();

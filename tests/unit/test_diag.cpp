@@ -311,6 +311,11 @@ TEST(RuntimeLog, TheRunsBeforeAreSetAside) {
   begin(("--log=" + (folder / "mine.txt")).c_str(), folder / "");
   EXPECT_EQ(log_path(), folder / "mine.txt");
   EXPECT_EQ(log_refused(), "");
+  xer_buffer first;
+  xer.close();
+  ASSERT_TRUE(first.open(folder / "mine.txt"));
+  begin(("--log=" + (folder / "mine.txt")).c_str(), folder / "");
+  EXPECT_EQ(log_refused(), folder / "mine.txt: another run is writing to it");
   for (const char* const nowhere : {"--log=/nowhere/at/all", "--log=/dev/full"}) {
     begin(nowhere, "/nowhere/at/all/");
     EXPECT_EQ(log_path(), state / "deep/er/skyvane/Skyvane Installer Log.txt");
