@@ -10,6 +10,7 @@
 #include "Installer-f/wizard/main_unattended_disc.h"
 #include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_say.h"
+#include "Installer-f/wizard/main_wizard.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_string.h"
@@ -87,7 +88,18 @@ bool platform_is_known() {
   return false;
 }
 
+// An edition that begins without a disc would pass over them, and do something else.
+bool are_for_this_edition() {
+  for (const char* const option : {"--do", "--sectors"}) {
+    if (!cmdline.has_option(option) || g_wizard->kind == page_disc) continue;
+    complain(str_fill(tr("%s is an option of %s."), {option, "skyvane-disc-installer"}));
+    return false;
+  }
+  return true;
+}
+
 bool read_disc_answers() {
+  if (!are_for_this_edition()) return false;
   if (cmdline.has_option("--do")) {
     const std::string word = cmdline.get_option("--do");
     if (word == "install") {

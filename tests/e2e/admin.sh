@@ -38,6 +38,7 @@ a name too long|--name wants a name of at most 255 bytes|${install[0]};--unatten
 a place with a line break|a path in one line|${install[0]};--unattended;--accept_eula;--dest=/tmp/a@b;--name=Copy
 a log nowhere|The log cannot be written: /nowhere/x: No such file|${install[0]};--unattended;--accept_eula;--log=/nowhere/x
 a log on a device|The log cannot be written: /dev/full|${install[0]};--check;--log=/dev/full
+a disc's option|--do is an option of skyvane-disc-installer|${install[0]};--unattended;--accept_eula;--do=repair
 unknown|Did you mean --check?|skyvane-web-updater;--unattended;--chekc
 a removal of nothing named|--uninstall wants the copy named|skyvane-web-updater;--uninstall
 of what is no copy|There is no installed copy at $SCRATCH/config/|skyvane-web-updater;--uninstall;--copy=$SCRATCH/config
