@@ -22,8 +22,10 @@ is_still() {
   [ "$(md5sum "$FRAME_FILE")" = "$before" ]
 }
 
-# learn_faces: on a page with no dialog up and with Next open.
+# learn_faces: on a page with no dialog up and with Next open. Next is in the lowest rows, which reach
+# the display last: what is above it is whole when it is there.
 learn_faces() {
+  wait_open
   wait_still
   PANEL=$(colour_at "${DIALOG_SPOT[@]}")
   OPEN_FACE=$(next_face)

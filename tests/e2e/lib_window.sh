@@ -18,6 +18,15 @@ WINDOW_PID=   # its process
 FRAME_FILE=   # what the display shows, in the form of xwd
 FRAME_START=0 # where its pixels begin, 4 bytes each: blue, green, red, nothing
 
+# fail TEXT...: as in lib.sh; where pictures are wanted, one of the window as it was then.
+fail() {
+  echo "FAILED: $*" >&2
+  if [ -n "${SHOTS:-}" ] && [ -n "$WINDOW" ]; then
+    (fail() { exit 1; } && screenshot "$SHOTS/failed_$(basename "$0" .sh).png") || true
+  fi
+  exit 1
+}
+
 # wait_for WHAT COMMAND...: until the command succeeds.
 wait_for() {
   local what=$1 end=$((SECONDS + WAIT_SECONDS))
@@ -68,14 +77,14 @@ speak() {
 }
 
 # open_window PROGRAM ARGS...: starts it and returns when its window is there, with the pointer out
-# of the way. Leaves WINDOW, WINDOW_PID, and its place.
+# of the way. Leaves WINDOW, WINDOW_PID, and its place; the file texts tells what it shows.
 open_window() {
-  local path watch=--check_layout
+  local path
+  local watch="--check_layout --list_texts=$SCRATCH/texts"
   [ "$1" != skyvane-gallery ] || watch=  # its page is taller than the window, and shows oddities
   path=$(program "$1")
   shift
   [ "$SCALE" = 1 ] || watch+=" --scale=$SCALE"
-  [ -z "${SHOTS:-}" ] || watch+=" --list_texts=$SCRATCH/texts"
   "$path" "$@" $watch >"$OUT" 2>&1 </dev/null &
   WINDOW_PID=$!
   CHILDREN+=("$WINDOW_PID")
@@ -186,6 +195,9 @@ is_blue() {
     { if (level(5) - level(1) > 6) ++blue }
     END { exit blue < 20 }'
 }
+
+# wait_shown TEXT: until a line of the picture that the window shows is that, in Latin-1.
+wait_shown() { wait_for "\"$1\" in the window" grep -qsaE -- "^([^ ]+ ){5}$1\$" "$SCRATCH/texts"; }
 
 # wait_file_text FILE TEXT.
 wait_file_text() { wait_for "\"$2\" in $1" grep -qsF -- "$2" "$1"; }

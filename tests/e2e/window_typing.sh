@@ -31,8 +31,10 @@ close_or_gone() {
   dialog_is_gone
 }
 
-# end_options: closes the dialog and the program, which writes the settings.
+# end_options [TEXT]: closes the dialog and the program, which writes the settings, once a field shows
+# TEXT: of a key and a press that come in one slow frame, the press may be seen first.
 end_options() {
+  [ -z "${1:-}" ] || wait_shown "$1"
   wait_for "the page behind the options" close_or_gone
   press_quit
   window_ended 0
@@ -59,7 +61,7 @@ press_key Tab ctrl+v                           # the port's field
 type_text "8"
 press_key shift+Tab Home Delete End            # the host again: deab
 type_text ".x"
-end_options
+end_options "deab\.x"
 want_setting _proxy_host "deab.x" "edited"
 want_setting _proxy_port "cde8" "pasted and typed"
 
@@ -83,7 +85,7 @@ type_text " two"
 move_to 188 153
 xdotool click --repeat 2 --delay 60 1
 type_text "old"
-end_options
+end_options "old two"
 want_setting _proxy_host "old two" "a word typed over"
 want_setting _proxy_port "c2" "typed at a click, and over what Shift selected from there"
 
@@ -96,7 +98,7 @@ keyboard() { # LAYOUT WANTED [OPTIONS OF setxkbmap]
   start_options
   press_key ctrl+a BackSpace
   press_key 24 25 26 27 28 29 11 shift+11
-  end_options
+  end_options "$(iconv -f utf-8 -t latin1 <<<"$wanted")"
   setxkbmap us
   [ "$(setting _proxy_host | iconv -f latin1 -t utf-8)" = "$wanted" ] ||
     fail "$layout $*: typed '$(setting _proxy_host | iconv -f latin1 -t utf-8)', not '$wanted'"
