@@ -33,7 +33,7 @@ enum page_bar { bar_mirrors = 1, bar_text = 3 };
 
 // Cells of the interface image that stand for something: their middles.
 constexpr float tick_u = 148, tick_v = 206, dot_u = 92, dot_v = 151, ring_u = 92, ring_v = 132;
-constexpr float cross_u = 129, cross_v = 187, half_cell = 9;
+constexpr float cross_u = 129, cross_v = 206, half_cell = 9;
 
 void draw_cell(float x, float y, float u, float v, int col) {
   BTN_util_element(x, y, u, v, half_cell, half_cell, col);
@@ -59,7 +59,8 @@ void draw_outcome(const wizard_screen& screen) {
   constexpr float gap = 16, rise = 2;
   if (screen.outcome == outcome_none) return;
   const float x = middle_x - static_cast<float>(OGL_string_width(screen.title)) / 2 - gap;
-  if (screen.outcome == outcome_bad) return draw_cell(x, title_y + rise, cross_u, cross_v, 0);
+  if (screen.outcome == outcome_bad)
+    return draw_cell(x, title_y + rise, cross_u, cross_v, col_as_is);
   draw_cell(x, title_y + rise, ring_u, ring_v, col_good);
   draw_white_tick(x, title_y + rise);
 }

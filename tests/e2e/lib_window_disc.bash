@@ -49,10 +49,14 @@ last_or_answered() {
 # has_ink X Y DX DY: letters stand there.
 has_ink() { [ "$(area "$@" | grep -c '^[0-5]')" -gt 20 ]; }
 
-# wait_errors_told: until the last page says, in two paragraphs and with no button, that all did not
-# go well.
+# has_red_sign: beside the heading, the disc of the sign of failure.
+has_red_sign() { area 230 474 540 16 | grep -qx cd3e3a; }
+
+# wait_errors_told: until the last page says, by its sign, in two paragraphs and with no button, that
+# all did not go well.
 wait_errors_told() {
   wait_step 5
+  wait_for "the sign of failure" has_red_sign
   wait_for "the last page's advice" has_ink 230 395 500 18
   ! has_ink 440 345 120 22 || fail "a copy with errors is offered to be started"
 }
