@@ -19,8 +19,10 @@ namespace {
 constexpr int proxy_limit = 65;
 
 // In the order of mnw.language, each by its own name: whoever cannot read the present one finds the
-// way back. The font has no cedilla and no circumflex.
-constexpr char languages[] = "English-Francais-Deutsch-Italiano-Espa\xF1ol-Portugues";
+// way back.
+constexpr char languages[] =
+    "English-Fran\xE7"
+    "ais-Deutsch-Italiano-Espa\xF1ol-Portugu\xEAs";
 constexpr int language_count = 6;
 
 // The whole interface changes at once, this dialog included.
