@@ -37,8 +37,14 @@ float art_words_width(const art_words& style, const std::string& text);
 void art_draw_words(const art_cell& cell, const art_words& style, float x, float y,
                     const std::string& text, const art_colour& colour);
 
-// The glyph grid stands at the atlas origin; a glyph's baseline is 5 units above the foot of its
-// cell, its pen position the cell's left edge.
+// The words on the wizard's own buttons, and the chevron beside them.
+inline constexpr art_words art_face_words{face_semibold, 13, 0.2f};
+inline constexpr float art_chevron_dx = 4.5f, art_chevron_gap = 6;
+// Pointing left (-1) or right (1), its left end at x, for words with their baseline at y.
+art_shape art_chevron(float x, float y, int points);
+
+// The glyph grid stands at the atlas origin, that of the faces beside it; a glyph's baseline is 5
+// units above the foot of its cell, its pen position the cell's left edge.
 inline constexpr int glyph_baseline = 5;
 
 // --- pictures -----------------------------------------------------------------------------------

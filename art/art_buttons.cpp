@@ -39,9 +39,13 @@ static const button_face faces[] = {
     {"Select None", 374, 132, 0, plain_looks}, {"Options", 628, 90, 0, plain_looks},
 };
 
+art_shape art_chevron(float x, float y, int points) {
+  const float middle = y + 4.5f, tail = points < 0 ? x + art_chevron_dx : x;
+  const float tip = points < 0 ? x + 0.5f : x + art_chevron_dx - 0.5f;
+  return art_stroke({{tail, middle + 4}, {tip, middle}, {tail, middle - 4}}, 1.8f);
+}
+
 static void draw_face(art_canvas& elements, const button_face& face, face_state state) {
-  static const art_words type{face_semibold, 13, 0.2f};
-  static const float chevron_dx = 4.5f, chevron_gap = 6;
   const art_cell cell{&elements, face.u, state * (face_dy + 1), face.dx, face_dy};
   const face_look& look = face.looks[state];
 
@@ -53,25 +57,18 @@ static void draw_face(art_canvas& elements, const button_face& face, face_state 
   art_fill(cell, body, art_rise(foot, look.low, float(face_dy), look.high));
   art_fill(cell, art_rim(body, 1), look.outline);
 
-  float width = art_words_width(type, face.words);
-  if (face.chevron) width += chevron_dx + chevron_gap;
+  float width = art_words_width(art_face_words, face.words);
+  if (face.chevron) width += art_chevron_dx + art_chevron_gap;
   float x = (float(face.dx) - width) * 0.5f;
   const float y = state == pressed ? 6 : 7;  // pressed in by one row
-  const float middle = y + 4.5f;
   if (face.chevron < 0) {
-    art_fill(
-        cell,
-        art_stroke({{x + chevron_dx, middle + 4}, {x + 0.5f, middle}, {x + chevron_dx, middle - 4}},
-                   1.8f),
-        look.words);
-    x += chevron_dx + chevron_gap;
+    art_fill(cell, art_chevron(x, y, -1), look.words);
+    x += art_chevron_dx + art_chevron_gap;
   }
-  art_draw_words(cell, type, x, y, face.words, look.words);
+  art_draw_words(cell, art_face_words, x, y, face.words, look.words);
   if (face.chevron > 0) {
-    x += art_words_width(type, face.words) + chevron_gap;
-    art_fill(cell,
-             art_stroke({{x, middle + 4}, {x + chevron_dx - 0.5f, middle}, {x, middle - 4}}, 1.8f),
-             look.words);
+    x += art_words_width(art_face_words, face.words) + art_chevron_gap;
+    art_fill(cell, art_chevron(x, y, 1), look.words);
   }
 }
 

@@ -1,6 +1,6 @@
-// Letters: the glyph grid of the interface image, and the words on buttons and background.
+// Letters: the two glyph grids of the interface image, and the words on buttons and background.
 //
-// The grid's advances are fixed by the width table, not by the face, so that every glyph is fitted:
+// The grids' advances are fixed by the width table, not by the face, so that every glyph is fitted:
 // 1. load the outline with light hinting, which puts its horizontal strokes on whole rows;
 // 2. squeeze it if its ink is too wide for the advance;
 // 3. try small shifts and stretches, and keep the one whose stems fall best on whole columns while
@@ -171,32 +171,40 @@ static void fit_outline(FT_Outline& outline, const FT_BBox& base, unsigned char 
   place(best_stretch, best_left);
 }
 
+// A grid of glyphs in the atlas, and its font; units.
+struct glyph_sheet {
+  FT_Face face;
+  int u, v, dx, dy;  // the grid's lower left; a cell
+  const std::array<glyph_cell, 256>& cells;
+  const std::array<unsigned char, 256>& widths;
+};
+
 // Draws the glyph of a byte into its cell, which is white all over: coverage is the alpha, the
 // colour comes from the program. A space has none.
-static void draw_glyph(art_canvas& atlas, FT_Face face, unsigned char byte) {
+static void draw_glyph(art_canvas& atlas, const glyph_sheet& sheet, unsigned char byte) {
   constexpr FT_Int32 load = FT_LOAD_NO_BITMAP | FT_LOAD_TARGET_LIGHT;
-  const glyph_cell place = glyph_own_cells[byte];
+  FT_Face const face = sheet.face;
+  const glyph_cell place = sheet.cells[byte];
+  const int left = sheet.u + place.column * sheet.dx, low = sheet.v + place.row * sheet.dy;
   const int scale = atlas.scale;
-  art_each({&atlas, place.column * glyph_dx, place.row * glyph_dy, glyph_dx, glyph_dy},
-           [](art_colour& pixel, float, float) {
-             pixel = {1, 1, 1, 0};
-           });
+  art_each({&atlas, left, low, sheet.dx, sheet.dy}, [](art_colour& pixel, float, float) {
+    pixel = {1, 1, 1, 0};
+  });
   if (byte == ' ') return;
 
   FT_BBox base;
   FT_Load_Char(face, base_letter(byte), load);
   FT_Outline_Get_CBox(&face->glyph->outline, &base);
   FT_Load_Char(face, byte, load);
-  fit_outline(face->glyph->outline, base, byte, glyph_widths[byte], scale);
+  fit_outline(face->glyph->outline, base, byte, sheet.widths[byte], scale);
   FT_Render_Glyph(face->glyph, FT_RENDER_MODE_NORMAL);
   const FT_Bitmap& ink = face->glyph->bitmap;
   for (int y = 0; y < int(ink.rows); ++y)
     for (int x = 0; x < int(ink.width); ++x) {
       const int u = face->glyph->bitmap_left + x;
       const int v = glyph_baseline * scale + face->glyph->bitmap_top - 1 - y;
-      if (u < 0 || v < 0 || u >= glyph_dx * scale || v >= glyph_dy * scale) continue;
-      atlas.at(place.column * glyph_dx * scale + u, place.row * glyph_dy * scale + v).a =
-          float(ink.buffer[y * ink.pitch + x]) / 255.0f;
+      if (u < 0 || v < 0 || u >= sheet.dx * scale || v >= sheet.dy * scale) continue;
+      atlas.at(left * scale + u, low * scale + v).a = float(ink.buffer[y * ink.pitch + x]) / 255.0f;
     }
 }
 
@@ -215,18 +223,43 @@ static void draw_bars(art_canvas& atlas, unsigned char byte) {
            });
 }
 
+// In place of the sign "<" or ">": the chevron of a face, its left end at x.
+static void draw_chevron(art_canvas& atlas, unsigned char byte, float x, int points) {
+  const glyph_cell place = face_glyph_cells[byte];
+  const art_shape shape = art_chevron(x, glyph_baseline, points);
+  art_each(
+      {&atlas, face_glyph_u + place.column * face_glyph_dx,
+       face_glyph_v + place.row * face_glyph_dy, face_glyph_dx, face_glyph_dy},
+      [&](art_colour& pixel, float at_x, float at_y) {
+        pixel = {1, 1, 1, std::clamp(0.5f - shape(at_x, at_y) * float(atlas.scale), 0.0f, 1.0f)};
+      });
+}
+
 void art_draw_glyphs(art_canvas& atlas) {
-  FT_Face face = faces[face_medium];
+  const glyph_sheet text = {faces[face_medium], 0,           0, glyph_dx, glyph_dy,
+                            glyph_own_cells,    glyph_widths};
   // Wider than high: the advances ask for 11 units, the line height for 10. Where stems have two
   // columns to fall on they are thinner, and the letters a little wider for it.
   const float scale = float(atlas.scale);
-  FT_Set_Char_Size(face, to_26_6((scale > 1 ? 11.3f : 11) * scale), to_26_6(10 * scale), 72, 72);
+  FT_Set_Char_Size(text.face, to_26_6((scale > 1 ? 11.3f : 11) * scale), to_26_6(10 * scale), 72,
+                   72);
   for (const std::string_view row : glyph_grid)
     for (const char c : row)
-      draw_glyph(atlas, face, static_cast<unsigned char>(c));
+      draw_glyph(atlas, text, static_cast<unsigned char>(c));
   for (const std::string_view row : glyph_annex)
     for (const char c : row)
-      draw_glyph(atlas, face, static_cast<unsigned char>(c));
+      draw_glyph(atlas, text, static_cast<unsigned char>(c));
   draw_bars(atlas, 0xCD);
   draw_bars(atlas, 0xED);
+
+  const glyph_sheet words = {faces[face_semibold], face_glyph_u,  face_glyph_v,
+                             face_glyph_dx,        face_glyph_dy, face_glyph_cells,
+                             face_glyph_widths};
+  const float size = art_face_words.size * scale;
+  FT_Set_Char_Size(words.face, 0, to_26_6(size), 72, 72);
+  for (const std::string_view row : face_glyph_grid)
+    for (const char c : row)
+      draw_glyph(atlas, words, static_cast<unsigned char>(c));
+  draw_chevron(atlas, '<', 1, -1);
+  draw_chevron(atlas, '>', face_glyph_widths['>'] - art_chevron_dx - 1, 1);
 }

@@ -1,6 +1,7 @@
 // The faces of the wizard's own buttons. The pictures bear English words. In another language the
 // plate under them is made of the picture's two ends and of a column that is free of letters, drawn
-// wide; so the words of a language need no pictures, and the states stay the picture's.
+// wide; so the words of a language need no pictures, and the states stay the picture's. They are
+// written in the letters of the pictured words where these have room.
 //
 // Main thread. Writes nothing.
 
@@ -21,56 +22,55 @@
 
 namespace {
 
-constexpr float text_rise = 7;  // from the face's lower edge to the y of its text
-
-// A sign beside the words, as the picture has it.
-struct face_mark {
-  float u, dx;  // where it is in the picture; 0 wide for none
-  bool leads;   // it stands in front of the words
-};
 struct face_words {
   float tex_x;  // which face
   UTL_text words;
   int col, col_greyed;
-  face_mark mark = {0, 0, false};
+  char before = 0, behind = 0;  // the sign beside the words; 0 none
 };
+// Greyed words are black, since the ground shows through the plate that they stand on.
 constexpr face_words faces[] = {
-    {1, "Quit", col_black, col_note},
-    {54, "Back", col_black, col_note, {77, 9, true}},
-    {150, "Next", col_white, col_white, {213, 8, false}},
-    {255, "Select All", col_black, col_note},
-    {374, "Select None", col_black, col_note},
-    {628, "Options", col_black, col_note},
+    {1, "Quit", col_label, col_black},           {54, "Back", col_label, col_black, '<', 0},
+    {150, "Next", col_white, col_white, 0, '>'}, {255, "Select All", col_label, col_black},
+    {374, "Select None", col_label, col_black},  {628, "Options", col_label, col_black},
 };
 
-void draw_picture(float x, float y, float u, float v, float dx, float dy, float alpha) {
-  OGL_2dquad_d(t_elements, col_picture, alpha, x, y, u / 1024, v / 128, dx, dy, dx / 1024, dy / 128,
-               blend_mix);
+// How the words are written: in the letters of the pictured ones, with the signs, if there is room.
+struct face_type {
+  std::string text;
+  int charset;
+  float dx;
+};
+
+face_type type_of(const face_words& face, const std::string& words, float room) {
+  const auto sign = [](char c) { return std::string(c ? 1 : 0, c); };
+  const std::string choices[] = {sign(face.before) + words + sign(face.behind), words};
+  for (const std::string& text : choices) {
+    const float dx = static_cast<float>(OGL_string_width(text, charset_face));
+    if (OGL_face_has(text) && dx <= room) return {text, charset_face, dx};
+  }
+  return {words, charset_text, static_cast<float>(OGL_string_width(words))};
 }
 
 }  // namespace
 
 void face_draw(float x, float y, float tex_x, float tex_y, float dx, float dy, float alpha) {
-  constexpr float gap = 4;  // between sign and words
+  constexpr float rim = 4, text_rise = 8;  // from the face's lower edge to the y of its text
+  const auto draw_picture = [&] {
+    OGL_2dquad_d(t_elements, col_picture, alpha, x, y, tex_x / 1024, tex_y / 128, dx, dy, dx / 1024,
+                 dy / 128, blend_mix);
+  };
   const face_words* const face = std::find_if(std::begin(faces), std::end(faces),
                                               [&](const auto& f) { return f.tex_x == tex_x; });
   const std::string words = face == std::end(faces) ? "" : tr(face->words);
-  const float words_dx = static_cast<float>(OGL_string_width(words)),
-              room = dx - 2 * (plate_cap + 1);
-  if (face == std::end(faces) || words == face->words || words_dx > room) {
-    return draw_picture(x, y, tex_x, tex_y, dx, dy, alpha);
-  }
+  if (face == std::end(faces) || words == face->words) return draw_picture();
+  const face_type type = type_of(*face, words, dx - 2 * rim);
+  if (type.dx > dx - 2 * rim) return draw_picture();
   BTN_plot_plate({tex_x, tex_y, dx}, x, y, dx, alpha);
-  const face_mark& mark = face->mark;
-  // Over a greyed plate the sign's own piece of it would show.
-  const float mark_dx =
-      alpha >= 1 && mark.dx > 0 && mark.dx + gap + words_dx <= room ? mark.dx + gap : 0;
-  const float left = std::round(x + (dx - mark_dx - words_dx) / 2);
-  if (mark_dx > 0) {
-    draw_picture(mark.leads ? left : left + words_dx + gap, y, mark.u, tex_y, mark.dx, dy, alpha);
-  }
-  OGL_string(alpha < 1 ? face->col_greyed : face->col, left + (mark.leads ? mark_dx : 0),
-             y + text_rise, words, 0);
+  // A pressed face goes down by a row, words and all.
+  const float down = tex_y == BTN_face_row(true, true) ? 1 : 0;
+  OGL_string(alpha < 1 ? face->col_greyed : face->col, x + std::round((dx - type.dx) / 2),
+             y + text_rise - down, type.text, 0, type.charset);
 }
 
 int interface_rect(float x, float y, float tex_x, float tex_y, float dx, float dy, int hot,

@@ -28,7 +28,12 @@ struct ren_record {
 };
 extern ren_record ren;
 
-enum text_charset : int { charset_text = 100, charset_fixed = 102, charset_alternate = 103 };
+enum text_charset : int {
+  charset_text = 100,
+  charset_fixed = 102,
+  charset_alternate = 103,
+  charset_face = 104,  // the larger letters of the wizard's own buttons
+};
 enum text_just : int { just_left = 0, just_centre = 1, just_right = 2 };
 
 // --- start -------------------------------------------------------------------------------------
@@ -103,12 +108,13 @@ int OGL_string_lines(const std::string& s, float wrap_dx);  // that it takes, in
 void OGL_number(int col, float x, float y, float value, int digits, int decimals, int charset);
 std::string OGL_number_text(float value, int digits, int decimals);  // the latter form's characters
 void OGL_gray_string(int col, float x, float y, const std::string& s);  // centred over a plate
-// Width of one byte, and of a whole string, in the proportional charset; units.
+// Width of one byte, and of a whole string, in the proportional charset, or in charset_face; units.
 int OGL_char_width(unsigned char ch);
-int OGL_string_width(std::string_view s);
+int OGL_string_width(std::string_view s, int charset = charset_text);
+bool OGL_face_has(std::string_view s);  // whether charset_face has all of its letters
 
 // One line, in window units (no dialog offset is added). `just` goes by the proportional widths in
-// every charset.
+// every charset; charset_face goes by its own.
 void str_one_line(int col, float x, float y, std::string_view s, int charset, int just);
 // Makes ready to draw glyphs: state, colour, font. Gives the cell size in units and the origin of
 // the grid in the font's texture; returns the fixed advance, 0 for a proportional charset, or -1

@@ -1,5 +1,6 @@
-// The letters of the interface image's font: which byte has which cell of its grid, and how far it
-// moves the pen. The program that draws the image reads them here too, so this needs nothing else.
+// The letters of the interface image's two fonts: which byte has which cell of its grid, and how
+// far it moves the pen. The program that draws the image reads them here too, so this needs nothing
+// else.
 #pragma once
 
 #include <array>
@@ -101,3 +102,70 @@ inline constexpr std::array<unsigned char, 256> glyph_widths = [] {
     widths[static_cast<size_t>(byte)] = widths[glyph_shown(static_cast<unsigned char>(byte))];
   return widths;
 }();
+
+// --- the letters of the faces
+// ----------------------------------------------------------------------
+
+// The words on the wizard's own buttons are larger and bolder than its texts. A grid of their own
+// in a part of the image that is free: letters and digits, as words on buttons want no more, and
+// for
+// "<" and ">" the chevrons of Back and Next, with the gap between them and the word.
+inline constexpr int face_glyph_u = 312, face_glyph_v = 168;  // its lower left in the image
+inline constexpr int face_glyph_dx = 15, face_glyph_dy = 18;  // of a cell
+inline constexpr int face_glyph_columns = 13, face_glyph_rows = 9;
+inline constexpr std::string_view face_glyph_grid[face_glyph_rows] = {
+    "ABCDEFGHIJKLM",
+    "NOPQRSTUVWXYZ",
+    "abcdefghijklm",
+    "nopqrstuvwxyz",
+    "0123456789 .-",
+    "'&\xC0\xC1\xC2\xC3\xC4\xC7\xC8\xC9\xCA\xCB\xCD",
+    "\xCE\xD1\xD2\xD3\xD4\xD5\xD6\xD9\xDA\xDC\xE0\xE1\xE2",
+    "\xE3\xE4\xE7\xE8\xE9\xEA\xEB\xEC\xED\xEE\xEF\xF1\xF2",
+    "\xF3\xF4\xF5\xF6\xF9\xFA\xFB\xFC\xDF<>  ",
+};
+static_assert([] {
+  for (const std::string_view row : face_glyph_grid)
+    if (row.size() != face_glyph_columns) return false;
+  return true;
+}());
+
+// By byte; of one without a cell 0 is the width, and the cell means nothing.
+inline constexpr std::array<glyph_cell, 256> face_glyph_cells = [] {
+  std::array<glyph_cell, 256> cells{};
+  for (unsigned char row = 0; row < face_glyph_rows; ++row)
+    for (unsigned char column = 0; column < face_glyph_columns; ++column)
+      cells[static_cast<unsigned char>(face_glyph_grid[row][column])] = {column, row};
+  return cells;
+}();
+inline constexpr std::array<unsigned char, 256> face_glyph_widths = [] {
+  constexpr struct {
+    unsigned char width;
+    std::string_view bytes;
+  } rows[] = {
+      {3, " '.ijl"},
+      {4, "I\xEC\xED\xEE\xEF"},
+      {5, "-frt\xCD\xCE"},
+      {6, "Jcsz\xE7"},
+      {7,
+       "EFLSabdeghknopquvxy\xC8\xC9\xCA\xCB\xE0\xE1\xE2\xE3\xE4\xE8\xE9\xEA\xEB\xF1\xF2\xF3\xF4"
+       "\xF5\xF6\xF9\xFA\xFB\xFC"},
+      {8, "0123456789BPRTYZ\xDF"},
+      {9, "&ACGKVX\xC0\xC1\xC2\xC3\xC4\xC7"},
+      {10, "DHNOQUw\xD1\xD2\xD3\xD4\xD5\xD6\xD9\xDA\xDC"},
+      {11, "m"},
+      {12, "M<>"},
+      {14, "W"},
+  };
+  std::array<unsigned char, 256> widths{};
+  for (const auto& row : rows)
+    for (const char c : row.bytes)
+      widths[static_cast<unsigned char>(c)] = row.width;
+  return widths;
+}();
+static_assert([] {
+  for (const std::string_view row : face_glyph_grid)
+    for (const char c : row)
+      if (face_glyph_widths[static_cast<unsigned char>(c)] == 0) return false;
+  return true;
+}());

@@ -35,12 +35,16 @@ struct font_info {
   float cell_dx, cell_dy;  // units, and pixels of the texture
   float advance;           // 0 for proportional
   float tex_dx, tex_dy;    // the texture's size, pixels
+  const std::array<unsigned char, 256>& widths = glyph_widths;
+  float u = 0, v = 0;  // of the grid in the texture
 };
 constexpr font_info fonts[] = {
     {charset_text, t_interface, glyph_dx, glyph_dy, 0, 512, 512},
     {charset_fixed, t_interface, glyph_dx, glyph_dy, fixed_pitch, 512, 512},
     // Its texture is the smallest that holds 40 by 7 cells.
     {charset_alternate, t_glyphs_2, 13, 13, 15, 1024, 128},
+    {charset_face, t_interface, face_glyph_dx, face_glyph_dy, 0, 512, 512, face_glyph_widths,
+     face_glyph_u, face_glyph_v},
 };
 
 const font_info* find_font(int charset) {
@@ -49,6 +53,14 @@ const font_info* find_font(int charset) {
   }
   MACIBM_fault(at_text_charset, "String proc with bad charset!");
   return nullptr;
+}
+
+glyph_cell cell_of(unsigned char byte, int charset) {
+  if (charset == charset_alternate) {
+    return {static_cast<unsigned char>(byte % alternate_columns),
+            static_cast<unsigned char>(byte / alternate_columns)};
+  }
+  return charset == charset_face ? face_glyph_cells[byte] : glyph_own_cells[glyph_shown(byte)];
 }
 
 bool is_break(char c) {
@@ -125,18 +137,26 @@ int OGL_char_width(unsigned char ch) {
   return glyph_widths[ch];
 }
 
-int OGL_string_width(std::string_view s) {
-  if (PLT_needs_font_text(s)) return OGL_string_width(PLT_font_text(s));
+int OGL_string_width(std::string_view s, int charset) {
+  if (PLT_needs_font_text(s)) return OGL_string_width(PLT_font_text(s), charset);
+  const auto& widths = charset == charset_face ? face_glyph_widths : glyph_widths;
   int width = 0;
   for (const char c : s)
-    width += glyph_widths[static_cast<unsigned char>(c)];
+    width += widths[static_cast<unsigned char>(c)];
   return width;
+}
+
+bool OGL_face_has(std::string_view s) {
+  if (PLT_needs_font_text(s)) return OGL_face_has(PLT_font_text(s));
+  return std::all_of(s.begin(), s.end(),
+                     [](char c) { return face_glyph_widths[static_cast<unsigned char>(c)] > 0; });
 }
 
 float OGL_strtex(int charset, int col, float* s0, float* t0, float* cell_dx, float* cell_dy) {
   const font_info* font = find_font(charset);
   if (!font) return -1.0f;
-  *s0 = *t0 = 0.0f;
+  *s0 = font->u / font->tex_dx;
+  *t0 = font->v / font->tex_dy;
   *cell_dx = font->cell_dx;
   *cell_dy = font->cell_dy;
   if (ogl_inited) OGL_put_as(shape_quad, 1, blend_mix, font->ref, col, 1.0f);
@@ -146,11 +166,7 @@ float OGL_strtex(int charset, int col, float* s0, float* t0, float* cell_dx, flo
 void OGL_char(float x, float y, float s0, float t0, float cell_dx, float cell_dy, int ch,
               int charset) {
   const font_info& font = charset == charset_alternate ? fonts[2] : fonts[0];
-  const int byte = ch & 0xFF;
-  const glyph_cell cell = charset == charset_alternate
-                              ? glyph_cell{static_cast<unsigned char>(byte % alternate_columns),
-                                           static_cast<unsigned char>(byte / alternate_columns)}
-                              : glyph_own_cells[glyph_shown(static_cast<unsigned char>(byte))];
+  const glyph_cell cell = cell_of(static_cast<unsigned char>(ch & 0xFF), charset);
   const float s = s0 + static_cast<float>(cell.column) * cell_dx / font.tex_dx;
   const float t = t0 + static_cast<float>(cell.row) * cell_dy / font.tex_dy;
   const float size = oglp > 1.0f ? oglp : 1.0f;
@@ -168,14 +184,15 @@ void str_one_line(int col, float x, float y, std::string_view s, int charset, in
   if (!ogl_inited || advance < 0 || s.empty()) return;
 
   // Fixed charsets too are aligned by the proportional widths.
-  if (just == just_centre) x -= static_cast<float>(OGL_string_width(s)) / 2;
-  if (just == just_right) x -= static_cast<float>(OGL_string_width(s));
-  watch_text(col, x, y, s);
+  const float dx = static_cast<float>(OGL_string_width(s, charset));
+  if (just == just_centre) x -= dx / 2;
+  if (just == just_right) x -= dx;
+  watch_text(col, x, y, s, charset);
   for (const char c : s) {
     if (c == '\r' || c == '\n' || c == '\t') continue;
     const unsigned char byte = static_cast<unsigned char>(c);
     OGL_char(x, y, s0, t0, cell_dx, cell_dy, byte, charset);
-    x += advance > 0 ? advance : static_cast<float>(glyph_widths[byte]);
+    x += advance > 0 ? advance : static_cast<float>(find_font(charset)->widths[byte]);
   }
 }
 
@@ -190,7 +207,7 @@ void each_line(const font_info& font, std::string_view text, float wrap_dx, Line
     const char c = text[i];
     const bool last = i + 1 == text.size();
     pen += font.advance > 0 ? font.advance
-                            : static_cast<float>(glyph_widths[static_cast<unsigned char>(c)]);
+                            : static_cast<float>(font.widths[static_cast<unsigned char>(c)]);
     bool full = c == '\n' || last;
     if (!full && is_break(c)) {
       // The line breaks behind this character if the word after it is reckoned not to fit. A word

@@ -24,7 +24,8 @@ bool layout_watched = false;
 namespace {
 
 constexpr float ink_dy = 8;  // of a capital; lines are 10 apart, so that those of one text are free
-constexpr float rim = 2;     // of a frame, on which no letter may stand
+constexpr float face_ink_dy = 11;  // of a capital on a face
+constexpr float rim = 2;           // of a frame, on which no letter may stand
 
 struct noted_text {
   OGL_rect at;
@@ -83,12 +84,13 @@ void watch_list(const std::string& path) {
   list_path = path;
 }
 
-void watch_text(int col, float x, float base, std::string_view text) {
+void watch_text(int col, float x, float base, std::string_view text, int charset) {
   if (!layout_watched) return;
   while (!text.empty() && (text.back() == ' ' || text.back() == '\n'))
     text.remove_suffix(1);
   if (text.empty()) return;
-  noted_text note = {{x, base, x + static_cast<float>(OGL_string_width(text)), base + ink_dy},
+  const float dx = static_cast<float>(OGL_string_width(text, charset));
+  noted_text note = {{x, base, x + dx, base + (charset == charset_face ? face_ink_dy : ink_dy)},
                      col,
                      std::string(text),
                      nullptr};

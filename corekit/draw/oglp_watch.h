@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_picture.h"
 
 extern bool layout_watched;  // an option is given; set once at start-up
@@ -18,9 +19,9 @@ extern bool layout_watched;  // an option is given; set once at start-up
 // line each, its rectangle "LEFT LOW RIGHT HIGH" in window units, its colour as RRGGBB, the text.
 void watch_list(const std::string& path);
 
-void watch_text(int col, float x, float base,
-                std::string_view text);   // a line; `base` of its letters
-void watch_frame(const OGL_rect& frame);  // a frame, face or picture, on which texts may stand
-void watch_clip(const OGL_rect* clip);    // what is drawn from now on shows in here; null all
+void watch_text(int col, float x, float base, std::string_view text,
+                int charset = charset_text);  // a line; `base` of its letters
+void watch_frame(const OGL_rect& frame);      // a frame, face or picture, on which texts may stand
+void watch_clip(const OGL_rect* clip);        // what is drawn from now on shows in here; null all
 void watch_cover();  // what was noted of this frame is hidden by what is drawn from now on
 void watch_shown(bool is_new);  // the end of a frame; whether its picture is another one

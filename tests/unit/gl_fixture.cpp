@@ -269,7 +269,7 @@ std::string picture_map::text_at(int x, int y, int pitch) const {
     const int at_u = static_cast<int>(std::lround(u(x, probe)));
     const int at_v = static_cast<int>(std::lround(v(x, probe)));
     if (at_u % 14 != 0 || at_v % 15 != row_in_cell) break;
-    const char c = glyph_rows[at_v / 15][static_cast<size_t>(at_u / 14)];
+    const char c = font_rows[at_v / 15][static_cast<size_t>(at_u / 14)];
     text += c;
     x += pitch ? pitch : OGL_char_width(static_cast<unsigned char>(c));
   }

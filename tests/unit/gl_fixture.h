@@ -17,7 +17,7 @@
 #include "corekit/window/hl_mnw.h"
 
 // The grid as the font's maker draws it; 14 by 15 pixels a cell.
-inline constexpr std::string_view glyph_rows[5] = {
+inline constexpr std::string_view font_rows[5] = {
     " 0123456789AaBbCcDdEe\"{}~\xA1\xE4\xF6\xFC\xDF\xC4",
     "FfGgHhIiJjKkLlMmNnOoP\xD6\xDC\xE0\xE8\xEC\xF2\xF9\xC0\xC8\xE2",
     "pQqRrSsTtUuVvWwXxYyZz\xEA\xEE\xF4\xC2\xCA\xCE\xD4\xE3\xF5\xC3",

@@ -13,6 +13,7 @@
 
 #include "corekit/draw/TEX_png.h"
 #include "corekit/draw/g_tex.h"
+#include "corekit/draw/oglp_glyphs.h"
 #include "corekit/files/xmap.h"
 #include "tests/unit/gl_fixture.h"
 
@@ -145,11 +146,11 @@ struct ink_box {
   int left = 99, right = 0, low = 99, high = 0;
 };
 
-static ink_box ink_of(const picture_set& set, int column, int row) {
+static ink_box ink_of(const picture& image, const rect& cell) {
   ink_box box;
-  for (int v = 0; v < 15 * set.scale; ++v)
-    for (int u = 0; u < 14 * set.scale; ++u)
-      if (set.interface_image.at(column * 14 * set.scale + u, row * 15 * set.scale + v).a > 24) {
+  for (int v = 0; v < cell.dy; ++v)
+    for (int u = 0; u < cell.dx; ++u)
+      if (image.at(cell.u + u, cell.v + v).a > 24) {
         box.left = std::min(box.left, u);
         box.right = std::max(box.right, u + 1);
         box.low = std::min(box.low, v);
@@ -162,8 +163,8 @@ TEST_P(Art, GlyphsFitTheirAdvances) {
   std::set<std::string> shapes;
   int glyphs = 0;
   for (int row = 0; row < 5; ++row)
-    for (int column = 0; column < int(glyph_rows[row].size()); ++column) {
-      const unsigned char byte = static_cast<unsigned char>(glyph_rows[row][size_t(column)]);
+    for (int column = 0; column < int(font_rows[row].size()); ++column) {
+      const unsigned char byte = static_cast<unsigned char>(font_rows[row][size_t(column)]);
       const rect cell = rect{column * 14, row * 15, 14, 15} * scale;
       std::string shape;
       for (const rgba& pixel : pixels_of(interface_image, cell)) {
@@ -178,7 +179,7 @@ TEST_P(Art, GlyphsFitTheirAdvances) {
       ++glyphs;
       EXPECT_TRUE(shapes.insert(shape).second) << "the same as another glyph";
       const int advance = OGL_char_width(byte) * scale;
-      const ink_box ink = ink_of(set_of(scale), column, row);
+      const ink_box ink = ink_of(interface_image, cell);
       ASSERT_LT(ink.left, ink.right) << "no ink";
       EXPECT_GE(highest_alpha(interface_image, cell), 128) << "too faint";
       EXPECT_LE(ink.right, advance) << "would touch the next letter's cell";
@@ -196,12 +197,35 @@ TEST_P(Art, GlyphsFitTheirAdvances) {
   EXPECT_EQ(glyphs, 144);
 }
 
+// The grid of the faces, from its rectangle in the image; as high as a face's room for words.
+TEST_P(Art, LettersOfFacesFitTheirAdvances) {
+  for (int row = 0; row < face_glyph_rows; ++row)
+    for (int column = 0; column < face_glyph_columns; ++column) {
+      const char c = face_glyph_grid[row][size_t(column)];
+      const rect cell = rect{312 + column * 15, 168 + row * 18, 15, 18} * scale;
+      SCOPED_TRACE("byte " + std::to_string(static_cast<unsigned char>(c)));
+      const int advance = OGL_string_width({&c, 1}, charset_face) * scale;
+      EXPECT_LE(advance, 14 * scale) << "the last column of a cell is not drawn";
+      if (c == ' ') {
+        EXPECT_EQ(highest_alpha(interface_image, cell), 0);
+        continue;
+      }
+      const ink_box ink = ink_of(interface_image, cell);
+      ASSERT_LT(ink.left, ink.right) << "no ink";
+      EXPECT_GE(highest_alpha(interface_image, cell), 128) << "too faint";
+      EXPECT_LE(ink.right, advance);
+      EXPECT_GE(ink.low, 1 * scale);
+    }
+}
+
 // What is free between two letters, with `blank` units in the middle; pixels.
 static int space_between(int scale, unsigned char left, unsigned char right, int blank) {
   const auto ink = [scale](unsigned char byte) {
     for (int row = 0; row < 5; ++row) {
-      const size_t column = glyph_rows[row].find(static_cast<char>(byte));
-      if (column != std::string_view::npos) return ink_of(set_of(scale), int(column), row);
+      const size_t column = font_rows[row].find(static_cast<char>(byte));
+      if (column == std::string_view::npos) continue;
+      return ink_of(set_of(scale).interface_image,
+                    rect{int(column) * 14, row * 15, 14, 15} * scale);
     }
     return ink_box();
   };

@@ -176,13 +176,6 @@ TEST(TranslationFiles, FitTheirPlaces) {
   };
   constexpr int rims = 6;
   const place places[] = {
-      // The wizard's own faces, less their two ends.
-      {50 - 12, {"Quit"}},
-      {90 - 12, {"Options"}},
-      {89 - 12, {"Back"}},
-      {100 - 12, {"Next"}},
-      {114 - 12, {"Select All"}},
-      {132 - 12, {"Select None"}},
       {68 - rims, {"Up", "Home", "Desktop", "Root"}},
       {70 - rims, {"Create", "Discard"}},
       {80 - rims, {"Cancel", "Select", "Open", "Save", "Update"}},
@@ -210,6 +203,14 @@ TEST(TranslationFiles, FitTheirPlaces) {
        {"|manually set the number of download streams... typically leave this OFF, and the "
         "installer will find the best number of streams for you."}},
   };
+  // The words of the wizard's own faces, with their chevrons, in the letters of the pictured ones.
+  const struct {
+    int width;
+    const char *before, *text, *behind;
+  } faces[] = {
+      {50, "", "Quit", ""},   {90, "", "Options", ""},     {89, "<", "Back", ""},
+      {100, "", "Next", ">"}, {114, "", "Select All", ""}, {132, "", "Select None", ""},
+  };
   // Wrapped texts, by how they begin, with something below them: the map, the panel's edge, the
   // alert's next text.
   const struct block {
@@ -236,6 +237,11 @@ TEST(TranslationFiles, FitTheirPlaces) {
         ASSERT_TRUE(shown.count(text)) << language << ": " << text;
         EXPECT_LE(OGL_string_width(shown[text]), p.width) << language << ": " << shown[text];
       }
+    }
+    for (const auto& face : faces) {
+      const std::string words = face.before + shown[face.text] + face.behind;
+      EXPECT_TRUE(OGL_face_has(words)) << language << ": " << words;
+      EXPECT_LE(OGL_string_width(words, charset_face), face.width - 8) << language << ": " << words;
     }
     for (const block& b : blocks) {
       const auto found = shown.lower_bound(b.text);

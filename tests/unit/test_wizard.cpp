@@ -93,7 +93,7 @@ TEST_F(Wizard, FacesBearTheTranslationThatFits) {
   UTL_translate_add("Back====Retour");
   UTL_translate_add("Next====A word that no face has room for");
   UTL_translate_use();
-  colr.assign(col_black, 1, 1, 1);  // what the map can count
+  colr.assign(col_label, 1, 1, 1);  // what the map can count
   // A text has cells over the plate; a picture is one layer.
   const auto is_text = [](float tex_x, float dx) {
     const picture_map map([&] { face_draw(100, 100, tex_x, 46, dx, 22, 1); });
