@@ -148,8 +148,9 @@ int OGL_string_width(std::string_view s, int charset) {
 
 bool OGL_face_has(std::string_view s) {
   if (PLT_needs_font_text(s)) return OGL_face_has(PLT_font_text(s));
-  return std::all_of(s.begin(), s.end(),
-                     [](char c) { return face_glyph_widths[static_cast<unsigned char>(c)] > 0; });
+  for (const char c : s)
+    if (face_glyph_widths[static_cast<unsigned char>(c)] == 0) return false;
+  return true;
 }
 
 float OGL_strtex(int charset, int col, float* s0, float* t0, float* cell_dx, float* cell_dy) {

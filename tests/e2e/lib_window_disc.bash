@@ -50,7 +50,7 @@ last_or_answered() {
 has_ink() { [ "$(area "$@" | grep -c '^[0-5]')" -gt 20 ]; }
 
 # has_red_sign: beside the heading, the disc of the sign of failure.
-has_red_sign() { area 230 474 540 16 | grep -qx cd3e3a; }
+has_red_sign() { [ "$(area 230 474 540 16 | grep -cx cd3e3a)" -gt 10 ]; }
 
 # wait_errors_told: until the last page says, by its sign, in two paragraphs and with no button, that
 # all did not go well.

@@ -20,6 +20,7 @@ start_options() {
   learn_faces
   press_options
   wait_dialog
+  wait_shown Linux  # the dialog is drawn, and its first field takes keys
 }
 
 # close_or_gone: presses the close box; two presses in one slow frame count as one, so it is pressed
@@ -72,16 +73,21 @@ want_setting _proxy_host "deab.x" "kept"
 want_setting _proxy_port "cde8" "kept"
 start_options
 type_text "new"
+wait_shown "new"
 # A click on a letter, here the first one, sets the caret behind it; with Shift the next one selects.
 click_away 188 133
 type_text "1"
+wait_shown "c1de8"
+before=$(picture_of 180 126 60 14)
 press_key End
+wait_for "the caret at the end" picture_differs "$before" 180 126 60 14
 xdotool keydown shift
 click_away 188 133
 xdotool keyup shift
 type_text "2"
 press_key shift+Tab End
 type_text " two"
+wait_shown "new two"
 move_to 188 153
 xdotool click --repeat 2 --delay 60 1
 type_text "old"
