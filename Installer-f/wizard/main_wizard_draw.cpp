@@ -122,7 +122,7 @@ void draw_servers() {
   const float dy = pitch * static_cast<float>(shown);
   BTN_scroll_area(bar_mirrors, 14, lowest_y - 14, 182, dy, count, shown, &top);
   for (int i = 0; i < shown; ++i) {
-    const size_t server = static_cast<size_t>(top + i);
+    const size_t server = static_cast<size_t>(top) + static_cast<size_t>(i);
     const float y = lowest_y + pitch * static_cast<float>(shown - 1 - i);
     std::string left, right, help;
     BTN_expand_label(server_desc[server], &left, &right, &help);
