@@ -52,6 +52,7 @@ void drop_master() {
     for (int tries = 0; tries < most_tries && PLT_remove_tree(dest_dvd(disk)) != 0; ++tries) {
     }
   }
+  if (made.discs) delete_file(bld.dst_fold_base + build_record_name);
   if (made.base) rmdir(bld.dst_fold_base.c_str());
   made = {};
 }
