@@ -44,8 +44,9 @@ RUNNING WITHOUT A DISPLAY
     skyvane-web-updater --uninstall --copy="/opt/games/Skyvane 9"
     skyvane-web-updater --list
 
-An install that was interrupted is gone on with by the same command. All flags,
-states and objects are explained in docs/unattended.md of the sources.
+An install from the web that was interrupted is gone on with by the same
+command, one from discs by "--do=repair" and "--do=scenery". All flags, states
+and objects are explained in docs/unattended.md of the sources.
 
 --unattended
   Runs this installer's own pages from the first to the last with no window
