@@ -14,12 +14,14 @@ TEST_F(ButnFrame, StripsAtManyWidths) {
       {7, 10, 65, 24, 240, 242, 55, 0, 0}, {8, 7, 16, 16, 289, 219, 9, 0, 0},
       {9, 10, 51, 26, 262, 133, 41, 4, 0}, {10, 26, 68, 24, 357, 488, 42, 4, 0},
   };
+  mnw.x_off = 7;  // as in a dialog, which lies in the window
+  mnw.y_off = 11;
   for (const auto& row : rows) {
     for (const int width : {61, 100, 257}) {
       SCOPED_TRACE(testing::Message() << "type " << row.type << ", width " << width);
       const picture_map map([&] { BTN_frame1(row.type, 400, 300, static_cast<float>(width), 0); });
       const int drawn = width + width % 2 + row.extra;  // an odd width grows by one
-      const int left = 400 - drawn / 2, bottom = 300 - row.lower - row.h / 2;
+      const int left = 407 - drawn / 2, bottom = 311 - row.lower - row.h / 2;
       ASSERT_TRUE(map.covers_exactly(left, bottom, drawn, row.h));
       const int right = left + drawn - 1, top = bottom + row.h - 1;
       const int last_cap = row.src - row.tile;

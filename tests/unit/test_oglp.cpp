@@ -1,5 +1,6 @@
 // Shapes, colours and screen, by what they leave in the frame buffer.
 
+#include <array>
 #include <random>
 
 #include "corekit/draw/colr.h"
@@ -25,6 +26,19 @@ TEST_F(Oglp, ColoursFollowTheAlphas) {
     clear();
     OGL_fillrect(row.col, row.alpha, 100, 100, 10, 10);
     EXPECT_TRUE(pixel_is(105, 105, row.r, row.g, row.b));
+  }
+  // Along the rainbow, also between its stops.
+  for (const auto& [v, r, g, b] : {std::array{-1.0f, 1.0f, 0.0f, 0.0f},
+                                   {0.25f, 1.0f, 0.75f, 0.0f},
+                                   {2.5f / 6, 0.5f, 1.0f, 0.0f},
+                                   {4.5f / 6, 0.0f, 0.5f, 1.0f},
+                                   {1.0f, 0.8f, 0.0f, 0.8f}}) {
+    OGL_spectrum_rgb(v);
+    float now[4];
+    glGetFloatv(GL_CURRENT_COLOR, now);
+    EXPECT_NEAR(now[0], r, 0.001f) << v;
+    EXPECT_NEAR(now[1], g, 0.001f) << v;
+    EXPECT_NEAR(now[2], b, 0.001f) << v;
   }
 }
 

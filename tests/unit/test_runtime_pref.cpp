@@ -2,6 +2,7 @@
 
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/files/pref.h"
 #include "corekit/net/http.h"
 #include "corekit/window/hl_mnw.h"
@@ -212,4 +213,22 @@ TEST_F(RuntimePref, InstallerFileHoldsItsTagsInOrder) {
   EXPECT_EQ(content_of(file), std::string(header) +
                                   "_stream_count 0\n_log_actions 0\n_proxy_host proxy.example\n"
                                   "_proxy_port_int 0\n_get_beta 1\n_lang 5\n");
+}
+
+TEST_F(RuntimePref, AScreenOutOfRangeIsTheUsualOne) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::create_directories(log.folder / "Resources/preferences");
+  std::filesystem::current_path(log.folder.path());
+  const struct {
+    int x, y, dx, dy;
+  } rows[] = {{600, 9999, 600, 9999}, {599, 10000, 1024, 768}, {10000, 599, 1024, 768}};
+  for (const auto& row : rows) {
+    overwrite("Resources/preferences/Res Sky-Root.prf",
+              header + str_format("_x_res_req_ALL %d\n_y_res_req_ALL %d\n", row.x, row.y));
+    mnw = mnw_record();
+    pref.IO_set(pref_kind_resolution, pref_read);
+    EXPECT_EQ(mnw.req_dx, row.dx);
+    EXPECT_EQ(mnw.req_dy, row.dy);
+  }
+  std::filesystem::current_path(before);
 }

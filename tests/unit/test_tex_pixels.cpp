@@ -1,6 +1,7 @@
 // The operations on pixels, as properties where there is one; S3TC blocks.
 
 #include <cmath>
+#include <cstring>
 
 #include "corekit/draw/TEX_s3tc.h"
 #include "tests/unit/test_tex_util.h"
@@ -141,6 +142,23 @@ TEST(TexS3tc, RoundTripsStayNear) {
       std::free(blocks);
     }
   }
+  // RGB with a pad gives the blocks of the same picture in RGBA, and comes back with its pad.
+  const TEX_image_desc rgb{TEX_rgb, 18, 10, 2, 0}, dxt1{TEX_dxt1, 18, 10, 0, 0};
+  bytes padded(TEX_level_bytes(rgb), 9);
+  for (int i = 0; i < 18 * 10; ++i)
+    std::copy_n(&opaque[size_t{4} * i], 3, &padded[TEX_row_bytes(rgb) * (i / 18) + i % 18 * 3]);
+  void* of_rgb = nullptr;
+  void* of_rgba = nullptr;
+  ASSERT_EQ(TEX_encode_s3tc(rgb, dxt1, padded.data(), &of_rgb, s3tc_normal), 1);
+  ASSERT_EQ(TEX_encode_s3tc(rgba, dxt1, opaque.data(), &of_rgba, s3tc_normal), 1);
+  EXPECT_EQ(std::memcmp(of_rgb, of_rgba, TEX_level_bytes(dxt1)), 0);
+  bytes back(padded.size(), 9);
+  unsigned char* into = back.data();
+  ASSERT_EQ(TEX_decode_s3tc(dxt1, rgb, of_rgb, &into), 1);
+  EXPECT_LE(tex_distance(back.data(), back.size(), padded), 20);
+  std::free(of_rgb);
+  std::free(of_rgba);
+
   void* blocks = nullptr;
   EXPECT_EQ(TEX_encode_s3tc(rgba, {TEX_dxt1, 17, 10, 0, 0}, pixels.data(), &blocks, 1), 0);
   EXPECT_EQ(TEX_encode_s3tc(rgba, {TEX_rgba, 18, 10, 0, 0}, pixels.data(), &blocks, 1), 0);

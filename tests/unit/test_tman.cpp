@@ -1,5 +1,7 @@
 // The texture manager: references, what becomes of a picture, the bind cache, and its alerts.
 
+#include <thread>
+
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/draw/oglp_draw.h"
 #include "tests/unit/gl_fixture.h"
@@ -164,4 +166,49 @@ TEST_F(Tman, MissingPicturesDrawGray) {
   EXPECT_EQ(tman.record(spare_ref).format, 0);
   tman.bind_ref(spare_ref, 0, 0);
   EXPECT_EQ(bound(), static_cast<GLint>(tman.record(t_blank_gray).gl_id));
+}
+
+// One by one by a worker; what is wanted at once has the worker end first, and the rest comes
+// whole.
+TEST_F(Tman, SceneryIsLoadedInTheBackground) {
+  struct finisher_class : tman_force_finish_obj {
+    std::thread worker;
+    int times = 0;
+    void force_finish() override {
+      ++times;
+      worker.join();
+      tman.load_scenery_async_finalize();
+    }
+  } finisher;
+  const picture_folder folder;
+  constexpr int first = spare_ref, count = 4;
+  for (int i = 0; i < count; ++i) {
+    const std::string name = std::to_string(i) + ".png";
+    tex_convert(folder, "-size 8x8 xc:red PNG24:@" + name);
+    tman.load_texture(tex_fail_fatal, first + i, scratch_flags, tex_load_scenery, folder / name);
+  }
+  const auto start = [&finisher] {
+    EXPECT_EQ(tman.load_scenery_async_register(&finisher), 1);
+    finisher.worker = std::thread([] { tman.load_scenery_async_work(); });
+  };
+  const auto loaded = [](int ref) { return tman.record(ref).load_time == tex_load_now; };
+  start();
+  EXPECT_EQ(tman.load_scenery_async_register(&finisher), 0) << "one at a time";
+  finisher.worker.join();
+  EXPECT_FALSE(loaded(first)) << "the main thread's half is missing";
+  tman.load_scenery_async_finalize();
+  EXPECT_TRUE(loaded(first));
+  EXPECT_EQ(tman.num_remaining_async_texes(), count - 1);
+  start();
+  tman.force_load_tex(first + 3);
+  EXPECT_EQ(finisher.times, 1);
+  EXPECT_TRUE(loaded(first + 1) && !loaded(first + 2) && loaded(first + 3));
+  tman.load_all_scenery_texes();
+  EXPECT_EQ(tman.num_remaining_async_texes(), 0);
+  EXPECT_EQ(tman.load_scenery_async_register(&finisher), 0) << "nothing waits";
+  for (int i = 0; i < count; ++i) {
+    clear();
+    OGL_2dquad_d(first + i, 49, 1, 10, 10, 0, 0, 10, 10, 1, 1, 5);
+    EXPECT_TRUE(pixel_is(15, 15, 255, 0, 0)) << i;
+  }
 }
