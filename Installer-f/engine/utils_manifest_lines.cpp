@@ -49,8 +49,9 @@ bool manifest_lines::fill() {
   }
   size_t got = 0;
   const int failed = io_read_all(file_.file_handle, buffer_.get() + left, room_ - left, got);
-  failed_ = failed != 0;
-  all_read_ = failed_ || got < room_ - left;
+  read_ += got;
+  all_read_ = failed != 0 || got < room_ - left;
+  failed_ = failed != 0 || (all_read_ && read_ < size_);  // or it was cut short meanwhile
   at_ = buffer_.get();
   end_ = at_ + left + got;
   std::memset(buffer_.get() + left + got, '\n', spare);

@@ -87,7 +87,8 @@ class manifest_lines {
 
   xmap_class file_;
   uint64_t size_ = 0;
-  size_t room_ = 0;  // bytes in the buffer, but for what it has to spare
+  uint64_t read_ = 0;  // of them so far
+  size_t room_ = 0;    // bytes in the buffer, but for what it has to spare
   std::unique_ptr<char[]> buffer_;
   const char* at_ = nullptr;   // what has not been handed out yet,
   const char* end_ = nullptr;  // to the end of what was read

@@ -37,7 +37,7 @@ FOUND = [
     ("build", "thread:3:EAGAIN"), ("build", "malloc:9000:ENOMEM"), ("build", "mmap:1:ENOMEM"),
     ("update", "unlink:1:EACCES:/wheel.obj"), ("update", "stat:1:EIO:KVLM.framework/Versions/Current"),
     ("disc", "rename:1:EACCES:/Instructions/Manual.txt"),
-    ("disc", "read:1:EIO:/directory.txt"),
+    ("disc", "read:1:EIO:/directory.txt"), ("disc", "read:1:end:/directory.txt"),
     ("disc", "malloc:1:ENOMEM:1280 bytes"),  # an entry of libarchive's
     ("demo", "malloc:4000:ENOMEM"), ("demo", "thread:4:EAGAIN"),
 ]
