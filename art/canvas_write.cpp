@@ -113,7 +113,7 @@ std::vector<rgb> reduce(bytes& pixels) {
   std::map<rgb, long> histogram;
   for (size_t i = 0; i < pixels.size(); i += 3)
     ++histogram[{pixels[i], pixels[i + 1], pixels[i + 2]}];
-  const std::vector<rgb> colours = best_colours(histogram);
+  std::vector<rgb> colours = best_colours(histogram);
   std::map<rgb, uint8_t> places;
   for (const auto& [colour, count] : histogram)
     places[colour] = nearest(colours, colour);

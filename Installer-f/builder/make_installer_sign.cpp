@@ -251,7 +251,7 @@ std::string attach(master& found, const std::string& text, const sign_statement&
     return "The statement is not of this master: " + found.zip;
   }
   found.entries[signature].bytes = text;
-  const std::string wrong = write_signed(found);
+  std::string wrong = write_signed(found);
   if (wrong.empty()) {
     builder_notice(str_format("%s is signed: release %d, serial %lld, until %s.",
                               found.name.c_str(), statement.number,

@@ -110,7 +110,7 @@ std::string stem_of(const std::string& output, const std::string& name,
                     const file_version_struct& file) {
   const std::string below = name + "/" + std::string(file.path);
   for (const char* const suffix : {".zip", ".7z"}) {
-    const std::string stem = output + str_format("disk_%d/", int(file.disk)) + below;
+    std::string stem = output + str_format("disk_%d/", int(file.disk)) + below;
     if (file_exists(stem + suffix)) return stem;
   }
   return output + "disk_0/" + below;

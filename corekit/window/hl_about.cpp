@@ -43,7 +43,7 @@ constexpr float text_x = 35, text_top = 250, line_dy = 14, state_y = 50, button_
 // Where what is fetched goes. The folder beside the program is there in a whole installation; an
 // installer on its own has to make it, and where it may not, the working folder serves.
 std::string download_folder() {
-  const std::string beside = "Resources/preferences/";
+  std::string beside = "Resources/preferences/";
   if (!app_packaged) {
     make_folder("Resources/");
     make_folder(beside);
