@@ -102,8 +102,7 @@ std::string whole_text(const wizard_screen& screen) {
 // A page's text under its title; nothing of a page that says nothing.
 std::string titled(const wizard_screen& screen, const std::string& text) {
   if (text.empty()) return "";
-  const bool has_stop = screen.title.ends_with('.');
-  return screen.title.substr(0, screen.title.size() - (has_stop ? 1 : 0)) + ": " + text;
+  return screen.title + (screen.title.ends_with('.') ? " " : ": ") + text;
 }
 
 wizard_press refuse(page_function page, const wizard_screen& screen) {

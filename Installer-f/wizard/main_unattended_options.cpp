@@ -16,8 +16,8 @@ namespace {
 
 struct option_row {
   std::string_view name;
-  std::string_view value;  // what stands behind its "="; empty for an option that takes none. Of a
-                           // setting, "A-B" and "A|B" are numbers that are held to
+  std::string_view value;  // what stands behind its "="; empty for an option that takes none. A
+                           // setting's "A-B" is held to: it would become another number
 };
 
 // The run's own first: of two that are as near, the first one is named.
@@ -48,13 +48,13 @@ constexpr option_row options[] = {
     {"--check_layout", ""},
     {"--list_texts", "FILE"},
     {"--md5", "NAME"},
-    {"--pref:_stream_count", "0-4"},
+    {"--pref:_stream_count", "NUMBER"},
     {"--pref:_log_actions", "0|1"},
     {"--pref:_proxy_host", "HOST"},
     {"--pref:_proxy_port", "PORT"},
     {"--pref:_proxy_port_int", "0-65535"},
     {"--pref:_get_beta", "0|1"},
-    {"--pref:_lang", "0-6"},
+    {"--pref:_lang", "NUMBER"},
     {"--pref:_col_res_req", "NUMBER"},
     {"--pref:_set_res", "NUMBER"},
     {"--pref:_alias_req", "NUMBER"},
@@ -134,7 +134,7 @@ std::string form_of(const option_row& row) {
 
 // Whether a setting's value is among the numbers that its row names. Any is where it names none.
 bool is_in_range(std::string_view value, const option_row& row) {
-  const size_t sign = row.value.find_first_of("-|");
+  const size_t sign = row.value.find('-');
   if (!row.name.starts_with("--pref:") || sign == row.value.npos) return true;
   const auto number = [](std::string_view text) {
     int read = -1;

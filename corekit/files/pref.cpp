@@ -5,10 +5,7 @@
 
 #include "corekit/files/pref.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 
@@ -119,12 +116,6 @@ scan_class::scan_class(const std::string& file_path, int io_direction)
   // A writer needs the old file too: what was overridden for this run goes back as it was.
   read_tags(path, tags);
   if (direction != pref_write || path.empty()) return;
-  const std::string folder(path_folder(path));
-  if (dir_exists(folder) && access(folder.c_str(), W_OK) != 0) {
-    // Who runs a program there can do without settings, and is not asked to put it right.
-    xer << "WARNING: the file " << path << " stays as it was: " << error_str(errno) << ".\n";
-    return;
-  }
   delete_file(path + new_suffix);  // of a run that was stopped, or somebody's link
   open = ouf_open(path + new_suffix, ouf_text, pref_version, no_note) != 0;
 }

@@ -17,7 +17,7 @@ repair() {
 # A copy that is whole needs nothing, and no disc but the first.
 repair
 want_status 0
-want_text "Finished Repairing Skyvane.: I have finished repairing $copy/ - click Back to return to the main menu."
+want_text "Finished Repairing Skyvane. I have finished repairing $copy/ - click Back to return to the main menu."
 want_asked_for ""
 
 # Missing files and folders, cut files, a lost link, a lost execute bit.
