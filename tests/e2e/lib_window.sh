@@ -85,6 +85,7 @@ open_window() {
   path=$(program "$1")
   shift
   [ "$SCALE" = 1 ] || watch+=" --scale=$SCALE"
+  rm -f "$SCRATCH/texts"  # of the program before
   "$path" "$@" $watch >"$OUT" 2>&1 </dev/null &
   WINDOW_PID=$!
   CHILDREN+=("$WINDOW_PID")

@@ -72,8 +72,10 @@ want_status 2
 want_text "There is no terminal to ask for the key's password on"
 not_signed
 typed() {  # TEXT: what is typed at the prompt; leaves what the terminal showed, and its settings at the end
+  rm -f "$OUT"
+  # The shell outlives the signal that ends the program.
   { until grep -qs Password "$OUT"; do sleep 0.05; done; printf '%b' "$1"; } |
-    timeout 60 script -qfec "stty -a >'$SCRATCH/tty'; '$sign' --program='$program' --key='$KEYS/locked.key' '$MASTER'; stty -a >>'$SCRATCH/tty'" \
+    timeout 60 script -qfec "trap : INT; stty -a >'$SCRATCH/tty'; '$sign' --program='$program' --key='$KEYS/locked.key' '$MASTER'; stty -a >>'$SCRATCH/tty'" \
       "$OUT" >/dev/null || true
   grep -q a\ password "$OUT" && fail "the password was shown"
   [ "$(grep -c ' echo ' "$SCRATCH/tty")" = 2 ] || fail "the terminal was left without echo"

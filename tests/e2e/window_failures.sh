@@ -205,5 +205,6 @@ damaged cut_short "disk_0/$RELEASE/directory.txt.zip"
 take_out 1
 insert_disc 1 "$BAD"
 open_window skyvane-disc-installer
+wait_shown ".*directory[.]txt.*"  # a window that has drawn nothing yet looks like a dialog
 alert failure_11_disc
 window_ended 1
