@@ -81,13 +81,14 @@ size_t reached_step() {
 // Its red cannot be read on a light ground, so it stands on a dark plate, as a warning in a
 // cockpit. Returns the y below it.
 float draw_beta_warning(float y) {
-  constexpr float rim = 8, above = 10, wrap_dx = 160;
+  constexpr float rim = 8, rise = 6, ink = 8, wrap_dx = 160;
   const std::string text = UTL_translate_string(
       "You have chosen to download Skyvane 9 betas.  If you do not "
       "want this, choose options and uncheck the beta option.");
   const float dy = line_dy * static_cast<float>(OGL_string_lines(text, wrap_dx));
-  OGL_fillrect(col_black, 1, step_x - rim, y + above + rim - 4 - dy - rim, wrap_dx + 2 * rim,
-               dy + 2 * rim - 4);
+  // Clear of the last step's name above.
+  OGL_fillrect(col_black, 1, step_x - rim, y - dy + line_dy - rise, wrap_dx + 2 * rim,
+               dy - line_dy + ink + 2 * rise);
   return OGL_string(col_warning, step_x, y, text, wrap_dx);
 }
 
