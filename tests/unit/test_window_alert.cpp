@@ -54,11 +54,11 @@ TEST_F(WindowAlert, ReturnOrItsButtonLeavesIt) {
     push_key(SDLK_ESCAPE);
     push_key(SDLK_a);
     page_calls = 0;
+    const Uint32 start = SDL_GetTicks();
     std::thread later([&row] {
       SDL_Delay(60);
       row.act();
     });
-    const Uint32 start = SDL_GetTicks();
     const std::string log = log_of([] {
       __MACIBM_alert(win_main, "line one", "line two", "line three", "line four", t_alert,
                      "tests/alert", 99);
@@ -135,17 +135,16 @@ TEST_F(WindowAlert, AFatalOneShowsItsSourceAndEndsTheProgram) {
 
 TEST_F(WindowAlert, TheLanguageChooserSetsTheLanguage) {
   mnw.language = 0;
-  std::thread user([] {
-    SDL_Delay(250);
-    click(185, 163);  // the second of three
-    SDL_Delay(250);
-    click(185, 143);  // the third
-    SDL_Delay(250);
-    click(210, 18);
-  });
+  static int frames;
+  frames = 0;
+  mnw_keys.frame = [] {
+    ++frames;
+    if (frames == 3) click(185, 163);  // the second of three
+    if (frames == 6) click(185, 143);  // the third
+    if (frames == 9) click(210, 18);
+  };
   const std::string log =
       log_of([] { __MACIBM_alert(win_none, "-", "-", "-", "-", 0, "tests/alert", 4); });
-  user.join();
   EXPECT_EQ(mnw.language, 2);
   EXPECT_EQ(log, "") << "a choice is no alert";
   EXPECT_EQ(mnw.win_id, win_none);

@@ -27,6 +27,17 @@ void run_for(int milliseconds) {
     MACIBM_event_proc();
 }
 
+// Frames for so many milliseconds, over and over until `often_enough`: what another process takes
+// of the machine is no fault, what never comes is.
+template <typename Reset, typename Enough>
+void run_until(int milliseconds, Reset reset, Enough often_enough) {
+  for (int i = 0; i < 40; ++i) {
+    reset();
+    run_for(milliseconds);
+    if (often_enough()) return;
+  }
+}
+
 class WindowFrame : public window_fixture {};
 
 TEST_F(WindowFrame, MouseIsInUnitsFromTheLowerLeftOfTheDialog) {
@@ -214,19 +225,21 @@ TEST_F(WindowFrame, APageWithWorkRunsFasterThanThePictureIsShown) {
     draw_another();
     frame_soon = frame_at_once;
   };
-  const auto run = [] {
-    times_shown = page_calls = 0;
-    run_for(480);
+  const auto run = [](bool input) {
+    const auto reset = [input] {
+      if (input) push_motion(5, 5);
+      times_shown = page_calls = 0;
+    };
+    run_until(480, reset, [] { return times_shown >= 3 && page_calls > 2 * times_shown; });
   };
-  push_motion(5, 5);
-  run();
+  run(true);
   EXPECT_LE(times_shown, 31) << "sixty times a second after an input";
   EXPECT_GE(times_shown, 3);
   EXPECT_GT(page_calls, 2 * times_shown) << "frames between are not painted";
   SDL_Delay(50);
-  run();
+  run(false);
   EXPECT_LE(times_shown, 12) << "twenty times a second for work";
-  EXPECT_GE(times_shown, 2);
+  EXPECT_GE(times_shown, 3);
   const int shown = times_shown;
   push_button(5, 5, true);
   MACIBM_event_proc();
@@ -264,17 +277,23 @@ TEST_F(WindowFrame, APictureIsShownWhenItDiffers) {
 }
 
 TEST_F(WindowFrame, AnIdlePageIsStillCalled) {
+  const struct {
+    const char* label;
+    int least, most;
+    std::function<void()> body;
+  } rows[] = {
+      {"ten times a second is enough", 4, 12, nullptr},
+      {"waiting for an answer is no reason to spin", 12, 40, [] { frame_soon = frame_in_a_tick; }},
+  };
   run_for(700);
-  page_calls = 0;
-  run_for(500);
-  EXPECT_GE(page_calls, 4);
-  EXPECT_LE(page_calls, 12) << "ten times a second is enough";
-  page_body = [] { frame_soon = frame_in_a_tick; };
-  run_for(20);
-  page_calls = 0;
-  run_for(500);
-  EXPECT_GE(page_calls, 12);
-  EXPECT_LE(page_calls, 40) << "waiting for an answer is no reason to spin";
+  for (const auto& row : rows) {
+    page_body = row.body;
+    run_for(20);
+    run_until(
+        500, [] { page_calls = 0; }, [&row] { return page_calls >= row.least; });
+    EXPECT_GE(page_calls, row.least) << row.label;
+    EXPECT_LE(page_calls, row.most) << row.label;
+  }
 }
 
 // A dialog that a page opens in a frame that comes too soon to be shown must be seen all the same,
