@@ -57,18 +57,6 @@ give() {
   [ "$(id -u)" != 0 ] || chown -Rh "$ORDINARY:$ORDINARY" "$@"
 }
 
-# prints FOLDER: one line for everything below it: kind, mode, content (a link's text), name. Links
-# are not followed. Two equal prints are two equal trees.
-prints() {
-  (
-    cd "$1"
-    find . -mindepth 1 -type f -exec md5sum --zero {} + |
-      tr '\0' '\n' | sed 's/^\([0-9a-f]*\) .\(.*\)$/\2 \1/'
-    find . -mindepth 1 \( -type f -o -type d \) -printf '%p %y %m\n'
-    find . -mindepth 1 -type l -printf '%p %y %l\n'
-  ) | sort
-}
-
 # real_tree COUNT FOLDER: that many files that this machine's packages brought, evenly spread over all
 # that are there, into a folder; none that is empty, and no giants, which would only test the disk.
 # Leaves their list in $SCRATCH/list.txt.
