@@ -11,7 +11,6 @@ bool copy_is_free(page_function back, wizard_screen& screen) {
   screen.text = tr("Another installer or updater is at work on ") + dest_dir_path +
                 tr(".\n\nI will go on as soon as it has finished.  You can also go back, or quit.");
   screen.back = back;
-  screen.next = nullptr;
   screen.copy_is_busy = true;
   return false;
 }

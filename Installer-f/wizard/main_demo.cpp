@@ -86,7 +86,6 @@ int show_get_updates(int first_time, wizard_screen& screen) {
       "I am processing information about the available demo.",
   };
   if (!check_servers(flow, first_time, screen)) return 0;
-  screen.back = nullptr;
   screen.next = demo_pick_dest;
   return 1;
 }
@@ -129,7 +128,6 @@ int show_run_patch(int first_time, wizard_screen& screen) {
 
 int show_done(int first_time, wizard_screen& screen) {
   if (first_time && !stg.extract_failed) copy_note_release("demo");
-  screen.back = nullptr;
   screen.next = wizard_quit;
   screen.outcome = outcome_good;
   screen.title = tr("Finshed Web Demo Install");

@@ -46,7 +46,6 @@ void show_work(const dvd_job& job, wizard_screen& screen) {
   const int count = static_cast<int>(sim_info.size());
   const int f = *job.cursor;
   screen.back = job.choice;
-  screen.next = nullptr;
   screen.text = tr(job.doing) + dest_dir_path + ".";
   if (f >= count) {
     screen.progress = 1;
@@ -95,7 +94,6 @@ int dvd_job_page(const dvd_job& job, wizard_screen& screen) {
   switch (step) {
     case install_done:
       *job.is_running = 0;
-      screen.back = nullptr;
       screen.next = job.done;
       return 1;
     case install_needs_disc:
@@ -167,7 +165,6 @@ int dvd_scan_page(const dvd_scan& scan, int& counter, wizard_screen& screen) {
   screen.kill_proc = screen.leave_proc = checksum_directory_kill;
   float fraction = 0;
   if (checksum_directory(counter, fraction)) {
-    screen.back = nullptr;
     screen.next = scan.next;
     return 1;
   }
@@ -175,7 +172,6 @@ int dvd_scan_page(const dvd_scan& scan, int& counter, wizard_screen& screen) {
                                   {std::to_string(counter), std::to_string(sim_info.size())});
   screen.progress = fraction;
   screen.back = scan.back;
-  screen.next = nullptr;
   return 0;
 }
 

@@ -137,7 +137,6 @@ int show_get_updates(int first_time, wizard_screen& screen) {
   screen.kill_proc = screen.leave_proc = checksum_directory_kill;
   float fraction = 0;
   if (checksum_directory(state.scanned, fraction)) {
-    screen.back = nullptr;
     screen.next = net_check_disk;
     // The scenery that is installed is what the user wants; a sector left unselected would be
     // deleted.
@@ -187,7 +186,6 @@ int show_run_patch(int first_time, wizard_screen& screen) {
 
 int show_done(int first_time, wizard_screen& screen) {
   if (first_time && !stg.extract_failed) copy_note_release("");
-  screen.back = nullptr;
   screen.next = wizard_quit;
   screen.outcome = outcome_good;
   screen.title = tr("Finshed Web Update");

@@ -109,7 +109,6 @@ std::string speed_line(float ratio) {
 
 void show_transfer(const patch_flow& flow, wizard_screen& screen) {
   screen.back = flow.back;
-  screen.next = nullptr;
   if (stg.server_down) {
     screen.text =
         tr("I can not download the file '") + crnt_file_path +
@@ -158,7 +157,6 @@ int check_servers(const check_flow& flow, int first_time, wizard_screen& screen)
   }
   screen.title = tr(flow.title);
   screen.back = flow.back;
-  screen.next = nullptr;
   step_to_manifest();
 
   if (stg.server_count == -1) {
@@ -213,7 +211,6 @@ int run_patch(const patch_flow& flow, int first_time, wizard_screen& screen) {
     if (grab_files()) {
       grab_discard_partial();
       grab_reset();
-      screen.back = nullptr;
       screen.next = flow.done;
       if (flow.is_running) *flow.is_running = 0;
       return 1;
