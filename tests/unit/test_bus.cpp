@@ -12,6 +12,7 @@
 #include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_notice.h"
 #include "corekit/Platform/PLT_child.h"
+#include "corekit/Platform/PLT_dbus.h"
 #include "corekit/Platform/PLT_notice.h"
 #include "corekit/Platform/PLT_picker.h"
 #include "corekit/Platform/PLT_picker_kinds.h"
@@ -270,4 +271,20 @@ TEST_F(Bus, DesktopIsToldOfAJob) {
   PLT_child_end(&daemon, 0);
   for (int i = 0; i < 10; ++i)
     frame(170, job, 0.1f * static_cast<float>(i));  // nobody hears it, and nothing waits
+}
+
+TEST_F(Bus, IsLookedForOnThisMachineOnly) {
+  setenv("XDG_RUNTIME_DIR", here.path().c_str(), 1);
+  const std::pair<const char*, bool> rows[] = {
+      {nullptr, true}, {"autolaunch:", false}, {"tcp:host=localhost,port=1", false}};
+  for (const auto& [address, found] : rows) {
+    if (address)
+      setenv("DBUS_SESSION_BUS_ADDRESS", address, 1);
+    else
+      unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    EXPECT_EQ(PLT_dbus_open(plt_session_bus) != nullptr, found) << (address ? address : "");
+  }
+  setenv("XDG_RUNTIME_DIR", "/nonexistent", 1);
+  unsetenv("DBUS_SESSION_BUS_ADDRESS");
+  EXPECT_EQ(PLT_dbus_open(plt_session_bus), nullptr);
 }

@@ -213,3 +213,52 @@ TEST_F(ButnAction, SpaceAndWordsPressABox) {
   }
   focus_id = 0;
 }
+
+TEST_F(ButnAction, TabsChooseTheirValue) {
+  const struct {
+    const char* label;
+    float x, y;
+    int hit;
+  } rows[] = {
+      {"its lower left", 180, 518, 1}, {"its upper right", 268, 542, 1},
+      {"left of it", 178, 530, 0},     {"right of it", 270, 530, 0},
+      {"above it", 200, 544, 0},       {"below it", 200, 516, 0},
+  };
+  for (const auto& row : rows) {
+    int value = 1;
+    click(row.x, row.y);
+    BTN_begin_focus_ring();
+    stls.hover_help.clear();
+    EXPECT_EQ(BTN_tab(2, 1, &value, 7, "tab{ help"), row.hit) << row.label;
+    EXPECT_EQ(value, row.hit ? 7 : 1) << row.label;
+    EXPECT_EQ(stls.hover_help, row.hit ? "help" : "") << row.label;
+  }
+  move(-1, -1);
+  for (const int value : {1, 7}) {
+    const picture_map map([value] {
+      int now = value;
+      BTN_tab(2, 1, &now, 7, "tab");
+    });
+    EXPECT_EQ(map.text_at(229 - 40, 530 - 4), "tab");
+    EXPECT_TRUE(map.shows(229 - 49 + 3, 530 - 13 + 3, 204 + 3, (value == 7 ? 486 : 459) + 3));
+  }
+  char as_char = 0;
+  unsigned char as_byte = 1;
+  click(400, 303);
+  EXPECT_EQ(BTN_xchr(400, 300, &as_char, "") + BTN_xbyt(400, 300, &as_byte, ""), 2);
+  EXPECT_EQ(as_char, 1);
+  EXPECT_EQ(as_byte, 0);
+}
+
+TEST_F(ButnAction, BoxedTextLiesInItsFrame) {
+  const struct {
+    int charset, width;
+  } rows[] = {{charset_text, OGL_string_width("boxed") + 7}, {charset_fixed, 5 * 10 + 7}};
+  for (const auto& row : rows) {
+    const picture_map map([&] { OGL_boxed_string(400, 300, "le|ri", "boxed", row.charset, 49); });
+    const int left = 400 - row.width / 2;
+    EXPECT_EQ(map.text_at(left + 4, 300, row.charset == charset_fixed ? 10 : 0).substr(0, 5),
+              "boxed");
+    EXPECT_EQ(map.text_at(400 + (row.width + 1) / 2 + 8, 300).substr(0, 2), "ri");
+  }
+}

@@ -112,3 +112,106 @@ TEST_F(ButnValue, NumbersAreCorrectedByBeingShown) {
   EXPECT_EQ(frame([&] { return BTN_int_range(100, 100, &n, 1, 1, 4, ""); }), 1);
   EXPECT_EQ(n, 1) << "the stream count of a box that was just ticked";
 }
+
+TEST_F(ButnValue, LimitsGoByTheDigitsAndPlacesByTheGrid) {
+  const struct {
+    int digits, decimals, negative;
+    float before, after;
+  } rows[] = {{3, 2, 1, -100, -9.99f}, {3, 2, 0, -1, 0}, {3, 0, 0, 1e9f, 999}, {1, 0, 1, 50, 9}};
+  for (const auto& row : rows) {
+    float value = row.before;
+    const auto flt = [&] {
+      return BTN_flt(100, 100, &value, row.digits, row.decimals, row.negative, "");
+    };
+    EXPECT_EQ(frame(flt), 1);
+    EXPECT_FLOAT_EQ(value, row.after);
+    int number = static_cast<int>(row.before);
+    frame([&] { return BTN_int(100, 100, &number, row.digits, row.negative, ""); });
+    if (row.decimals == 0) {
+      EXPECT_EQ(number, static_cast<int>(row.after));
+    }
+  }
+  // Three digits at (2, 3) of the grid end 75 units right of its line.
+  for (const bool limited : {false, true}) {
+    float value = 0;
+    focus_id = 0;
+    const auto draw = [&] {
+      return limited ? BTN_flt_rangeij(2, 3, &value, 3, 0, 0, 500, "")
+                     : BTN_fltij(2, 3, &value, 3, 0, 1, "");
+    };
+    press(2 * 75 + 75 - 30 + 6, 3 * 50 + 25 + 3);
+    frame(draw);
+    release();
+    type("-7");
+    EXPECT_EQ(frame(draw), 1);
+    EXPECT_EQ(value, limited ? 500 : 700) << "there is no -0";
+  }
+  float lat = 95, lon = -190;
+  EXPECT_EQ(frame([&] { return enter_lat_lon(&lat, &lon, 100, 100, 2); }), 1);
+  EXPECT_EQ(lat, 90);
+  EXPECT_EQ(lon, -180);
+  focus_id = 0;
+  press(100 + 4 * 10 + 70 + 16, 103);  // the second of three digits before the point
+  const auto draw = [&] { return enter_lat_lon(&lat, &lon, 100, 100, 2); };
+  frame(draw);
+  release();
+  type("2");
+  EXPECT_EQ(frame(draw), 1);
+  EXPECT_EQ(lon, -120);
+  const picture_map map([] { BTN_display_number(100, 100, 12.5f, 4, 1, "le|ri"); });
+  EXPECT_EQ(map.text_at(103, 100, 10), "0125");
+}
+
+TEST_F(ButnValue, CharactersTurnAndAreTyped) {
+  const struct {
+    const char *label, *before;
+    int cell;
+    std::string keys;  // \1 and \2: left and right, \3 and \4: up and down
+    const char* after;
+  } rows[] = {
+      {"typed, and on to the next", "AAA", 1, "b-", "AB-"},
+      {"round to the first", "AAA", 2, "9Z", "ZA9"},
+      {"nothing of it", "AAA", 1, "!", "AAA"},
+      {"left, and left round", "AAA", 1,
+       "\1\1"
+       "x",
+       "AAX"},
+      {"right", "AAA", 1,
+       "\2"
+       "0",
+       "AA0"},
+      {"up", "A99", 1, "\3\3", "AB9"},
+      {"down", " 01", 1, "\4\4", " -1"},
+      {"up and round", "A-A", 1, "\3", "A A"},
+      {"from a small letter", "aaa", 1, "\3", "aBa"},
+      {"what is not on it is 0", "a?a", 1, "\3", "a1a"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    focus_id = 0;
+    char text[] = "...";
+    std::copy_n(row.before, 3, text);
+    const auto draw = [&] { return BTN_chars(100, 100, text, 3, ""); };
+    press(static_cast<float>(100 + row.cell * 10 + 6), 103);
+    EXPECT_EQ(frame(draw), 0);
+    release();
+    for (const char c : row.keys) {
+      constexpr int arrows[] = {0, vk_left, vk_right, vk_up, vk_down};
+      if (c <= 4) {
+        send(0, arrows[static_cast<int>(c)]);
+      } else {
+        type(std::string(1, c));
+      }
+    }
+    EXPECT_EQ(frame(draw), std::string(row.before) != row.after);
+    EXPECT_STREQ(text, row.after);
+  }
+  char text[] = "A9";
+  for (const float y : {118.0f, 90.0f}) {
+    press(116, y);
+    EXPECT_EQ(frame([&] { return BTN_chars(100, 100, text, 2, ""); }), 1);
+    EXPECT_STREQ(text, y > 100 ? "AA" : "A9");
+  }
+  const picture_map map([&] { BTN_chars(100, 100, text, 2, ""); });
+  EXPECT_EQ(map.text_at(103, 100, 10).substr(0, 2), "A9");
+}

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <sstream>
 #include <string>
 
 #include "corekit/Platform/PLT_keys.h"
@@ -195,6 +196,69 @@ TEST_F(Keys, BindingsPressAndRelease) {
   EXPECT_EQ(presses, 0);
 }
 
+// By the USB keyboard page, from the place of A on; "." is a key without a name.
+TEST(KeyTables, PlacesNamesAndCharacters) {
+  std::istringstream names(
+      "A B C D E F G H I J K L M N O P Q R S T U V W X Y Z 1 2 3 4 5 6 7 8 9 0 RETURN ESCAPE BACK "
+      "TAB SPACE MINUS EQUAL LBRACE RBRACE BACKSLASH BACKSLASH SEMICOLON QUOTE BACKQUOTE COMMA "
+      "PERIOD SLASH . F1 F2 F3 F4 F5 F6 F7 F8 F9 F10 F11 F12 SNAPSHOT . . INSERT HOME PRIOR DELETE "
+      "END NEXT RIGHT LEFT DOWN UP CLEAR DIVIDE MULTIPLY SUBTRACT ADD ENTER NUMPAD1 NUMPAD2 "
+      "NUMPAD3 NUMPAD4 NUMPAD5 NUMPAD6 NUMPAD7 NUMPAD8 NUMPAD9 NUMPAD0 DECIMAL BACKSLASH . . "
+      "NUMPAD_EQ F13 F14 F15 F16 F17 F18 F19 F20 F21 F22 F23 F24 EXECUTE HELP . SELECT");
+  int place = p_a;
+  for (std::string name; names >> name; ++place) {
+    const int vkey = PLT_vkey_of_hardware(place);
+    EXPECT_EQ(keys_class::vkey_to_str(vkey), name == "." ? "<none>" : "KVLM_VK_" + name) << place;
+    EXPECT_EQ(keys_class::str_to_vkey("kvlm_vk_" + name), vkey);
+  }
+  std::string controls;
+  int code = 0;
+  for (int i = 0; i < 256; ++i) {
+    if (keys_class::vkey_to_code(i) >= 0) {
+      EXPECT_EQ(keys_class::vkey_to_code(i), code++) << i;
+    }
+    if (const int ch = PLT_control_character(i))
+      controls += std::to_string(i) + ":" + std::to_string(ch) + " ";
+  }
+  EXPECT_EQ(code, 110) << "8 9, 12 13, 27, 32-57, 65-90, 96-107, 109-135, 176-189";
+  EXPECT_EQ(controls,
+            "40:13 41:27 42:8 43:9 74:1 75:11 76:127 77:4 78:12 79:29 80:28 81:31 82:30 88:3 ");
+  EXPECT_EQ(keys_class::flag_to_code(key_shift), code);
+  for (const int flag : {key_shift, key_option, key_control})
+    EXPECT_EQ(keys_class::str_to_flag(keys_class::flag_to_str(flag)), flag);
+  EXPECT_EQ(keys_class::str_to_flag("KVLM_VK_A"), 0);
+  EXPECT_EQ(PLT_vkey_of_hardware(-1), 0);
+
+  const struct {
+    std::string plain, shifted;
+    int place;
+  } rows[] = {{"abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", p_a},
+              {"1234567890\r\x1B\b\t ", "!@#$%^&*()", p_1},
+              {"-=[]\\", "_+{}|", 45},
+              {";'`,./", ":\"~<>?", 51},
+              {"\x7F", "", p_delete},
+              {"\x03", "", p_pad_enter}};
+  for (const auto& row : rows) {
+    for (size_t i = 0; i < row.plain.size() + row.shifted.size(); ++i) {
+      const bool shift = i >= row.plain.size();
+      const size_t at = shift ? i - row.plain.size() : i;
+      int vkey = -1, flags = -1;
+      keys_class::ascii_to_vkey(shift ? row.shifted[at] : row.plain[at], vkey, flags);
+      EXPECT_EQ(vkey, PLT_vkey_of_hardware(row.place + static_cast<int>(at))) << row.plain[at];
+      EXPECT_EQ(flags, shift ? key_shift : 0) << row.plain[at];
+    }
+  }
+}
+
+TEST_F(Keys, TheKeyOfACommand) {
+  keys.bindings.push_back({0, 0, 5, 0});
+  keys.bindings.push_back({65, key_control | key_shift, 5, 0});
+  keys.bindings.push_back({vk_delete, 0, 6, 0});
+  EXPECT_EQ(keys.get_key_for_cmnd(5), "kvlm_ShiftFlag kvlm_ControlFlag KVLM_VK_A");
+  EXPECT_EQ(keys.get_key_for_cmnd(6), "KVLM_VK_DELETE");
+  EXPECT_EQ(keys.get_key_for_cmnd(7), "<none>");
+}
+
 TEST(BorderText, BothWays) {
   const struct {
     const char* label;
@@ -236,6 +300,16 @@ TEST(BorderText, OfBothKindsForTheFont) {
     EXPECT_EQ(PLT_font_text(row.text), row.shown);
     EXPECT_EQ(PLT_needs_font_text(row.text), std::string(row.text) != row.shown) << row.text;
   }
+}
+
+// What would steer a terminal, in Latin-1 or in UTF-8, also where a piece of text ends between.
+TEST(BorderText, SteersNoTerminal) {
+  std::string text = "a\x1B[1m\n\t\x1F\x7F \xC2\x9B\xC2\xA0\xC3\x9B~\xC2";
+  EXPECT_EQ(PLT_hide_controls(text.data(), text.size(), 0), 0xC2);
+  EXPECT_EQ(text, "a?[1m\n\t?? \xC2?\xC2\xA0\xC3\x9B~\xC2");
+  char last[] = "\x80";
+  EXPECT_EQ(PLT_hide_controls(last, 1, 0xC2), 0x80);
+  EXPECT_STREQ(last, "?");
 }
 
 TEST(BorderText, InShortLines) {

@@ -1,9 +1,12 @@
 // Shapes, colours and screen, by what they leave in the frame buffer.
 
+#include <SDL.h>
+
 #include <array>
 #include <random>
 
 #include "corekit/draw/colr.h"
+#include "corekit/draw/oglp_draw.h"
 #include "tests/unit/gl_fixture.h"
 #include "tests/unit/test_tex_util.h"
 
@@ -177,4 +180,111 @@ TEST_F(Oglp, APictureInPartIsThePictureInWhole) {
     OGL_drop_picture();
     clear();  // a swap leaves it undefined
   }
+}
+
+TEST_F(Oglp, TheStateIsWhatWasAskedFor) {
+  const auto enabled = [] {
+    std::string text;
+    for (const GLenum flag :
+         {GL_FOG, GL_TEXTURE_2D, GL_LIGHTING, GL_LIGHT0, GL_BLEND, GL_ALPHA_TEST, GL_DEPTH_TEST})
+      text += glIsEnabled(flag) ? '1' : '0';
+    GLboolean writes = GL_FALSE;
+    glGetBooleanv(GL_DEPTH_WRITEMASK, &writes);
+    for (int unit = 1; unit < 3 && OGL_active_unit(unit); ++unit)
+      text += glIsEnabled(GL_TEXTURE_2D) ? '1' : '0';
+    OGL_active_unit(0);
+    return text + (writes ? '1' : '0');
+  };
+  ren.max_units = 3;
+  const struct {
+    int fog, tex, lit, alpha, read, write;
+    const char* enabled;
+  } rows[] = {
+      {fog_on, 0, lit_off, blend_test, depth_read_off, depth_write_on, "1000010001"},
+      {fog_off, 3, lit_on, blend_mix, depth_read_off, depth_write_on, "0111100111"},
+      {fog_off, 2, lit_on, blend_mix_test, depth_read_on, depth_write_on, "0111111101"},
+      {fog_off, 9, lit_off, blend_mix, depth_read_on, depth_write_off, "0100101110"},
+      {fog_off, 1, lit_off, blend_mix, depth_read_off, depth_write_off, "0100100000"},
+      {fog_off, -1, lit_off, blend_mix, depth_read_off, depth_write_off, "0000100000"},
+  };
+  for (const bool forgotten : {false, true}) {
+    if (forgotten) OGL_reset_state();
+    for (const auto& row : rows) {
+      OGL_setstate(row.fog, row.tex, row.lit, row.alpha, row.read, row.write);
+      EXPECT_EQ(enabled(), row.enabled) << row.tex;
+    }
+  }
+  tman.set_blend_level(1, 0.25f);
+  OGL_active_unit(1);
+  float level[4] = {};
+  glGetTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, level);
+  EXPECT_EQ((std::array{level[0], level[1], level[2], level[3]}),
+            (std::array{0.25f, 0.25f, 0.25f, 0.25f}));
+  OGL_active_unit(0);
+}
+
+TEST_F(Oglp, ViewportsInUnitsPixelsAndPerspective) {
+  const auto viewport = [] {
+    std::array<GLint, 4> place = {};
+    glGetIntegerv(GL_VIEWPORT, place.data());
+    return place;
+  };
+  mnw.ui_scale = 2;
+  OGL_screensize(3, 10, 20, 110, 70);
+  EXPECT_EQ(viewport(), (std::array{20, 40, 200, 100}));
+  OGL_screensize(1, 10, 20, 110, 70);
+  EXPECT_EQ(viewport(), (std::array{10, 20, 100, 50}));
+  float matrix[16];
+  OGL_viewport(3, -1, -1, 1, 1, 1);  // half as high as wide
+  glGetFloatv(GL_PROJECTION_MATRIX, matrix);
+  EXPECT_FLOAT_EQ(matrix[0], 1);
+  EXPECT_FLOAT_EQ(matrix[5], 2);
+  EXPECT_NEAR(matrix[14], -2, 0.001f);
+  mnw.ui_scale = 1;
+  OGL_pix_specs();
+  EXPECT_EQ(viewport(), (std::array{0, 0, 800, 600}));
+  glGetFloatv(GL_PROJECTION_MATRIX, matrix);
+  EXPECT_FLOAT_EQ(matrix[0], 2.0f / 800);
+  EXPECT_FLOAT_EQ(matrix[5], 2.0f / 600);
+}
+
+TEST_F(Oglp, CirclesPlatesAndScreenshots) {
+  mnw.x_off = 5;
+  OGL_framecircle(49, 395, 300, 50);
+  mnw.x_off = 0;
+  for (const auto& [dx, dy] :
+       {std::pair{50, 0}, {-50, 0}, {0, 50}, {0, -50}, {35, 35}, {-35, 35}}) {
+    int painted = 0;
+    for (int i = 0; i < 25; ++i)
+      painted += read_pixel(398 + dx + i % 5, 298 + dy + i / 5).r > 100;
+    EXPECT_GT(painted, 0) << dx << ' ' << dy;
+  }
+  EXPECT_TRUE(pixel_is(400, 300, 0, 0, 0));
+  // A plate two units round the text, half as bright as what lies below.
+  clear();
+  OGL_fillrect(49, 1, 0, 0, 400, 200);
+  OGL_gray_string(49, 200, 100, "IIII");
+  const int half = OGL_string_width("IIII") / 2;
+  EXPECT_TRUE(pixel_is(200 - half - 2, 98, 128, 128, 128));
+  EXPECT_TRUE(pixel_is(200 - half - 1, 107, 128, 128, 128));
+  for (const auto& [x, y] :
+       {std::pair{200 - half - 4, 100}, {200 + half + 4, 100}, {200, 97}, {200, 109}})
+    EXPECT_TRUE(pixel_is(x, y, 255, 255, 255)) << x;
+  OGL_paint();
+  glFinish();
+  const picture_folder folder;
+  folder.file("screenshot_1.png", "in the way");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  PLT_swap_hook = [] { SDL_GL_SwapWindow(SDL_GL_GetCurrentWindow()); };
+  OGL_sbuff();
+  OGL_screenshot(1);
+  OGL_screenshot(0);
+  std::filesystem::current_path(before);
+  EXPECT_EQ(scratch_dx, 800);
+  EXPECT_EQ(scratch_dy, 600);
+  const bytes file = tex_decoded(folder, "screenshot_2.png", 800, 3, "rgb");
+  ASSERT_EQ(file.size(), 800u * 600 * 3);
+  EXPECT_EQ(tex_distance(scratch_array, file.size(), file), 0);
+  EXPECT_EQ(content_of(folder / "screenshot_1.png"), "in the way");
 }

@@ -1,6 +1,7 @@
 // The operating system's half of the platform layer.
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/file.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
@@ -206,6 +207,46 @@ TEST(Platform, TempFolder) {
     PLT_drop_temp_folder();
   }
   EXPECT_EQ(ENOENT, PLT_remove_tree(here / "missing"));
+}
+
+// They outlive the run, and a later one knows them for what they are.
+TEST(Platform, LastingFolders) {
+  const environment_guard guard;
+  const scratch_folder here;
+  set_environment("TMPDIR", here.path());
+  const std::string head = "skyvane-new-", folder = PLT_make_lasting_folder(head);
+  EXPECT_EQ(0u, folder.rfind(here / head, 0)) << folder;
+  PLT_drop_temp_folder();
+  EXPECT_EQ(0700u, mode_of(folder));
+  const std::string bare = folder.substr(0, folder.size() - 1);
+  for (const char* name : {"skyvane-new-public", "skyvane-new-longer7"})
+    chmod(here.folder(name).c_str(), *name && name[12] == 'p' ? 0755 : 0700);
+  here.link("skyvane-new-linked", folder.substr(here.path().size()));
+  here.file("skyvane-new-a_file", "");
+  const std::pair<std::string, bool> rows[] = {
+      {folder, true},
+      {bare, false},
+      {here / "skyvane-new-public/", false},
+      {here / "skyvane-new-longer7/", false},
+      {here / "skyvane-new-linked/", false},
+      {here / "skyvane-new-a_file/", false},
+      {here / "skyvane-new-gone00/", false},
+  };
+  for (const auto& [path, lasts] : rows)
+    EXPECT_EQ(lasts, PLT_is_lasting_folder(path, head)) << path;
+  EXPECT_FALSE(PLT_is_lasting_folder(folder, "skyvane-old-"));
+}
+
+TEST(Platform, VolumesAndTheHomeOfTheUser) {
+  EXPECT_EQ("/proc", PLT_volume_of("/proc/self/status"));
+  EXPECT_EQ("/proc", PLT_volume_of("/proc"));
+  EXPECT_EQ("/", PLT_volume_of("/"));
+  EXPECT_EQ("", PLT_volume_of("/missing"));
+  const environment_guard guard;
+  for (const std::optional<std::string>& home : {std::optional<std::string>(), {"relative"}}) {
+    set_environment("HOME", home);
+    EXPECT_EQ(getpwuid(getuid())->pw_dir + "/"s, PLT_home_folder());
+  }
 }
 
 TEST(Platform, FoldersOfTheProgram) {

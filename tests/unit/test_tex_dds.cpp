@@ -4,6 +4,7 @@
 
 #include "corekit/draw/TEX_dds.h"
 #include "corekit/draw/TEX_s3tc.h"
+#include "corekit/draw/colr.h"
 #include "tests/unit/test_tex_util.h"
 
 namespace {
@@ -150,4 +151,47 @@ TEST(TexDds, OthersReadWhatIsWritten) {
     EXPECT_NE(back.has_mipmaps, 0);
   }
   EXPECT_EQ(TEX_save_dds(folder / "none/x.dds", scratch_array, {TEX_rgb, 2, 2, 0, 0}), 0);
+}
+
+// The gamma table applies to both colours of a block, and never changes which is the greater.
+TEST(TexDds, GammaKeepsTheOrderOfABlocksColours) {
+  const struct {
+    const char* label;
+    int (*gamma)(int);
+    int old_0, old_1, new_0, new_1;
+  } rows[] = {
+      {"none", [](int i) { return i; }, 0x1234, 0x0FED, 0x1234, 0x0FED},
+      {"half", [](int i) { return i / 2; }, 0xFFFF, 0x8000, 0x7BEF, 0x4000},
+      {"to black", [](int) { return 0; }, 0x8000, 0x7000, 1, 0},
+      {"to black, equal", [](int) { return 0; }, 0x7000, 0x8000, 0, 0},
+      {"to white", [](int) { return 255; }, 0x8000, 0x7000, 0xFFFF, 0xFFFE},
+      {"turned", [](int i) { return 255 - i; }, 0xFFFF, 0, 1, 0},
+      {"turned, the other way", [](int i) { return 255 - i; }, 0, 0xF800, 0x07FF, 0x07FF},
+  };
+  const colr_class before = colr;
+  for (const auto& row : rows) {
+    for (int i = 0; i < 256; ++i)
+      colr.gamma_table[i] = static_cast<unsigned char>(row.gamma(i));
+    unsigned char block[24] = {};
+    const auto put = [&](unsigned char* at) {
+      const unsigned char colours[] = {
+          static_cast<unsigned char>(row.old_0), static_cast<unsigned char>(row.old_0 >> 8),
+          static_cast<unsigned char>(row.old_1), static_cast<unsigned char>(row.old_1 >> 8)};
+      std::copy_n(colours, 4, at);
+    };
+    const auto got = [](const unsigned char* at) {
+      return std::pair{at[0] | at[1] << 8, at[2] | at[3] << 8};
+    };
+    const std::pair expected{row.new_0, row.new_1};
+    put(block);
+    nv_flip_blocks_dxtc1(block, 1, 1, 4);
+    EXPECT_EQ(got(block), expected) << row.label;
+    put(block + 8);
+    nv_flip_blocks_dxtc3(block, 1, 1, 4);
+    EXPECT_EQ(got(block + 8), expected) << row.label;
+    put(block + 8);
+    nv_flip_blocks_dxtc5(block, 1, 1, 4);
+    EXPECT_EQ(got(block + 8), expected) << row.label;
+  }
+  colr = before;
 }

@@ -3,6 +3,8 @@
 #include <thread>
 
 #include "corekit/base/UTL_cmdline.h"
+#include "corekit/base/xtim.h"
+#include "corekit/draw/OGL_extensions.h"
 #include "corekit/draw/oglp_draw.h"
 #include "tests/unit/gl_fixture.h"
 #include "tests/unit/test_tex_util.h"
@@ -211,4 +213,100 @@ TEST_F(Tman, SceneryIsLoadedInTheBackground) {
     OGL_2dquad_d(first + i, 49, 1, 10, 10, 0, 0, 10, 10, 1, 1, 5);
     EXPECT_TRUE(pixel_is(15, 15, 255, 0, 0)) << i;
   }
+}
+
+// By name: one record for all users. It goes when the last has let go and the unused are purged.
+TEST_F(Tman, UsersOfAPictureAreCounted) {
+  const picture_folder folder;
+  for (const char* name : {"a.png", "b.png", "c.png", "d.png"})
+    tex_convert(folder, std::string("-size 8x8 xc:red PNG24:@") + name);
+  const auto use = [&folder](const char* name, tex_load_time when = tex_load_now) {
+    return tman.load_texture(tex_fail_fatal, 0, scratch_flags, when, folder / name);
+  };
+  const int total = tman.total_texes(), loaded = tman.loaded_texes(), vram = tman.tot_vram();
+  const int a = use("a.png"), b = use("b.png"), later = use("c.png", tex_load_scenery);
+  EXPECT_EQ(use("a.png"), a);
+  EXPECT_NE(a, b);
+  EXPECT_NE(later, b);
+  EXPECT_EQ(tman.total_texes(), total + 3);
+  EXPECT_EQ(tman.loaded_texes(), loaded + 2);
+  EXPECT_EQ(tman.tot_vram(), vram + 2 * 8 * 8 * 4);
+  tman.release_texture(a);
+  tman.purge_unused_texes();
+  EXPECT_EQ(tman.record(a).name, folder / "a.png") << "one user is left";
+  tman.release_texture(a);
+  EXPECT_EQ(tman.loaded_texes(), loaded + 2) << "it stays for one who comes back";
+  tman.purge_unused_texes();
+  EXPECT_EQ(tman.loaded_texes(), loaded + 1);
+  EXPECT_EQ(use("d.png"), a) << "the record is free";
+  EXPECT_EQ(use("b.png"), b);
+  EXPECT_EQ(use("c.png"), later) << "which has waited, and is now wanted";
+  EXPECT_EQ(tman.record(later).load_time, tex_load_now);
+  for (const int ref : {a, b, b, later, later})
+    tman.release_texture(ref);
+  tman.purge_unused_texes();
+  EXPECT_EQ(tman.loaded_texes(), loaded);
+  EXPECT_EQ(tman.tot_vram(), vram);
+  EXPECT_EQ(tman.load_texture(tex_fail_fatal, spare_ref, 0, tex_load_now, ""), 0);
+}
+
+TEST_F(Tman, LoadsAreToldOfOnceASecond) {
+  static std::string told;
+  tman_announce = [](const std::string& text) { told += text; };
+  xtim.now_sec = 1000;
+  for (const auto& [at, name] :
+       {std::pair{0.0, "a"}, {0.9, "b"}, {1.0, "c"}, {1.5, "scratch_array:d"}}) {
+    xtim.now_sec = 1000 + at;
+    tman.load_texture(tex_fail_silent, spare_ref, scratch_flags, tex_load_now, name);
+  }
+  xtim.now_sec = 2000;
+  tman.load_texture(tex_fail_silent, t_back_tile + 15, scratch_flags, tex_load_now, "e");
+  tman.load_texture(tex_fail_silent, spare_ref, scratch_flags, tex_load_scenery, "f");
+  EXPECT_EQ(told, "Loading bitmap a.Loading bitmap c.");
+  xtim = xtim_class();
+}
+
+// Blocks go to the driver as they are where they may, and look the same where they are decoded.
+TEST_F(Tman, CompressedPicturesLookTheSameEitherWay) {
+  const picture_folder folder;
+  const std::string dds = " -define dds:compression=", none = " -define dds:mipmaps=0 @";
+  tex_convert(folder, "-seed 4 -size 32x16 plasma:red-blue PNG24:@p.png");
+  tex_convert(folder, "@p.png" + dds + "dxt1" + none + "one.dds");
+  tex_convert(folder, "@p.png" + dds + "dxt1 -define dds:mipmaps=5 @levels.dds");
+  tex_convert(folder, "@p.png -alpha on" + dds + "dxt5" + none + "five.dds");
+  tex_convert(folder, "@p.png -crop 32x14+0+0" + dds + "dxt1" + none + "odd.dds");
+  tex_convert(folder, "@p.png" + dds + "none" + none + "plain.dds");
+  const struct {
+    const char* file;
+    int flags, stays;
+  } rows[] = {
+      {"one.dds", tex_rgb, 1},   {"one.dds", tex_rgba, 1},
+      {"one.dds", tex_alpha, 0}, {"one.dds", tex_rgb | tex_mipmaps, 0},
+      {"five.dds", tex_rgba, 1}, {"five.dds", tex_rgb, 0},
+      {"odd.dds", tex_rgb, 0},   {"levels.dds", tex_rgb | tex_mipmaps, 1},
+      {"plain.dds", tex_rgb, 0},
+  };
+  const int by_driver = glExt.s3tc_avail;
+  ASSERT_EQ(by_driver, 1);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.file + std::string(" ") + std::to_string(row.flags));
+    bytes seen[2];
+    for (const int may : {0, 1}) {
+      glExt.s3tc_avail = may;
+      tman.load_texture(tex_fail_fatal, spare_ref, tex_full_size | row.flags, tex_load_now,
+                        folder / row.file);
+      tman.bind_ref(spare_ref, 0, 0);
+      GLint compressed = -1;
+      glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_COMPRESSED, &compressed);
+      EXPECT_EQ(compressed, may && row.stays);
+      seen[may].resize(32 * 16 * 4);
+      glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, seen[may].data());
+      GLint smallest = 0;
+      glGetTexLevelParameteriv(GL_TEXTURE_2D, 5, GL_TEXTURE_WIDTH, &smallest);
+      EXPECT_EQ(smallest, row.flags & tex_mipmaps ? 1 : 0);
+      tman.unload_texture(spare_ref);
+    }
+    EXPECT_LE(tex_distance(seen[0].data(), seen[0].size(), seen[1]), 3);
+  }
+  glExt.s3tc_avail = by_driver;
 }

@@ -203,7 +203,11 @@ TEST_F(WindowMenus, AnOpenPopupTakesTheKeys) {
       {"no farther than the ends", {vk_end, vk_down, vk_next, vk_return}, key_down, 0, 3, false},
       {"a held Return picks nothing", {vk_down, vk_return}, 0, 0, -1, true},
       {"Escape closes", {vk_down, vk_escape}, key_down, 0, -1, false},
+      {"Home", {vk_home, vk_return}, key_down, 0, 0, false},
+      {"a page down", {vk_next, vk_return}, key_down, 0, 2, false},
+      {"a page up", {vk_end, vk_prior, vk_return}, key_down, 0, 0, false},
       {"a letter lights", {vk_home, vk_return}, key_down, 'T', 2, false},
+      {"another leaves it", {vk_end, vk_return}, key_down, 'x', 3, false},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
@@ -242,6 +246,39 @@ TEST_F(WindowMenus, APopupReportsWhatWasPicked) {
     EXPECT_EQ(popup_menu_select, row.picked);
     EXPECT_EQ(mnw.popup_code, row.stays ? popup_slot : -1);
     EXPECT_EQ(clicks, 0) << "the page below must not see the press";
+  }
+}
+
+// 21 of its 60 rows have room; a press on the highest tells which is there.
+TEST_F(WindowMenus, ALongPopupScrolls) {
+  const struct {
+    const char* label;
+    std::vector<int> vkeys;
+    int wheel, picked;
+  } rows[] = {
+      {"at its start", {}, 0, 0},
+      {"to its end", {vk_end}, 0, 39},
+      {"a page, and one more", {vk_home, vk_next, vk_down}, 0, 1},
+      {"and back", {vk_end, vk_home}, 0, 0},
+      {"the wheel", {}, -2, 2},
+      {"no farther", {}, 5, 0},
+      {"back from the end", {vk_end}, 3, 36},
+      {"nor farther here", {vk_end}, -90, 39},
+  };
+  for (const auto& row : rows) {
+    open_popup();
+    for (int i = 4; i < 60; ++i)
+      MACIBM_append_menu(popup_slot, i, "more");
+    menu[popup_slot].items[1].text = "two";
+    for (const int vkey : row.vkeys)
+      menu_take_key(0, vkey, key_down);
+    SDL_Event wheel = {};
+    wheel.type = SDL_MOUSEWHEEL;
+    wheel.wheel.y = row.wheel;
+    SDL_PushEvent(&wheel);
+    MACIBM_event_proc();
+    press(150, 299);
+    EXPECT_EQ(popup_menu_select, row.picked) << row.label;
   }
 }
 

@@ -398,4 +398,23 @@ TEST_F(WindowFrame, EachKindOfMissingTextureIsToldOnce) {
   reader.join();
 }
 
+// A thread that loads draws on nothing, and what it makes is there for the window.
+TEST_F(WindowFrame, ALoaderSharesTheWindowsTextures) {
+  SDL_Window* const window = SDL_GL_GetCurrentWindow();
+  void* const loader = PLT_make_loader_context();
+  ASSERT_NE(loader, nullptr) << PLT_window_error();
+  EXPECT_EQ(SDL_GL_GetCurrentWindow(), window);
+  unsigned made = 0;
+  std::thread([&] {
+    EXPECT_TRUE(PLT_bind_loader_context(loader));
+    glGenTextures(1, &made);
+    glBindTexture(GL_TEXTURE_2D, made);
+    glFinish();
+    SDL_GL_MakeCurrent(nullptr, nullptr);
+  }).join();
+  EXPECT_TRUE(glIsTexture(made));
+  EXPECT_FALSE(PLT_bind_loader_context(nullptr));
+  glDeleteTextures(1, &made);
+}
+
 }  // namespace

@@ -3,6 +3,7 @@
 #include "corekit/files/io_utils_ouf.h"
 #include "corekit/files/xmap.h"
 #include "tests/unit/test_files_scratch.h"
+#include "tests/unit/test_runtime_util.h"
 
 using namespace std::string_literals;
 
@@ -139,4 +140,79 @@ TEST(Xmap, TokensAndLines) {
     file.TXT_str_scan_space(&out);
     EXPECT_EQ("", out);
   }
+}
+
+// The first byte says in which order the numbers' bytes stand.
+TEST(Xmap, BinaryFilesInBothOrders) {
+  const scratch_folder here;
+  const int versions[] = {900, 840, 0};
+  xmap_class file("");
+  ASSERT_EQ(1, file.io_file_open(1, here / "f", versions, ouf_binary));
+  ouf << "body";
+  EXPECT_EQ(0, file.io_file_close());
+  EXPECT_EQ("i\x84\x03\0\0body"s, content_of(here / "f"));
+  const struct {
+    std::string head;
+    int result;
+    std::string read;  // of "12345678901"
+  } rows[] = {
+      {"i\x84\x03\0\0"s, 1, "12345678901"},
+      {"a\0\0\x03\x48"s, 1, "43218765901"},
+      {"i\x85\x03\0\0"s, 0, ""},
+      {"I\x84\x03\0\0"s, 0, ""},
+  };
+  for (const auto& row : rows) {
+    here.file("f", row.head + "12345678901");
+    EXPECT_EQ(row.result, file.io_file_open(0, here / "f", versions, ouf_binary));
+    EXPECT_EQ(0, file.io_file_close());
+    if (!row.result) continue;
+    char got[12] = {};
+    file.read_n_rev(got, 0);
+    file.read_n_rev(got, 11);
+    EXPECT_EQ(row.read, got);
+    for (const long bytes : {1l, -1l})
+      EXPECT_EXIT(file.read_n_rev(got, bytes), testing::ExitedWithCode(1), "Invalid read_n_rev");
+  }
+  here.file("f", "i\x84\x03\0"s);
+  EXPECT_EQ(0, file.io_file_open(0, here / "f", versions, ouf_binary)) << "cut short";
+  EXPECT_EQ(0, file.io_file_open(0, here / "missing", versions, ouf_binary));
+  EXPECT_EXIT(file.check_file(7, versions, nullptr, nullptr), testing::ExitedWithCode(1),
+              "Bad check_file type!");
+  EXPECT_EXIT(ouf_open(here / "f", 7, 1, ""), testing::ExitedWithCode(1), "Bad ouf_open type!");
+}
+
+TEST(Xmap, ALineIsToldByItsNumber) {
+  const log_capture log;
+  xmap_class file("");
+  const std::string text = "one\r\ntwo\rthree\n\nfive";
+  file.look_at(text.data(), text.data() + text.size());
+  std::string expected;
+  for (const auto& [at, line] : {std::pair{0, "1: one"},
+                                 {3, "1: one"},
+                                 {5, "2: two"},
+                                 {8, "2: two"},
+                                 {9, "3: three"},
+                                 {15, "4: "},
+                                 {16, "5: five"},
+                                 {20, "5: five"}}) {
+    file.cursor = file.file_start + at;
+    file.TXT_xer_line();
+    expected += "Line " + std::string(line) + "\n";
+  }
+  EXPECT_EQ(log.text(), expected);
+}
+
+// The programs of a desktop may start us without a standard input.
+TEST(Xmap, HandleZeroIsNoFile) {
+  const scratch_folder here;
+  here.file("f", "content");
+  const int input = dup(0);
+  close(0);
+  {
+    const xmap_class file(here / "f");
+    EXPECT_GE(file.file_handle, 3);
+    EXPECT_EQ("content", rest_of(file));
+  }
+  EXPECT_EQ(0, dup2(input, 0)) << "and was given back";
+  close(input);
 }
