@@ -67,7 +67,6 @@ enum PLT_event_kind : int {
   plt_wheel_turn,  // wheel: steps, up positive
   plt_key,         // key
   plt_update,      // the window has to be drawn anew
-  plt_activate,    // the window has come to the front
   plt_close,       // the user wants the window closed
   plt_quit,        // the session or a signal wants the program ended
   plt_woken,       // PLT_wake was called

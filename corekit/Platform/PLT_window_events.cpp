@@ -90,9 +90,6 @@ bool take_window_event(const SDL_WindowEvent& from, PLT_event* event) {
     case SDL_WINDOWEVENT_SIZE_CHANGED:
       event->kind = plt_update;
       return true;
-    case SDL_WINDOWEVENT_FOCUS_GAINED:
-      event->kind = plt_activate;
-      return true;
     case SDL_WINDOWEVENT_CLOSE:
       event->kind = plt_close;
       return true;

@@ -271,7 +271,6 @@ void APL_handlewin(const PLT_event& event) {
       if (mnw.modal_up) handle_close();
       APP.quit_request();
       break;
-    case plt_activate:
     case plt_woken:
       break;
   }
