@@ -1,9 +1,11 @@
 // The text field, frame by frame: focus, keys, clipboard, limits, what is drawn.
 
 #include <algorithm>
+#include <cstring>
 
 #include "corekit/Platform/PLT_clipboard.h"
 #include "corekit/widgets/butn_text.h"
+#include "corekit/window/butn_file.h"
 #include "tests/unit/value_fixture.h"
 
 namespace {
@@ -268,4 +270,55 @@ TEST_F(TextField, ScrollsToTheCaret) {
   const picture_map map([&] { draw(); });
   EXPECT_EQ(map.times(290, 304), 0);
   EXPECT_EQ(map.times(375, 304), 0);
+}
+
+// A row for a path edits its last part, or the whole of what is no file.
+TEST_F(TextField, PathRowsEditTheLastPart) {
+  const struct {
+    const char* label;
+    int file_type;
+    const char* before;
+    bool at_end;
+    const char* after;
+  } rows[] = {
+      {"behind the name", 3, "Custom/Aircraft/a", true, "Custom/Aircraft/aX"},
+      {"before the name", 3, "Custom/Aircraft/a", false, "Custom/Aircraft/Xa"},
+      {"no folder", 3, "a", false, "Xa"},
+      {"a folder is its own last part", file_type_folder, "Custom/b/", false, "Custom/Xb/"},
+      {"a prefix", file_type_prefix, "Custom/a", false, "XCustom/a"},
+      {"a command", file_type_command, "view/zoom", false, "Xview/zoom"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    for (const bool plain : {false, true}) {
+      char chars[64] = {};
+      std::strcpy(chars, row.before);
+      std::string name;
+      text = row.before;
+      const auto draw = [&] {
+        return plain ? BTN_select_file_chr(100, 100, win_file_open, row.file_type, chars, &name, 64,
+                                           "", 200)
+                     : BTN_select_path_stl(100, 100, win_file_save, row.file_type, &text, 64, "",
+                                           200, 0);
+      };
+      focus_id = 0;
+      press(105, 103);
+      EXPECT_EQ(frame(draw), 0);
+      release();
+      send(0, row.at_end ? vk_end : vk_home);
+      type("X");
+      EXPECT_EQ(frame(draw), 1);
+      EXPECT_EQ(plain ? std::string(chars) : text, row.after);
+      if (plain && row.file_type == 3) {
+        EXPECT_TRUE(name == "aX" || name == "Xa") << name;
+      }
+    }
+  }
+  ogl_inited = 0;
+  EXPECT_EXIT(BTN_select_path_stl(1, 1, win_main, 3, &text, 9, "", 9, 0),
+              testing::ExitedWithCode(1), "Bad open_save arg to BTN_select_file_stl!");
+  for (const int file_type : {-1, 22})
+    EXPECT_EXIT(BTN_select_path_stl(1, 1, win_file_open, file_type, &text, 9, "", 9, 0),
+                testing::ExitedWithCode(1), "Bad file_type arg to BTN_select_file_stl!");
+  ogl_inited = 1;
 }

@@ -9,6 +9,7 @@
 #include "corekit/widgets/butn_value.h"
 #include "corekit/widgets/keys.h"
 #include "corekit/window/butn_file.h"
+#include "corekit/window/hl_alert_draw.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
@@ -114,4 +115,43 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
   EXPECT_EQ(stat((folder + "new").c_str(), &made), 0);
   EXPECT_NE(stat((folder + "other").c_str(), &made), 0);
   PLT_remove_tree(folder);
+}
+
+TEST_F(EntryWindow, AQuestionWithThreeAnswers) {
+  const auto width = [](int i) { return OGL_string_width(alert_texts.nuke_answers[i]) + 21; };
+  // At the right edge, the second below the first, and the third beside the second.
+  const auto answer = [&](int i) {
+    return [&, i] {
+      const int x = static_cast<int>(mnw.x_off + mnw.win_dx) - 20 - 8;
+      click(i < 2 ? x : x - width(1) - 10, static_cast<int>(mnw.y_off) + (i == 0 ? 63 : 28));
+    };
+  };
+  const struct {
+    const char* label;
+    int third;
+    steps list;
+    int result;
+  } rows[] = {
+      {"the first", 0, {answer(0)}, 1},
+      {"the second", 1, {answer(1)}, 2},
+      {"the third", 1, {answer(2)}, 3},
+      {"a third that is not offered", 0, {answer(2), answer(1)}, 2},
+      {"closed", 1, {[] { push_window_event(SDL_WINDOWEVENT_CLOSE); }}, 3},
+  };
+  for (const auto& row : rows) {
+    int result = -1;
+    page_body = [&] {
+      if (result >= 0) return;
+      to_do = row.list;
+      to_do.insert(to_do.begin(), [] {});
+      next_step = 0;
+      result = MACIBM_nuke_alert("to be or not", row.third);
+    };
+    MACIBM_event_proc();
+    EXPECT_EQ(result, row.result) << row.label;
+    EXPECT_EQ(mnw.win_id, win_main);
+    EXPECT_EQ(app_done, 0) << "it did not end";
+    app_done = 0;
+    settle();
+  }
 }

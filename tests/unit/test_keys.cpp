@@ -259,6 +259,29 @@ TEST_F(Keys, TheKeyOfACommand) {
   EXPECT_EQ(keys.get_key_for_cmnd(7), "<none>");
 }
 
+TEST_F(Keys, CommandsLieInFolders) {
+  for (const char* name : {"view/zoom/in", "view/zoom/out", "view/far", "view/", "viewer/x", "top"})
+    cmnd.add_cmd(name, "");
+  using list = std::vector<std::string>;
+  const std::pair<const char*, list> rows[] = {{"view", {"zoom", "far"}},
+                                               {"view/zoom/", {"in", "out"}},
+                                               {"", {"sim", "view", "viewer", "top"}},
+                                               {"none", {}}};
+  for (const auto& [path, parts] : rows) {
+    list found = {"old"};
+    cmnd.get_cmds_in_path(path, found);
+    EXPECT_EQ(found, parts) << path;
+  }
+  testing::internal::CaptureStdout();
+  cmnd.print("view");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "zoom\nfar\n");
+  for (const int command : {-1, 7, 0}) {  // those that are not there press nothing
+    cmnd.press_one(command);
+    cmnd.single_press(command);
+  }
+  EXPECT_EQ(cmnd.presses, (std::vector<int>{1, 0, 0, 0, 0, 0, 0}));
+}
+
 TEST(BorderText, BothWays) {
   const struct {
     const char* label;

@@ -538,6 +538,21 @@ TEST_F(NetHttp, ProxyRules) {
     EXPECT_STREQ(ProxyHost(host, 80).c_str(), *proxy ? proxy : host);
     EXPECT_EQ(ProxyPort(host, 80), *proxy ? 3128 : 80) << proxy;
   }
+  http._proxy_host = "proxy";
+  gProxyExclude = {"elsewhere.example", ".example"};
+  EXPECT_FALSE(UseProxy(host, 80));
+  EXPECT_EQ(ProxyPort(host, 80), 80);
+  EXPECT_TRUE(UseProxy("www.example.org", 80));
+  gProxyExclude.clear();
+}
+
+TEST_F(NetHttp, ABodyInMemoryIsThatOfTheLastAnswer) {
+  scripted_server server([](const std::string&) { return whole_answer("fine"); });
+  use_proxy_port(server.port());
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(until_over([] { return http.net_check(2, host, "/x", ""); }), http_done);
+    EXPECT_EQ(std::string(http.body(2).begin(), http.body(2).end()), "fine");
+  }
 }
 
 TEST_F(NetHttp, TheProxyOfTheEnvironment) {

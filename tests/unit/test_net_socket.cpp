@@ -79,6 +79,31 @@ TEST(NetSocket, DataFlowsBothWays) {
   EXPECT_EQ(std::string(buffer), "hello");
 }
 
+TEST(NetSocket, BothEndsKnowWhereTheyAre) {
+  connected_pair pair;
+  PCSBSocket::ConnectionData here, there;
+  ASSERT_TRUE(pair.client.GetAddresses(&here) && pair.caller->GetAddresses(&there));
+  for (const auto& end : {here, there}) {
+    EXPECT_EQ(end.local_address, INADDR_LOOPBACK);
+    EXPECT_EQ(end.remote_address, htonl(INADDR_LOOPBACK));
+  }
+  EXPECT_EQ(here.remote_port, connected_pair::port());
+  EXPECT_EQ(there.local_port, here.remote_port);
+  EXPECT_EQ(there.remote_port, here.local_port);
+  PCSBSocket unconnected(0, false);
+  EXPECT_FALSE(unconnected.GetAddresses(&here));
+  PCSBSocket taken(static_cast<unsigned short>(here.remote_port), true);
+  EXPECT_EQ(taken.GetStatus(), PCSBSocket::status_Error);
+  EXPECT_EQ(taken.GetOSError(), EADDRINUSE);
+  unconnected.Connect(INADDR_NONE, 80);
+  EXPECT_EQ(unconnected.GetStatus(), PCSBSocket::status_Error) << "nobody is called that way";
+  EXPECT_NE(unconnected.ConnectError(), 0);
+  EXPECT_EQ(unconnected.GetOSError(), unconnected.ConnectError());
+  EXPECT_EQ(PCSBSocket::LookupAddress("127.0.0.2"), htonl(INADDR_LOOPBACK + 1));
+  EXPECT_EQ(PCSBSocket::LookupAddress("localhost"), htonl(INADDR_LOOPBACK));
+  EXPECT_EQ(PCSBSocket::LookupAddress("no such host"), 0u);
+}
+
 TEST(NetSocket, ThePeersCloseAloneDoesNotEndIt) {
   connected_pair pair;
   pair.caller.reset();

@@ -232,3 +232,38 @@ TEST_F(RuntimePref, AScreenOutOfRangeIsTheUsualOne) {
   }
   std::filesystem::current_path(before);
 }
+
+// What this program has no use for it carries, since its sibling programs read it.
+TEST_F(RuntimePref, TheFamilysFileIsWrittenWhole) {
+  constexpr char file[] = "Resources/preferences/Res Sky-Root.prf";
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::create_directories(log.folder / "Resources/preferences");
+  std::filesystem::current_path(log.folder.path());
+  const auto text = [](const char* form) {
+    std::string filled = header;
+    int number = 1;
+    for (const char* tag : {"_x_res_req_PLN", "_y_res_req_PLN", "_x_res_req_WRL", "_y_res_req_WRL",
+                            "_x_res_req_ALL", "_y_res_req_ALL", "_col_res_req", "_set_res", "_lang",
+                            "_alias_req", "_keylist_up", "_sec_mon_inuse", "_prefs_found"}) {
+      const bool ours =
+          std::string_view(tag) == "_x_res_req_ALL" || std::string_view(tag) == "_y_res_req_ALL";
+      filled += str_format("%s %d\n", tag, ours ? 800 + number : *form == '0' ? 0 : number);
+      ++number;
+    }
+    return filled;
+  };
+  mnw = mnw_record();
+  mnw.req_dx = 805;
+  mnw.req_dy = 806;
+  mnw.req_depth = mnw.language = mnw.alias_req = mnw.sec_mon_inuse = 0;
+  pref.IO_set(pref_kind_resolution, pref_write);
+  EXPECT_EQ(content_of(file), text("0"));
+  overwrite(file, text("1"));
+  pref.IO_set(pref_kind_resolution, pref_read);
+  EXPECT_EQ(mnw.req_depth, 7);
+  EXPECT_EQ(mnw.alias_req, 10);
+  unlink(file);
+  pref.IO_set(pref_kind_resolution, pref_write);
+  EXPECT_EQ(content_of(file), text("1"));
+  std::filesystem::current_path(before);
+}
