@@ -15,6 +15,7 @@
 #include "corekit/base/UTL_new.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_run.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/base/hl_types.h"
 #include "corekit/window/hl_init_log.h"
 #include "tests/unit/test_runtime_util.h"
@@ -180,6 +181,21 @@ TEST(Diag, RegionsAreWhatWasMapped) {
   munmap(memory, page * 3);
 }
 
+TEST(Diag, HexDump) {
+  const unsigned char data[] = "A\0\x7F \x80xxxxxxxxxxx~\x1F";
+  char* text = nullptr;
+  size_t size = 0;
+  std::FILE* const file = open_memstream(&text, &size);
+  dump_hex(file, data, 18);
+  std::fclose(file);
+  std::string expected = str_format("%p  41 00 7f 20 80", static_cast<const void*>(data));
+  for (int i = 0; i < 11; ++i)
+    expected += " 78";
+  expected += "  A.. .xxxxxxxxxxx\n" + str_format("%p  7e 1f", static_cast<const void*>(data + 16));
+  EXPECT_EQ(text, expected + std::string(14 * 3, ' ') + "  ~.\n");
+  std::free(text);
+}
+
 TEST(Diag, LazyPool) {
   const float before = UTL_lazy_mempool::global_total;
   {
@@ -325,7 +341,15 @@ TEST(RuntimeLog, TheRunsBeforeAreSetAside) {
   begin("", folder / "");
   EXPECT_EQ(log_path(), state / "deep/er/skyvane/Skyvane Installer Log.txt");
   app_packaged = 0;
-  xer.close();
+  log_keep();
+  EXPECT_EQ(PLT_files_below(state / "deep/er/skyvane/").size(), 3u) << "it is where it stays";
+  // One beside the program is copied to where it outlives the program's folder.
+  for (int run = 0; run < 4; ++run) {
+    begin("", folder / "");
+    log_keep();
+    EXPECT_EQ(content_of(state / "deep/er/skyvane/Skyvane Installer Log.txt"), "run\n");
+    EXPECT_EQ(PLT_files_below(state / "deep/er/skyvane/").size(), run == 0 ? 4u : 5u);
+  }
 }
 
 TEST(RuntimeLog, Header) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "corekit/base/cmnd.h"
 #include "tests/unit/test_files_scratch.h"
 
 namespace {
@@ -37,6 +38,27 @@ TEST(FilesTree, ListsInByteOrderWithoutHiddenNames) {
   EXPECT_EQ("", listing(here / "a.d/")) << "a folder with only hidden names counts as empty";
   EXPECT_EQ("", listing(here / "missing/"));
   EXPECT_EQ("", listing(here / "b/"));
+}
+
+TEST(FilesTree, ListsFilesOfOneKind) {
+  const scratch_folder here;
+  for (const char* name : {"a.afl", "b.AFL", "c.Obj", "d.hgt", "afl", ".obj", "e.objx"})
+    here.file(name);
+  here.folder("f.obj");
+  const std::pair<int, const char*> rows[] = {{1, "a.afl b.AFL f.obj/ "},
+                                              {4, "c.Obj f.obj/ "},
+                                              {18, "d.hgt f.obj/ "},
+                                              {12, "f.obj/ "},
+                                              {19, "f.obj/ "},
+                                              {20, ""}};
+  for (const auto& [filter, expected] : rows)
+    EXPECT_EQ(expected, listing(here.path(), filter)) << filter;
+  int kind = -1;
+  EXPECT_EQ(1, opensave_takeit("x.obj", 1, 1, &kind));
+  EXPECT_EQ(0, kind) << "a folder is of none";
+  cmnd.add_cmd("list/one", "");
+  cmnd.add_cmd("list/two/three", "");
+  EXPECT_EQ("one two ", listing("list", 21));
 }
 
 TEST(FilesTreeDeathTest, FolderPathsEndInASlash) {

@@ -106,3 +106,18 @@ TEST_F(RuntimeTranslate, TakesOnlyASuitableFile) {
   UTL_translate_load(log.folder / "missing.txt");
   EXPECT_EQ(UTL_translate_string("Stop"), "Stop");
 }
+
+TEST_F(RuntimeTranslate, TextsThatAWholeFileLacksAreNotedOnce) {
+  for (const bool wanted : {false, true}) {
+    cmdline = UTL_cmdline();
+    if (wanted) cmdline.init_win("--missing_strings");
+    load(std::string(header) + "STRING Stop====Halt\n");
+    UTL_translate_use(true);
+    for (const char* text : {"Stop", "a\r\nb", "a\r\nb"})
+      UTL_translate_string(text);
+    EXPECT_EQ(log.text(), wanted ? "     '--missing_strings'\nSTRING a\\r\\nb====a\\r\\nb\n" : "");
+    UTL_translate_use(false);
+    UTL_translate_string("of a part");
+  }
+  EXPECT_EQ(log.text().find("of a part"), std::string::npos);
+}

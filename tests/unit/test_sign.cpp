@@ -9,6 +9,7 @@
 #include "corekit/files/io_utils.h"
 #include "tests/unit/sign_test_key.h"
 #include "tests/unit/test_archive_util.h"
+#include "tests/unit/test_files_scratch.h"
 
 using namespace std::string_literals;
 
@@ -232,3 +233,29 @@ TEST(Sign, SetsOfFiles) {
 }
 
 }  // namespace
+
+TEST(SignSet, IsReadAsItWasWritten) {
+  const scratch_folder here;
+  const std::string path = here / "set.zip", large(100'000, 'x');
+  const uint32_t date = 0x5A21'6000;  // 2025-01-01 12:00
+  EXPECT_EQ(
+      io_write_set(path, std::vector<set_entry>{{"b", 0, false, large}, {"a", 0, false, ""}}, date),
+      0);
+  const std::string zip = content_of(path);
+  set_entry entries[] = {{"a", 4}, {"b", 100'000}};
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(zip.data());
+  EXPECT_EQ(io_read_set(bytes, zip.size(), entries), single_ok);
+  EXPECT_TRUE(entries[0].bytes.empty());
+  EXPECT_EQ(entries[1].bytes, large);
+  entries[1].most = 99'999;
+  EXPECT_EQ(io_read_set(bytes, zip.size(), entries), single_too_large);
+  // Packed; of Unix, mode 0644, with its date, in the order given.
+  EXPECT_LT(zip.size(), 1000u);
+  const size_t central = zip.find("PK\1\2");
+  EXPECT_EQ(zip.substr(central + 4, 2), "\x14\3");
+  EXPECT_EQ(zip.substr(central + 12, 4), (std::string{0, 0x60, 0x21, 0x5A}));
+  EXPECT_EQ(zip.substr(central + 40, 2),
+            (std::string{static_cast<char>(0xA4), static_cast<char>(0x81)}));
+  EXPECT_EQ(zip[central + 46], 'b');
+  EXPECT_NE(io_write_set(here / "none/set.zip", entries, date), 0);
+}
