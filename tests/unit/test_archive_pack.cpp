@@ -99,6 +99,19 @@ TEST_F(ArchivePack, DatesEndAtTheNewest) {
   }
 }
 
+TEST(ArchiveDate, IsWithinWhatAZipHas) {
+  setenv("TZ", "UTC", 1);
+  tzset();
+  const std::pair<time_t, uint32_t> rows[] = {
+      {0, 0x0021'0000},              // 1980-01-01
+      {315'532'799, 0x0021'0000},    // a second too early
+      {1'735'732'803, 0x5A21'6001},  // 2025-01-01 12:00:02
+      {7'258'118'400, 0xFF9F'0000},  // 2107-12-31
+  };
+  for (const auto& [when, date] : rows)
+    EXPECT_EQ(zip_date(when), date) << when;
+}
+
 TEST_F(ArchivePack, GivesUp) {
   const std::string source = base + "source.bin", zip = base + "a.zip";
   write_large(source, zip_packer::whole_limit + 5000000);

@@ -6,6 +6,8 @@
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
 
+#include <filesystem>
+#include <iterator>
 #include <optional>
 
 #include "corekit/Platform/PLT_system.h"
@@ -38,6 +40,12 @@ class environment_guard {
  private:
   std::vector<std::pair<const char*, std::optional<std::string>>> before_;
 };
+
+// How many files, folders and connections this process has open.
+long open_handles() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return std::distance(begin(all), end(all));
+}
 }  // namespace
 
 TEST(Platform, MountTable) {
@@ -168,7 +176,9 @@ TEST(Platform, TempFolder) {
   here.link("skyvane-run-link01", "outside");
   const int in_use = open((here / kept[0]).c_str(), O_RDONLY | O_CLOEXEC);
   ASSERT_EQ(0, flock(in_use, LOCK_EX | LOCK_NB));
+  const long handles = open_handles();
   const std::string temp = PLT_temp_folder();
+  EXPECT_EQ(handles + 1, open_handles()) << "the lock alone";
   EXPECT_FALSE(is_there(here / "skyvane-run-left01"));
   for (const std::string& name : kept)
     EXPECT_TRUE(is_there(here / (name + "/sub/.file"))) << name;
@@ -195,6 +205,7 @@ TEST(Platform, TempFolder) {
   EXPECT_TRUE(is_there(temp)) << "a child process does not remove it";
 
   PLT_drop_temp_folder();
+  EXPECT_EQ(handles - 1, open_handles()) << "and the one that was in use";
   EXPECT_FALSE(is_there(temp));
   EXPECT_TRUE(is_there(here / "outside/precious"));
   PLT_drop_temp_folder();
@@ -219,6 +230,7 @@ TEST(Platform, LastingFolders) {
   PLT_drop_temp_folder();
   EXPECT_EQ(0700u, mode_of(folder));
   const std::string bare = folder.substr(0, folder.size() - 1);
+  const long handles = open_handles();
   for (const char* name : {"skyvane-new-public", "skyvane-new-longer7"})
     chmod(here.folder(name).c_str(), *name && name[12] == 'p' ? 0755 : 0700);
   here.link("skyvane-new-linked", folder.substr(here.path().size()));
@@ -235,6 +247,7 @@ TEST(Platform, LastingFolders) {
   for (const auto& [path, lasts] : rows)
     EXPECT_EQ(lasts, PLT_is_lasting_folder(path, head)) << path;
   EXPECT_FALSE(PLT_is_lasting_folder(folder, "skyvane-old-"));
+  EXPECT_EQ(handles, open_handles());
 }
 
 TEST(Platform, VolumesAndTheHomeOfTheUser) {
