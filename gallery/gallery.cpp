@@ -4,7 +4,8 @@
 // that the runtime asks for, and a loop. The page is taller than the window. Scrolling moves
 // mnw.y_off, so that the widgets keep their places in the page, and with them the keyboard focus.
 // --png=FILE draws the page from top to bottom instead, a window's height at a time, into one PNG;
-// --dialogs=FOLDER draws the dialogs that no page of the installer opens.
+// --dialogs=FOLDER draws the dialogs that no page of the installer opens; --pages=FOLDER plays the
+// installer's own pages and dialogs, and the widgets, in all their states.
 //
 // Main thread. Writes mnw's offset and wheel.
 
@@ -16,6 +17,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "corekit/Platform/PLT_gl.h"
 #include "corekit/Platform/PLT_window.h"
@@ -30,6 +32,7 @@
 #include "corekit/widgets/butn_value.h"
 #include "corekit/window/hl_init.h"
 #include "corekit/window/hl_mnw.h"
+#include "gallery/gallery_scenes.h"
 
 namespace {
 
@@ -128,6 +131,10 @@ bool write_page(const std::string& path) {
   return TEX_save_png(path, desc, picture.get()) != 0;
 }
 
+bool write_pages(const std::string& folder) {
+  return write_scenes(folder, cmdline.get_option("--only"));
+}
+
 int write_and_say_so(bool (*write)(const std::string&), const std::string& path) {
   MACIBM_startwind(win_main, 0);
   mnw.mouse_x = mnw.mouse_y = -1;
@@ -138,11 +145,32 @@ int write_and_say_so(bool (*write)(const std::string&), const std::string& path)
 
 bool wants_png(int argc, char** argv) {
   return std::any_of(argv + 1, argv + argc, [](const char* word) {
-    return std::strncmp(word, "--png=", 6) == 0 || std::strncmp(word, "--dialogs=", 10) == 0;
+    return std::strncmp(word, "--png=", 6) == 0 || std::strncmp(word, "--dialogs=", 10) == 0 ||
+           std::strncmp(word, "--pages=", 8) == 0;
   });
 }
 
 }  // namespace
+
+bool write_window(const std::string& path, bool grey) {
+  constexpr size_t rgb_bytes = 3;
+  PLT_place place;
+  if (!PLT_picture_place(&place)) return false;
+  const size_t pixels = static_cast<size_t>(place.dx) * static_cast<size_t>(place.dy);
+  std::vector<unsigned char> rows(pixels * rgb_bytes);
+  gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
+  gl.ReadPixels(place.x, place.y, place.dx, place.dy, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
+  TEX_image_desc desc;
+  desc.format = grey ? TEX_alpha : TEX_rgb;
+  desc.width = place.dx;
+  desc.height = place.dy;
+  // Weights that are far apart, so that two colours are seldom one grey.
+  for (size_t i = 0; grey && i < pixels; ++i) {
+    const unsigned char* const rgb = rows.data() + i * rgb_bytes;
+    rows[i] = static_cast<unsigned char>((3 * rgb[0] + 4 * rgb[1] + rgb[2]) / 8);
+  }
+  return TEX_save_png(path, desc, rows.data()) != 0;
+}
 
 // --- what the runtime asks for ------------------------------------------------------------------
 
@@ -158,6 +186,9 @@ std::string usage() {
   return "Shows all that the toolkit draws, on one page that the wheel and the bar scroll.\n\n"
          "--png=FILE        writes the page into FILE and ends; needs no display\n"
          "--dialogs=FOLDER  writes the dialogs that no page of the installer opens, likewise\n"
+         "--pages=FOLDER    writes the installer's pages and the widgets in all their states,\n"
+         "                  likewise\n"
+         "--only=LIST       of these the ones named, with commas between\n"
          "--texts=FILE      in the language of this file\n";
 }
 
@@ -180,6 +211,8 @@ int main(int argc, char** argv) {
     status = write_and_say_so(write_page, from_start_folder(cmdline.get_option("--png")));
   } else if (cmdline.has_option("--dialogs")) {
     status = write_and_say_so(write_dialogs, from_start_folder(cmdline.get_option("--dialogs")));
+  } else if (cmdline.has_option("--pages")) {
+    status = write_and_say_so(write_pages, from_start_folder(cmdline.get_option("--pages")));
   } else {
     while (!app_done)
       MACIBM_event_proc();

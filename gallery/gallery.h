@@ -31,6 +31,9 @@ void draw_interface_picture(float top);
 void draw_map_picture(float top);
 void draw_background_picture(float top);
 
+// Writes what the window's back buffer holds, in colour or, which takes a third of the room, in
+// grey; false if it cannot be written.
+bool write_window(const std::string& path, bool grey);
 // Writes a picture of each dialog that no page of the installer opens into an existing folder;
 // false if one cannot be written.
 bool write_dialogs(const std::string& folder);

@@ -5,13 +5,12 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "corekit/Platform/PLT_gl.h"
-#include "corekit/Platform/PLT_window.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_alert.h"
-#include "corekit/draw/TEX_png.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
 #include "corekit/window/butn_file.h"
@@ -19,6 +18,7 @@
 #include "corekit/window/hl_alert_draw.h"
 #include "corekit/window/hl_mnw.h"
 #include "gallery/gallery.h"
+#include "gallery/gallery_scenes.h"
 
 namespace {
 
@@ -60,21 +60,23 @@ bool all_written;
 
 void take_picture() {
   if (mnw.win_id == win_main) return;
-  constexpr int rgb_bytes = 3;
-  PLT_place place;
-  if (!PLT_picture_place(&place)) return;
-  std::vector<unsigned char> rows(static_cast<size_t>(place.dx) * place.dy * rgb_bytes);
-  gl.PixelStorei(GL_PACK_ALIGNMENT, 1);
-  gl.ReadPixels(place.x, place.y, place.dx, place.dy, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
-  TEX_image_desc desc;
-  desc.format = TEX_rgb;
-  desc.width = place.dx;
-  desc.height = place.dy;
-  if (!TEX_save_png(picture_path, desc, rows.data())) all_written = false;
+  if (!write_window(picture_path, false)) all_written = false;
   MACIBM_startwind(win_main, 0);
 }
 
 }  // namespace
+
+std::vector<gallery_scene> dialog_scenes() {
+  std::vector<gallery_scene> scenes;
+  for (const auto& dialog : dialogs) {
+    // The browser has scenes of its own, in a folder that is everywhere the same; and when the net
+    // is found not to be there, is not the same each time.
+    const std::string_view name = dialog.name;
+    if (!name.starts_with("browser") && name != "about_no_net")
+      scenes.push_back({dialog.name, dialog.open, "", nullptr});
+  }
+  return scenes;
+}
 
 bool write_dialogs(const std::string& folder) {
   all_written = true;
