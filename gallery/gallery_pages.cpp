@@ -220,7 +220,7 @@ std::vector<gallery_scene> page_scenes() {
       {"place_too_small", [] { open_dest(copies, "Skyvane 9 Demo"); }, "300,206",
        [] { stg.todo_raw_kb = too_large_kb; }},
       {"place_taken", [] { open_dest("/", "proc"); }, "500,203 click end", nullptr},
-      {"place_without_name", [] { open_dest(copies, ""); }, "tab space", nullptr},
+      {"place_without_name", [] { open_dest(copies, ""); }, "tab", nullptr},
 
       // The transfer.
       {"busy", [] { say("Search for Updates", "I am looking for a server.").is_busy = true; }, "",
