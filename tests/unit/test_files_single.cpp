@@ -175,6 +175,9 @@ TEST(FilesExe, SetsOneBitOfAWholeProgramAndLeavesOthersAlone) {
   EXPECT_EQ(0, make_file_large_address_aware(path));
   EXPECT_TRUE(windows_program(0x80, 0x22, 4000) == content_of(path));
   EXPECT_EQ(0, make_file_large_address_aware(path)) << "a second time";
+  const std::string far = here.file("c.exe", windows_program(0x12345, 0, 0x20000));
+  EXPECT_EQ(0, make_file_large_address_aware(far));
+  EXPECT_TRUE(windows_program(0x12345, 0x20, 0x20000) == content_of(far));
   const std::string tight = here.file("b.exe", windows_program(64, 0, 88));
   EXPECT_EQ(0, make_file_large_address_aware(tight));
   EXPECT_TRUE(windows_program(64, 0x20, 88) == content_of(tight));

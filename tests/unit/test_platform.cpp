@@ -250,6 +250,37 @@ TEST(Platform, LastingFolders) {
   EXPECT_EQ(handles, open_handles());
 }
 
+// No link, nothing that has another name, nothing but a plain file; and nothing is cut before.
+TEST(Platform, OwnFilesAreNobodyElses) {
+  const scratch_folder here;
+  for (const char* name : {"plain", "linked", "twice"})
+    here.file(name, "old");
+  here.link("link", "linked");
+  here.folder("folder");
+  ASSERT_EQ(0, link((here / "twice").c_str(), (here / "second").c_str()));
+  ASSERT_EQ(0, mkfifo((here / "pipe").c_str(), 0600));
+  const long handles = open_handles();
+  for (const char* name : {"link", "twice", "second", "folder", "pipe", "none/x"}) {
+    for (const auto mode : {plt_own_read, plt_own_anew, plt_own_append})
+      EXPECT_EQ(-1, PLT_open_own(here / name, mode)) << name;
+  }
+  EXPECT_EQ(-1, PLT_open_own(here / "missing", plt_own_read));
+  EXPECT_EQ(ENOENT, errno);
+  EXPECT_EQ(-1, PLT_open_own(here / "twice", plt_own_anew));
+  EXPECT_EQ(EPERM, errno);
+  EXPECT_EQ(handles, open_handles());
+  EXPECT_EQ("old", content_of(here / "linked") + content_of(here / "missing"));
+  EXPECT_EQ("old", content_of(here / "twice"));
+  for (const auto& [mode, after] : {std::pair{plt_own_append, "oldmore"}, {plt_own_anew, "more"}}) {
+    const int file = PLT_open_own(here / "plain", mode);
+    EXPECT_EQ(4, write(file, "more", 4));
+    close(file);
+    EXPECT_EQ(after, content_of(here / "plain"));
+  }
+  close(PLT_open_own(here / "new", plt_own_append));
+  EXPECT_EQ(0u, mode_of(here / "new") & ~0644u);
+}
+
 TEST(Platform, VolumesAndTheHomeOfTheUser) {
   EXPECT_EQ("/proc", PLT_volume_of("/proc/self/status"));
   EXPECT_EQ("/proc", PLT_volume_of("/proc"));
