@@ -2,13 +2,19 @@
 
 #include <algorithm>
 #include <map>
+#include <sstream>
 
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_manifest.h"
+#include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_demo.h"
+#include "Installer-f/wizard/main_dvd_util.h"
 #include "Installer-f/wizard/main_face.h"
+#include "Installer-f/wizard/main_map.h"
 #include "Installer-f/wizard/main_patch.h"
 #include "Installer-f/wizard/main_wizard.h"
+#include "Installer-f/wizard/main_wizard_draw.h"
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_string.h"
@@ -200,6 +206,66 @@ TEST_F(Wizard, QuitEndsTheRunAndTellsThePage) {
   g_wizard = nullptr;
   frame();
   EXPECT_EQ(app_done, 1) << "no page at all";
+}
+
+// Each click is the frame's only one, on a page that has just been drawn without.
+TEST_F(Wizard, WhatAClickOnAPageDoes) {
+  tman.load_texture(tex_fail_silent, t_map, 1281, tex_load_now, "scratch_array:background");
+  const auto licence = [] {
+    wizard_screen screen;
+    demo_eula.show(0, screen);
+  };
+  const auto mirrors = [] {
+    wizard_screen screen;
+    screen.show_servers = 1;
+    wizard_draw_record(screen);
+  };
+  const struct {
+    const char* label;
+    void (*draw)();
+    int many;  // copies and mirrors
+    float x, y;
+    const char* then;  // the licence, the copy, how many sectors, the mirror
+  } rows[] = {
+      {"nothing", licence, 1, 500, 300, "0 1 0 0"},
+      {"the licence's words", licence, 1, 300, 104, "1 1 0 0"},
+      {"its box", licence, 1, 230, 103, "1 1 0 0"},
+      {"the first copy", UTIL_pick_install, 2, 285, 404, "0 0 0 0"},
+      {"the second", UTIL_pick_install, 2, 285, 379, "0 1 0 0"},
+      {"the first one's mark", UTIL_pick_install, 2, 250, 403, "0 0 0 0"},
+      {"beside them", UTIL_pick_install, 2, 270, 404, "0 1 0 0"},
+      {"the last that has room", UTIL_pick_install, 13, 285, 154, "0 10 0 0"},
+      {"a sector", UTIL_world_map, 1, map_x + 3.5f * map_cell, map_y + 4.5f * map_cell, "0 1 1 0"},
+      {"all of them", UTIL_world_map, 1, 480, 130, "0 1 648 0"},
+      {"the right edge of all", UTIL_world_map, 1, 583, 130, "0 1 648 0"},
+      {"none", UTIL_world_map, 1, 750, 130, "0 1 0 0"},
+      {"a mirror", mirrors, 3, 60, 82, "0 1 0 2"},
+      {"a mirror's mark", mirrors, 3, 30, 121, "0 1 0 1"},
+      {"the top one of more than have room", mirrors, 10, 60, 362, "0 1 0 2"},
+  };
+  for (const auto& row : rows) {
+    all_skyroots.clear();
+    for (int i = 0; i < row.many; ++i)
+      all_skyroots.push_back(std::to_string(i));
+    accept_eula_demo = 0;
+    dest_dir_path = "1";
+    stg = stg_record();
+    stg.server_count = row.many;
+    if (row.many == 10) stg.server_index = 9;
+    wizard_set_steps(std::vector<wizard_step>(6, {"Step", demo_start}));
+    for (const bool clicked : {false, true}) {
+      clear();
+      clicked ? click(row.x, row.y) : move(row.x, row.y);
+      mnw.mouse_held = clicked;
+      wizard_draw_frame();
+      row.draw();
+    }
+    std::ostringstream then;
+    then << accept_eula_demo << ' ' << dest_dir_path << ' '
+         << std::count(std::begin(stg.sector_selected), std::end(stg.sector_selected), 1) << ' '
+         << stg.server_index;
+    EXPECT_EQ(then.str(), row.then) << row.label;
+  }
 }
 
 TEST(WizardText, FormatsAreFilledByHand) {
