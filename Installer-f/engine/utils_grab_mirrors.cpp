@@ -17,7 +17,7 @@ constexpr double for_ever = 1e9;
 struct mirror_state {
   float rest = 0;        // seconds; 0 for a mirror that has not failed since it last delivered
   double failed_at = 0;  // frame clock
-  double wakes_at() const { return rest > 0 ? failed_at + rest : 0; }
+  double wakes_at() const { return failed_at + rest; }
 };
 
 struct mirror_table {

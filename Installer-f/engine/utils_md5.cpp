@@ -112,7 +112,7 @@ void MD5Update(MD5_state& state, const void* bytes, uint16_t count) {
 
   if (held != 0) {
     const size_t room = MD5_block - held;
-    const size_t taken = left < room ? left : room;
+    const size_t taken = std::min(left, room);
     std::memcpy(state.partial + held, from, taken);
     if (taken < room) return;
     MD5_digest_blocks(state.chain, state.partial, 1);
@@ -126,7 +126,7 @@ void MD5Update(MD5_state& state, const void* bytes, uint16_t count) {
 void MD5UpdateWide(MD5_state& state, const void* bytes, uint32_t count) {
   const auto* from = static_cast<const uint8_t*>(bytes);
   while (count != 0) {
-    const uint32_t now = count < slice ? count : slice;
+    const uint32_t now = std::min<uint32_t>(count, slice);
     MD5Update(state, from, static_cast<uint16_t>(now));
     from += now;
     count -= now;

@@ -126,9 +126,8 @@ const sign_statement* trust_statement() {
 }
 
 bool trust_take_sums() {
-  trust.files.clear();
+  trust.files.assign(trust.is_signed ? sim_info.size() : 0, {});
   if (!trust.is_signed) return true;
-  trust.files.resize(sim_info.size());
   const std::string sums = std::move(trust.sums);
   std::string_view rest = sums;
   if (!rest.starts_with(sums_head)) return false;

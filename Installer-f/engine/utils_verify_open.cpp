@@ -66,7 +66,6 @@ void tree_reader::enter(std::string_view folder) {
   entered_ = true;
   folder_ = folder;
   place_.assign(root_).append(folder);
-  handle_.close();
   handle_ = io_handle(::open(place_.c_str(), flags));
   int error = handle_ ? 0 : errno;
   if (error == ENOENT && g_case_sensitive && io_repair_case(place_)) {

@@ -25,8 +25,8 @@ bool is_smaller(const waiting_file& a, const waiting_file& b) {
 }
 
 int open_file_limit() {
-  rlimit limit;
-  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return 1024;
+  rlimit limit = {1024, 1024};
+  getrlimit(RLIMIT_NOFILE, &limit);
   return static_cast<int>(std::min<rlim_t>(limit.rlim_cur, 1 << 20));
 }
 

@@ -4,6 +4,7 @@
 
 #include <numeric>
 
+#include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_unattended_disc.h"
 #include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_say.h"
@@ -84,6 +85,11 @@ TEST(UnattendedOptions, ASlipIsToldWithTheNearestOption) {
     EXPECT_EQ(wrong.empty(), *row.told == '\0') << row.label << ": " << wrong;
     EXPECT_NE(wrong.find(row.told), wrong.npos) << row.label << ": " << wrong;
   }
+}
+
+TEST(UnattendedOptions, Platforms) {
+  for (const auto& [word, platform] : {std::pair("mac", 1), {"windows", 2}, {"linux", 3}, {"", 0}})
+    EXPECT_EQ(platform_named(word), platform) << word;
 }
 
 TEST(UnattendedOptions, Names) {
