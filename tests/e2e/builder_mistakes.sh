@@ -26,8 +26,7 @@ nothing_left() {
 # Status, what is said ("@" is a line end) and flags.
 while IFS='|' read -r status said flags; do
   # shellcheck disable=SC2086  # several flags
-  build $flags
-  want_status "$status"
+  want "$status" build $flags
   tr '\n' '@' <"$OUT" | grep -qF -- "$said" || fail "$flags: does not say: $said"
   nothing_left
 done <<ROWS
@@ -54,15 +53,13 @@ ROWS
 echo one >"$TREE/All/Weapons/Same.wpn"
 mkdir -p "$TREE/Linux/Weapons"
 echo two >"$TREE/Linux/Weapons/same.wpn"
-build --check
-want_status 0
+want 0 build --check
 want_text "WARNING: two files of this release install to the same place where the case of letters does \
 not count: All/Weapons/Same.wpn and Linux/Weapons/same.wpn"
 
 # No program, and one that may not be written to, which only an ordinary user notices.
 echo "no program" >"$TREE/Windows/Tool.exe"
-build
-want_status 1
+want 1 build
 want_text "/Windows/Tool.exe: every .exe in Windows/ is made large-address-aware, and this one cannot be: \
 it has no header of a Windows program. "
 nothing_left
@@ -92,8 +89,7 @@ wanted() {
 }
 copies=$(wanted | wc -l)
 [ "$copies" -ge 100 ] || fail "the tree has too few faults to prove anything: $copies"
-build --json
-want_status 1
+want 1 build --json
 nothing_left
 grep -qE "^[0-9]+ faults, of which [0-9]+ are shown; the log has all of them: .*copy $copies[,.]" "$OUT" ||
   fail "the count of copies is not $copies"
@@ -108,8 +104,7 @@ grep -aoE '^  /.*: (nothing with|source code|these characters|a path may|other p
 [ "$(wc -l <"$SCRATCH/places")" = "$(sed -nE 's/^([0-9]+) faults, of.*/\1/p' "$OUT")" ] ||
   fail "the log does not have all faults"
 while IFS= read -r place; do rm -rf "$place"; done <"$SCRATCH/places"
-build --check
-want_status 0
+want 0 build --check
 
 # --- ended by the maker -------------------------------------------------------------------------
 # On a terminal the line of progress is rewritten, and "q" ends the build; elsewhere a signal does.
@@ -117,17 +112,16 @@ wait_for_master() { until [ -d "$MASTERS/disk_0" ]; do sleep 0.02; done; }
 command="'$(program skyvane-demo-installer)' --build_master --type=0 --name=X --source='$TREE' \
   --output='$MASTERS' --previous=none --threads=1"
 STATUS=0
+rm "$OUT"  # of the build before
 (until grep -qas "now doing" "$OUT"; do sleep 0.02; done; printf q) | timeout 100 script -qec "$command" /dev/null >"$OUT" || STATUS=$?
-want_status 1
-want_text "You have pressed Q."
+want_status 1 "You have pressed Q."
 grep -qaP '\rreg: 0: total files to compress: \d+\. now doing: \d+\. \d+ of \d+ MB' "$OUT" || fail "no progress"
 nothing_left
 for signal in INT TERM; do
   bash -c "exec $command" >"$OUT" 2>&1 </dev/null &
   wait_for_master
   kill -"$signal" $!
-  STATUS=0
-  wait $! || STATUS=$?
+  wait_end $!
   want_status $((128 + $(kill -l "$signal")))
   want_text "Ended by a signal: no part of a master is left."
   nothing_left

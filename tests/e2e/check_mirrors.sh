@@ -30,8 +30,7 @@ mirror_hosts "$web" "
 
 files=$(find "$release" -name '*.zip' ! -name directory.txt.zip | wc -l)
 server_list "$name" "${hosts[@]:0:8}" >"$SCRATCH/list"
-check_mirrors --sample=1000 "$SCRATCH/list"
-want_status 1
+want 1 check_mirrors --sample=1000 "$SCRATCH/list"
 cat >"$SCRATCH/want" <<LINES
 whole/updates/: $name is whole: $files files, $files of them compared
 misses/updates/: misses $wheel (404)
@@ -47,8 +46,7 @@ diff "$SCRATCH/want" "$OUT" || fail "not what there is to say"
 
 # A mirror that falls silent costs the time that it is given, and only its own lines.
 server_list "$name" silent whole >"$SCRATCH/list"
-check_mirrors --wait=1 --time=3 --lines=1 --quiet "$SCRATCH/list"
-want_status 1
+want 1 check_mirrors --wait=1 --time=3 --lines=1 --quiet "$SCRATCH/list"
 grep -qE "^silent/updates/: does not answer for All/.*\.zip: " "$OUT" || fail "silence is not told"
 grep -qE "^silent/updates/: and [0-9]+ faults more$" "$OUT" || fail "its faults are not counted"
 [ "$(wc -l <"$OUT")" = 2 ] || fail "something else is said"
@@ -65,8 +63,7 @@ other="whole/updates/: lies: $wheel holds a file of MD5 $signature, the manifest
 # Status, a line, and arguments.
 while IFS='|' read -r status said arguments; do
   # shellcheck disable=SC2086  # several arguments
-  check_mirrors --quiet $arguments
-  want_status "$status"
+  want "$status" check_mirrors --quiet $arguments
   want_line "$said"
 done <<ROWS
 1|$other|--sample=1000 $SCRATCH/list
@@ -81,9 +78,7 @@ done <<ROWS
 2|check_mirrors: no manifest: /etc/passwd|--manifest=/etc/passwd $SCRATCH/list
 ROWS
 cp "$SCRATCH/list" "$web/whole/list"
-check_mirrors --sample=0 http://whole/list
-want_status 0
+want 0 check_mirrors --sample=0 http://whole/list
 PORT=1
-check_mirrors "$SCRATCH/list"
-want_status 1
+want 1 check_mirrors "$SCRATCH/list"
 grep -q "^whole/updates/: does not answer: .*onnect" "$OUT" || fail "nobody there, and not told"

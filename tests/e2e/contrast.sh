@@ -25,37 +25,30 @@ wait_step 0
 wait_open
 page welcome
 learn_faces
-press_options
-wait_dialog
+open_options
 page options
-click_away 116 480
-wait_no_dialog
-press_next
-wait_step 1
+close_options
+next_to 1
 wait_open
 page destination
-press_next
-wait_step 2
+next_to 2
 wait_grey
 page licence_grey
-click_away 230 103
-wait_open
+accept_licence
 move_to 720 23
-wait_other_colour 675 20 "$OPEN_FACE"
+wait_for "Next to light up" shows_other "$NEXT_X" "$NEXT_Y" "$FACE_OPEN"
 page licence_hover
 press_next
 wait_step 3
-press_none
-wait_still
+learn_sectors
 click_sector +40-080
-wait_still
+wait_selected +40-080
 page scenery_1_map
 kill -TERM "$WINDOW_PID"
 window_ended 0
 
 echo "All of it stands out"
-measured "$SHOTS"
-want_status 0
+want 0 measured "$SHOTS"
 for seen in "face Next, hover" "available by plain land" "the frame of a selected one" \
   "$(words_of 2 Options)"; do
   want_text "$seen"
@@ -67,14 +60,11 @@ mkdir "$pale"
 cp "$SHOTS/welcome".* "$pale"
 sed -i 's/ 000000 / 808080 /' "$pale/welcome.texts"
 measured "$pale"
-want_status 1
-want_text "LOW"
+want_status 1 "LOW"
 cp "$SHOTS/welcome.texts" "$pale"
 convert "$SHOTS/welcome.png" -fill white -colorize 100 "png24:$pale/welcome.png"
 measured "$pale"
-want_status 1
-want_text "not in the picture"
+want_status 1 "not in the picture"
 rm "$pale"/*
 measured "$pale"
-want_status 1
-want_text "no list of texts"
+want_status 1 "no list of texts"

@@ -1,14 +1,11 @@
 #!/usr/bin/env bash
 # A demo install that is killed on the way: the same command goes on with it, with the user's own
 # files as they were; the updater finds it, too; and a window offers to go on.
-. "$(dirname "$0")/lib.sh"
-. "$(dirname "$0")/lib_kill.bash"
-. "$(dirname "$0")/lib_window.sh"
 . "$(dirname "$0")/lib_flows.sh"
+. "$(dirname "$0")/lib_kill.bash"
 
-root=$(web_root "Skyvane new" "$FIXTURE/master-new")
 # While a file "slow" lies beside it, each stream trickles.
-serve "$root" "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
+serve_release new "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
 requests=$SCRATCH/nginx-$PORT/access.log
 copy="$SCRATCH/My copy"
 path=$(program skyvane-demo-installer)
@@ -19,11 +16,10 @@ files_there() { [ "$(find "$copy" -type f 2>/dev/null | wc -l)" -ge "$1" ]; }
 start_and_kill() {
   local files=$1
   touch "$SCRATCH/slow"
-  env -u DISPLAY "$path" "${command[@]}" >"$OUT" 2>&1 </dev/null &
-  CHILDREN+=($!)
+  start skyvane-demo-installer "${command[@]}"
   wait_for "$files files" files_there "$files"
-  kill -KILL "${CHILDREN[-1]}"
-  wait "${CHILDREN[-1]}" 2>/dev/null || true
+  kill -KILL "$PID"
+  wait_end "$PID"
   rm "$SCRATCH/slow"
 }
 whole_files() { { find "$copy" ! -type d ! -name ".skyvane_part_*" 2>/dev/null || true; } | wc -l; }
@@ -56,8 +52,7 @@ want_healed() {
 kills=${E2E_KILLS:-6}
 echo "Killed $kills times, a run once to three times, then left to end; E2E_SEED=$E2E_SEED"
 from=$(now)
-run skyvane-demo-installer "${command[@]}"
-want_status 0
+want 0 run skyvane-demo-installer "${command[@]}"
 length=$(($(now) - from))
 killed=0 late=0 shipped=$(shipped "$FIXTURE/sample/new" Linux | wc -l)
 while [ "$killed" -lt "$kills" ]; do
@@ -84,8 +79,7 @@ while [ "$killed" -lt "$kills" ]; do
   else
     length=$((length * 21 / 20))
     : >"$requests"
-    run skyvane-demo-installer "${command[@]}"
-    want_status 0
+    want 0 run skyvane-demo-installer "${command[@]}"
     [ ${#own[@]} = 0 ] || want_text "I will go on with the installation in the folder 'My copy' in the folder '$SCRATCH/'."
     fetched=$(grep -c '/updates/.*[^t]\.zip HTTP' "$requests" || true)
     [ $((fetched + before)) -le $((shipped + ${#own[@]})) ] ||
@@ -97,8 +91,7 @@ echo "$killed killed, $UNPACKING of them while a file was half written; all heal
 
 echo "A copy that is whole, and one of an earlier release, are not gone on with"
 run skyvane-demo-installer "${command[@]}"
-want_status 2
-want_text "The folder 'My copy' already exists in the folder '$SCRATCH/'."
+want_status 2 "The folder 'My copy' already exists in the folder '$SCRATCH/'."
 shipped "$FIXTURE/sample/new" Linux >"$SCRATCH/shipped.tsv"
 while IFS=$'\t' read -r rel from; do
   old=$FIXTURE/sample/old/$from
@@ -107,36 +100,29 @@ done <"$SCRATCH/shipped.tsv"
 cp -p "$old" "$copy/$rel"
 rm "$copy/Airfoils/NACA 0012.afl"
 run skyvane-demo-installer "${command[@]}"
-want_status 2
-want_text "The folder 'My copy' already exists"
+want_status 2 "The folder 'My copy' already exists"
 
 echo "The updater finds what was interrupted, and heals it"
 rm -rf "$copy"
 start_and_kill 5
 make_own
 run skyvane-web-updater --unattended $(through_proxy "$PORT")
-want_status 0
-want_text "I have finished updating $copy/."
+want_status 0 "I have finished updating $copy/."
 want_healed
 
 echo "A window goes on as well; Back out of that asks nothing and deletes nothing"
-export HOME=$SCRATCH/home
-mkdir -p "$HOME/Desktop"
+own_home
 copy="$HOME/Desktop/Skyvane new Demo"  # what the page proposes
 command=(--unattended --accept_eula "--dest=$HOME/Desktop" $(through_proxy "$PORT"))
 start_and_kill 5
 make_own
 touch "$SCRATCH/slow"
 start_display
-open_window skyvane-demo-installer $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-demo-installer $(through_proxy "$PORT")
 learn_faces
-press_next
-wait_step 1
+next_to 1
 click_away 230 103
-wait_open
-press_next
-wait_step 3
+next_to 3
 wait_open
 shot demo_9_goes_on
 press_next
@@ -144,14 +130,12 @@ press_next
 wait_step 4
 before=$(find "$copy" -type f | wc -l)
 wait_for "files" files_there $((before + 3))
-press_back
-wait_step 3
+back_to 3
 dialog_is_gone || fail "Back asks"
 rm "$SCRATCH/slow"
 files_there $((before + 3)) || fail "Back has deleted files"
 wait_open
 press_next  # the answer of before holds
 wait_step 5
-press_last_quit
-window_ended 0
+quit_last_page
 want_healed

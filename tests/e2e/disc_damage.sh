@@ -5,18 +5,14 @@
 
 copy="$SCRATCH/Copy"
 
-sh_each() {
-  "$1" "$2"
-  "$1" "$3"
-}
+both() { "$1" "$2" && "$1" "$3"; }
 install_from() {
   rm -rf "$copy"
   all_discs_of "$1"
   run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy
 }
 want_errors() {
-  want_status 1
-  want_text "An error occurred during installation:"
+  want_status 1 "An error occurred during installation:"
   want_text "You can continue with the installation and attempt to repair the damaged files later"
   want_text "Finished Installing Skyvane: There were errors during the install; your copy of Skyvane may not be usable."
   want_no_leftovers
@@ -28,7 +24,7 @@ tile=$(one_of '*/All/Global Scenery/*.7z')
 [ -n "$zip" ] && [ -n "$tile" ] || fail "nothing to damage"
 
 for way in flip rm; do
-  damaged sh_each "$way" "$zip" "$tile"
+  damaged both "$way" "$zip" "$tile"
   install_from "$BAD"
   want_errors
   if [ "$way" = rm ]; then
@@ -46,14 +42,12 @@ done
 # A manifest that cannot be unpacked ends the run at once.
 damaged cut_short "disk_0/$RELEASE/directory.txt.zip"
 install_from "$BAD"
-want_status 1
-want_text "DVD scan: The installer cannot extract a file."
+want_status 1 "DVD scan: The installer cannot extract a file."
 
 # A disc whose label leads elsewhere is none of ours.
 damaged sh -c "printf 'I\n900 version\nDVD\n\nVERSION ../Skyvane 9\n' >disk_0/dvd_version.txt"
 install_from "$BAD"
-want_status 2
-want_text "This DVD does not appear to be a Skyvane 9 DVD."
+want_status 2 "This DVD does not appear to be a Skyvane 9 DVD."
 
 # A disc that is pulled out in the middle: few questions for what was in hand, then the wish for the
 # disc, and with it the rest. The installer is held while it is pulled, so that most is still to come.
@@ -82,7 +76,6 @@ rm -rf "$copy"
 all_discs_of "$IMAGES"
 take_out 3
 : >"$OUT"
-run skyvane-disc-installer --unattended --accept_eula --give_up_after=2 --dest="$SCRATCH" --name=Copy
-want_status 3
+want 3 run skyvane-disc-installer --unattended --accept_eula --give_up_after=2 --dest="$SCRATCH" --name=Copy
 want_text "Given up: no progress for 2 seconds. Installing Skyvane - Please Change DVDs: Please insert DVD number 3 and click Next."
 repair_all

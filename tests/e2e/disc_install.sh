@@ -3,11 +3,10 @@
 . "$(dirname "$0")/disc_lib.bash"
 
 # The run begins with no disc at all, and waits for the first one.
-( sleep 1; insert_disc 1 ) &
+(until grep -qs "DVD number one to begin" "$OUT"; do sleep 0.05; done; insert_disc 1) &
 CHILDREN+=($!)
 run_with_discs --accept_eula --dest="$SCRATCH" --name="My copy"
-want_status 0
-want_text "Please insert Skyvane 9 DVD number one to begin."
+want_status 0 "Please insert Skyvane 9 DVD number one to begin."
 want_text "Finished Installing Skyvane: Installation was successful."
 want_asked_for "2 3 "
 same_tree "$SOURCE" Linux "$SCRATCH/My copy"
@@ -18,29 +17,25 @@ grep -qxF "$SCRATCH/My copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "
 # The next run knows the copy, and offers another one; a folder that exists is not reused.
 only_disc 1
 run_with_discs --accept_eula --dest="$SCRATCH" --name="My copy"
-want_status 2
-want_text "The folder 'My copy' already exists in the folder '$SCRATCH/'."
+want_status 2 "The folder 'My copy' already exists in the folder '$SCRATCH/'."
 
 # Part of the scenery, and none: no more than that is there, and no disc is asked for in vain.
 only_disc 1
-run_with_discs --accept_eula --dest="$SCRATCH" --name=Some --sectors=+30-120,-90-180
-want_status 0
+want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Some --sectors=+30-120,-90-180
 SECTORS='\\+30-120|-90-180' same_tree "$SOURCE" Linux "$SCRATCH/Some"
 
 # All discs in drives of their own: none is asked for, none is ejected.
 only_disc 1
 insert_disc 2
 insert_disc 3
-run_with_discs --accept_eula --dest="$SCRATCH" --name=None --sectors=none
-want_status 0
+want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=None --sectors=none
 want_asked_for ""
 SECTORS=nothing same_tree "$SOURCE" Linux "$SCRATCH/None"
 is_in 1 && is_in 2 && is_in 3 || fail "a disc was ejected without need"
 
 # Answers that make no sense touch nothing.
 for wrong in --do=update --sectors=+31-120 --sectors=+00+000; do
-  run_with_discs --accept_eula --dest="$SCRATCH" --name=Wrong "$wrong"
-  want_status 2
+  want 2 run_with_discs --accept_eula --dest="$SCRATCH" --name=Wrong "$wrong"
   [ ! -e "$SCRATCH/Wrong" ] || fail "$wrong made a copy"
 done
 want_no_leftovers

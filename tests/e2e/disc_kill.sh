@@ -6,8 +6,7 @@
 . "$(dirname "$0")/lib_kill.bash"
 
 kills=${E2E_KILLS:-6} window_kills=${E2E_WINDOW_KILLS:-1}
-export HOME=$SCRATCH/home
-mkdir -p "$HOME/Desktop"
+own_home
 copy="$HOME/Desktop/$RELEASE"
 path=$(program skyvane-disc-installer)
 arguments=(--unattended --accept_eula "--dest=$HOME/Desktop" "--name=$RELEASE")
@@ -44,8 +43,7 @@ while [ "$killed" -lt "$kills" ]; do
   kill_it
   case $FOUND in
     early)
-      run_with_discs "${arguments[@]}"
-      want_status 0
+      want 0 run_with_discs "${arguments[@]}"
       same_tree "$SOURCE" Linux "$copy"
       ;;
     # Only its folders were made: they are nobody's, and are left alone like any others.
@@ -64,19 +62,13 @@ for ((round = 0; round < window_kills; ++round)); do
   pid=$WINDOW_PID
   kill_it
   [ "$FOUND" != unlisted ] || continue
-  open_window skyvane-disc-installer
-  wait_step 0
+  open_wizard skyvane-disc-installer
   wait_still
   press_extra 2
   wait_step 1
-  wait_open
-  press_next
-  wait_step 3
-  wait_open
-  press_next
-  wait_step 5
-  press_last_quit
-  window_ended 0
+  next_to 3
+  next_to 5
+  quit_last_page
   repair_all
 done
 echo "E2E_SEED=$E2E_SEED: of $kills kills and $window_kills with a window, $UNPACKING while a file was half" \
@@ -85,15 +77,11 @@ echo "E2E_SEED=$E2E_SEED: of $kills kills and $window_kills with a window, $UNPA
 # Interrupted politely, it says so and leaves no working files.
 fresh_start
 take_out 3
-"$path" "${arguments[@]}" >"$OUT" 2>&1 &
-pid=$!
-CHILDREN+=("$pid")
+start skyvane-disc-installer "${arguments[@]}"
 until grep -qF "Please insert DVD number 3" "$OUT"; do sleep 0.05; done
-kill -TERM "$pid"
-STATUS=0
-wait "$pid" || STATUS=$?
-want_status 3
-want_text "Given up: interrupted."
+kill -TERM "$PID"
+wait_end "$PID"
+want_status 3 "Given up: interrupted."
 want_no_leftovers
 
 # So does one with a window, in the middle of the work and under the question whether to delete the
@@ -109,8 +97,7 @@ for asked in no yes; do
     until [ -n "$(find "$copy" -type f 2>/dev/null)" ]; do :; done
   else
     wait_disc_asked
-    press_back
-    wait_dialog
+    back_asks
   fi
   kill -TERM "$WINDOW_PID"
   window_ended 0

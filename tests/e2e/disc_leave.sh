@@ -15,8 +15,7 @@ start_from_disc() {
 
 only_disc 1
 start_from_disc --accept_eula --dest=. --name=Copy
-want_status 0
-want_text "Finished Installing Skyvane: Installation was successful."
+want_status 0 "Finished Installing Skyvane: Installation was successful."
 want_asked_for "2 3 "
 same_tree "$SOURCE" Linux "$SCRATCH/Copy"
 ! is_in 1 || fail "the first disc was not ejected"
@@ -28,8 +27,7 @@ grep -q "os_dir_this_app.*=$TMPDIR/skyvane-disc-" "$log" || fail "no log of the 
 only_disc 1
 ln -s tmp "$SCRATCH/link"
 TMPDIR=$SCRATCH/link start_from_disc --dest=. --name=Other
-want_status 2
-want_text "I accept this agreement."
+want_status 2 "I accept this agreement."
 want_no_leftovers
 
 # Where nothing that is copied can run, it works from the disc.
@@ -37,12 +35,9 @@ only_disc 1
 insert_disc 2
 insert_disc 3
 DISC=${DISC%/*}/1
-mkdir "$SCRATCH/tight"
 if [ "$(id -u)" = 0 ]; then
-  mount -t tmpfs -o size=200m,noexec tmpfs "$SCRATCH/tight"
-  MOUNTS+=("$SCRATCH/tight")
-  TMPDIR=$SCRATCH/tight start_from_disc --accept_eula --dest=. --name=Third --sectors=none
-  want_status 0
+  volume "$SCRATCH/tight" size=200m,noexec
+  TMPDIR=$SCRATCH/tight want 0 start_from_disc --accept_eula --dest=. --name=Third --sectors=none
   SECTORS=nothing same_tree "$SOURCE" Linux "$SCRATCH/Third"
   [ -z "$(ls "$SCRATCH/tight")" ] || fail "working files were left: $(ls "$SCRATCH/tight")"
 fi
@@ -51,8 +46,8 @@ fi
 # language files; the disc is free from then on.
 for disc in 1 2 3; do take_out "$disc"; done
 insert_disc 1
-export HOME=$SCRATCH/home XDG_CONFIG_HOME=$SCRATCH/other XDG_STATE_HOME=$SCRATCH/other_state  # where no copy is known
-mkdir -p "$HOME/Desktop"
+export XDG_CONFIG_HOME=$SCRATCH/other XDG_STATE_HOME=$SCRATCH/other_state  # where no copy is known
+own_home
 copy_pid() { WINDOW_PID=$(pgrep -f "^$TMPDIR/skyvane-disc-"); }
 start_display
 STATUS=0
@@ -63,7 +58,7 @@ wait_for "its window" find_window
 xdotool mousemove $((SCREEN_DX - 1)) $((SCREEN_DY - 1))
 diff -r "$DISC/Resources" "$TMPDIR"/skyvane-disc-*/Resources || fail "the language files were left behind"
 wait_open
-umount "$DISC" || fail "the disc is held"
+wait_for "the disc to be free" umount "$DISC"  # it is looked at now and again
 shot leave_disc
 insert_disc 1
 walk_to_map

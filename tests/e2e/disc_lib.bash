@@ -100,10 +100,8 @@ flip() { printf '\xA5\x5A\xA5\x5A' | dd of="$1" bs=1 seek=$(($(stat -c %s "$1") 
 # repair_all: two runs from good discs make $copy whole, whatever was wrong with it.
 repair_all() {
   all_discs_of "$IMAGES"
-  run_with_discs --do=repair --on_modified=overwrite
-  want_status 0
-  run_with_discs --do=scenery --sectors=all --on_modified=overwrite
-  want_status 0
+  want 0 run_with_discs --do=repair --on_modified=overwrite
+  want 0 run_with_discs --do=scenery --sectors=all --on_modified=overwrite
   same_tree "$SOURCE" Linux "$copy"
   want_no_leftovers
 }

@@ -5,8 +5,7 @@
 
 copy="$SCRATCH/Copy"
 only_disc 1
-run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
-want_status 0
+want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
 SECTORS='\\+30-120'
 
 repair() {
@@ -15,8 +14,7 @@ repair() {
 }
 
 # A copy that is whole needs nothing, and no disc but the first.
-repair
-want_status 0
+want 0 repair
 want_text "Finished Repairing Skyvane. I have finished repairing $copy/ - click Back to return to the main menu."
 want_asked_for ""
 
@@ -28,16 +26,14 @@ rm Instructions/Manual.txt Instructions/"one byte.txt"
 truncate -s 1 Skyvane.app
 chmod 644 Skyvane.app
 cd "$SCRATCH"
-repair --on_modified=overwrite
-want_status 0
+want 0 repair --on_modified=overwrite
 same_tree "$SOURCE" Linux "$copy"
 want_no_leftovers
 
 # A damaged file that is there in another spelling is put right under that one, and stays one file.
 mv "$copy/Airfoils/NACA 0013.afl" "$copy/Airfoils/naca 0013.AFL"
 : >"$copy/Airfoils/naca 0013.AFL"
-repair --on_modified=overwrite
-want_status 0
+want 0 repair --on_modified=overwrite
 [ ! -e "$copy/Airfoils/NACA 0013.afl" ] || fail "a second file beside the one in another spelling"
 mv "$copy/Airfoils/naca 0013.AFL" "$copy/Airfoils/NACA 0013.afl"
 same_tree "$SOURCE" Linux "$copy"
@@ -47,13 +43,10 @@ echo mine >"$copy/Airfoils/NACA 0012.afl"
 echo mine >"$copy/Airfoils/My own.afl"
 rm "$copy/Airfoils/NACA 0013.afl"
 repair
-want_status 0
-want_text "1 files that you have modified were kept."
+want_status 0 "1 files that you have modified were kept."
 [ "$(cat "$copy/Airfoils/NACA 0012.afl")" = mine ] || fail "the user's file was overwritten"
-repair --on_modified=cancel
-want_status 2
-repair --on_modified=overwrite
-want_status 0
+want 2 repair --on_modified=cancel
+want 0 repair --on_modified=overwrite
 [ "$(cat "$copy/Airfoils/My own.afl")" = mine ] || fail "the user's own file was touched"
 rm "$copy/Airfoils/My own.afl"
 same_tree "$SOURCE" Linux "$copy"
@@ -63,18 +56,14 @@ last=$(cd "$MASTER/disk_2/$RELEASE" && find All Linux -name '*.zip' 2>/dev/null 
 [ -n "$last" ] || fail "nothing for this platform on the last disc"
 last=${last#*/}
 rm "$copy/${last%.zip}"
-repair
-want_status 0
+want 0 repair
 want_asked_for "3 "
 same_tree "$SOURCE" Linux "$copy"
 
 # No room: the page refuses, and nothing is touched.
 if [ "$(id -u)" = 0 ]; then
-  mkdir "$SCRATCH/small"
-  mount -t tmpfs -o size=1m tmpfs "$SCRATCH/small"
-  MOUNTS+=("$SCRATCH/small")
+  volume "$SCRATCH/small" size=1m
   mkdir -p "$SCRATCH/small/Copy"/{Airfoils,Instructions,Output,Resources}
   repair --copy="$SCRATCH/small/Copy"
-  want_status 2
-  want_text "You do not have enough free disk space to repair this copy of Skyvane."
+  want_status 2 "You do not have enough free disk space to repair this copy of Skyvane."
 fi

@@ -7,10 +7,8 @@
 for disc in 1 2 3; do insert_disc "$disc"; done
 
 # The copy that is updated.
-web_root "Skyvane old" "$FIXTURE/master-old" >"$SCRATCH/root"
-serve "$(cat "$SCRATCH/root")"
-run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=old $(through_proxy "$PORT")
-want_status 0
+serve_release old
+want 0 install_demo old
 for mine in "my flights.txt" "Aircraft/General Aviation/Little Wren/notes.txt"; do
   printf mine >"$SCRATCH/old/$mine"
 done
@@ -18,7 +16,6 @@ for changed in "Instructions/Pilot's Guide.txt" "Airfoils/Clark Y.afl"; do
   printf 'changed by me' >"$SCRATCH/old/$changed"
 done
 
-web_root "Skyvane new" "$FIXTURE/master-new" >"$SCRATCH/root"
-serve "$(cat "$SCRATCH/root")"
+serve_release new
 export SCRATCH PORT
 python3 -B "$(dirname "$0")/faults.py" "$@"

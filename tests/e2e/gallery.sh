@@ -2,21 +2,18 @@
 # The gallery: the whole page as a picture without a display, and in a window the wheel, the bar and
 # a widget far down the page.
 SCALE=1 # the page's picture, which the window is held against, has a pixel a unit
-. "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
 mkdir -p "$SCRATCH/bin"
 cp "$BIN/gallery/skyvane-gallery" "$SCRATCH/bin/"
 page=$SCRATCH/page.png
 
 echo "The page as a picture"
-run skyvane-gallery --png="$page"
-want_status 0
+want 0 run skyvane-gallery --png="$page"
 [ "$(convert "$page" -format '%w' info:)" = 800 ] || fail "the picture is not as wide as the window"
 height=$(convert "$page" -format '%h' info:)
 [ "$height" -gt 3000 ] || fail "the picture is only $height high"
 # One more time gives the same bytes: nothing in it depends on the clock or the pointer.
-run skyvane-gallery --png="$SCRATCH/again.png"
-want_status 0
+want 0 run skyvane-gallery --png="$SCRATCH/again.png"
 cmp "$page" "$SCRATCH/again.png" || fail "two runs draw different pages"
 
 # Swatches of fixed colours, by their numbers in the table.
@@ -35,8 +32,7 @@ done <<'COLOURS'
 COLOURS
 
 run skyvane-gallery --png="$SCRATCH/no such folder/page.png"
-want_status 1
-want_text "cannot be written"
+want_status 1 "cannot be written"
 
 echo "The page in a window: it is the same, wherever it is scrolled to"
 # shows_page DOWN: whether the window shows the picture from this row on. A line may end a pixel
@@ -84,9 +80,8 @@ echo "The dialogs that no page opens, in every language: each is written, and it
 mkdir "$SCRATCH/dialogs"
 for language in ${SPEAK:-0 1 2 3 4 5}; do
   rm -f "$SCRATCH/dialogs"/*
-  run skyvane-gallery --dialogs="$SCRATCH/dialogs" --check_layout \
+  want 0 run skyvane-gallery --dialogs="$SCRATCH/dialogs" --check_layout \
     --texts="$BIN/Resources/text/${LANGUAGE_FOLDERS[language]}/Installer2.txt"
-  want_status 0
   [ "$(ls "$SCRATCH/dialogs" | wc -l)" -ge 9 ] || fail "only $(ls "$SCRATCH/dialogs")"
   want_all_in_place
 done

@@ -269,8 +269,8 @@ def perform(spec):
             seen, ended = {"memory": 0, "disk": 0}, threading.Event()
             if part == "bulk":
                 threading.Thread(target=watch_disk, args=(seen, base, ended), daemon=True).start()
-            if "during" in options:
-                options["during"](scene, runs)
+            for while_it_runs in ("meanwhile", "during"):
+                options.get(while_it_runs, lambda *_: None)(scene, runs)
             for run in runs:
                 try:
                     run.wait(options["patience"] + 50)

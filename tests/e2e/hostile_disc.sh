@@ -1,7 +1,5 @@
 #!/usr/bin/env bash
-# What a disc may hold in place of a release. To try the programs of another build:
-#
-#   BIN=$PWD/build/release FIXTURE=$PWD/build/release tests/e2e/hostile_disc.sh
+# What a disc may hold in place of a release.
 . "$(dirname "$0")/lib.sh"
 need_root "mounting discs"
 need_tools xorriso 7z

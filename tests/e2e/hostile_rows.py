@@ -1,5 +1,5 @@
 # The rows of the table of attacks; hostile.py says what each of them must leave alone.
-import itertools, os, signal, socket, stat, struct, subprocess, sys, time
+import itertools, os, signal, socket, stat, struct, subprocess, sys, threading, time
 from hostile import *
 
 BOMB = b"\0" * 4_000_000
@@ -289,14 +289,27 @@ row("near", "a file that was changed by the user", OK, "files kept, because you 
     before=lambda s: s.put("sim/Aircraft/one.acf", b"changed by me"), has=["Resources/two.txt"])
 row("near", "a fifo where a file is shipped", OK, "files kept, because you have modified them", has=["Resources/two.txt"],
     before=fifo("sim/Aircraft/one.acf"), mine=["Aircraft/one.acf"])
-def slowly(sent):
-    """The first program is still at work when the last one begins."""
-    return lambda connection: (time.sleep(2), connection.sendall(answer(sent)))
 
 
-many = [a_file("All/Resources/part %d.txt" % i) for i in range(30)] + [a_file(EVIL, b"x", sent=slowly(packed((NAME, b"x"))))]
-row("near", "two programs at once", [OK, 4], "", programs=2, files=many)
-row("near", "three programs at once", [OK, 4, 4], "", programs=3, files=many)
+def together(count):
+    """Programs that begin at once; the one that works is held until the others have ended."""
+    others_ended = threading.Event()
+
+    def hold(connection):
+        others_ended.wait(60)
+        connection.sendall(answer(packed((NAME, b"x"))))
+
+    def watch(scene, runs):
+        while sum(run.poll() is None for run in runs) > 1 and not others_ended.wait(0.05):
+            pass
+        others_ended.set()
+
+    files = [a_file("All/Resources/part %d.txt" % i) for i in range(30)] + [a_file(EVIL, b"x", sent=hold)]
+    return {"programs": count, "meanwhile": watch, "files": files}
+
+
+row("near", "two programs at once", [OK, 4], "", **together(2))
+row("near", "three programs at once", [OK, 4, 4], "", **together(3))
 
 
 def swaps(scene, runs):
@@ -331,7 +344,7 @@ def moved(to):
 
 
 row("near", "a copy that is reached by a link", OK, DONE, before=moved("real"), during=lambda *_: None)
-row("near", "two programs, one by a link to the copy", [OK, 4], "", programs=2, files=many, before=moved("real"), during=lambda *_: None,
+row("near", "two programs, one by a link to the copy", [OK, 4], "", before=moved("real"), during=lambda *_: None, **together(2),
     place=lambda scene, turn=itertools.cycle(["/sim", "/tmp/real"]): "--copy=" + scene.base + next(turn))
 for name, to in {"control characters": "\x1b[2J\x07", "bytes that are no UTF-8": "\udcff\udcfe", "200 letters": "n" * 200}.items():
     row("near", "a copy with %s in its path" % name, OK, DONE, before=moved(to), during=lambda *_: None, place=lambda scene, to=to: "--copy=" + scene.base + "/tmp/" + to)

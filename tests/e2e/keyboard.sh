@@ -7,28 +7,22 @@ move_to() { fail "a mouse is used"; }
 click_away() { fail "a mouse is used"; }
 press_next() { press_key Return; }
 press_back() { press_key Escape; }
+accept_licence() {
+  tab 1
+  press_key space
+  wait_open
+}
 tab() { press_key $(yes Tab | head -n "$1"); }
 
-export HOME=$SCRATCH/home
-mkdir -p "$HOME/Desktop"
-old_root=$(web_root "Skyvane old" "$FIXTURE/master-old")
-new_root=$(web_root "Skyvane new" "$FIXTURE/master-new")
-
-# installed NAME: what a run without a display installs from the present server.
-installed() {
-  run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name="$1" \
-    $(through_proxy "$PORT")
-  want_status 0
-}
+own_home
 same_copies() { diff -r --no-dereference "$1" "$2" >"$OUT" || fail "$2 is not what $1 is"; }
 
-serve "$old_root"
-installed Old
+serve_release old
+want 0 install_demo Old
 start_display
 
 echo "The demo: a page by Return, back by Escape, a box by Space"
-open_window skyvane-demo-installer $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-demo-installer $(through_proxy "$PORT")
 learn_faces
 
 echo "Options: an open list takes the keys, and the field behind it gets none of them"
@@ -55,29 +49,19 @@ press_key Escape
 wait_no_dialog
 
 press_back
-press_next
-wait_step 1
+next_to 1
 wait_grey
 press_next
-tab 1
-press_key space
-wait_open
+accept_licence
 press_key space
 wait_grey
 step_is_lit 1 || fail "a grey Next moved on"
-press_key Escape
-wait_step 0
-press_next
-wait_step 1
-tab 1
-press_key space
-wait_open
+back_to 0
+next_to 1
+accept_licence
 shot key_1_licence
-press_next
-wait_step 3
-wait_open
-press_next
-wait_step 5
+next_to 3
+next_to 5
 shot key_3_finish
 demo=$(echo "$HOME/Desktop"/*)
 same_copies "$SCRATCH/Old" "$demo"
@@ -87,22 +71,17 @@ window_ended 0
 echo "The update: the second of two copies, by Tab and Space"
 cp -a "$demo" "$SCRATCH/Two"
 printf '%s/\n' "$SCRATCH/Old" "$SCRATCH/Two" >"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
-serve "$new_root"
-installed New
+serve_release new
+want 0 install_demo New
 cp -a "$demo" "$SCRATCH/Old before"
-open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
-press_next
-wait_step 1
+open_wizard skyvane-web-updater $(through_proxy "$PORT")
+next_to 1
 tab 2
 press_key space
 wait_open
 shot key_5_copies
-press_next
-wait_step 3
-wait_open
-press_next
-wait_step 5
+next_to 3
+next_to 5
 same_copies "$SCRATCH/New" "$SCRATCH/Two"
 same_copies "$SCRATCH/Old before" "$SCRATCH/Old"
 press_next
@@ -113,18 +92,7 @@ rm -r "$demo" "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
 copy="$HOME/Desktop/$RELEASE"
 insert_disc 1
 open_window skyvane-disc-installer
-wait_step 0
-wait_open
-press_next
-wait_step 1
-wait_open
-press_next
-wait_step 2
-tab 1
-press_key space
-wait_open
-press_next
-wait_step 3
+walk_to_map
 wait_still
 needed_all=$(needed)
 tab 3  # over the map and All to None

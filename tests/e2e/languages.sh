@@ -6,14 +6,13 @@ texts=$(cd "$(dirname "$0")/../.." && pwd)/script/texts
 
 log="$SCRATCH/bin/Skyvane Installer Log.txt"
 
-serve "$(web_root "Skyvane new" "$FIXTURE/master-new")"
+serve_release new
 options=($(through_proxy "$PORT") --unattended --missing_strings)
 
 # demo LANGUAGE: installs a copy; LANGUAGE is an index.
 demo() {
-  run skyvane-demo-installer "${options[@]}" --pref:_lang="$1" --accept_eula \
+  want 0 run skyvane-demo-installer "${options[@]}" --pref:_lang="$1" --accept_eula \
     --dest="$SCRATCH" --name="Copy $1"
-  want_status 0
   same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/Copy $1"
 }
 
@@ -51,8 +50,7 @@ rm -r "$SCRATCH/Copy 6"
 demo 6
 missing
 rm "$SCRATCH/Copy 6/$(cut -f1 "$SCRATCH/want.tsv" | head -n 1)"
-run skyvane-web-updater "${options[@]}" --pref:_lang=6 --copy="$SCRATCH/Copy 6"
-want_status 0
+want 0 run skyvane-web-updater "${options[@]}" --pref:_lang=6 --copy="$SCRATCH/Copy 6"
 missing
 echo "in the way" >"$SCRATCH/file"
 run skyvane-demo-installer "${options[@]}" --pref:_lang=6 --accept_eula --dest="$SCRATCH/file" --name=No

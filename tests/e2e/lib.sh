@@ -112,11 +112,37 @@ run() {
   env -u DISPLAY timeout 300 "$path" "$@" >"$OUT" 2>&1 </dev/null || STATUS=$?
 }
 
+# start PROGRAM ARGS...: the same in the background; leaves PID and OUT.
+start() {
+  local path
+  path=$(program "$1")
+  shift
+  : >"$OUT"
+  env -u DISPLAY "$path" "$@" >"$OUT" 2>&1 </dev/null &
+  PID=$!
+  CHILDREN+=("$PID")
+}
+
+# wait_end PID: until it ends; leaves STATUS.
+wait_end() {
+  STATUS=0
+  wait "$1" 2>/dev/null || STATUS=$?
+}
+
+# want STATUS COMMAND...: one that leaves STATUS and OUT, such as run, ends with that status.
+want() {
+  "${@:2}"
+  want_status "$1"
+}
+
+# want_status STATUS [TEXT...]: of what has run last, which has also said these.
 want_status() {
+  local text
   [ "$STATUS" = "$1" ] || fail "status $STATUS, wanted $1"
   if grep -qE 'ERROR: (Address|Thread|Leak)Sanitizer|runtime error:' "$OUT"; then
     fail "a sanitizer complained"
   fi
+  for text in "${@:2}"; do want_text "$text"; done
 }
 
 want_text() {
@@ -183,6 +209,30 @@ web_root() {
   ln -sfn "$master/disk_0/$name" "$root/updates/$name"
   server_list "$name" "mirror.example" >"$root/serverlist9.txt"
   echo "$root"
+}
+
+# serve_release VERSION [CONFIG]: a server of that sample release; leaves ROOT, its folder, and PORT.
+serve_release() {
+  ROOT=$(web_root "Skyvane $1" "$FIXTURE/master-$1")
+  serve "$ROOT" "${2:-}"
+}
+
+# install_demo NAME ARGS...: what is served at PORT, into a copy in the scratch folder.
+install_demo() {
+  run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name="$1" \
+    $(through_proxy "$PORT") "${@:2}"
+}
+
+# volume FOLDER OPTIONS: a file system of its own, for as long as the test runs.
+volume() {
+  mkdir -p "$1"
+  mount -t tmpfs -o "$2" tmpfs "$1" && MOUNTS+=("$1")
+}
+
+# own_home: of a user who has nothing but a desktop.
+own_home() {
+  export HOME=$SCRATCH/home
+  mkdir -p "$HOME/Desktop"
 }
 
 # server_list NAME HOST...: a server list with these mirrors, each with its releases in /updates/.

@@ -1,17 +1,11 @@
-# Shared by the tests that go through the flows by hand; sourced after lib_window.sh.
+# Shared by the tests that go through the flows by hand, which source it in place of lib.sh.
+. "$(dirname "${BASH_SOURCE[0]}")/lib_window.sh"
 
 # The middle of the left panel. No step and no mirror is there, and every dialog covers it.
 DIALOG_SPOT=(150 300)
 PANEL=      # its colour while no dialog is up
-OPEN_FACE=  # Next, when it leads on
-GREY_FACE=  # and when it does not; set by the test
 
-wait_colour() { wait_for "colour $3 at $1, $2 (there is $(colour_at "$1" "$2"))" shows "$@"; }
 wait_other_colour() { wait_for "another colour than $3 at $1, $2" shows_other "$@"; }
-wait_log() { wait_file_text "$SCRATCH/bin/Skyvane Installer Log.txt" "$1"; }
-# Next's face, off its letters.
-next_face() { colour_at 675 20; }
-wait_next() { wait_colour 675 20 "$1"; }
 
 # wait_still: until two looks running see the same; a frame may be half drawn when one falls.
 wait_still() { wait_for "a picture that stands still" is_still; }
@@ -28,13 +22,27 @@ learn_faces() {
   wait_open
   wait_still
   PANEL=$(colour_at "${DIALOG_SPOT[@]}")
-  OPEN_FACE=$(next_face)
 }
 
 dialog_is_up() { shows_other "${DIALOG_SPOT[@]}" "$PANEL"; }
 dialog_is_gone() { shows "${DIALOG_SPOT[@]}" "$PANEL"; }
 wait_dialog() { wait_for "a dialog" dialog_is_up; }
 wait_no_dialog() { wait_for "the page behind the dialog" dialog_is_gone; }
+
+open_options() {
+  click_away 145 23
+  wait_dialog
+}
+close_options() {
+  click_away 116 480
+  wait_no_dialog
+}
+
+# back_asks: whether to give up.
+back_asks() {
+  press_back
+  wait_dialog
+}
 
 no_step_is_lit() {
   local step
@@ -58,6 +66,16 @@ start_skyvane() {
   window_ended 1
   wait_file_text "$OUT" "Started: Linux/Skyvane.app (revision $1)"
 }
+
+# slow_scan FILE: one of a copy takes longer to read than a hand to move; quick_scan takes that back.
+slow_scan() {
+  BIG=$1
+  mv "$BIG" "$SCRATCH/kept.afl"
+  truncate -s 20G "$BIG"
+}
+quick_scan() { mv "$SCRATCH/kept.afl" "$BIG"; }
+is_scanning() { find "/proc/$WINDOW_PID/fd" -lname "$BIG" | grep -q .; }
+is_not_scanning() { ! is_scanning; }
 
 # --- the question about a modified file ------------------------------------------------------------
 

@@ -1,4 +1,4 @@
-# Shared by the tests with a window; sourced after lib.sh.
+# Shared by the tests with a window, which source it in place of lib.sh.
 #
 # A display of their own (Xvfb with a window manager), a real pointer and real keys (xdotool), and
 # eyes: Xvfb keeps what it shows in a file, so a pixel is read without asking anybody. Places are
@@ -6,6 +6,7 @@
 # environment says 2. Whatever is waited for is looked at every 50th of a second, for WAIT_SECONDS at
 # most.
 
+declare -F finish >/dev/null || . "$(dirname "${BASH_SOURCE[0]}")/lib.sh"  # the tests of the discs have theirs
 need_tools Xvfb xdotool openbox xprop setxkbmap import
 
 ART=$(dirname "${BASH_SOURCE[0]}")/../../art
@@ -92,6 +93,12 @@ open_window() {
   wait_for "the window" find_window
   # The window manager may still move it: its place is asked for with every use, not kept.
   xdotool mousemove $((SCREEN_DX - 1)) $((SCREEN_DY - 1))
+}
+
+# open_wizard PROGRAM ARGS...: the same until the first page is there.
+open_wizard() {
+  open_window "$@"
+  wait_step 0
 }
 
 find_window() {
@@ -224,10 +231,8 @@ shot() {
 
 # --- the wizard's bottom row -----------------------------------------------------------------------
 press_quit() { click_away 55 23; }
-press_options() { click_away 145 23; }
 press_back() { click_away 604 23; }
 press_next() { click_away 720 23; }
-press_last_quit() { click_away 695 23; }
 # Next's face at a place off its letters, as the pictures have it: bright, or, when it leads nowhere,
 # half mixed with the sky behind it. (A reading may come between two frames, when the sky alone is
 # there, and so neither is taken for the other's absence.)
@@ -244,4 +249,28 @@ next_is_grey() {
   done
 }
 wait_open() { wait_for "Next to open" next_is_open; }
+# next_to N, back_to N: leads to step N.
+next_to() {
+  wait_open
+  press_next
+  wait_step "$1"
+}
+back_to() {
+  press_back
+  wait_step "$1"
+}
+# accept_licence: on its page, in the box above the bottom row.
+accept_licence() {
+  click_away 230 103
+  wait_open
+}
+# By the button at the left, which all pages have but the last; and by the last page's.
+quit_wizard() {
+  press_quit
+  window_ended 0
+}
+quit_last_page() {
+  click_away 695 23
+  window_ended 0
+}
 wait_grey() { wait_for "Next to be grey" next_is_grey; }

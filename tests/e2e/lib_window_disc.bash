@@ -1,6 +1,5 @@
 # Shared by the tests of the disc flows by hand; sourced in place of lib.sh.
 . "$(dirname "${BASH_SOURCE[0]}")/disc_lib.bash"
-. "$(dirname "${BASH_SOURCE[0]}")/lib_window.sh"
 . "$(dirname "${BASH_SOURCE[0]}")/lib_flows.sh"
 
 is_out() { ! is_in "$1"; }
@@ -19,15 +18,10 @@ walk_to_map() {
   wait_step 0
   wait_open
   learn_faces
-  press_next
-  wait_step 1
-  wait_open
-  press_next
-  wait_step 2
-  click_away 230 103
-  wait_open
-  press_next
-  wait_step 3
+  next_to 1
+  next_to 2
+  accept_licence
+  next_to 3
 }
 
 # --- a job that goes wrong -------------------------------------------------------------------------

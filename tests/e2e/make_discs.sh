@@ -17,8 +17,7 @@ go() { STATUS=0; "$make_discs" "$@" >"$OUT" 2>&1 || STATUS=$?; }
 while IFS='|' read -r status said flags; do
   # shellcheck disable=SC2086  # several flags
   go $flags
-  want_status "$status"
-  want_text "$said"
+  want_status "$status" "$said"
   [ ! -e "$discs" ] || fail "$flags: something is made"
 done <<ROWS
 2|make_discs: no master in $SCRATCH|$SCRATCH $discs
@@ -37,8 +36,7 @@ ROWS
 mkdir "$discs"
 : >"$discs/disc_3.iso"
 go --disc_capacity=1600 --program="$SCRATCH/program" "$master" "$discs"
-want_status 0
-want_text "make_discs: of an earlier master, and not of this one: $discs/disc_3.iso"
+want_status 0 "make_discs: of an earlier master, and not of this one: $discs/disc_3.iso"
 for number in 1 2; do
   bytes=$(stat -c %s "$discs/disc_$number.iso")
   want_text "disc $number takes $(((bytes + 999) / 1000)) KB"

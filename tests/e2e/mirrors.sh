@@ -27,7 +27,6 @@ stall() {
 stall &
 CHILDREN+=("$!")
 
-run skyvane-demo-loopback --unattended --accept_eula --dest="$SCRATCH" --name=Copy
-want_status 0
+want 0 run skyvane-demo-loopback --unattended --accept_eula --dest="$SCRATCH" --name=Copy
 [ ! -e "$SCRATCH/slow" ] || fail "no mirror has stalled"
 same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/Copy"

@@ -27,7 +27,7 @@ in_root() {  # FOLDER COMMAND...
 }
 files_of() { (cd "$1" && find . \( -path ./proc -o -path ./var/lib/dpkg -o -path ./var/log \) -prune -o -print | sort); }
 
-serve "$(web_root "Skyvane new" "$FIXTURE/master-new")"
+serve_release new
 for edition in skyvane-demo-installer skyvane-web-updater skyvane-disc-installer; do
   deb=$(echo "$made/${edition}"_*.deb)
   echo "$edition: $(stat -c %s "$deb") bytes packed"

@@ -3,28 +3,20 @@
 # installed the one that it has, whatever the next run is told.
 . "$(dirname "$0")/lib.sh"
 
-# release VERSION: what the server has from now on.
-release() {
-  serve "$(web_root "Skyvane $1" "$FIXTURE/master-$1")"
-}
-
-release old
+serve_release old
 for row in "Linux" "Macintosh --platform=mac" "Windows --platform=windows"; do
   set -- $row
-  run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name="$1" ${2:-} \
-    $(through_proxy "$PORT")
-  want_status 0
+  want 0 install_demo "$1" ${2:-}
   same_tree "$FIXTURE/sample/old" "$1" "$SCRATCH/$1"
 done
 
-release new
+serve_release new
 cp -a "$SCRATCH/Macintosh" "$SCRATCH/damaged"
 rm -r "$SCRATCH/damaged/Skyvane.app" "$SCRATCH/damaged/Resources/plugins"
 for row in "Linux linux" "Linux mac" "Macintosh linux" "Windows linux"; do
   set -- $row
   for copy in "$SCRATCH/$1" $([ "$1" != Macintosh ] || echo "$SCRATCH/damaged"); do
-    run skyvane-web-updater --unattended --copy="$copy" --platform="$2" $(through_proxy "$PORT")
-    want_status 0
+    want 0 run skyvane-web-updater --unattended --copy="$copy" --platform="$2" $(through_proxy "$PORT")
     same_tree "$FIXTURE/sample/new" "$1" "$copy"
   done
 done
@@ -33,15 +25,12 @@ want_text "Started: Linux/Skyvane.app (revision 1)"
 
 # A file of the user in the place of one that another platform is shipped decides nothing.
 echo data >"$SCRATCH/Macintosh/Skyvane.exe"
-run skyvane-web-updater --unattended --copy="$SCRATCH/Macintosh" $(through_proxy "$PORT")
-want_status 0
+want 0 run skyvane-web-updater --unattended --copy="$SCRATCH/Macintosh" $(through_proxy "$PORT")
 rm "$SCRATCH/Macintosh/Skyvane.exe"
 same_tree "$FIXTURE/sample/new" Macintosh "$SCRATCH/Macintosh"
 grep -qF "is for Macintosh and stays so" "$SCRATCH/bin/Skyvane Installer Log.txt" ||
   fail "the log does not say what the copy is for"
 
-run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=No --platform=beos \
-  $(through_proxy "$PORT")
-want_status 2
-want_text "--platform wants mac|windows|linux, not 'beos'."
+install_demo No --platform=beos
+want_status 2 "--platform wants mac|windows|linux, not 'beos'."
 [ ! -e "$SCRATCH/No" ] || fail "a copy for no platform"

@@ -13,8 +13,7 @@ head=$'I\n9002 version\n'
 # them at its end.
 run_once() {
   run skyvane-demo-installer --unattended "$@"
-  want_status 2
-  want_text "--accept_eula"
+  want_status 2 "--accept_eula"
 }
 
 setting() { sed -n "s/^$1 //p" "$settings"; }
@@ -60,20 +59,17 @@ LC_ALL=it_IT.UTF-8 run_once --pref:_lang=4
 want_text "Bienvenida"
 
 echo "What a file says"
-rows() { # LABEL|CONTENT|TAG=VALUE...
-  cat <<'ROWS'
+while IFS='|' read -r label content wanted; do
+  printf "$content" >"$settings"
+  run_once
+  want_settings "$label" $wanted
+done <<'ROWS'
 whole|I\n9002 version\n_stream_count 3\n_log_actions 1\n_proxy_host a b.example\n_proxy_port 81\n_proxy_port_int 82\n_lang 4\n|_stream_count=3 _log_actions=1 _proxy_port=81 _proxy_port_int=82 _lang=4
 an older version|I\n9001 version\n_stream_count 3\n_lang 4\n|_stream_count=0 _lang=0
 junk|\377\376\000\001junk\n_stream_count 3\n|_stream_count=0
 empty||_stream_count=0 _lang=0
 languages that there are not|I\n9002 version\n_lang 99\n_stream_count 3\n|_stream_count=3
 ROWS
-}
-while IFS='|' read -r label content wanted; do
-  printf "$content" >"$settings"
-  run_once
-  want_settings "$label" $wanted
-done < <(rows)
 
 echo "A file of a hundred megabytes"
 {
@@ -100,8 +96,7 @@ want_kept() { # LABEL WORDS-OF-THE-LOG
 }
 
 echo "A full disk"
-mount -t tmpfs -o size=64k tmpfs "$folder"
-MOUNTS+=("$folder")
+volume "$folder" size=64k
 printf '%s_stream_count 3\n_log_actions 1\n' "$head" >"$settings"
 cat /dev/zero >"$folder/filler" 2>/dev/null || true
 run_once --pref:_lang=0

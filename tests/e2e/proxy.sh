@@ -22,8 +22,7 @@ for port in $(shuf -i 32001-40000 -n 30); do
   done
 done
 
-run skyvane-demo-loopback --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
+want 0 run skyvane-demo-loopback --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
   $(through_proxy "$port")
-want_status 0
 same_tree "$FIXTURE/sample/new" Linux "$SCRATCH/Copy"
 grep -q "127.0.0.7" "$SCRATCH/tinyproxy.log" || fail "the mirror was not asked through the proxy"

@@ -18,12 +18,10 @@ printf '[away]\ntype = webdav\nurl = http://127.0.0.1:1\nvendor = other\n' >>"$R
 
 mirrors=(dav:updates sftp:updates "$web/disk/updates")
 publish_to() { publish --download --list="$list" --list_remote=dav:serverlist9.txt "$FIXTURE/master-new" "$@"; }
-publish_to "${mirrors[@]}" --dry_run
-want_status 0
+want 0 publish_to "${mirrors[@]}" --dry_run
 [ -z "$(find "$web" -type f)" ] || fail "a dry run sends"
 want_text "publish: WARNING: 1 names are not UTF-8, which object storage changes, so that no installer finds them"
-publish_to "${mirrors[@]}"
-want_status 0
+want 0 publish_to "${mirrors[@]}"
 for host in dav sftp disk; do
   diff -r "$FIXTURE/master-new/disk_0/$name" "$web/$host/updates/$name" || fail "not what was published: $host"
 done
@@ -33,29 +31,25 @@ done
 archive=$(find "$sftp" -name '*.zip' -size +1k ! -name 'directory*' | sort | head -n 1)
 rm "$archive" "$dav/serverlist9.txt"
 publish_to away:updates "${mirrors[@]}"
-want_status 1
-want_text "publish: away:updates does not hold the whole of $name; what is wrong stands above"
+want_status 1 "publish: away:updates does not hold the whole of $name; what is wrong stands above"
 want_text "publish: the server list stays as it is: mend the mirrors and say the same again, or leave"
 [ -s "$archive" ] || fail "the mirrors behind one that is away are not filled"
 [ ! -e "$dav/serverlist9.txt" ] || fail "the list goes out with a mirror away"
 # One that differs is not written to.
 echo damaged >>"$archive"
 publish_to "${mirrors[@]}"
-want_status 1
-want_text "publish: sftp:updates does not hold the whole of $name"
+want_status 1 "publish: sftp:updates does not hold the whole of $name"
 [ "$(grep -c "^publish: .* does not hold" "$OUT")" = 1 ] || fail "others are said to differ"
 [ ! -e "$dav/serverlist9.txt" ] && [ "$(tail -n 1 "$archive" | tr -d '\0' | tail -c 8)" = damaged ] ||
   fail "a mirror that differs is written to, or the list goes out"
 # The mirrors are whole, but the list has no place to go.
 mkdir "$SCRATCH/full"
 publish --list="$list" --list_remote=away:serverlist9.txt "$FIXTURE/master-new" "$SCRATCH/full"
-want_status 1
-want_text "publish: the server list could not be sent; the mirrors are whole"
+want_status 1 "publish: the server list could not be sent; the mirrors are whole"
 
 while IFS='|' read -r said flags; do
   # shellcheck disable=SC2086  # words
-  publish $flags
-  want_status 2
+  want 2 publish $flags
   [ -z "$said" ] || [ "$(cat "$OUT")" = "publish$said" ] || fail "$flags: does not say: $said"
 done <<ROWS
 : unknown option --bad|--bad x y
@@ -74,18 +68,15 @@ ROWS
 # --- as a cron job and an installer see it --------------------------------------------------------
 cp "$list" "$dav/serverlist9.txt"
 mirror_hosts "$web"
-check_mirrors "$list"
-want_status 1
+want 1 check_mirrors "$list"
 want_line "sftp/updates/: lies: ${archive#"$sftp/updates/$name/"} has $(stat -c %s "$archive") bytes, another mirror has $(($(stat -c %s "$archive") - 8))"
 want_line "disk/updates/: $name is whole: $(find "$web/disk" -name '*.zip' ! -name directory.txt.zip | wc -l) files, 10 of them compared"
 cp "$FIXTURE/master-new/disk_0/$name/${archive#"$sftp/updates/$name/"}" "$archive"
-check_mirrors --quiet "$list"
-want_status 0
+want 0 check_mirrors --quiet "$list"
 [ ! -s "$OUT" ] || fail "without a fault something is said"
 
 rm -r "$dav/updates" # a mirror that the list names first has nothing any more
-check_mirrors --quiet "$list"
-want_status 1
+want 1 check_mirrors --quiet "$list"
 [ "$(cat "$OUT")" = "dav/updates/: is behind: it has no manifest of $name (404)" ] || fail "not what there is to say"
 install_through_mirrors "$dav/serverlist9.txt" "$FIXTURE/sample/new"
 
@@ -101,8 +92,7 @@ all="Skyvane new|Skyvane newer|Skyvane old|Skyvane old again|no release|"
 while IFS=';' read -r final beta flags status left; do
   { echo "FINAL $final"; [ -z "$beta" ] || echo "BETA $beta"; } >"$SCRATCH/list"
   # shellcheck disable=SC2086  # several flags
-  publish --prune $flags --list_remote="$SCRATCH/list" "$disk"
-  want_status "$status"
+  want "$status" publish --prune $flags --list_remote="$SCRATCH/list" "$disk"
   [ "$(folders)" = "$left" ] || fail "$final, $flags: $(folders) is left"
 done <<ROWS
 Skyvane newest;;;1;$all
@@ -117,15 +107,13 @@ want_line "$disk: Skyvane newer (91100) is kept: the list names it"
 want_line "$disk: Skyvane new (91001) is kept: it came before Skyvane newer"
 want_line "$disk: Skyvane old (90900) is deleted"
 want_line "$disk: no release is kept: it holds no manifest of ours"
-publish --prune --list_remote="$SCRATCH/list" away:updates "$disk"
-want_status 1
+want 1 publish --prune --list_remote="$SCRATCH/list" away:updates "$disk"
 want_line "publish --prune: away:updates: it could not be read"
 want_line "$disk: Skyvane newer (91100) is kept: the list names it"
 
 # --- what it costs --------------------------------------------------------------------------------
 # By the builder's own manifests: each platform's files, and those whose signature another manifest has not.
-publish --estimate --users=1000 --previous="$FIXTURE/manifest-old/directory.txt" "$FIXTURE/master-newer"
-want_status 0
+want 0 publish --estimate --users=1000 --previous="$FIXTURE/manifest-old/directory.txt" "$FIXTURE/master-newer"
 current() { # MANIFEST: path and signature of what a Linux copy wants
   awk '/^DIR /{ folder = substr($0, 5) } /^FILE /{ if ($3 != 0 && $3 != 3 && $3 != 6) next
     line = $0; for (i = 0; i < 7; i++) sub(/^[^ ]+ /, "", line); state[folder line] = $7 }

@@ -34,8 +34,7 @@ CONF
 mirror_hosts "$web" "location /updates/ { proxy_pass http://$ADDRESS; }"
 
 publish_all() { publish --list="$SCRATCH/serverlist9.txt" --list_remote=bucket:updates/serverlist9.txt "$SCRATCH/master" bucket:updates; }
-publish_all
-want_status 0
+want 0 publish_all
 rclone check --fast-list --download "$SCRATCH/master/disk_0/$name" "bucket:updates/$name" 2>"$OUT" || fail "not what was published"
 archive="$name/All/Airfoils/flat plate.afl.zip"
 headers() { curl -q -s -I "http://$ADDRESS/updates/$1" | tr -d '\r'; }
@@ -44,31 +43,24 @@ want_line "Cache-Control: no-cache"
 headers "${archive// /%20}" >"$OUT"
 want_line "Cache-Control: public, max-age=31536000, immutable"
 
-check_mirrors --sample=1000 "$SCRATCH/serverlist9.txt"
-want_status 0
+want 0 check_mirrors --sample=1000 "$SCRATCH/serverlist9.txt"
 rclone deletefile "bucket:updates/$archive"
 echo another | rclone rcat "bucket:updates/$name/All/Aircraft/Latest.zip"
-check_mirrors --sample=1000 "$SCRATCH/serverlist9.txt"
-want_status 1
+want 1 check_mirrors --sample=1000 "$SCRATCH/serverlist9.txt"
 want_line "bucket.example/updates/: misses ${archive#*/} (404)"
 want_line "bucket.example/updates/: lies: All/Aircraft/Latest.zip is damaged"
 # What is missing comes back; what differs is left alone, and has to be taken away by hand.
-publish_all
-want_status 1
+want 1 publish_all
 rclone deletefile "bucket:updates/$name/All/Aircraft/Latest.zip"
-publish_all
-want_status 0
-check_mirrors "$SCRATCH/serverlist9.txt"
-want_status 0
+want 0 publish_all
+want 0 check_mirrors "$SCRATCH/serverlist9.txt"
 rclone copyto bucket:updates/serverlist9.txt "$SCRATCH/fetched"
 install_through_mirrors "$SCRATCH/fetched" "$SCRATCH/tree"
 
 # The release before goes, when another two are there.
 publish "$FIXTURE/master-old" bucket:updates
-publish "$FIXTURE/master-newer" bucket:updates
-want_status 0
+want 0 publish "$FIXTURE/master-newer" bucket:updates
 sed 's/^FINAL .*/FINAL Skyvane newer/' "$SCRATCH/serverlist9.txt" | rclone rcat bucket:updates/serverlist9.txt
-publish --prune --list_remote=bucket:updates/serverlist9.txt bucket:updates
-want_status 0
+want 0 publish --prune --list_remote=bucket:updates/serverlist9.txt bucket:updates
 want_line "bucket:updates: Skyvane old (90900) is deleted"
 [ "$(rclone lsf --dirs-only bucket:updates | sort | tr '\n' ' ')" = "Skyvane new/ Skyvane newer/ " ] || fail "not pruned"

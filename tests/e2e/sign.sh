@@ -37,8 +37,7 @@ not_signed() { [ ! -e "$SIGNED" ] || fail "it was signed"; }
 
 # The key is here. Each line of the sums, by other programs.
 master
-go --key="$KEYS/open.key" "$MASTER"
-want_status 0
+want 0 go --key="$KEYS/open.key" "$MASTER"
 is_signed open
 tail -n +5 "$SCRATCH/directory.sum" >"$SCRATCH/lines"
 [ "$(wc -l <"$SCRATCH/lines")" = "$(find "$MASTER/disk_0/$name" -mindepth 2 -name '*.zip' | wc -l)" ] || fail "lines of sums"
@@ -52,24 +51,20 @@ done <"$SCRATCH/lines"
 # Once more: a serial that is not higher is refused, and the old signature stays.
 cp "$SIGNED" "$SCRATCH/before.zip"
 go --key="$KEYS/open.key" --serial=5 "$MASTER"
-want_status 1
-want_text "The serial 5 is not above that of the last signature"
+want_status 1 "The serial 5 is not above that of the last signature"
 cmp "$SIGNED" "$SCRATCH/before.zip" || fail "the old signature went"
 
 # A password, from a descriptor and on a terminal, right and wrong.
 master
-go --key="$KEYS/locked.key" --password_fd=3 "$MASTER" 3<<<"a password"
-want_status 0
+want 0 go --key="$KEYS/locked.key" --password_fd=3 "$MASTER" 3<<<"a password"
 is_signed locked
 master
 go --key="$KEYS/locked.key" --password_fd=3 "$MASTER" 3<<<"another"
-want_status 2
-want_text "The password is not that of the signing key."
+want_status 2 "The password is not that of the signing key."
 not_signed
 STATUS=0
 setsid "$sign" --program="$program" --key="$KEYS/locked.key" "$MASTER" >"$OUT" 2>&1 </dev/null || STATUS=$?
-want_status 2
-want_text "There is no terminal to ask for the key's password on"
+want_status 2 "There is no terminal to ask for the key's password on"
 not_signed
 typed() {  # TEXT: what is typed at the prompt; leaves what the terminal showed, and its settings at the end
   rm -f "$OUT"
@@ -88,43 +83,35 @@ not_signed
 
 # The key is elsewhere: a master, then a list with its program.
 master
-go --statement="$SCRATCH/release.txt" "$MASTER"
-want_status 0
+want 0 go --statement="$SCRATCH/release.txt" "$MASTER"
 not_signed
 printf 'a password\n' | minisign -S -s "$KEYS/locked.key" -m "$SCRATCH/release.txt" >/dev/null 2>&1
-go --statement="$SCRATCH/release.txt" "$MASTER"
-want_status 0
+want 0 go --statement="$SCRATCH/release.txt" "$MASTER"
 is_signed locked
 server_list "$name" mirror.example >"$SCRATCH/list"
 cp "$SCRATCH/list" "$SCRATCH/serverlist9.txt"
-go --statement="$SCRATCH/list.txt" --list="$SCRATCH/serverlist9.txt" --final="$SIGNED"
-want_status 0
+want 0 go --statement="$SCRATCH/list.txt" --list="$SCRATCH/serverlist9.txt" --final="$SIGNED"
 minisign -S -s "$KEYS/open.key" -m "$SCRATCH/list.txt" >/dev/null 2>&1
-go --statement="$SCRATCH/list.txt" --list="$SCRATCH/serverlist9.txt"
-want_status 0
+want 0 go --statement="$SCRATCH/list.txt" --list="$SCRATCH/serverlist9.txt"
 cmp <(head -c "$(stat -c %s "$SCRATCH/list")" "$SCRATCH/serverlist9.txt") "$SCRATCH/list" || fail "the list itself changed"
 grep -qx "SHA256 $(sha256sum <"$SIGNED" | cut -c1-64) $(stat -c %s "$SIGNED") FINAL_INSTALLER_MAC" "$SCRATCH/serverlist9.txt" ||
   fail "the program is not vouched for"
 # A statement of another list or master is not put in.
 sed -i /ENDOFLIST/d "$SCRATCH/list"
 go --statement="$SCRATCH/list.txt" --list="$SCRATCH/list"
-want_status 1
-want_text "A list that is to be signed ends in ENDOFLIST"
+want_status 1 "A list that is to be signed ends in ENDOFLIST"
 sed 's/mirror.example/evil.example/' "$SCRATCH/serverlist9.txt" >"$SCRATCH/list"
 go --statement="$SCRATCH/list.txt" --list="$SCRATCH/list"
-want_status 1
-want_text "The statement is not of this list"
+want_status 1 "The statement is not of this list"
 
 # The same hour, the same bytes; with the build, and after it.
 build() {  # FOLDER ARGS...
-  SOURCE_DATE_EPOCH=1700000000 run skyvane-web-updater --build_master --type=0 --name="$name" --release=91001 \
+  SOURCE_DATE_EPOCH=1700000000 want 0 run skyvane-web-updater --build_master --type=0 --name="$name" --release=91001 \
     --source="$FIXTURE/sample/new" --output="$SCRATCH/$1" --previous="$FIXTURE/manifest-old/directory.txt" "${@:2}"
-  want_status 0
 }
 build one --sign="$KEYS/open.key"
 build two
-SOURCE_DATE_EPOCH=1700000000 go --key="$KEYS/open.key" "$SCRATCH/two"
-want_status 0
+SOURCE_DATE_EPOCH=1700000000 want 0 go --key="$KEYS/open.key" "$SCRATCH/two"
 diff -r "$SCRATCH/one/disk_0" "$SCRATCH/two/disk_0" || fail "two signed masters differ"
 
 # What is not whole is not signed: an archive that is changed, one that is missing; a key that is none.
@@ -132,19 +119,15 @@ master
 archive="$MASTER/disk_0/$name/$(sed -n '3s/^\([^ ]* \)\{6\}//p' "$SCRATCH/lines").zip"
 cp --remove-destination "$FIXTURE/master-old/disk_0/Skyvane old/directory.txt.zip" "$archive"
 go --key="$KEYS/open.key" "$MASTER"
-want_status 1
-want_text "it does not hold the file that the manifest lists"
-want_text "The master was not signed."
+want_status 1 "it does not hold the file that the manifest lists" "The master was not signed."
 not_signed
 rm "$archive"
 go --key="$KEYS/open.key" "$MASTER"
-want_status 1
-want_text "the master lacks its archive"
+want_status 1 "the master lacks its archive"
 not_signed
 for row in "--key=$KEYS/open.pub $MASTER" "--key=$KEYS/none $MASTER" "--key=$KEYS/open.key --serial=x $MASTER" \
   "--key=$KEYS/open.key" "$MASTER" "--bad $MASTER" "--key=$KEYS/open.key --statement=x $MASTER"; do
   # shellcheck disable=SC2086  # words
-  go $row
-  want_status 2
+  want 2 go $row
   not_signed
 done

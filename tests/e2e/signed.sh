@@ -15,8 +15,7 @@ part() { echo "--- $1"; }
 
 # builder ARGS...: the makers' side.
 builder() {
-  run skyvane-web-updater "$@"
-  want_status 0
+  want 0 run skyvane-web-updater "$@"
 }
 # release VERSION KEY ARGS...: a signed copy of the fixture's master; leaves MASTER. Archives are
 # links to the fixture's, and so are replaced and never written to.
@@ -45,10 +44,10 @@ install() {  # PROGRAM: a new copy, of which nothing is there before
 }
 update() { run skyvane-web-signed --unattended --copy="$SCRATCH/Copy" --give_up_after=3 $(through_proxy "$PORT"); }
 is_whole() { same_tree "$FIXTURE/sample/$1" Linux "$SCRATCH/Copy"; }  # VERSION
-is_refused() {  # TEXT
+refuses() {  # TEXT: what the signed edition says, with nothing installed
+  install skyvane-demo-signed
   [ "$STATUS" = 1 ] || [ "$STATUS" = 3 ] || fail "status $STATUS, wanted a refusal"
-  want_status "$STATUS"
-  want_text "$1"
+  want_status "$STATUS" "$1"
   [ -z "$(find "$SCRATCH/Copy" -type f 2>/dev/null | head -n 1)" ] || fail "files were installed"
 }
 UNSIGNED="It is not signed by the makers of Skyvane"
@@ -60,49 +59,38 @@ release new present
 publish new
 list present
 for program in skyvane-demo-signed skyvane-demo-installer; do
-  install "$program"
-  want_status 0
+  want 0 install "$program"
   is_whole new
 done
 if [ -n "${OLDER:-}" ]; then
   cp "$OLDER/skyvane-demo-installer" "$SCRATCH/bin/older"
-  install older
-  want_status 0
+  want 0 install older
   is_whole new
 fi
-# minisign verifies what we have signed: a statement and its signature, parted.
-unzip -p "$(ZIP)" directory.sig >"$SCRATCH/directory.sig"
+# minisign verifies a list that we have signed: a statement and its signature, parted.
 sed '1,/^ENDOFLIST/d' "$SITE/serverlist9.txt" >"$SCRATCH/list.sig"
-for file in directory list; do
-  sed '/^untrusted comment:/,$d' "$SCRATCH/$file.sig" >"$SCRATCH/$file"
-  sed -n '/^untrusted comment:/,$p' "$SCRATCH/$file.sig" >"$SCRATCH/$file.minisig"
-  minisign -Vq -p "$KEYS/present.pub" -m "$SCRATCH/$file" || fail "minisign does not take the $file"
-done
+sed '/^untrusted comment:/,$d' "$SCRATCH/list.sig" >"$SCRATCH/list"
+sed -n '/^untrusted comment:/,$p' "$SCRATCH/list.sig" >"$SCRATCH/list.minisig"
+minisign -Vq -p "$KEYS/present.pub" -m "$SCRATCH/list" || fail "minisign does not take the list"
 
 part "arbitrary installation: a list, a manifest and archives of others' making"
 replace "$SITE/serverlist9.txt" "$SCRATCH/good_list"
 sed -i 's/mirror.example/evil.example/' "$SITE/serverlist9.txt"
-install skyvane-demo-signed
-is_refused "$NOT_THAT"
+refuses "$NOT_THAT"
 server_list "$NAME" mirror.example >"$SITE/serverlist9.txt"
-install skyvane-demo-signed
-is_refused "$UNSIGNED"
+refuses "$UNSIGNED"
 list foreign
-install skyvane-demo-signed
-is_refused "$STRANGER"
+refuses "$STRANGER"
 cp "$SCRATCH/good_list" "$SITE/serverlist9.txt"
 replace "$(ZIP)" "$SCRATCH/good.zip"
 rm "$(ZIP)"
-install skyvane-demo-signed
-is_refused "$UNSIGNED"
+refuses "$UNSIGNED"
 cp "$(dirname "$(ZIP)")/directory.txt.zip" "$(ZIP)"
-install skyvane-demo-signed
-is_refused "The installer cannot extract a file."
+refuses "The installer cannot extract a file."
 rm "$(ZIP)"
 release new foreign --sign_serial=9007199254740991
 publish new
-install skyvane-demo-signed
-is_refused "$STRANGER"
+refuses "$STRANGER"
 
 # again: the good release, with archives that may be replaced.
 again() {
@@ -120,16 +108,14 @@ cp "$(archive)" "$SCRATCH/other.zip"
 printf '\x11' | dd of="$SCRATCH/other.zip" bs=1 seek=11 conv=notrunc status=none
 replace "$SCRATCH/other.zip" "$(archive)"
 install skyvane-demo-signed
-want_status 1
-want_text "$NOT_THAT"
+want_status 1 "$NOT_THAT"
 
 part "endless data: an archive that does not end where it should"
 again
 { cat "$(archive)"; head -c 100000 /dev/zero; } >"$SCRATCH/long.zip"
 replace "$SCRATCH/long.zip" "$(archive)"
 install skyvane-demo-signed
-want_status 1
-want_text "File too large"
+want_status 1 "File too large"
 
 part "extraneous dependencies: a file that nobody has signed for"
 again
@@ -137,12 +123,10 @@ unzip -q "$(ZIP)" -d "$SCRATCH/parts"
 printf 'DIR All/\nFILE 0 0 91001 1 1 %032d extra.txt\n' 0 >>"$SCRATCH/parts/directory.txt"
 (cd "$SCRATCH/parts" && zip -q "$SCRATCH/extra.zip" directory.txt directory.sum directory.sig)
 replace "$SCRATCH/extra.zip" "$(ZIP)"
-install skyvane-demo-signed
-is_refused "$NOT_THAT"
+refuses "$NOT_THAT"
 (cd "$SCRATCH/parts" && echo >more.txt && zip -q "$SCRATCH/more.zip" directory.txt directory.sum directory.sig more.txt)
 replace "$SCRATCH/more.zip" "$(ZIP)"
-install skyvane-demo-signed
-is_refused "The installer cannot extract a file."
+refuses "The installer cannot extract a file."
 
 part "malicious mirror: the others are asked"
 again
@@ -153,8 +137,7 @@ cp -rL "$SITE/updates/$NAME" "$SCRATCH/lies/updates/"
 for file in "$SCRATCH/lies/updates/$NAME"/All/Airfoils/*.zip; do replace "$SCRATCH/other.zip" "$file"; done
 serve "$SITE" "location / { if (\$host ~ lies) { root $SCRATCH/lies; } }"
 for _ in 1 2 3; do  # the first mirror is drawn
-  install skyvane-demo-signed
-  want_status 0
+  want 0 install skyvane-demo-signed
   is_whole new
   cat "$SCRATCH/bin/Skyvane Installer Log.txt" >>"$SCRATCH/logs.txt"
 done
@@ -165,8 +148,7 @@ SOURCE_DATE_EPOCH=1600000000 builder --sign_master="$MASTER" --sign="$KEYS/prese
 server_list "$NAME" mirror.example >"$SITE/serverlist9.txt"
 SOURCE_DATE_EPOCH=1600000000 builder --sign_list="$SITE/serverlist9.txt" --sign="$KEYS/present.key" \
   --sign_serial=$(($(date +%s) + 20))
-install skyvane-demo-signed
-want_status 0
+want 0 install skyvane-demo-signed
 want_text "It was to be replaced by 2020-12-22, and today is $(date -u +%F)."  # the list
 want_text "It was to be replaced by 2021-10-18, and today is $(date -u +%F)."  # the release
 is_whole new
@@ -183,46 +165,37 @@ server_list "$NAME" mirror.example >"$SITE/serverlist9.txt"
 builder --sign_list="$SITE/serverlist9.txt" --sign="$KEYS/present.key" --sign_serial=$(($(date +%s) + 30))
 cp "$(ZIP)" "$SCRATCH/newer.zip"
 replace "$SCRATCH/mixed.zip" "$(ZIP)"
-install skyvane-demo-signed
-is_refused "$NOT_THAT"
+refuses "$NOT_THAT"
 replace "$old_zip" "$(ZIP)"
-install skyvane-demo-signed
-is_refused "It was signed for another use than this one"
+refuses "It was signed for another use than this one"
 replace "$SCRATCH/newer.zip" "$(ZIP)"
 
 part "rollback: neither an older list nor an older release"
-install skyvane-demo-signed
-want_status 0
+want 0 install skyvane-demo-signed
 replace "$SITE/serverlist9.txt" "$SCRATCH/newest_list"
 replace "$SCRATCH/good_list" "$SITE/serverlist9.txt"
 update
-want_status 3
-want_text "It is older than what this program has seen before"
+want_status 3 "It is older than what this program has seen before"
 replace "$SCRATCH/newest_list" "$SITE/serverlist9.txt"
 MASTER=$SCRATCH/master-older
 linked_copy "$FIXTURE/master-newer" "$MASTER"
 builder --sign_master="$MASTER" --sign="$KEYS/present.key" --sign_serial=1000
 replace "$MASTER/disk_0/Skyvane newer/directory.signed.zip" "$(ZIP)"
 update
-want_status 1
-want_text "It is older than what this program has seen before"
+want_status 1 "It is older than what this program has seen before"
 replace "$SCRATCH/newer.zip" "$(ZIP)"
-update
-want_status 0
+want 0 update
 is_whole newer
 
 part "fast-forward: a high number under a key that is not known changes nothing"
 list foreign --sign_serial=9007199254740991
-install skyvane-demo-signed
-is_refused "$STRANGER"
+refuses "$STRANGER"
 replace "$SCRATCH/newest_list" "$SITE/serverlist9.txt"
-install skyvane-demo-signed
-want_status 0
+want 0 install skyvane-demo-signed
 
 part "key compromise: the reserve takes over"
 release newer reserve --sign_serial=$(($(date +%s) + 40))
 publish newer
 list reserve --sign_serial=$(($(date +%s) + 40))
-update
-want_status 0
+want 0 update
 is_whole newer

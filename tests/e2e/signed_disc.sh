@@ -20,16 +20,14 @@ want_text "The list of files on this disc is not signed by the makers of Skyvane
 want_text '"--allow_unsigned" would use it all the same.'
 [ "$STATUS" != 0 ] || fail "an unsigned disc was used"
 nothing_is_there
-install_from "$IMAGES" --allow_unsigned
-want_status 0
+want 0 install_from "$IMAGES" --allow_unsigned
 same_tree "$SOURCE" Linux "$SCRATCH/Copy"
 
 # Signed, by programs with keys and without.
 damaged sign
 SIGNED=$BAD
 for DISC_PROGRAM in skyvane-disc-signed skyvane-disc-installer; do
-  install_from "$SIGNED"
-  want_status 0
+  want 0 install_from "$SIGNED"
   same_tree "$SOURCE" Linux "$SCRATCH/Copy"
 done
 DISC_PROGRAM=skyvane-disc-signed
@@ -49,6 +47,5 @@ want_text "It is not what the makers of Skyvane have signed"
 foreign() { "$(program skyvane-disc-installer)" --sign_master=. --sign="$BIN/e2e_keys/foreign.key" 2>/dev/null; }
 damaged foreign
 install_from "$BAD" --allow_unsigned
-want_status 1
-want_text "It is signed with a key that this program does not know"
+want_status 1 "It is signed with a key that this program does not know"
 nothing_is_there

@@ -9,9 +9,8 @@ cp -a "$FIXTURE/sample/new" "$tree"
 names=('100%.txt' '%41.txt' 'No #1?.txt' 'say "so".txt' "it's & more+;=@,.txt" '[x] {y} ^|`~.txt' '<z>.txt'
   "$(printf 'caf\xe9 \xc3\xa9.txt')" 'two  blanks.txt')
 for name in "${names[@]}"; do echo "this is $name" >"$tree/All/Resources/$name"; done
-run skyvane-demo-installer --build_master --type=0 --name=Odd --source="$tree" \
+want 0 run skyvane-demo-installer --build_master --type=0 --name=Odd --source="$tree" \
   --output="$SCRATCH/master" --previous=none
-want_status 0
 
 root=$SCRATCH/web
 mkdir -p "$root/updates"
@@ -23,9 +22,7 @@ server_list Odd mirror.example >"$root/serverlist9.txt"
 install() {
   serve "$root" "location = /count { stub_status; } $4"
   rm -rf "$SCRATCH/Copy"
-  run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
-    $(through_proxy "$PORT")
-  want_status 0
+  want 0 install_demo Copy
   same_tree "$tree" Linux "$SCRATCH/Copy"
   ! grep -q "HTTP Error" "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "$1: a fetch has failed"
   curl -s "http://127.0.0.1:$PORT/count" | awk 'NR == 3 { print $1 - 1, $3 - 1 }' >"$SCRATCH/count.txt"

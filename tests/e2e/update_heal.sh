@@ -16,10 +16,9 @@ give "$SCRATCH/old"
 
 # Two roads: over the slow one most moments fall into the transfer of a file, over the fast one into
 # verification and unpacking.
-root=$(web_root "Skyvane new" "$FIXTURE/master-new")
-serve "$root"
+serve_release new
 fast=$PORT
-serve "$root" 'limit_rate 400k; limit_rate_after 20k;'
+serve_release new 'limit_rate 400k; limit_rate_after 20k;'
 slow=$PORT
 
 # tree COPY: its files and links. An emptied folder is removed by the run that empties it, so one
@@ -92,24 +91,3 @@ for try in $(seq $((3 * kills))); do
 done
 [ "$killed" = "$kills" ] || fail "only $killed runs could be killed in time"
 echo "$killed killed, $UNPACKING of them while a file was half written; all healed"
-
-# Two at once: the second says that the first is at work, and ends. Killed, the first has let go.
-fresh_old_copy
-label="two at once"
-(exec_updater) >"$SCRATCH/first.txt" 2>&1 </dev/null &
-pid=$!
-locked() { grep -qE "FLOCK .* $pid .*:$(stat -c %i "$COPY") " /proc/locks; }
-until locked; do sleep 0.02; done
-kill -STOP "$pid"
-mkdir -p "$XDG_CONFIG_HOME/skyvane"
-echo "$COPY/" >>"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
-update
-want_status 4
-want_text "Search for Updates: Another installer or updater is at work on $COPY/."
-run_as_user skyvane-demo-installer --accept_eula --dest="$(dirname "$COPY")" --name="$(basename "$COPY")"
-want_status 4
-want_text "Another installer or updater is at work on $COPY/."
-kill -KILL "$pid"
-wait "$pid" 2>/dev/null || true
-update
-want_healed

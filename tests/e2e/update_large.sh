@@ -21,8 +21,7 @@ give "$SCRATCH/master"
 as_user "$SCRATCH/bin/skyvane-demo-installer" --build_master --type=0 --name="$name" \
   --source="$source" --output="$SCRATCH/master" --previous=none >"$OUT" 2>&1
 serve "$(web_root "$name" "$SCRATCH/master")"
-run_as_user skyvane-demo-installer --accept_eula --dest="$SCRATCH" --name=sim
-want_status 0
+want 0 run_as_user skyvane-demo-installer --accept_eula --dest="$SCRATCH" --name=sim
 
 # real FOLDER: the files in it, their bytes and their modes.
 real() {
@@ -38,8 +37,7 @@ same_real() {
 same_real "after the install"
 
 update
-want_status 0
-want_text "is already up to date."
+want_status 0 "is already up to date."
 
 # Damage one of twenty, and bring it back.
 damaged=0
@@ -49,8 +47,7 @@ while read -r path; do
   damaged=$((damaged + 1))
 done < <(awk 'NR % 20 == 7' "$SCRATCH/list.txt")
 
-update --on_modified=overwrite
-want_status 0
+want 0 update --on_modified=overwrite
 want_count "$damaged" "files fetched"
 want_count $((damaged / 2)) "files replaced or deleted, though you had modified them"
 [ "$(find "$COPY/Resources/real" -name '*.mine' -print -delete | wc -l)" = $(((damaged + 1) / 2)) ] ||

@@ -44,12 +44,9 @@ want_count() {
 
 # install_release VERSION FOLDER: a fresh copy of the sample release, by the demo edition.
 install_release() {
-  local root
-  root=$(web_root "Skyvane $1" "$FIXTURE/master-$1")
-  serve "$root"
-  run_as_user skyvane-demo-installer --accept_eula --dest="$(dirname "$2")" \
+  serve_release "$1"
+  want 0 run_as_user skyvane-demo-installer --accept_eula --dest="$(dirname "$2")" \
     --name="$(basename "$2")"
-  want_status 0
 }
 
 # give COPY...: makes the trees the ordinary user's own.

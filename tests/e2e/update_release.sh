@@ -5,8 +5,8 @@
 
 # An old copy to start each case from, and the server of the new release.
 install_release old "$SCRATCH/old"
-root=$(web_root "Skyvane new" "$FIXTURE/master-new")
-serve "$root"
+serve_release new
+root=$ROOT
 
 # What a user adds: files of her own everywhere, also in a folder that the release drops, some with
 # names like those of the program's own files.
@@ -55,8 +55,7 @@ total=$(($(wc -l <"$SCRATCH/new.tsv") + dropped))
 
 make_copy
 update
-want_status 0
-want_text "Finished Web Update: I have finished updating $COPY/."
+want_status 0 "Finished Web Update: I have finished updating $COPY/."
 want_count "$total" "files checked"
 want_count "$fetched" "files fetched"
 want_count "$dropped" "files deleted"
@@ -67,8 +66,7 @@ grep -qxE '[0-9]+\.[0-9] seconds' "$OUT" || fail "no time in the summary"
 
 prints "$COPY" >"$SCRATCH/before.txt"
 update
-want_status 0
-want_text "This copy of Skyvane ($COPY/) is already up to date."
+want_status 0 "This copy of Skyvane ($COPY/) is already up to date."
 want_count "$total" "files checked"
 want_count 0 "files fetched"
 prints "$COPY" | cmp -s - "$SCRATCH/before.txt" || fail "a current copy was touched"
@@ -76,13 +74,11 @@ prints "$COPY" | cmp -s - "$SCRATCH/before.txt" || fail "a current copy was touc
 # --- one small thing left to do is not nothing ---------------------------------------------------
 
 rm "$COPY/Instructions/one byte.txt"
-update
-want_status 0
+want 0 update
 want_count 1 "files fetched"
 cp "$SCRATCH/old/Weapons/Flare.wpn" "$COPY/Weapons/"
 give "$COPY"
-update
-want_status 0
+want 0 update
 want_count 1 "files deleted"
 want_release new
 
@@ -90,13 +86,12 @@ want_release new
 # out ---------------------------------------------------------------------------------------------
 
 new_port=$PORT
-serve "$(web_root "Skyvane newer" "$FIXTURE/master-newer")"
+serve_release newer
 newer_port=$PORT
 for way in "$new_port $newer_port" "$newer_port"; do
   make_copy
   for PORT in $way; do
-    update
-    want_status 0
+    want 0 update
   done
   want_release newer
 done
@@ -107,8 +102,7 @@ PORT=$new_port
 
 for streams in 1 4; do
   make_copy
-  update --pref:_stream_count=$streams --pref:_log_actions=1
-  want_status 0
+  want 0 update --pref:_stream_count=$streams --pref:_log_actions=1
   grep -qF "now we want to nuke a file: DELETING  file $COPY/Airfoils/Clark Y.afl, with result=0." \
     "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "the deletion is not in the log"
   want_release new
@@ -118,10 +112,8 @@ done
 ln -s "$FIXTURE/master-newer/disk_0/Skyvane newer" "$root/updates/Skyvane newer"
 sed -i 's/^FINAL Skyvane new$/&\nBETA Skyvane newer/' "$root/serverlist9.txt"
 make_copy
-update
-want_status 0
-update --pref:_get_beta=1
-want_status 0
+want 0 update
+want 0 update --pref:_get_beta=1
 want_release newer
 
 # --- which copy ----------------------------------------------------------------------------------
@@ -137,15 +129,13 @@ plain() {
 
 rm -f "$registry"
 plain
-want_status 2
-want_text "You do not appear to have Skyvane 9 installed."
+want_status 2 "You do not appear to have Skyvane 9 installed."
 
 # One copy is taken without a question.
 make_copy
 echo "$COPY/" >"$registry"
 plain
-want_status 0
-want_text "I have finished updating $COPY/."
+want_status 0 "I have finished updating $COPY/."
 want_release new
 
 # Of several, one has to be named, and the others stay as they are.
@@ -154,17 +144,13 @@ cp -a "$COPY" "$SCRATCH/other"
 printf '%s\n' "$SCRATCH/other/" "$COPY/" "$SCRATCH/gone/" >"$registry"
 prints "$SCRATCH/other" >"$SCRATCH/before.txt"
 plain
-want_status 2
-want_text "Please select which copy of Skyvane 9 you would like to update."
-want_text "--copy=FOLDER"
-plain --copy="$COPY"
-want_status 0
+want_status 2 "Please select which copy of Skyvane 9 you would like to update." "--copy=FOLDER"
+want 0 plain --copy="$COPY"
 want_release new
 prints "$SCRATCH/other" | cmp -s - "$SCRATCH/before.txt" || fail "another copy was touched"
 
 # Handed over by another program.
-plain -path "$SCRATCH/other"
-want_status 0
+want 0 plain -path "$SCRATCH/other"
 want_release new "$SCRATCH/other"
 
 # A folder that is no copy is not filled with one.
@@ -172,9 +158,7 @@ mkdir "$SCRATCH/documents"
 give "$SCRATCH/documents"
 for folder in documents "no such folder"; do
   plain --copy="$SCRATCH/$folder"
-  want_status 2
-  want_text "$SCRATCH/$folder/"
-  want_text "But it does not appear to be an installed copy of Skyvane 9."
+  want_status 2 "$SCRATCH/$folder/" "But it does not appear to be an installed copy of Skyvane 9."
 done
 [ ! -e "$SCRATCH/no such folder" ] && [ -z "$(ls -A "$SCRATCH/documents")" ] || fail "a folder was filled"
 
@@ -182,16 +166,13 @@ done
 
 need_root "mounting a small volume"
 make_copy
-mkdir "$SCRATCH/volume"
 size=$(du -s --block-size=4096 "$SCRATCH/old" | cut -f1)
-mount -t tmpfs -o "size=$(((size + 400) * 4096))" tmpfs "$SCRATCH/volume"
-MOUNTS+=("$SCRATCH/volume")
+volume "$SCRATCH/volume" "size=$(((size + 400) * 4096))"
 cp -a "$SCRATCH/old" "$SCRATCH/volume/sim"
 give "$SCRATCH/volume"
 prints "$SCRATCH/volume/sim" >"$SCRATCH/before.txt"
 COPY=$SCRATCH/volume/sim
-update
-want_status 2
+want 2 update
 want_text "There is a newer version of Skyvane 9 available, but you do not have enough free disk space to download and install the update."
 want_text "Please free some space on your hard drive."
 prints "$COPY" | cmp -s - "$SCRATCH/before.txt" || fail "no room, and yet touched"
@@ -205,12 +186,10 @@ serve "$root" 'limit_rate 500k;'
 : >"$OUT"
 update
 wait
-want_status 1
-want_text "Error: No space left on device. Perhaps your hard drive is full"
+want_status 1 "Error: No space left on device. Perhaps your hard drive is full"
 want_text "There were problems updating Skyvane."
 rm "$SCRATCH/volume/ballast"
-update
-want_status 0
+want 0 update
 want_count 0 "files kept, because you have modified them"
 cut -f1 "$SCRATCH/new.tsv" | while read -r rel; do
   [ -e "$COPY/$rel" ] || [ -L "$COPY/$rel" ] || fail "missing after the disk was full: $rel"

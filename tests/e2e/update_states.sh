@@ -186,8 +186,7 @@ for answer in keep overwrite; do
   (cd "$COPY" && find Resources/files -mindepth 1) >"$SCRATCH/names_allowed.txt"
   echo "Resources/files/ship absent.txt" >>"$SCRATCH/names_allowed.txt"
   update --on_modified=$answer
-  want_status 0
-  want_text "I have finished updating $COPY/."
+  want_status 0 "I have finished updating $COPY/."
   as_user chmod u+r "$COPY/Resources/files/"*unreadable*
   prints "$COPY" >"$SCRATCH/after.txt"
   sed -i 's/\(unreadable.txt f\) 400$/\1 0/' "$SCRATCH/after.txt"
@@ -213,16 +212,14 @@ done
 # A run after that has nothing to do, and says so; what nobody can read stays as it is.
 prints "$COPY" >"$SCRATCH/before.txt"
 update
-want_status 0
-want_text "This copy of Skyvane ($COPY/) is already up to date."
+want_status 0 "This copy of Skyvane ($COPY/) is already up to date."
 want_count 0 "files fetched"
 prints "$COPY" | cmp -s - "$SCRATCH/before.txt" || fail "a current copy was touched"
 
 label=cancel
 fill_copy
 update --on_modified=cancel
-want_status 2
-want_text "Cancelled, because you have modified it: $COPY/Resources/files/ship modified.txt"
+want_status 2 "Cancelled, because you have modified it: $COPY/Resources/files/ship modified.txt"
 prints "$COPY" | cmp -s - "$SCRATCH/before.txt" || fail "cancelled, and yet touched"
 
 # --- what stands in the way ----------------------------------------------------------------------
@@ -234,7 +231,8 @@ ship Resources/first.txt Resources/way.txt Resources/way_in/low.txt Resources/wa
 drop Resources/way_out/gone.txt
 publish
 
-# obstacle LABEL STATUS TEXT COMMAND...: the command runs in a copy in the state of an earlier release.
+# obstacle LABEL STATUS TEXT COMMAND [COMMAND]: the command runs in a copy in the state of an earlier
+# release; the second one takes the obstacle away, if not `cleared` does.
 obstacle() {
   local path
   label=$1
@@ -248,22 +246,21 @@ obstacle() {
   (cd "$COPY/Resources" && eval "$4")
   give "$COPY" "$outside"
   prints "$COPY" >"$SCRATCH/before.txt"
-  update
-  want_status "$2"
+  want "$2" update
   [ -z "$3" ] || want_text "$3"
   prints "$COPY" >"$SCRATCH/after.txt"
   { grep -E 'mine\.txt ([0-9a-f]{32}|f [0-7]+)$' "$SCRATCH/before.txt" || true; } | while read -r line; do
     grep -qxF -- "$line" "$SCRATCH/after.txt" || fail "$label: the user's file was touched"
   done
   [ "$(cat "$outside/mine.txt")" = mine ] || fail "$label: a file outside was touched"
+  [ $# -lt 5 ] || cleared "$5"
 }
 
 # cleared COMMAND: takes the obstacle away, and the next run ends in the whole release.
 cleared() {
   local path
   (cd "$COPY/Resources" && eval "$1")
-  update
-  want_status 0
+  want 0 update
   for path in first.txt way.txt way_in/low.txt way_in/deep/lower.txt; do
     cmp -s <(content "Resources/$path" 3) "$COPY/Resources/$path" || fail "$label: then no $path"
   done
@@ -273,17 +270,12 @@ cleared() {
 }
 
 obstacle "a folder in a file's place" 1 "Error: Is a directory" \
-  'rm way.txt; mkdir way.txt; echo mine >way.txt/mine.txt'
-cleared 'rm -r way.txt'
-
+  'rm way.txt; mkdir way.txt; echo mine >way.txt/mine.txt' 'rm -r way.txt'
 obstacle "a folder with a hidden file in a file's place" 1 "Error: Is a directory" \
-  'rm way.txt; mkdir way.txt; echo mine >way.txt/.mine.txt'
-cleared 'rm -r way.txt'
+  'rm way.txt; mkdir way.txt; echo mine >way.txt/.mine.txt' 'rm -r way.txt'
 
 obstacle "a part left by a run that was killed" 0 "" \
-  'echo half >.skyvane_part; ln -s "'"$outside"'/mine.txt" way_in/.skyvane_part'
-cleared true
-
+  'echo half >.skyvane_part; ln -s "'"$outside"'/mine.txt" way_in/.skyvane_part' true
 obstacle "a file in a folder's place" 1 "Error: Not a directory" \
   'rm -r way_in/deep; echo mine >way_in/deep'
 [ "$(cat "$COPY/Resources/way_in/deep")" = mine ] || fail "$label: the user's file was touched"
@@ -295,12 +287,9 @@ want_text "Make sure you are installing to a directory that you have access to!"
 cleared 'rm way_in'
 
 # A folder of the user's own is opened for the moment that the file takes.
-obstacle "a file in a read-only folder" 0 "" 'chmod 555 way_in/deep'
-cleared 'chmod 755 way_in/deep'
-
+obstacle "a file in a read-only folder" 0 "" 'chmod 555 way_in/deep' 'chmod 755 way_in/deep'
 obstacle "a read-only file in a read-only folder" 1 "Error: Permission denied." \
-  'chmod 444 way_in/deep/lower.txt; chmod 555 way_in/deep'
-cleared 'chmod 755 way_in/deep'
+  'chmod 444 way_in/deep/lower.txt; chmod 555 way_in/deep' 'chmod 755 way_in/deep'
 
 obstacle "a dropped file in a read-only folder" 0 "" 'chmod 555 way_out'
 [ -e "$COPY/Resources/way_out/gone.txt" ] || fail "$label: deleted all the same"
@@ -325,8 +314,7 @@ mkdir -p "$COPY/Resources"
 for path in Resources/turns Resources/Case.TXT; do content $path 2 >"$COPY/$path"; done
 give "$COPY"
 for pass in first second; do
-  update
-  want_status 0
+  want 0 update
   cmp -s <(content Resources/turns/inner.txt 3) "$COPY/Resources/turns/inner.txt" || fail "$pass: no inner.txt"
   cmp -s <(content Resources/case.txt 3) "$COPY/Resources/case.txt" || fail "$pass: no case.txt"
   [ ! -e "$COPY/Resources/Case.TXT" ] || fail "$pass: the old spelling stayed"

@@ -1,13 +1,10 @@
 #!/usr/bin/env bash
 # The demo by hand: a real window, a real pointer and keys, from the first page to the last, with
 # what a user may do on the way.
-. "$(dirname "$0")/lib.sh"
-. "$(dirname "$0")/lib_window.sh"
 . "$(dirname "$0")/lib_flows.sh"
 
-export HOME=$SCRATCH/home
+own_home
 speak 1
-mkdir -p "$HOME/Desktop"
 parent="$HOME/Desktop"
 word=$(words_of "${SPEAK:-1}" Demo)
 taken="$parent/Skyvane new ${word:-Demo}"  # the name that the page proposes
@@ -15,10 +12,9 @@ mine="$taken 2"
 mkdir "$taken"
 echo "the user's own" >"$taken/note.txt"
 
-root=$(web_root "Skyvane new" "$FIXTURE/master-new")
-server_list "Skyvane new" alpha.example beta.example >"$root/serverlist9.txt"
 # While a file "slow" lies beside it, each stream trickles.
-serve "$root" "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
+serve_release new "if (-f $SCRATCH/slow) { set \$limit_rate 20k; }"
+server_list "Skyvane new" alpha.example beta.example >"$ROOT/serverlist9.txt"
 requests=$SCRATCH/nginx-$PORT/access.log
 touch "$SCRATCH/slow"
 
@@ -45,39 +41,31 @@ press_back
 step_is_lit 0 || fail "Back moved off the first page"
 
 echo "Options: a box is ticked, and the close box closes"
-press_options
-wait_dialog
+open_options
 unticked=$(picture_of 121 372 18 18)
 click_away 130 378
 wait_for "the tick" picture_differs "$unticked" 121 372 18 18
 shot demo_2_options
-click_away 116 480
-wait_no_dialog
+close_options
 
 echo "Licence: Next is grey until the box is ticked, and again when it is not"
 ! step_is_marked 1 || fail "a step to come is marked"
-press_next
-wait_step 1
+next_to 1
 for step in 0 1; do step_is_marked $step || fail "step $step is not marked"; done
 ! step_is_marked 2 || fail "a step to come is marked"
 wait_grey
 press_next
-click_away 230 103
-wait_open
+accept_licence
 step_is_lit 1 || fail "a grey Next moved on"
 click_away 230 103
 wait_grey
-click_away 230 103
-wait_open
+accept_licence
 
 echo "Back to the welcome, which takes the licence back"
-press_back
-wait_step 0
-press_next
-wait_step 1
+back_to 0
+next_to 1
 wait_grey
-click_away 230 103
-wait_open
+accept_licence
 shot demo_3_licence
 press_next
 
@@ -92,8 +80,7 @@ wait_open
 shot demo_5_destination
 
 echo "Transfer: the mirror is changed under way"
-press_next
-wait_step 4
+next_to 4
 wait_for "files" has_fetched 5
 case $(mirror_now) in
   alpha) other=beta radio_y=81 ;;
@@ -110,8 +97,7 @@ close_window() { xdotool key --window "$WINDOW" alt+F4; }
 # come before the last way is tried.
 figures=(240 116 520 16)
 for way in press_go_on "press_key Return" "press_key Escape" "click_away 62 395" close_window; do
-  press_back
-  wait_dialog
+  back_asks
   shot demo_7_question
   $way
   wait_no_dialog
@@ -124,8 +110,7 @@ for way in press_go_on "press_key Return" "press_key Escape" "click_away 62 395"
 done
 
 echo "Back asks again; Cancel deletes what was made"
-press_back
-wait_dialog
+back_asks
 [ -n "$(find "$mine" -type f ! -name '*.zip')" ] || fail "nothing was installed before the cancel"
 twice=$(grep -o 'GET [^"]*\.zip HTTP' "$requests" | sort | uniq -d)
 [ -z "$twice" ] || fail "fetched twice: $twice"
@@ -137,15 +122,13 @@ wait_open
 
 echo "The whole install"
 rm "$SCRATCH/slow"
-press_next
-wait_step 5
+next_to 5
 shot demo_8_finish
 same_tree "$FIXTURE/sample/new" Linux "$mine"
 [ "$(cat "$taken/note.txt")" = "the user's own" ] || fail "the folder that was there was touched"
 [ "$(ls "$taken")" = note.txt ] || fail "something was put into the folder that was there"
 
 echo "Quit, at the right"
-press_last_quit
-window_ended 0
+quit_last_page
 grep -qx '_log_actions 1' "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" ||
   fail "the option was not kept"

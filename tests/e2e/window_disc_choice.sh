@@ -3,37 +3,31 @@
 # one is put in, the install is cancelled and done again.
 . "$(dirname "$0")/lib_window_disc.bash"
 
-export HOME=$SCRATCH/home
+own_home
 speak 3
-mkdir -p "$HOME/Desktop"
 copy="$HOME/Desktop/$RELEASE"
 is_gone() { [ ! -e "$1" ]; }
 
 start_display
 
 echo "Welcome: Next opens when the disc is put in"
-open_window skyvane-disc-installer
-wait_step 0
-wait_still
-GREY_FACE=$(next_face)
+open_wizard skyvane-disc-installer
+wait_grey
 shot disc_0_no_disc
 press_next
 insert_disc 1
-wait_other_colour 675 20 "$GREY_FACE"
 learn_faces
 shot disc_1_welcome
 step_is_lit 0 || fail "a grey Next moved on"
 
 echo "Destination, licence"
-press_next
-wait_step 1
-wait_next "$OPEN_FACE"
+next_to 1
+wait_open
 shot disc_2_destination
-press_next
-wait_step 2
-wait_next "$GREY_FACE"
+next_to 2
+wait_grey
 click_away 230 103
-wait_next "$OPEN_FACE"
+wait_open
 shot disc_3_licence
 press_next
 
@@ -119,15 +113,13 @@ shot disc_5_change
 grep -qxF "$copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "not registered"
 
 echo "Back asks; Continue leads to the same page, Cancel deletes the partial copy"
-press_back
-wait_dialog
+back_asks
 shot choice_1_question
 press_go_on
 wait_no_dialog
 wait_for "the page that asks for a disc" no_step_is_lit
 [ -n "$(find "$copy" -type f)" ] || fail "nothing was installed before the cancel"
-press_back
-wait_dialog
+back_asks
 press_give_up
 wait_for "the partial copy's end" is_gone "$copy"
 wait_no_dialog

@@ -3,8 +3,7 @@
 . "$(dirname "$0")/lib_window_disc.bash"
 need_root "mounting small volumes"
 
-export HOME=$SCRATCH/home
-mkdir -p "$HOME/Desktop"
+own_home
 unset DBUS_SESSION_BUS_ADDRESS  # folders are chosen in the program's own browser
 name="Skyvane new"
 master=$SCRATCH/web-master
@@ -35,52 +34,38 @@ at_last() {
   ! dialog_is_up || click_away "$1" "$2"
   return 1
 }
-# volume OPTIONS: what the Desktop, the proposed destination, lies on from now on.
-volume() {
-  mount -t tmpfs -o "$1" tmpfs "$HOME/Desktop"
-  MOUNTS+=("$HOME/Desktop")
-}
-no_volume() {
+no_volume() {  # on which the Desktop, the proposed destination, lies
   umount "$HOME/Desktop"
   MOUNTS=()
 }
 
-run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" --name=Copy \
-  $(through_proxy "$PORT")
-want_status 0
+want 0 install_demo Copy
 cp -a "$SCRATCH/Copy" "$SCRATCH/Other"
 rm -f "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
 speak 4
 start_display
 
 echo "No copy is known: Next leads to the page that finds one, and no farther"
-open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-web-updater $(through_proxy "$PORT")
 wait_open
 shot failure_1_no_copy
-press_next
-wait_step 1
+next_to 1
 wait_grey
-press_quit
-window_ended 0
+quit_wizard
 
 echo "A folder that is no copy: handed over, and found"
-open_window skyvane-web-updater -path "$HOME" $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-web-updater -path "$HOME" $(through_proxy "$PORT")
 wait_grey
 shot failure_1_no_copy_handed_over
 press_next
 step_is_lit 0 || fail "a grey Next moved on"
-press_quit
-window_ended 0
+quit_wizard
 [ -z "$(ls "$HOME/Desktop")" ] && [ "$(ls "$HOME")" = Desktop ] || fail "a home folder was filled"
 printf '%s/\n' "$SCRATCH/Copy" "$SCRATCH/Other" >"$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
-open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-web-updater $(through_proxy "$PORT")
 wait_open
 learn_faces
-press_next
-wait_step 1
+next_to 1
 wait_grey
 click_away 605 353
 wait_dialog
@@ -91,17 +76,14 @@ alert failure_2_no_copy_there
 wait_no_dialog
 step_is_lit 1 || fail "another page after the alert"
 wait_grey
-press_quit
-window_ended 0
+quit_wizard
 
 echo "The same with a copy chosen, which stays chosen"
 mkdir "$SCRATCH/fake"
 printf '#!/bin/sh\necho "$HOME"\n' >"$SCRATCH/fake/zenity"
 chmod +x "$SCRATCH/fake/zenity"
-PATH=$SCRATCH/fake:$PATH open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
-press_next
-wait_step 1
+PATH=$SCRATCH/fake:$PATH open_wizard skyvane-web-updater $(through_proxy "$PORT")
+next_to 1
 pick_copy 1
 wait_open
 wait_still
@@ -112,25 +94,20 @@ wait_no_dialog
 wait_open
 wait_still
 [ "$(picture_of 240 370 20 45)" = "$marks" ] || fail "the choice was changed"
-press_quit
-window_ended 0
+quit_wizard
 
 echo "The destination is too small, then cannot be written"
-open_window skyvane-demo-installer $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-demo-installer $(through_proxy "$PORT")
 wait_open
 shot failure_3_copy_there
-press_next
-wait_step 1
-click_away 230 103
-wait_open
-volume size=1m
-press_next
-wait_step 3
+next_to 1
+accept_licence
+volume "$HOME/Desktop" size=1m
+next_to 3
 wait_grey
 shot failure_3_too_small
 no_volume
-volume ro,size=200m
+volume "$HOME/Desktop" ro,size=200m
 wait_open
 press_next
 alert failure_4_no_folder
@@ -140,9 +117,7 @@ no_volume
 
 echo "A mirror that has nothing, then one with a damaged file"
 touch "$SCRATCH/down"
-wait_open
-press_next
-wait_step 4
+next_to 4
 wait_for "refusals" was_refused
 wait_still
 shot failure_5_server_down
@@ -160,16 +135,14 @@ alert failure_6_damaged_file
 wait_for "the last page" at_last 400 193
 wait_no_dialog
 shot failure_6_finish
-press_last_quit
-window_ended 0
+quit_last_page
 
 echo "A manifest of a later format"
 mkdir "$SCRATCH/made"
 sed '2s/900/901/' "$FIXTURE/manifest-new/directory.txt" >"$SCRATCH/made/directory.txt"
 rm "$release/directory.txt.zip"
 (cd "$SCRATCH/made" && zip -q "$release/directory.txt.zip" directory.txt)
-open_window skyvane-web-updater -path "$SCRATCH/Copy" $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-web-updater -path "$SCRATCH/Copy" $(through_proxy "$PORT")
 press_next
 alert failure_7_new_format
 window_ended 0
@@ -178,8 +151,7 @@ echo "Discs: another's, then one with damaged files, which are counted"
 rm "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt"
 damaged sh -c "printf 'I\n900 version\nDVD\n\nVERSION ../Skyvane 9\n' >disk_0/dvd_version.txt"
 insert_disc 1 "$BAD"
-open_window skyvane-disc-installer
-wait_step 0
+open_wizard skyvane-disc-installer
 wait_grey
 shot failure_8_no_disc_of_ours
 take_out 1
@@ -197,8 +169,7 @@ wait_still
 shot failure_9_question
 wait_for "the last page" at_last 146 228
 shot failure_9_finish
-press_last_quit
-window_ended 0
+quit_last_page
 
 echo "A disc whose manifest cannot be unpacked"
 damaged cut_short "disk_0/$RELEASE/directory.txt.zip"

@@ -5,8 +5,7 @@
 
 copy="$SCRATCH/Copy"
 only_disc 1
-run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
-want_status 0
+want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
 same() { SECTORS='\\+30-120' same_tree "$SOURCE" Linux "$copy"; }
 same
 manual=Instructions/Manual.txt
@@ -22,42 +21,32 @@ to_confirmation() {
   press_extra 2
   wait_step 1
   [ -n "$PANEL" ] || learn_faces
-  wait_open
-  press_next
-  wait_step 3
+  next_to 3
   wait_open
 }
 
 speak 5
 start_display
-open_window skyvane-disc-installer
-wait_step 0
+open_wizard skyvane-disc-installer
 wait_still
 shot disc_8_menu
 to_confirmation
 shot disc_9_repair_confirm
 
 echo "Back out of the scan and on again: it begins anew, and ends well"
-big="$copy/Airfoils/NACA 0027.afl"
-mv "$big" "$SCRATCH/kept.afl"
-truncate -s 20G "$big"  # takes longer to read than a hand to move
-is_scanning() { find "/proc/$WINDOW_PID/fd" -lname "$big" | grep -q .; }
-is_not_scanning() { ! is_scanning; }
-press_back
-wait_step 1
+slow_scan "$copy/Airfoils/NACA 0027.afl"
+back_to 1
 wait_open
 press_next
 for again in 1 2; do
   wait_for "the scan" is_scanning
-  press_back
-  wait_step 1
+  back_to 1
   wait_for "the scan's end" is_not_scanning
   wait_open
   [ "$again" = 2 ] || press_next
 done
-mv "$SCRATCH/kept.afl" "$big"
-press_next
-wait_step 3
+quick_scan
+next_to 3
 wait_open
 
 echo "Cancel leads back to the confirmation; the copy is as it was"
@@ -88,18 +77,15 @@ echo "Good discs, but the last is out: a stop keeps what is repaired, and the ne
 all_discs_of "$IMAGES"
 rm -f "$copy/$late"
 take_out 3
-press_back
-wait_step 0
+back_to 0
 to_confirmation
 press_next
 wait_disc_asked
-press_back
-wait_dialog
+back_asks
 shot repair_stop
 press_go_on
 wait_disc_asked
-press_back
-wait_dialog
+back_asks
 press_give_up
 wait_no_dialog
 wait_step 3
@@ -109,13 +95,11 @@ wait_open
 press_next
 wait_disc_asked
 insert_disc 3
-press_next
-wait_step 5
+next_to 5
 shot repair_2_finish
 same
 
 echo "From the menu the one copy is started without a choice"
-press_back
-wait_step 0
+back_to 0
 start_skyvane 1
 want_no_leftovers

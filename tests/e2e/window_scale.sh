@@ -2,16 +2,12 @@
 # The window at twice its size, and at a size and shape that the user gives it: the picture keeps its
 # shape, and the pointer finds what it is on.
 SCALE=1 # the sizes here are pixels
-. "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/lib_window.sh"
-export HOME=$SCRATCH/home
-mkdir -p "$HOME"
+own_home
 speak 0
 SCREEN_DX=1700 SCREEN_DY=1300 WINDOW_DY=1200
 
-root=$(web_root "Skyvane new" "$FIXTURE/master-new")
-server_list "Skyvane new" alpha.example >"$root/serverlist9.txt"
-serve "$root"
+serve_release new
 
 window_size() { xwininfo -id "$WINDOW" | sed -n 's/.*Width: *//p; s/.*Height: *//p' | paste -sd x; }
 has_size() { [ "$(window_size)" = "$1" ]; }

@@ -5,8 +5,7 @@
 
 copy="$SCRATCH/Copy"
 only_disc 1
-run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
-want_status 0
+want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
 all_discs_of "$IMAGES"
 
 # to_map: from the menu; the first time with the faces to be learnt.
@@ -14,9 +13,7 @@ to_map() {
   press_extra 1
   wait_step 1
   [ -n "$PANEL" ] || learn_faces
-  wait_open
-  press_next
-  wait_step 3
+  next_to 3
   look_at_sectors
 }
 
@@ -25,18 +22,15 @@ want_scenery() { SECTORS=$1 same_tree "$SOURCE" Linux "$copy"; }
 
 speak 2
 start_display
-open_window skyvane-disc-installer
-wait_step 0
+open_wizard skyvane-disc-installer
 wait_still
 
 echo "The map shows what is installed, also after it was left"
 to_map
 learn_sectors
 saw_selected +30-120 || fail "the map does not show what is installed"
-press_back
-wait_step 1
-press_next
-wait_step 3
+back_to 1
+next_to 3
 wait_selected +30-120
 
 echo "One sector more, one less: without the disc, what goes is gone, and the rest waits"
@@ -49,13 +43,11 @@ take_out 1
 press_next
 wait_disc_asked
 shot scenery_disc
-press_back
-wait_dialog
+back_asks
 shot scenery_stop
 press_go_on
 wait_disc_asked
-press_back
-wait_dialog
+back_asks
 press_give_up
 wait_no_dialog
 wait_step 3
@@ -68,13 +60,11 @@ click_sector +40-080
 wait_selected +40-080
 press_next
 wait_disc_asked
-press_back
-wait_dialog
+back_asks
 press_go_on
 wait_disc_asked
 insert_disc 1
-press_next
-wait_step 5
+next_to 5
 want_scenery '\\+40-080'
 shot scenery_2_finish
 
@@ -86,8 +76,7 @@ damage() {
 }
 damaged damage
 all_discs_of "$BAD"
-press_back
-wait_step 0
+back_to 0
 to_map
 saw_selected +40-080 || fail "the map does not show the change"
 click_sector +50+000
@@ -102,22 +91,18 @@ wait_error_logged "$DISCS/1/$RELEASE/All/Global Scenery/-global terrain-/Earth n
 
 echo "From a good disc the same choice brings what was missed"
 all_discs_of "$IMAGES"
-press_back
-wait_step 0
+back_to 0
 to_map
 saw_selected +40-080 +50+000 || fail "the map does not show what was installed of a sector"
-press_next
-wait_step 5
+next_to 5
 want_scenery '\\+40-080|\\+50\\+000'
 
 echo "No scenery at all"
-press_back
-wait_step 0
+back_to 0
 to_map
 press_none
 wait_selected
-press_next
-wait_step 5
+next_to 5
 shot scenery_3_removed
 want_scenery nothing
 

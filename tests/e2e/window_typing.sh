@@ -2,12 +2,9 @@
 # Text by hand: real keys in the fields of the Options dialog, on several keyboards; and folders by
 # a desktop's picker and by the program's own browser. What was typed is read from the settings file
 # and from the folders that come of it.
-. "$(dirname "$0")/lib.sh"
-. "$(dirname "$0")/lib_window.sh"
 . "$(dirname "$0")/lib_flows.sh"
 
-export HOME=$SCRATCH/home
-mkdir -p "$HOME/Desktop"
+own_home
 settings="$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf"
 # No program of this machine may answer for the pickers that the test lacks or fakes.
 unset DBUS_SESSION_BUS_ADDRESS
@@ -15,11 +12,9 @@ unset DBUS_SESSION_BUS_ADDRESS
 # start_options: the program on its first page, with the Options dialog open and its first field,
 # the proxy's host, in focus.
 start_options() {
-  open_window skyvane-demo-installer "$@"
-  wait_step 0
+  open_wizard skyvane-demo-installer "$@"
   learn_faces
-  press_options
-  wait_dialog
+  open_options
   wait_shown Linux  # the dialog is drawn, and its first field takes keys
 }
 
@@ -37,8 +32,7 @@ close_or_gone() {
 end_options() {
   [ -z "${1:-}" ] || wait_shown "$1"
   wait_for "the page behind the options" close_or_gone
-  press_quit
-  window_ended 0
+  quit_wizard
 }
 
 # setting KEY: its value in the file.
@@ -116,8 +110,7 @@ keyboard us "',.pyf2@" -variant dvorak
 
 echo "A folder by the desktop's picker: the fake one answers with what its file says"
 rm "$settings"  # with the words of the keyboards for a proxy
-root=$(web_root "Skyvane new" "$FIXTURE/master-new")
-serve "$root" "limit_rate 20k;"
+serve_release new "limit_rate 20k;"
 mkdir -p "$SCRATCH/fake" "$HOME/picked" "$HOME/Desktop/inner"
 cat >"$SCRATCH/fake/zenity" <<'ZENITY'
 #!/bin/sh
@@ -130,16 +123,11 @@ is_gone() { [ ! -e "$1" ]; }
 
 # start_destination [PATH]: the program on the page that asks for the destination.
 start_destination() {
-  PATH=$1 open_window skyvane-demo-installer $(through_proxy "$PORT")
-  wait_step 0
+  PATH=$1 open_wizard skyvane-demo-installer $(through_proxy "$PORT")
   learn_faces
-  wait_open
-  press_next
-  wait_step 1
-  click_away 230 103
-  wait_open
-  press_next
-  wait_step 3
+  next_to 1
+  accept_licence
+  next_to 3
   wait_open
 }
 
@@ -148,12 +136,9 @@ install_named() {
   click_away 500 204
   press_key ctrl+a
   type_text "$1"
-  wait_open
-  press_next
-  wait_step 4
+  next_to 4
   wait_for "a copy in $2/$1" has_copy "$2/$1"
-  press_back
-  wait_dialog
+  back_asks
   press_give_up
   wait_for "the partial copy's end" is_gone "$2/$1"
   wait_step 3
@@ -174,8 +159,7 @@ click_away 300 206
 wait_file_text "$HOME/zenity.arguments" "--directory"
 wait_open
 install_named "Still there" "$HOME/picked"
-press_quit
-window_ended 0
+quit_wizard
 
 echo "Without one, by the program's own browser: home, a new folder there, and it is selected"
 start_destination "$PATH"
@@ -201,5 +185,4 @@ click_away 394 377
 click_away 631 87
 wait_no_dialog
 install_named "Once more" "$HOME/made here"
-press_quit
-window_ended 0
+quit_wizard

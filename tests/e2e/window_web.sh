@@ -2,25 +2,19 @@
 # The web update by hand, in Spanish, which is chosen in Options: one copy known and several, every
 # answer to the question about a modified file, a way back out of the transfer, and a copy that needs
 # nothing.
-. "$(dirname "$0")/lib.sh"
-. "$(dirname "$0")/lib_window.sh"
 . "$(dirname "$0")/lib_flows.sh"
 
-old_root=$(web_root "Skyvane old" "$FIXTURE/master-old")
-new_root=$(web_root "Skyvane new" "$FIXTURE/master-new")
-serve "$old_root"
+serve_release old
 # While a file of that name lies in the scratch folder, the manifest or the streams trickle.
 serve_new() {
-  serve "$new_root" "
+  serve_release new "
     location ~ directory\.txt\.zip\$ { if (-f $SCRATCH/slow-manifest) { set \$limit_rate 1; } }
     location / { if (-f $SCRATCH/slow) { set \$limit_rate 20k; } }"
 }
 
 one=$SCRATCH/One two=$SCRATCH/Two
 for copy in "$one" "$two"; do
-  run skyvane-demo-installer --unattended --accept_eula --dest="$SCRATCH" \
-    --name="$(basename "$copy")" $(through_proxy "$PORT")
-  want_status 0
+  want 0 install_demo "$(basename "$copy")"
 done
 registry=$XDG_CONFIG_HOME/skyvane/skyvane_install.txt  # the disc installer writes it
 printf '%s/\n' "$one" "$two" >"$registry"
@@ -41,12 +35,10 @@ start_display
 echo "Options: the language is chosen, and all changes at once; it is kept; Quit, at the left, ends"
 language=${SPEAK:-4}
 steps=(30 370 170 120) title=(300 472 200 16)
-open_window skyvane-web-updater
-wait_step 0
+open_wizard skyvane-web-updater
 learn_faces
 english=$(picture_of "${steps[@]}")
-press_options
-wait_dialog
+open_options
 english_title=$(picture_of "${title[@]}") closed=$(picture_of 310 240 60 90)
 click 330 341
 wait_for "the list of languages" picture_differs "$closed" 310 240 60 90
@@ -54,48 +46,39 @@ shot web_0_languages
 click_away 330 $((324 - 14 * language))
 [ "$language" = 0 ] || wait_for "other words" picture_differs "$english_title" "${title[@]}"
 shot web_0_options
-click_away 116 480
-wait_no_dialog
+close_options
 [ "$language" = 0 ] || wait_for "other words" picture_differs "$english" "${steps[@]}"
-press_quit
-window_ended 0
+quit_wizard
 grep -qx "_lang $language" "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" || fail "not kept"
 
 echo "Two copies: Next opens when one is chosen from the list"
-open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
+open_wizard skyvane-web-updater $(through_proxy "$PORT")
 learn_faces
 [ "$language" = 0 ] || picture_differs "$english" "${steps[@]}" || fail "English again"
 shot web_1_welcome
-press_next
-wait_step 1
-wait_other_colour 675 20 "$OPEN_FACE"
-wait_still
-GREY_FACE=$(next_face)
+next_to 1
+wait_grey
 press_next
 step_is_lit 1 || fail "Next moved on with no copy chosen"
 pick_copy 0
-wait_next "$OPEN_FACE"
+wait_open
 radios=$(picture_of 240 370 20 45)
 pick_copy 1
 wait_for "the other copy's mark" picture_differs "$radios" 240 370 20 45
 shot web_2_copy
 
 echo "Back to the welcome drops the choice"
-press_back
-wait_step 0
-press_next
-wait_step 1
-wait_next "$GREY_FACE"
+back_to 0
+next_to 1
+wait_grey
 pick_copy 1
-wait_next "$OPEN_FACE"
+wait_open
 press_next
 
 echo "Search, disk space, transfer, finish"
 wait_step 3
 shot web_3_sizes
-press_next
-wait_step 5
+next_to 5
 shot web_6_finish
 same_tree "$FIXTURE/sample/new" Linux "$two"
 same_tree "$FIXTURE/sample/old" Linux "$one"
@@ -114,25 +97,21 @@ start_skyvane 1
 
 echo "A copy that is current, handed over by a relative path, goes to the last page at once"
 fetched_before=$(fetched)
-open_window skyvane-web-updater -path "$(realpath --relative-to=. "$two")" $(through_proxy "$PORT")
-wait_step 0
-press_next
-wait_step 4
+open_wizard skyvane-web-updater -path "$(realpath --relative-to=. "$two")" $(through_proxy "$PORT")
+next_to 4
 shot web_7_current
 [ "$(fetched)" = "$fetched_before" ] || fail "a file was fetched for a copy that is current"
-press_last_quit
-window_ended 0
+quit_last_page
 
 echo "One copy: the first page leads by turns to the search and to the list"
 echo "$one/" >"$registry"
 touch "$SCRATCH/slow-manifest"
-open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
-on_list() { no_step_is_lit && [ "$(next_face)" = "$1" ]; }
-left_the_welcome() { step_is_lit 1 || on_list "$GREY_FACE"; }
+open_wizard skyvane-web-updater $(through_proxy "$PORT")
+on_list() { no_step_is_lit && "$1"; }
+left_the_welcome() { step_is_lit 1 || on_list next_is_grey; }
 seen_search= seen_list=
 for try in $(seq 40); do
-  wait_next "$OPEN_FACE"
+  wait_open
   press_next
   wait_for "the search or the list" left_the_welcome
   if step_is_lit 1; then
@@ -141,35 +120,30 @@ for try in $(seq 40); do
     shot web_8_search
     press_back
     # The copy that the first page has chosen is still chosen.
-    wait_for "the list" on_list "$OPEN_FACE"
+    wait_for "the list" on_list next_is_open
   else
     seen_list=1
     pick_copy 0
-    wait_next "$OPEN_FACE"
+    wait_open
   fi
-  press_back
-  wait_step 0
+  back_to 0
   [ -z "$seen_search$seen_list" ] || [ "$seen_search$seen_list" = 1 ] || break
   # One frame more, one time in two.
   [ $((try % 2)) = 0 ] || move_to 400 300
 done
 [ "$seen_search$seen_list" = 11 ] || fail "search seen: $seen_search, list seen: $seen_list"
 
-press_quit
-window_ended 0
+quit_wizard
 rm "$SCRATCH/slow-manifest"
 
 echo "Options: the user wants one stream only"
-open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
-press_options
-wait_dialog
+open_wizard skyvane-web-updater $(through_proxy "$PORT")
+open_options
 unticked=$(picture_of 121 257 18 18)
 click_away 130 263
 wait_for "the tick" picture_differs "$unticked" 121 257 18 18
 shot web_9_options
-click_away 116 480
-wait_no_dialog
+close_options
 
 # The user's changes, a row each: what is changed, and the answer to the question.
 # In the order in which the program asks, which is that of the manifest.
@@ -195,9 +169,9 @@ touch "$SCRATCH/slow"
 press_next
 searched_or_listed() { left_the_welcome || step_is_lit 2; }  # a search can be over before a look
 wait_for "the search or the list" searched_or_listed
-if on_list "$GREY_FACE"; then
+if on_list next_is_grey; then
   pick_copy 0
-  wait_next "$OPEN_FACE"
+  wait_open
   press_next
 fi
 wait_step 2
@@ -209,7 +183,7 @@ for reply in overwrite keep cancel; do
 done
 wait_no_dialog
 wait_step 2
-wait_next "$OPEN_FACE"
+wait_open
 prints "$one" | diff -q "$SCRATCH/one.txt" - || fail "a cancelled update has touched the copy"
 
 echo "Every answer; one stream, as the options say"
@@ -228,16 +202,14 @@ done
 
 shot web_5_transfer
 echo "Back during the transfer asks nothing, and throws away what is under way"
-press_back
-wait_step 2
+back_to 2
 dialog_is_gone || fail "Back in the transfer asks"
 wait_for "the end of the stream" no_streams
 [ -z "$(find "$one" -name '*.zip')" ] || fail "a partial download was left in the copy"
 
 echo "Next goes on with what remains, and with the answers that were given"
 rm "$SCRATCH/slow"
-press_next
-wait_step 4
+next_to 4
 for file in "${kept[@]}" "${own[@]}"; do
   [ "$(cat "$one/$file")" = "my $file" ] || fail "the user's $file was touched"
 done
@@ -252,8 +224,7 @@ rmdir "$one/Aircraft/My own"
 same_tree "$FIXTURE/sample/new" Linux "$one"
 
 echo "Quit, at the right; the log holds the questions in the order in which they were put"
-press_last_quit
-window_ended 0
+quit_last_page
 asked_about | sed "s#^$one/##" >"$SCRATCH/asked.txt"
 {
   printf '%s\n' "${questions[@]%|*}" | head -n 2
@@ -264,58 +235,42 @@ grep -qx '_stream_count 1' "$XDG_CONFIG_HOME/skyvane/Skyvane Installer.prf" ||
   fail "the option was not kept"
 
 echo "The box for the beta counts also when it is ticked after the list was read"
-ln -s "$FIXTURE/master-newer/disk_0/Skyvane newer" "$new_root/updates/Skyvane newer"
-sed -i 's/^FINAL Skyvane new$/&\nBETA Skyvane newer/' "$new_root/serverlist9.txt"
+ln -s "$FIXTURE/master-newer/disk_0/Skyvane newer" "$ROOT/updates/Skyvane newer"
+sed -i 's/^FINAL Skyvane new$/&\nBETA Skyvane newer/' "$ROOT/serverlist9.txt"
 touch "$SCRATCH/slow-manifest"
-open_window skyvane-web-updater $(through_proxy "$PORT")
-wait_step 0
-press_next
-wait_step 1
+open_wizard skyvane-web-updater $(through_proxy "$PORT")
+next_to 1
 wait_for "the manifest's request" asks_for_manifest
 press_back
-wait_for "the list" on_list "$OPEN_FACE"
-press_back
-wait_step 0
-press_options
-wait_dialog
+wait_for "the list" on_list next_is_open
+back_to 0
+open_options
 unticked=$(picture_of 121 297 18 18)
 click_away 130 303
 wait_for "the tick" picture_differs "$unticked" 121 297 18 18
-click_away 116 480
-wait_no_dialog
+close_options
 rm "$SCRATCH/slow-manifest"
 press_next
-wait_for "the list" on_list "$GREY_FACE"
+wait_for "the list" on_list next_is_grey
 pick_copy 0
-wait_next "$OPEN_FACE"
-press_next
-wait_step 2
+next_to 2
 shot web_10_beta
-press_next
-wait_step 4
+next_to 4
 same_tree "$FIXTURE/sample/newer" Linux "$one"
-press_last_quit
-window_ended 0
+quit_last_page
 
 echo "Back out of the scan and on again, twice: it begins anew each time, and ends well"
-big="$one/Airfoils/NACA 0012.afl"
-mv "$big" "$SCRATCH/kept.afl"
-truncate -s 20G "$big"  # takes longer to read than a hand to move
-is_scanning() { find "/proc/$WINDOW_PID/fd" -lname "$big" | grep -q .; }
-is_not_scanning() { ! is_scanning; }
-open_window skyvane-web-updater -path "$one" $(through_proxy "$PORT")
-wait_step 0
+slow_scan "$one/Airfoils/NACA 0012.afl"
+open_wizard skyvane-web-updater -path "$one" $(through_proxy "$PORT")
 press_next
 for again in 1 2; do
   wait_step 1
   wait_for "the scan" is_scanning
   press_back
-  wait_for "the list" on_list "$OPEN_FACE"
+  wait_for "the list" on_list next_is_open
   wait_for "the scan's end" is_not_scanning
   [ "$again" = 2 ] || press_next
 done
-mv "$SCRATCH/kept.afl" "$big"
-press_next
-wait_step 4
-press_last_quit
-window_ended 0
+quick_scan
+next_to 4
+quit_last_page
