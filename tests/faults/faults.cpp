@@ -55,20 +55,11 @@ constexpr struct {
   const char* name;
   int how;
 } ways[] = {
-    {"EACCES", EACCES},
-    {"EAGAIN", EAGAIN},
-    {"ECONNREFUSED", ECONNREFUSED},
-    {"EINTR", EINTR},
-    {"ECONNRESET", ECONNRESET},
-    {"EIO", EIO},
-    {"EMFILE", EMFILE},
-    {"ENOENT", ENOENT},
-    {"ENOLCK", ENOLCK},
-    {"ENOMEM", ENOMEM},
-    {"ENOSPC", ENOSPC},
-    {"EPERM", EPERM},
-    {"short", -1},
-    {"end", -2},
+#define WAY(name) \
+  { #name, name }
+    WAY(EACCES), WAY(EAGAIN), WAY(ECONNREFUSED), WAY(EINTR),  WAY(ECONNRESET),
+    WAY(EIO),    WAY(EMFILE), WAY(ENOENT),       WAY(ENOLCK), WAY(ENOMEM),
+    WAY(ENOSPC), WAY(EPERM),  {"short", -1},     {"end", -2},
 };
 constexpr int is_short = -1, is_end = -2;
 
@@ -259,48 +250,36 @@ int __libc_start_main(int (*main)(int, char**, char**), int argc, char** argv, v
   return real(counted_main, argc, argv, init, fini, rtld_fini, stack_end);
 }
 
-#define OPENS(name)                                        \
-  int name(const char* path, int flags, ...) {             \
-    REAL(name);                                            \
-    va_list more;                                          \
-    va_start(more, flags);                                 \
-    const mode_t mode = mode_of(flags, more);              \
-    va_end(more);                                          \
-    if (strikes(fault_open, by_path(-1, path))) return -1; \
-    return real(path, flags, mode);                        \
-  }
-#define OPENS_AT(name)                                         \
-  int name(int folder, const char* path, int flags, ...) {     \
+#define OPENS(name, parameters, folder, ...)                   \
+  int name(parameters const char* path, int flags, ...) {      \
     REAL(name);                                                \
     va_list more;                                              \
     va_start(more, flags);                                     \
     const mode_t mode = mode_of(flags, more);                  \
     va_end(more);                                              \
     if (strikes(fault_open, by_path(folder, path))) return -1; \
-    return real(folder, path, flags, mode);                    \
+    return real(__VA_ARGS__, flags, mode);                     \
   }
-#define OPENS_STREAM(name)                                      \
-  FILE* name(const char* path, const char* mode) {              \
-    REAL(name);                                                 \
-    if (strikes(fault_open, by_path(-1, path))) return nullptr; \
-    return real(path, mode);                                    \
+#define NO_FOLDER
+#define A_FOLDER int folder,
+OPENS(open, NO_FOLDER, -1, path)
+OPENS(open64, NO_FOLDER, -1, path)
+OPENS(openat, A_FOLDER, folder, folder, path)
+OPENS(openat64, A_FOLDER, folder, folder, path)
+
+// A call that gives NOTHING when it fails.
+#define GIVES(kind, type, nothing, name, parameters, arguments, what) \
+  type name parameters {                                              \
+    REAL(name);                                                       \
+    return strikes(kind, what) ? nothing : real arguments;            \
   }
-OPENS(open)
-OPENS(open64)
-OPENS_AT(openat)
-OPENS_AT(openat64)
-OPENS_STREAM(fopen)
-OPENS_STREAM(fopen64)
-
-DIR* opendir(const char* path) {
-  REAL(opendir);
-  return strikes(fault_open, by_path(-1, path)) ? nullptr : real(path);
-}
-
-char* mkdtemp(char* path) {
-  REAL(mkdtemp);
-  return strikes(fault_mkdir, by_path(-1, path)) ? nullptr : real(path);
-}
+GIVES(fault_open, FILE*, nullptr, fopen, (const char* path, const char* mode), (path, mode),
+      by_path(-1, path))
+GIVES(fault_open, FILE*, nullptr, fopen64, (const char* path, const char* mode), (path, mode),
+      by_path(-1, path))
+GIVES(fault_open, DIR*, nullptr, opendir, (const char* path), (path), by_path(-1, path))
+GIVES(fault_mkdir, char*, nullptr, mkdtemp, (char* path), (path), by_path(-1, path))
+GIVES(fault_readdir, dirent64*, nullptr, readdir64, (DIR * dir), (dir), by_handle(dirfd(dir)))
 
 long syscall(long number, ...) noexcept {
   REAL(syscall);
@@ -317,19 +296,21 @@ long syscall(long number, ...) noexcept {
   return real(number, a[0], a[1], a[2], a[3], a[4], a[5]);
 }
 
-ssize_t read(int handle, void* bytes, size_t size) {
-  REAL(read);
-  const handle_sort sort = sort_of(handle);
-  if (sort == of_no_interest) return real(handle, bytes, size);
-  return moved(reading(sort), handle, size, [&](size_t some) { return real(handle, bytes, some); });
-}
-
-ssize_t pread64(int handle, void* bytes, size_t size, off64_t at) {
-  REAL(pread64);
-  if (sort_of(handle) == of_no_interest) return real(handle, bytes, size, at);
-  return moved(fault_read, handle, size,
-               [&](size_t some) { return real(handle, bytes, some, at); });
-}
+#define MOVES(kind, name, parameters, ...)                                                   \
+  ssize_t name parameters {                                                                  \
+    REAL(name);                                                                              \
+    const handle_sort sort = sort_of(handle);                                                \
+    if (sort == of_no_interest) return real(handle, bytes, size __VA_OPT__(, ) __VA_ARGS__); \
+    return moved(kind, handle, size, [&](size_t some) {                                      \
+      return real(handle, bytes, some __VA_OPT__(, ) __VA_ARGS__);                           \
+    });                                                                                      \
+  }
+MOVES(reading(sort), read, (int handle, void* bytes, size_t size))
+MOVES(writing(sort), write, (int handle, const void* bytes, size_t size))
+MOVES(fault_read, pread64, (int handle, void* bytes, size_t size, off64_t at), at)
+MOVES(fault_write, pwrite64, (int handle, const void* bytes, size_t size, off64_t at), at)
+MOVES(fault_recv, recv, (int handle, void* bytes, size_t size, int flags), flags)
+MOVES(fault_send, send, (int handle, const void* bytes, size_t size, int flags), flags)
 
 ssize_t preadv64v2(int handle, const iovec* pieces, int count, off64_t at, int flags) {
   REAL(preadv64v2);
@@ -338,19 +319,6 @@ ssize_t preadv64v2(int handle, const iovec* pieces, int count, off64_t at, int f
     return some == pieces->iov_len ? real(handle, pieces, count, at, flags)
                                    : real(handle, &piece, 1, at, flags);
   });
-}
-
-ssize_t write(int handle, const void* bytes, size_t size) {
-  REAL(write);
-  const handle_sort sort = sort_of(handle);
-  if (sort == of_no_interest) return real(handle, bytes, size);
-  return moved(writing(sort), handle, size, [&](size_t some) { return real(handle, bytes, some); });
-}
-
-ssize_t pwrite64(int handle, const void* bytes, size_t size, off64_t at) {
-  REAL(pwrite64);
-  return moved(fault_write, handle, size,
-               [&](size_t some) { return real(handle, bytes, some, at); });
 }
 
 ssize_t writev(int handle, const iovec* pieces, int count) {
@@ -362,34 +330,16 @@ ssize_t writev(int handle, const iovec* pieces, int count) {
   });
 }
 
-ssize_t recv(int handle, void* bytes, size_t size, int flags) {
-  REAL(recv);
-  return moved(fault_recv, handle, size,
-               [&](size_t some) { return real(handle, bytes, some, flags); });
-}
-
-ssize_t send(int handle, const void* bytes, size_t size, int flags) {
-  REAL(send);
-  return moved(fault_send, handle, size,
-               [&](size_t some) { return real(handle, bytes, some, flags); });
-}
-
 int connect(int handle, const sockaddr* address, socklen_t size) {
   REAL(connect);
   const auto what = [&](char* text, size_t room) { address_of(address, text, room); };
   return strikes(fault_connect, what) ? -1 : real(handle, address, size);
 }
 
-int socket(int family, int type, int protocol) noexcept {
-  REAL(socket);
-  return strikes(fault_socket, by_word("")) ? -1 : real(family, type, protocol);
-}
-
 #define FAILS(kind, name, parameters, arguments, what) \
-  int name parameters {                                \
-    REAL(name);                                        \
-    return strikes(kind, what) ? -1 : real arguments;  \
-  }
+  GIVES(kind, int, -1, name, parameters, arguments, what)
+FAILS(fault_socket, socket, (int family, int type, int protocol) noexcept, (family, type, protocol),
+      by_word(""))
 FAILS(fault_rename, rename, (const char* from, const char* to) noexcept, (from, to),
       by_path(-1, to))
 FAILS(fault_rename, renameat, (int at, const char* from, int at_to, const char* to) noexcept,
@@ -397,11 +347,13 @@ FAILS(fault_rename, renameat, (int at, const char* from, int at_to, const char* 
 FAILS(fault_rename, renameat2,
       (int at, const char* from, int at_to, const char* to, unsigned flags) noexcept,
       (at, from, at_to, to, flags), by_path(at_to, to))
-FAILS(fault_unlink, unlink, (const char* path) noexcept, (path), by_path(-1, path))
+#define FAILS_AT_PATH(kind, name) \
+  FAILS(kind, name, (const char* path) noexcept, (path), by_path(-1, path))
+FAILS_AT_PATH(fault_unlink, unlink)
+FAILS_AT_PATH(fault_unlink, remove)
+FAILS_AT_PATH(fault_unlink, rmdir)
 FAILS(fault_unlink, unlinkat, (int at, const char* path, int flags) noexcept, (at, path, flags),
       by_path(at, path))
-FAILS(fault_unlink, remove, (const char* path) noexcept, (path), by_path(-1, path))
-FAILS(fault_unlink, rmdir, (const char* path) noexcept, (path), by_path(-1, path))
 FAILS(fault_mkdir, mkdir, (const char* path, mode_t mode) noexcept, (path, mode), by_path(-1, path))
 FAILS(fault_mkdir, mkdirat, (int at, const char* path, mode_t mode) noexcept, (at, path, mode),
       by_path(at, path))
@@ -428,11 +380,6 @@ FAILS(fault_stat, fstatat64, (int at, const char* path, struct stat64* info, int
       (at, path, info, flags), by_path(at, path))
 FAILS(fault_stat, statvfs64, (const char* path, struct statvfs64* info) noexcept, (path, info),
       by_path(-1, path))
-
-dirent64* readdir64(DIR* dir) {
-  REAL(readdir64);
-  return strikes(fault_readdir, by_handle(dirfd(dir))) ? nullptr : real(dir);
-}
 
 int close(int handle) {
   REAL(close);
