@@ -118,7 +118,7 @@ job_hours() {
   local faster=600 pid passed
   . "$ROOT/tests/e2e/lib_window.sh"
   start_display
-  LD_PRELOAD=$BIN/tests/libhours.so HOURS_FASTER=$faster "$(program skyvane-web-updater)" >"$OUT" 2>&1 &
+  LD_PRELOAD=$BIN/bench/libhours.so HOURS_FASTER=$faster "$(program skyvane-web-updater)" >"$OUT" 2>&1 &
   pid=$!
   CHILDREN+=("$pid")
   for passed in 1 23 24 24; do
