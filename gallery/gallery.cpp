@@ -4,8 +4,8 @@
 // that the runtime asks for, and a loop. The page is taller than the window. Scrolling moves
 // mnw.y_off, so that the widgets keep their places in the page, and with them the keyboard focus.
 // --png=FILE draws the page from top to bottom instead, a window's height at a time, into one PNG;
-// --dialogs=FOLDER draws the dialogs that no page of the installer opens; --pages=FOLDER plays the
-// installer's own pages and dialogs, and the widgets, in all their states.
+// --dialogs=FOLDER draws the dialogs that no page of the installer opens; --pages=FOLDER and
+// --states=FOLDER play the installer's pages, and dialogs and widgets, in all their states.
 //
 // Main thread. Writes mnw's offset and wheel.
 
@@ -14,9 +14,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "corekit/Platform/PLT_gl.h"
@@ -132,7 +132,14 @@ bool write_page(const std::string& path) {
 }
 
 bool write_pages(const std::string& folder) {
-  return write_scenes(folder, cmdline.get_option("--only"));
+  return write_scenes(page_scenes(), cmdline.get_option("--only"), folder);
+}
+
+bool write_states(const std::string& folder) {
+  std::vector<gallery_scene> scenes = state_scenes();
+  for (const gallery_scene& scene : dialog_scenes())
+    scenes.push_back(scene);
+  return write_scenes(scenes, cmdline.get_option("--only"), folder);
 }
 
 int write_and_say_so(bool (*write)(const std::string&), const std::string& path) {
@@ -144,9 +151,9 @@ int write_and_say_so(bool (*write)(const std::string&), const std::string& path)
 }
 
 bool wants_png(int argc, char** argv) {
-  return std::any_of(argv + 1, argv + argc, [](const char* word) {
-    return std::strncmp(word, "--png=", 6) == 0 || std::strncmp(word, "--dialogs=", 10) == 0 ||
-           std::strncmp(word, "--pages=", 8) == 0;
+  return std::any_of(argv + 1, argv + argc, [](std::string_view word) {
+    return word.starts_with("--png=") || word.starts_with("--dialogs=") ||
+           word.starts_with("--pages=") || word.starts_with("--states=");
   });
 }
 
@@ -186,8 +193,8 @@ std::string usage() {
   return "Shows all that the toolkit draws, on one page that the wheel and the bar scroll.\n\n"
          "--png=FILE        writes the page into FILE and ends; needs no display\n"
          "--dialogs=FOLDER  writes the dialogs that no page of the installer opens, likewise\n"
-         "--pages=FOLDER    writes the installer's pages and the widgets in all their states,\n"
-         "                  likewise\n"
+         "--pages=FOLDER    writes the installer's pages in all their states, likewise\n"
+         "--states=FOLDER   writes the widgets and dialogs in theirs\n"
          "--only=LIST       of these the ones named, with commas between\n"
          "--texts=FILE      in the language of this file\n";
 }
@@ -211,6 +218,8 @@ int main(int argc, char** argv) {
     status = write_and_say_so(write_page, from_start_folder(cmdline.get_option("--png")));
   } else if (cmdline.has_option("--dialogs")) {
     status = write_and_say_so(write_dialogs, from_start_folder(cmdline.get_option("--dialogs")));
+  } else if (cmdline.has_option("--states")) {
+    status = write_and_say_so(write_states, from_start_folder(cmdline.get_option("--states")));
   } else if (cmdline.has_option("--pages")) {
     status = write_and_say_so(write_pages, from_start_folder(cmdline.get_option("--pages")));
   } else {

@@ -163,6 +163,7 @@ void open_dest(const std::string& parent, const std::string& name) {
   demo_dest.parent_dir = parent;
   demo_dest.install_folder = name;
   demo_dest.named = 1;
+  demo_dest.proposed = "another";
   add_file("All/Resources/a.txt", fits_kb);
 }
 

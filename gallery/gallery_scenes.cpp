@@ -187,7 +187,7 @@ bool is_wanted(const std::string& only, const std::string& name) {
   return only.empty() || ("," + only + ",").find("," + name + ",") != only.npos;
 }
 
-// A ground of one colour in the background's place: its picture is in one scene, and is large.
+// A ground of one colour in the background's place.
 void load_plain_background() {
   constexpr int side = 16, bytes = side * side * 3;
   constexpr unsigned char grey = 0xC0;
@@ -223,18 +223,22 @@ void pass_frame() {
   want_picture();
 }
 
-bool write_scenes(const std::string& folder, const std::string& only) {
+bool write_scenes(const std::vector<gallery_scene>& scenes, const std::string& only,
+                  const std::string& folder) {
+  // The picture behind the wizard is large: one scene shows it.
+  constexpr std::string_view with_background = "welcome";
   APP.update = update;
   if (get_OS_abs_path(os_dir_temp, temp_path) != 0) return false;
   enter_shelf();
   PLT_swap_hook = on_shown;
-  bool has_background = true;
-  for (const auto& scenes : {page_scenes(), state_scenes(), dialog_scenes()}) {
-    for (const gallery_scene& scene : scenes) {
-      if (is_wanted(only, scene.name) && !play_scene(scene, folder)) return false;
-      if (has_background) load_plain_background();
-      has_background = false;
+  bool is_plain = false;
+  for (const gallery_scene& scene : scenes) {
+    if (!is_wanted(only, scene.name)) continue;
+    if (!is_plain && scene.name != with_background) {
+      load_plain_background();
+      is_plain = true;
     }
+    if (!play_scene(scene, folder)) return false;
   }
   return true;
 }

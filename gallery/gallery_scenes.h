@@ -14,13 +14,14 @@ struct gallery_scene {
 
 // Plays each scene, or those that `only` names, with commas between, and writes its last picture
 // into the folder as NAME.png. False if one cannot be written.
-bool write_scenes(const std::string& folder, const std::string& only);
+bool write_scenes(const std::vector<gallery_scene>& scenes, const std::string& only,
+                  const std::string& folder);
 // A frame before the scene begins, for `open`.
 void pass_frame();
 // What a frame draws in a scene without a dialog; the page's, if nothing else is said in `open`.
 extern void (*scene_frame)();
 
-// The scenes of the wizard's pages, and those of dialogs and widgets.
+// The scenes of the wizard's pages; of widgets and dialogs; of dialogs that no page opens.
 std::vector<gallery_scene> page_scenes();
 std::vector<gallery_scene> state_scenes();
 std::vector<gallery_scene> dialog_scenes();

@@ -17,13 +17,15 @@ draw() {
   env -u DISPLAY SDL_VIDEODRIVER=offscreen timeout 120 "$place/skyvane-gallery" "$@" >"$place/out.txt" 2>&1 </dev/null
 }
 mkdir -p "$seen/german" "$seen/sharp"
-draw pages --pages="$seen" &
+german="--texts=$BIN/Resources/text/german/Installer2.txt"
+{ draw pages --pages="$seen" && draw page --png="$seen/toolkit.png"; } &
 drawn=($!)
 {
-  draw page --png="$seen/toolkit.png" &&
-    draw german --pages="$seen/german" --only=welcome_next_over,place,map_focus,changed_file,settings \
-      --texts="$BIN/Resources/text/german/Installer2.txt" &&
-    draw sharp --scale=1.25 --pages="$seen/sharp" --only=map_focus,values_marked
+  draw states --states="$seen" &&
+    draw german --pages="$seen/german" --only=welcome_next_over,place,map_focus "$german" &&
+    draw german_states --states="$seen/german" --only=changed_file,settings "$german" &&
+    draw sharp --scale=1.25 --pages="$seen/sharp" --only=place,map_focus &&
+    draw sharp_states --scale=1.25 --states="$seen/sharp" --only=values_marked
 } &
 drawn+=($!)
 for run in "${drawn[@]}"; do
@@ -60,7 +62,8 @@ names "$seen" >"$SCRATCH/seen.txt"
 differing=0
 while read -r name; do
   alike "$name" || differing=$((differing + 1))
+  [ "$differing" -lt 10 ] || break  # enough to see what is wrong
 done < <(comm -12 "$SCRATCH/kept.txt" "$SCRATCH/seen.txt")
 rm -f "$left/difference.png"
 diff "$SCRATCH/kept.txt" "$SCRATCH/seen.txt" || fail "a picture is missing (<), or one too many (>)"
-[ "$differing" = 0 ] || fail "$differing pictures differ: see $left, and script/pictures if it is meant"
+[ "$differing" = 0 ] || fail "$differing pictures differ, or more: see $left, and script/pictures if it is meant"
