@@ -112,7 +112,7 @@ std::vector<gallery_scene> state_scenes() {
       {"settings_streams", [] { open_settings(3); }, "tab", nullptr},
       {"settings_proxy", [] { open_settings(0); }, "tab tab tab tab tab type=proxy.example",
        nullptr},
-      {"settings_popup", [] { open_settings(0); }, "400,364 press 400,340", nullptr},
+      {"settings_popup", [] { open_settings(0); }, "345,342 press 345,300", nullptr},
       {"changed_file", [] { ask_modified("/home/pilot/Skyvane/Resources/a.txt", 0); }, "", nullptr},
       {"dropped_file", [] { ask_modified("/home/pilot/Skyvane/Resources/a.txt", 1); }, "tab tab",
        nullptr},
