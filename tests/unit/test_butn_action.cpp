@@ -262,3 +262,13 @@ TEST_F(ButnAction, BoxedTextLiesInItsFrame) {
     EXPECT_EQ(map.text_at(400 + (row.width + 1) / 2 + 8, 300).substr(0, 2), "ri");
   }
 }
+
+TEST(ButnTable, NothingIsBehindItsEnds) {
+  const std::vector<int> types = {7, 8};
+  const std::vector<std::string> names = {"a", "b"};
+  for (const auto& [i, type, name] :
+       {std::tuple{-1, 0, ""}, {0, 7, "a"}, {1, 8, "b"}, {2, 0, ""}}) {
+    EXPECT_EQ(BTN_type_from_vector(i, &types), type) << i;
+    EXPECT_EQ(BTN_name_from_vector(i, &names), name) << i;
+  }
+}

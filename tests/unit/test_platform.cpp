@@ -10,6 +10,7 @@
 #include <iterator>
 #include <optional>
 
+#include "corekit/Platform/PLT_locale.h"
 #include "corekit/Platform/PLT_system.h"
 #include "tests/unit/test_files_scratch.h"
 
@@ -357,4 +358,31 @@ TEST(Platform, EjectsNothingButVolumes) {
   const scratch_folder here;
   for (const std::string& no_volume : {here.folder("plain"), here / "missing/", "/"s, ""s})
     EXPECT_EQ(EINVAL, eject_dvd(no_volume)) << no_volume;
+}
+
+TEST(Platform, LanguagesOfTheUser) {
+  const struct {
+    const char *label, *all, *messages, *lang, *list, *expected;
+  } rows[] = {
+      {"by the first that is set", "de_AT.UTF-8", "fr_FR", "es", "", "de "},
+      {"then by this", "", "fr@euro", "es", "", "fr "},
+      {"then by this one", "", "", "PT-br", "", "pt "},
+      {"a list is ahead", "", "", "de_DE", "gsw:C:x:it_IT:de1", "gsw it de "},
+      {"but not of a program's language", "C", "de", "de", "fr", ""},
+      {"none", "", "", "", "fr", ""},
+      {"no letters", "", "", "12", "", ""},
+      {"too long", "", "", "deutsch", "", ""},
+  };
+  const char* const names[] = {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"};
+  for (const auto& row : rows) {
+    const char* const values[] = {row.all, row.messages, row.lang, row.list};
+    for (size_t i = 0; i < std::size(names); ++i)
+      setenv(names[i], values[i], 1);
+    std::string found;
+    for (const std::string& code : PLT_user_languages())
+      found += code + " ";
+    EXPECT_EQ(row.expected, found) << row.label;
+  }
+  for (const char* const name : names)
+    unsetenv(name);
 }
