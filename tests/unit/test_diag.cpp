@@ -381,3 +381,16 @@ TEST(RuntimeLog, BrokenPipeDoesNotEndTheProgram) {
   UTL_debug_init();
   EXPECT_EQ(std::raise(SIGPIPE), 0);
 }
+
+TEST(RuntimeRun, FoldersAreFromTheStartAndWithoutDetours) {
+  const std::string before = start_folder;
+  start_folder = "/start/";
+  const std::pair<const char*, const char*> rows[] = {
+      {"/tmp", "/tmp/"}, {"below", "/start/below/"},
+      {"/tmp/../", "/"}, {"/tmp/../tmp/./", "/tmp/"},
+      {"", "/start/"},   {"/missing/../x", "/missing/../x/"},
+  };
+  for (const auto& [folder, expected] : rows)
+    EXPECT_EQ(folder_from_start(folder), expected);
+  start_folder = before;
+}
