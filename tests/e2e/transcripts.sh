@@ -38,12 +38,13 @@ tree() {
     "$(md5sum <"$now/${transcript##*/}.$1.tree" | cut -c 1-32)" >>"$transcript"
 }
 
-# archives MASTER: the archives of a master with what they hold, but for the packed sizes.
+# archives MASTER: the archives of a master with what they hold, but for packed sizes and dates, which
+# are those of the sample's making.
 archives() {
   (cd "$1" && find . -type f ! -name build_record.txt | sort | while IFS= read -r file; do
     case $file in
       *directory.txt.zip) echo "$file $(unzip -p "$file" | md5sum)" ;;
-      *.zip) echo "$file $(unzip -Z -s "$file" | sed -n 3p)" ;;
+      *.zip) echo "$file $(unzip -Z -s "$file" | awk 'NR == 3 { $7 = $8 = ""; print }')" ;;
       *) echo "$file $(md5sum <"$file")" ;;
     esac
   done) >"$now/${transcript##*/}.archives"
