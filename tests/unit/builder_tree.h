@@ -1,15 +1,6 @@
 // A source tree of the makers in a scratch folder, for the tests of the master builder.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
 #include "Installer-f/builder/make_installer.h"
 #include "Installer-f/builder/make_installer_bld.h"
 #include "Installer-f/builder/make_installer_tree.h"
@@ -30,16 +21,13 @@ inline constexpr char earth_tile[] = "All/Global Scenery/-global terrain-/+30-12
 class builder_test : public testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = testing::TempDir() + "builder-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    base = pattern + "/";
     clear_output();
     for (const char* const folder :
          {"Macintosh", "Windows", "Linux", "All/Instructions", "All/Weapons", "All/Airfoils",
           "All/Aircraft", "All/Output", "All/Custom Scenery", "All/Global Scenery",
           "All/Resources/plugins", "All/Resources/default scenery/900 red terrain",
           "All/Resources/bitmaps/Earth Orbit Textures"})
-      std::filesystem::create_directories(base + "src/" + folder);
+      here.folder(std::string("src/") + folder);
     put("All/Resources/menus/English/Skyvane.txt", state_abc);
     put("All/Resources/text/English/Skyvane.txt", state_abc);
 
@@ -56,15 +44,9 @@ class builder_test : public testing::Test {
     place_names();
   }
 
-  void TearDown() override { std::filesystem::remove_all(base); }
-
   // Writes a file of the source tree, with the folders that it needs.
   void put(const std::string& path, const std::string& bytes) const {
-    put_at(base + "src/" + path, bytes);
-  }
-  static void put_at(const std::string& path, const std::string& bytes) {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
+    here.file("src/" + path, bytes);
   }
   void clear_output() const {
     std::filesystem::remove_all(base + "out");
@@ -72,12 +54,11 @@ class builder_test : public testing::Test {
   }
   void drop(const std::string& path) const { std::filesystem::remove_all(base + "src/" + path); }
   void link(const std::string& path, const std::string& target) const {
-    std::filesystem::create_symlink(target, base + "src/" + path);
+    here.link("src/" + path, target);
   }
   // The previous release's manifest, below its header.
   void put_previous(const std::string& body) const {
-    put_at(base + "previous.txt", "I\n900 version\nINSTALLER\n\n" + body);
-    bld.old_dir_path = base + "previous.txt";
+    bld.old_dir_path = here.file("previous.txt", "I\n900 version\nINSTALLER\n\n" + body);
   }
 
   // A build ends the process or leaves found places behind, so each runs in one of its own.
@@ -106,11 +87,7 @@ class builder_test : public testing::Test {
     EXPECT_EQ(zip_to_file(zip, base + "read/", nullptr, 0), 0) << zip;
     return content_of(base + "read/directory.txt");
   }
-  bool is_there(const std::string& path) const {
-    struct stat unused;
-    return lstat((base + path).c_str(), &unused) == 0;
-  }
-
+  bool is_there(const std::string& path) const { return ::is_there(base + path); }
   bool nothing_left() const { return std::filesystem::is_empty(base + "out"); }
 
   // Text as a pattern that matches it alone.
@@ -123,5 +100,6 @@ class builder_test : public testing::Test {
     return pattern;
   }
 
-  std::string base;  // scratch folder, trailing "/"
+  const scratch_folder here;
+  const std::string base = here.path();  // with a trailing "/"
 };

@@ -1,32 +1,21 @@
 // What the tests of the install engine share: a folder of their own, files in it, made-up tables.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/exce.h"
-#include "corekit/files/io_utils.h"
+#include "tests/unit/test_files_scratch.h"
 
 // A folder that starts empty and goes with the test; dest_dir_path is "copy/" in it, not yet made.
 // The engine's globals start as at the program's start.
 class engine_tree : public testing::Test {
  protected:
   void SetUp() override {
-    std::string name = testing::TempDir() + "engine_XXXXXX";
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    root = name + "/";
     dest_dir_path = root + "copy/";
+    setenv("XDG_CONFIG_HOME", (root + "config").c_str(), 1);
     sim_info.clear();
     deleted_files.clear();
     stg = stg_record();
@@ -35,32 +24,22 @@ class engine_tree : public testing::Test {
   }
 
   void TearDown() override {
+    unsetenv("XDG_CONFIG_HOME");
+    engine_ask = kept_questions;
     xer.close();
     sim_info.clear();
-    const std::string command = "chmod -R u+rwx '" + root + "' && rm -rf '" + root + "'";
-    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(std::system(("chmod -R u+rwx '" + root + "'").c_str()), 0);
   }
 
   // Makes the folders above `path` (below the root) and writes the file; returns its full path.
   std::string write(const std::string& path, std::string_view content) {
-    for (size_t slash = path.find('/'); slash != std::string::npos;
-         slash = path.find('/', slash + 1))
-      mkdir((root + path.substr(0, slash)).c_str(), 0755);
-    std::ofstream(root + path, std::ios::binary) << content;
-    return root + path;
+    return here.file(path, std::string(content));
   }
 
-  std::string read(const std::string& path) {
-    std::stringstream content;
-    content << std::ifstream(root + path, std::ios::binary).rdbuf();
-    return content.str();
-  }
+  std::string read(const std::string& path) { return content_of(root + path); }
 
   // Whether there is anything of that name; a dangling link counts.
-  bool there(const std::string& path) {
-    struct stat info;
-    return lstat((root + path).c_str(), &info) == 0;
-  }
+  bool there(const std::string& path) { return is_there(root + path); }
 
   void open_log() { ASSERT_TRUE(xer_open(root + "log.txt")); }
   std::string log() {
@@ -79,5 +58,7 @@ class engine_tree : public testing::Test {
     return history.current();
   }
 
-  std::string root;  // with a trailing "/"
+  const engine_questions kept_questions = engine_ask;
+  const scratch_folder here;
+  const std::string root = here.path();  // with a trailing "/"
 };

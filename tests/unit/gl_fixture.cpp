@@ -15,7 +15,6 @@
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp_draw.h"
 #include "corekit/window/hl_alert_draw.h"
-#include "corekit/window/hl_init.h"
 
 // The driver keeps its own for the life of the process.
 extern "C" const char* __lsan_default_suppressions() {

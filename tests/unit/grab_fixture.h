@@ -2,8 +2,6 @@
 // and the page's loop.
 #pragma once
 
-#include <sys/stat.h>
-
 #include <chrono>
 #include <map>
 
@@ -14,7 +12,6 @@
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/xtim.h"
-#include "corekit/files/io_utils.h"
 #include "corekit/files/io_zip.h"
 #include "net_scripted_server.h"
 
@@ -41,8 +38,8 @@ class Grab : public testing::Test {
     stg = {};
     sim_info.clear();
     deleted_files.clear();
-    temp_path = scratch_folder();
-    dest_dir_path = scratch_folder();
+    temp_path = new_folder();
+    dest_dir_path = new_folder();
     stg.server_count = 2;
     server_name[0] = "one";
     server_path[0] = "/up/rel/";
@@ -62,23 +59,21 @@ class Grab : public testing::Test {
   // An archive of a file with this name and content.
   std::string archive_of(const std::string& name, const std::string& content) {
     const std::string source = temp_path + name;
-    std::ofstream(source, std::ios::binary) << content;
+    overwrite(source, content);
     EXPECT_EQ(file_to_zip(source, temp_path + "made.zip"), 0);
     delete_file(source);
-    return bytes_of(temp_path + "made.zip");
+    return content_of(temp_path + "made.zip");
   }
 
   void put(const std::string& inside, const std::string& content) {
-    for (size_t slash = inside.find('/'); slash != std::string::npos;
-         slash = inside.find('/', slash + 1)) {
-      make_folder(dest_dir_path + inside.substr(0, slash));
-    }
-    std::ofstream(dest_dir_path + inside, std::ios::binary) << content;
+    const std::string path = dest_dir_path + inside;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    overwrite(path, content);
   }
 
   std::string log() {
     xer.flush();
-    return bytes_of(log_path_);
+    return content_of(log_path_);
   }
 
  private:
@@ -107,9 +102,5 @@ class mirror {
 
 // Calls grab_files as a page does, until it is over or ten seconds have gone.
 inline bool run_job() {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (std::chrono::steady_clock::now() < limit) {
-    if (grab_files() != 0) return true;
-  }
-  return false;
+  return comes_true([] { return grab_files() != 0; });
 }

@@ -6,7 +6,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <sstream>
+#include <chrono>
 #include <utility>
 
 namespace {
@@ -152,17 +152,19 @@ int closed_port() {
   return port;
 }
 
-std::string bytes_of(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
-}
-
-std::string scratch_folder() {
+std::string new_folder() {
   std::string path = testing::TempDir() + "net-XXXXXX";
   EXPECT_NE(mkdtemp(path.data()), nullptr);
   return path + "/";
+}
+
+bool comes_true(const std::function<bool()>& is_so) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!is_so()) {
+    if (std::chrono::steady_clock::now() > limit) return false;
+    std::this_thread::yield();
+  }
+  return true;
 }
 
 void use_proxy_port(int port) {

@@ -1,19 +1,14 @@
 // A web server for tests: one thread, a port of 127.0.0.1, answers laid down by the test.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <condition_variable>
-#include <fstream>
 #include <functional>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "corekit/net/http.h"
+#include "tests/unit/test_files_scratch.h"
 
 struct scripted_reply {
   std::vector<std::string> pieces;  // sent one after the other
@@ -68,11 +63,11 @@ class scripted_server {
 // A port of 127.0.0.1 on which nothing listens.
 int closed_port();
 
-// The bytes of a file; empty if there is none.
-std::string bytes_of(const std::string& path);
-
 // A new empty folder for one test, with a trailing "/".
-std::string scratch_folder();
+std::string new_folder();
+
+// Calls `is_so` until it is, or ten seconds have gone.
+bool comes_true(const std::function<bool()>& is_so);
 
 // Sends every request to 127.0.0.1 at `port`, as a proxy would take it.
 void use_proxy_port(int port);

@@ -26,6 +26,22 @@ class built_in_keys {
   ~built_in_keys();
 };
 
+inline sign_cover cover_of(const std::string& name, const std::string& text) {
+  return {name, text.size(), sign_hash(text.data(), text.size())};
+}
+
+// A statement of a server list, and what else it vouches for.
+inline sign_statement statement_of_list(const std::string& list, int64_t serial,
+                                        const std::vector<sign_cover>& more = {}) {
+  sign_statement made;
+  made.kind = sign_of_servers;
+  made.serial = serial;
+  made.expires = "2030-01-31";
+  made.covers = {cover_of(sign_list_name, list)};
+  made.covers.insert(made.covers.end(), more.begin(), more.end());
+  return made;
+}
+
 // The statement and its signature.
 inline std::string signed_by_test_key(const std::string& statement) {
   const std::string path = testing::TempDir() + "skyvane-key-" + std::to_string(getpid());

@@ -1,11 +1,9 @@
 // The about box, operated by clicks on its buttons: from the list to the new installer's start.
 
 #include <climits>
-#include <cstdlib>
 
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_run.h"
-#include "corekit/files/io_utils.h"
 #include "corekit/window/hl_about.h"
 #include "net_scripted_server.h"
 #include "tests/unit/sign_test_key.h"
@@ -21,8 +19,7 @@ void put(const std::string& path, const std::string& content) {
 
 TEST(AboutList, ReadsWhatItKnowsAndPassesOverTheRest) {
   const struct {
-    const char* label;
-    std::string list;
+    std::string label, list;
     int found, version_final, version_beta;
     const char *name, *server, *path;
   } rows[] = {
@@ -42,7 +39,7 @@ TEST(AboutList, ReadsWhatItKnowsAndPassesOverTheRest) {
        "g.example", ""},
       {"a page of a hotel's network", "<html>FINAL Sky</html>", 0, -1, -1, "", "", ""},
   };
-  const std::string path = scratch_folder() + "list.txt";
+  const std::string path = new_folder() + "list.txt";
   for (const auto& row : rows) {
     about = about_record();
     put(path, row.list);
@@ -86,7 +83,7 @@ TEST(AboutList, ComparesReleases) {
     about_compare(91001);
     EXPECT_EQ(about.ins_state, row.state) << row.label;
     EXPECT_EQ(about.is_beta, row.is_beta) << row.label;
-    EXPECT_NE(about.err_msg.find(row.message), std::string::npos) << row.label << about.err_msg;
+    EXPECT_TRUE(str_holds(about.err_msg, row.message)) << row.label << about.err_msg;
     EXPECT_EQ(about.err_msg.empty(), *row.message == '\0') << row.label;
     if (row.state != about_offer) continue;
     EXPECT_EQ(about.installer.server, row.is_beta ? "beta.example" : "final.example") << row.label;
@@ -95,9 +92,6 @@ TEST(AboutList, ComparesReleases) {
 
 // --- the box itself -----------------------------------------------------------------------------
 
-std::function<void()> at_swap;
-void (*true_swap)() = nullptr;
-
 class AboutBox : public window_fixture {
  protected:
   void SetUp() override {
@@ -105,7 +99,7 @@ class AboutBox : public window_fixture {
     about = about_record();
     char here[PATH_MAX];
     home_ = getcwd(here, sizeof here);
-    folder_ = scratch_folder();
+    folder_ = new_folder();
     ASSERT_EQ(chdir(folder_.c_str()), 0);
     setenv("XDG_CONFIG_HOME", (folder_ + "config").c_str(), 1);
   }
@@ -122,16 +116,7 @@ class AboutBox : public window_fixture {
   static void press_update() { click(492, 17); }
   // The box, with `each_frame` done behind every picture of it that is shown.
   static void show(const std::function<void()>& each_frame) {
-    true_swap = PLT_swap_hook;
-    at_swap = each_frame;
-    PLT_swap_hook = [] {
-      true_swap();
-      OGL_show_next();  // each frame is a step, whether or not it differs from the last
-      at_swap();
-    };
-    MACIBM_about();
-    PLT_swap_hook = true_swap;
-    settle();
+    step_by_step([] { MACIBM_about(); }, each_frame);
   }
   // Presses the offered button once, and closes the box when there is no more to do.
   static void show_to_its_end() {
@@ -148,7 +133,7 @@ class AboutBox : public window_fixture {
     EXPECT_EQ(std::system("chmod 755 'New Installer' && zip -q made.zip 'New Installer' && "
                           "rm 'New Installer'"),
               0);
-    return bytes_of("made.zip");
+    return content_of("made.zip");
   }
 
   std::string folder_, home_;
@@ -165,7 +150,7 @@ scripted_server::answer_function answers(int version_final, const scripted_reply
                            "\nFINAL_INSTALLER_MAC get.example\n/final.zip\n"
                            "BETA_INSTALLER_MAC get.example\n/beta.zip\n";
   return [=](const std::string& request) -> scripted_reply {
-    if (request.find("/serverlist9.txt ") != std::string::npos) return whole_answer(list);
+    if (str_holds(request, "/serverlist9.txt ")) return whole_answer(list);
     return installer_reply;
   };
 }
@@ -196,13 +181,13 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
     scripted_server server(answers(row.version_final, row.installer, row.version_beta));
     use_proxy_port(server.port());
     show_to_its_end();
-    EXPECT_NE(about.err_msg.find(row.message), std::string::npos) << about.err_msg;
+    EXPECT_TRUE(str_holds(about.err_msg, row.message)) << about.err_msg;
     EXPECT_EQ(mnw.win_id, win_main);
     const std::vector<std::string> requests = server.requests();
     ASSERT_EQ(requests.size(), row.asked ? 2u : 1u);
-    EXPECT_NE(requests[0].find(APP.web_host), std::string::npos);
+    EXPECT_TRUE(str_holds(requests[0], APP.web_host));
     if (row.asked) {
-      EXPECT_NE(requests[1].find(row.asked), std::string::npos) << requests[1];
+      EXPECT_TRUE(str_holds(requests[1], row.asked)) << requests[1];
     }
     EXPECT_FALSE(file_exists("New Installer"));
     EXPECT_FALSE(file_exists("Resources/preferences/installer.zip"));
@@ -219,23 +204,16 @@ TEST_F(AboutBox, NothingUnsignedIsFetchedOrOpened) {
                                                   "FINAL_INSTALLER_MAC get.example\n/final.zip\n"
                                                   "ENDOFLIST\n";
   const auto signed_list = [&list](const std::string& program) {
-    sign_statement made;
-    made.kind = sign_of_servers;
-    made.serial = 7;
-    made.expires = "2030-01-31";
-    made.covers = {{sign_list_name, list.size(), sign_hash(list.data(), list.size())}};
-    if (!program.empty())
-      made.covers.push_back(
-          {"FINAL_INSTALLER_MAC", program.size(), sign_hash(program.data(), program.size())});
-    return list + signed_by_test_key(sign_statement_text(made));
+    std::vector<sign_cover> covers;
+    if (!program.empty()) covers = {cover_of("FINAL_INSTALLER_MAC", program)};
+    return list + signed_by_test_key(sign_statement_text(statement_of_list(list, 7, covers)));
   };
   std::string changed = signed_list(zip);
   changed[changed.find("91002")] = '8';
   std::string other = zip;
   other[10] = char(other[10] ^ 1);  // its date
   const struct {
-    const char* label;
-    std::string list, program;
+    std::string label, list, program;
     size_t requests;
     const char* message;
   } rows[] = {
@@ -251,12 +229,11 @@ TEST_F(AboutBox, NothingUnsignedIsFetchedOrOpened) {
     SCOPED_TRACE(row.label);
     about = about_record();
     scripted_server server([&row](const std::string& request) {
-      return whole_answer(request.find("/serverlist9.txt ") != request.npos ? row.list
-                                                                            : row.program);
+      return whole_answer(str_holds(request, "/serverlist9.txt ") ? row.list : row.program);
     });
     use_proxy_port(server.port());
     show_to_its_end();
-    EXPECT_NE(about.err_msg.find(row.message), std::string::npos) << about.err_msg;
+    EXPECT_TRUE(str_holds(about.err_msg, row.message)) << about.err_msg;
     EXPECT_EQ(server.requests().size(), row.requests);
     EXPECT_EQ(about.installer_app_name, "");
     EXPECT_FALSE(file_exists("Resources/preferences/installer.zip"));
@@ -318,9 +295,9 @@ TEST_F(AboutBoxDeathTest, TheNewInstallerTakesOver) {
     show_to_its_end();
   };
   EXPECT_EXIT(update(), testing::ExitedWithCode(1), "");
-  for (int tries = 0; tries < 500 && bytes_of(mark).empty(); ++tries)
+  for (int tries = 0; tries < 500 && content_of(mark).empty(); ++tries)
     usleep(10000);
-  EXPECT_EQ(bytes_of(mark).rfind("started with 0 in /", 0), 0u) << bytes_of(mark);
+  EXPECT_EQ(content_of(mark).rfind("started with 0 in /", 0), 0u) << content_of(mark);
   unsetenv("ABOUT_MARK");
 }
 

@@ -65,8 +65,7 @@ TEST_F(Archive7z, Refusals) {
   write_text(out + "a", "old");
   const std::string good = pack("", "a");
   const struct {
-    const char* label;
-    std::string bytes;
+    std::string label, bytes;
     int result;
   } rows[] = {
       {"empty file", "", 20001},

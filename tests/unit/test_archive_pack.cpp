@@ -1,9 +1,6 @@
 // The packer that builds masters: in memory and streamed, what it shows, and when it gives up.
 
-#include <fcntl.h>
-
 #include <atomic>
-#include <cerrno>
 #include <functional>
 
 #include "corekit/files/io_utils.h"
@@ -66,8 +63,7 @@ TEST_F(ArchivePack, WhatCanBePackedIs) {
   for (size_t i = 0; i < skewed.size(); i += 20)
     skewed[i] = 'x';
   const struct {
-    const char* label;
-    std::string bytes;
+    std::string label, bytes;
     double most;  // of the archive, as a part of the file
   } rows[] = {{"noise", noisy, 1.01},
               {"text", text, 0.01},
@@ -95,7 +91,7 @@ TEST_F(ArchivePack, DatesEndAtTheNewest) {
     zip_packed packed;
     ASSERT_EQ(packer.pack(base + "a", base + "a.zip", packed), 0);
     const std::string listing = run("unzip -Z -T -s '" + base + "a.zip'");
-    EXPECT_NE(listing.find(shown), std::string::npos) << listing;
+    EXPECT_TRUE(str_holds(listing, shown)) << listing;
   }
 }
 

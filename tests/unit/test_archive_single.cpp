@@ -1,9 +1,6 @@
 // One file out of its archive, in memory: what may come in a package, and what it may cost.
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <filesystem>
 #include <tuple>
 
 #include "corekit/files/io_7z_head.h"
@@ -67,8 +64,7 @@ TEST_F(ArchiveSingle, WhatAZipMayHold) {
   method.method = 12;
   lying.crc ^= 1;
   const struct {
-    const char* label;
-    std::string bytes;
+    std::string label, bytes;
     single_outcome outcome;
   } rows[] = {
       {"one file", raw_zip({plain}), single_ok},
@@ -124,8 +120,7 @@ TEST_F(ArchiveSingle, TheBudgetHoldsBeforeAnythingIsUnpacked) {
   liar.size = 1000;
   grown.size = 0xFFFFFFFE;
   const struct {
-    const char* label;
-    std::string bytes;
+    std::string label, bytes;
     uint64_t most;
     single_outcome outcome;
   } rows[] = {
@@ -197,8 +192,7 @@ TEST_F(ArchiveSingle, SevenZipClaims) {
            std::string("\x0C\x07\0\0\5\1\x11\1\0\0", 10);
   };
   const struct {
-    const char* label;
-    std::string head;
+    std::string label, head;
     claims_7z claims;
   } rows[] = {
       {"one file", streams(std::string("\1\1\0", 3)), claims_fine},
@@ -260,8 +254,7 @@ TEST_F(ArchiveSingle, EveryTruncationAndFlippedByte) {
 
 TEST_F(ArchiveSingle, WhoseArchiveItIs) {
   const struct {
-    const char* label;
-    std::string bytes;
+    std::string label, bytes;
     bool ours;
   } rows[] = {
       {"ours", raw_zip({deflated_entry("photos", "x")}), true},

@@ -5,20 +5,14 @@
 #include <zlib.h>
 
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 std::string file_text(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return in ? text.str() : "(no file)";
+  return is_there(path) ? content_of(path) : "(no file)";
 }
 
 void write_text(const std::string& path, const std::string& text) {
   unlink(path.c_str());  // some file systems wait for the disk when a file is written over
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+  overwrite(path, text);
 }
 
 struct stat file_stat(const std::string& path) {
@@ -117,22 +111,11 @@ std::string raw_zip(const std::vector<raw_entry>& entries) {
 }
 
 void ArchiveTest::SetUp() {
-  base = testing::TempDir() + "archive.XXXXXX";
-  ASSERT_NE(mkdtemp(base.data()), nullptr);
-  base += "/";
-  root = base + "root/";
-  out = root + "out/";
-  mkdir(root.c_str(), 0755);
-  mkdir((root + "other").c_str(), 0755);
-  write_text(root + "sentinel.txt", "sentinel");
-  write_text(root + "other/sentinel.txt", "sentinel");
-  write_text(root + "evil", "good");
+  here.file("root/sentinel.txt", "sentinel");
+  here.file("root/other/sentinel.txt", "sentinel");
+  here.file("root/evil", "good");
   before = tree_of(root);
   mkdir(out.c_str(), 0755);
-}
-
-void ArchiveTest::TearDown() {
-  run("rm -rf '" + base + "'");
 }
 
 std::string ArchiveTest::put(const std::string& bytes) {

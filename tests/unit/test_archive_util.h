@@ -1,16 +1,11 @@
 // What the archive tests share: a folder beside a sentinel, and a writer of zips that can lie.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <map>
-#include <string>
-#include <vector>
 
 #include "corekit/files/io_7z.h"
 #include "corekit/files/io_zip.h"
+#include "tests/unit/test_files_scratch.h"
 
 struct stat;
 
@@ -49,7 +44,6 @@ std::string raw_zip(const std::vector<raw_entry>& entries);
 class ArchiveTest : public testing::Test {
  protected:
   void SetUp() override;
-  void TearDown() override;
 
   std::string put(const std::string& bytes);  // as root/../in.archive; its path
   // Unpacks the bytes into out/, by their first byte as zip or 7z.
@@ -58,6 +52,7 @@ class ArchiveTest : public testing::Test {
   void expect_untouched(const std::string& label);
   void empty_out();
 
-  std::string base, root, out;
+  const scratch_folder here;
+  const std::string base = here.path(), root = base + "root/", out = root + "out/";
   std::map<std::string, std::string> before;
 };

@@ -8,13 +8,12 @@
 #include <cstring>
 #include <memory>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "corekit/draw/TEX_png.h"
 #include "corekit/draw/g_tex.h"
 #include "corekit/draw/oglp_glyphs.h"
 #include "corekit/files/xmap.h"
+#include "tests/unit/frame_pieces.h"
 #include "tests/unit/gl_fixture.h"
 
 namespace {
@@ -244,15 +243,7 @@ TEST_P(Art, WordsHoldTogetherAndApart) {
 
 // --- frames -------------------------------------------------------------------------------------
 TEST_P(Art, StripsStretchWithoutSeams) {
-  static const struct {
-    int type, cap, src, h, u, v, tile;
-  } rows[] = {
-      {0, 10, 100, 26, 1, 487, 90},   {1, 20, 100, 26, 102, 487, 80}, {2, 10, 52, 26, 304, 486, 42},
-      {3, 10, 52, 26, 304, 459, 42},  {4, 10, 28, 16, 112, 161, 18},  {5, 10, 28, 16, 83, 161, 18},
-      {7, 10, 65, 24, 240, 242, 55},  {8, 7, 16, 16, 289, 219, 9},    {9, 10, 51, 26, 262, 133, 41},
-      {10, 26, 68, 24, 357, 488, 42},
-  };
-  for (const auto& r : rows) {
+  for (const strip_piece& r : strip_pieces) {
     SCOPED_TRACE("type " + std::to_string(r.type));
     // Types 0 and 1 run one row over the image's edge, where the texture begins again at row 0.
     const int h = std::min(r.h, 512 - r.v);
@@ -270,17 +261,7 @@ TEST_P(Art, StripsStretchWithoutSeams) {
 }
 
 TEST_P(Art, BoxesTileWithoutSeams) {
-  static const struct {
-    int type, u, v, side;
-    double left, low, high;  // widths of the fixed slices
-  } rows[] = {
-      {11, 1, 358, 100, 35, 30, 30},       {12, 102, 358, 100, 35, 30, 30},
-      {13, 203, 358, 100, 35, 30, 30},     {14, 304, 358, 100, 35, 30, 30},
-      {15, 405, 358, 100, 35, 30, 30},     {16, 1, 289, 68, 23.8, 20.4, 20.4},
-      {17, 70, 315, 42, 20, 26, 14},       {18, 113, 315, 42, 14.7, 12.6, 12.6},
-      {19, 440, 12, 44, 15.4, 13.2, 13.2}, {20, 982, 2, 41, 14.35, 12.3, 12.3},
-  };
-  for (const auto& r : rows) {
+  for (const box_piece& r : box_pieces) {
     SCOPED_TRACE("type " + std::to_string(r.type));
     const picture& image = r.type == 20 ? elements_image : interface_image;
     const rect whole = rect{r.u, r.v, r.side, r.side} * scale;

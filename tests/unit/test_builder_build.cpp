@@ -1,10 +1,5 @@
 // What a build leaves on the discs and in the manifest.
 
-#include <fcntl.h>
-#include <sys/resource.h>
-
-#include <csignal>
-#include <map>
 #include <thread>
 
 #include "Installer-f/builder/make_installer_places.h"
@@ -125,8 +120,7 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
     return "FILE 0 0 " + std::to_string(version) + " 1 1 " + a + " " + name + "\n";
   };
   struct row {
-    const char* label;
-    std::string body;
+    std::string label, body;
     const char* text;
   };
   for (const row& one :
@@ -144,9 +138,9 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
     EXPECT_FALSE(is_there("out/disk_0"));
   }
   // Nor is anything else taken for a manifest, which would start the history over.
-  put_at(base + "prose.txt", "I\n900 version\nSERVERS\n");
-  put_at(base + "empty.txt", "");
-  put_at(base + "cut.zip", "PK\3\4 and so on");
+  here.file("prose.txt", "I\n900 version\nSERVERS\n");
+  here.file("empty.txt", "");
+  here.file("cut.zip", "PK\3\4 and so on");
   file_to_zip(base + "prose.txt", base + "prose.zip");
   for (const char* const other :
        {"no such file.txt", "src/", "prose.txt", "empty.txt", "cut.zip", "prose.zip"}) {
@@ -160,20 +154,20 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
   put_previous("DIR All/Weapons/\n" + line(90000, "old.wpn"));
   file_to_zip(bld.old_dir_path, base + "previous.zip");
   bld.old_dir_path = base + "previous.zip";
-  EXPECT_NE(build().find("GONE old.wpn"), std::string::npos);
+  EXPECT_TRUE(str_holds(build(), "GONE old.wpn"));
   clear_output();
   // Only the base product carries the history on.
   put_previous("DIR All/Weapons/\n" + line(90000, "old.wpn"));
   bld.fog_fals = install_earth;
   put(earth_tile, state_a);
-  EXPECT_EQ(build().find("old.wpn"), std::string::npos);
+  EXPECT_FALSE(str_holds(build(), "old.wpn"));
 }
 
 TEST_F(BuilderBuild, HandMadeArchivesAreLinked) {
   put("All/Weapons/gun.wpn", std::string(3000, 'x'));
   put("All/Weapons/gun.wpn.7z", std::string(2500, '7'));
   put("All/Weapons/orphan.wpn.7z", "no file of that name");
-  put_at(base + "elsewhere", std::string(1500, '7'));
+  here.file("elsewhere", std::string(1500, '7'));
   put("All/Weapons/linked.wpn", state_a);
   link("All/Weapons/linked.wpn.7z", base + "elsewhere");
   const std::string manifest = build();
@@ -181,8 +175,8 @@ TEST_F(BuilderBuild, HandMadeArchivesAreLinked) {
   EXPECT_EQ(inode("out/disk_0/Test 9/All/Weapons/linked.wpn.7z"), inode("elsewhere"));
   EXPECT_FALSE(is_there("out/disk_0/Test 9/All/Weapons/gun.wpn.zip"));
   EXPECT_FALSE(is_there("out/disk_0/Test 9/All/Weapons/orphan.wpn.7z"));
-  EXPECT_NE(manifest.find("FILE 0 0 91001 2 3 "), std::string::npos) << manifest;
-  EXPECT_EQ(manifest.find(".7z"), std::string::npos) << manifest;
+  EXPECT_TRUE(str_holds(manifest, "FILE 0 0 91001 2 3 ")) << manifest;
+  EXPECT_FALSE(str_holds(manifest, ".7z")) << manifest;
 }
 
 // Stored data of 6,000 bytes and a little more: 6 units a file.
@@ -294,7 +288,7 @@ TEST_F(BuilderAgain, OnAnyNumberOfThreadsAndAtAnyTime) {
   build();
   for (const char* const zip : {"directory.txt", "All/Weapons/gun 2"}) {
     const std::string archive = base + "out/disk_0/Test 9/" + zip + ".zip";
-    EXPECT_NE(run("unzip -Z -T -s '" + archive + "'").find(" 20010909."), std::string::npos) << zip;
+    EXPECT_TRUE(str_holds(run("unzip -Z -T -s '" + archive + "'"), " 20010909.")) << zip;
   }
 }
 
@@ -320,7 +314,7 @@ TEST_F(BuilderAgain, ArchivesAreTakenOver) {
   const std::string spoilt = old_archives + gun(9) + ".zip";
   std::string bytes = content_of(spoilt);
   bytes[bytes.size() / 2] ^= 1;
-  put_at(spoilt, bytes);
+  overwrite(spoilt, bytes);
   build();
   const auto right = set_aside("anew");
   EXPECT_NE(rebuild(&taken_over), right);
@@ -332,7 +326,7 @@ TEST_F(BuilderAgain, ArchivesAreTakenOver) {
   std::string record = content_of(base + "last/build_record.txt");
   for (size_t at = record.find("\nFILE"); at < record.size(); at += 101)
     record[at] = ' ';
-  put_at(base + "last/build_record.txt", record);
+  here.file("last/build_record.txt", record);
   EXPECT_EQ(rebuild(&taken_over), right);
   EXPECT_LT(taken_over, 20);
 }
@@ -341,7 +335,7 @@ TEST_F(BuilderAgain, ArchivesAreTakenOver) {
 TEST_F(BuilderAgain, WhatIsFreshIsNotTrusted) {
   put("All/Weapons/fresh", state_a);
   build();
-  EXPECT_EQ(content_of(base + "out/build_record.txt").find("fresh"), std::string::npos);
+  EXPECT_FALSE(str_holds(content_of(base + "out/build_record.txt"), "fresh"));
 }
 
 // Nothing is left of a master that was given up while it was being made.
@@ -368,9 +362,7 @@ TEST_F(BuilderBuild, FullVolumeIsNoticed) {
   for (int i = 0; i < 60; ++i)
     put("All/Weapons/gun " + std::to_string(i) + ".wpn", state_a);
   const auto build_in_little_room = [] {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{1500, 1500};  // bytes of any one file
-    setrlimit(RLIMIT_FSIZE, &limit);
+    const small_disk full(1500);
     build_and_leave();
   };
   EXPECT_EXIT(build_in_little_room(), testing::ExitedWithCode(1),
@@ -400,8 +392,8 @@ TEST_F(BuilderBuild, FilesThatMeetWhenInstalledOrOnlyMoved) {
     note_installed_places();
     const std::string said = testing::internal::GetCapturedStderr();
     const std::string both = std::string(": ") + row.first + " and " + row.second + "\n";
-    EXPECT_EQ(said.find("WARNING: two files") != std::string::npos, row.meet) << both << said;
-    EXPECT_EQ(said.find(both) != std::string::npos, row.meet) << both << said;
+    EXPECT_EQ(str_holds(said, "WARNING: two files"), row.meet) << both << said;
+    EXPECT_EQ(str_holds(said, both), row.meet) << both << said;
   }
   put_previous(std::string("DIR All/Weapons/\nFILE 0 0 90000 1 1 ") + sig_a + " Gun.wpn\n");
   put("All/Weapons/gun.wpn", state_a);

@@ -1,9 +1,5 @@
 // The builder's flags, and the server list.
 
-#include <sys/resource.h>
-
-#include <csignal>
-
 #include "Installer-f/builder/make_installer_cmdline.h"
 #include "Installer-f/builder/make_installer_servers.h"
 #include "corekit/base/UTL_cmdline.h"
@@ -39,7 +35,7 @@ class BuilderCmdline : public builder_test {
 TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
   std::filesystem::create_directories(base + "a copy/src");
   std::filesystem::create_directories(base + "a:b");
-  put_at(base + "a file", "x");
+  here.file("a file", "x");
   struct row {
     const char *flag, *text;
   };
@@ -84,9 +80,8 @@ TEST_F(BuilderCmdline, BuildsWhatTheFlagsSay) {
           "--name=My 9.1", "--release=91200"},
          "OK compression is done. Checklist if doing net:");
   ASSERT_EQ(zip_to_file(base + "new out/disk_0/My 9.1/directory.txt.zip", base, nullptr, 0), 0);
-  EXPECT_NE(content_of(base + "directory.txt")
-                .find("FILE 0 0 91200 0 0 " + std::string(sig_a) + " gun.wpn\n"),
-            std::string::npos);
+  EXPECT_TRUE(str_holds(content_of(base + "directory.txt"),
+                        "FILE 0 0 91200 0 0 " + std::string(sig_a) + " gun.wpn\n"));
   EXPECT_TRUE(is_there("new out/disk_0/dvd_version.txt"));
   // Absolute folders with their "/", over the manifest just written.
   expect(0,
@@ -109,9 +104,8 @@ TEST_F(BuilderCmdline, SourceDateEpoch) {
   expect(0, build_flags("--name=Test 9"), "OK compression is done.");
   unsetenv("SOURCE_DATE_EPOCH");
   for (const char* const zip : {"directory.txt", "All/Resources/text/English/Skyvane.txt"})
-    EXPECT_NE(run("unzip -Z -T -s '" + base + "out/disk_0/Test 9/" + zip + ".zip'")
-                  .find(" 20010909.014640 "),
-              std::string::npos)
+    EXPECT_TRUE(str_holds(run("unzip -Z -T -s '" + base + "out/disk_0/Test 9/" + zip + ".zip'"),
+                          " 20010909.014640 "))
         << zip;
 }
 
@@ -200,9 +194,7 @@ TEST_F(BuilderCmdline, ServerListWithABuild) {
   EXPECT_TRUE(is_there("out/serverlist9.txt"));
   EXPECT_TRUE(is_there("out/disk_0/Skyvane 9/directory.txt.zip"));
   const auto in_little_room = [] {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{500, 500};
-    setrlimit(RLIMIT_FSIZE, &limit);
+    const small_disk full(500);
     run_and_leave({"--write_server_list=list.txt", "--mirrors=a/" + std::string(600, 'p')});
   };
   EXPECT_EXIT(in_little_room(), testing::ExitedWithCode(1),

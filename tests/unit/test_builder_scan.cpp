@@ -107,7 +107,7 @@ TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
   };
   for (const refusal& row : refusals) {
     SCOPED_TRACE(row.label);
-    TearDown();
+    std::filesystem::remove_all(base + "src");
     SetUp();
     row.damage();
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
@@ -119,7 +119,7 @@ TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
 TEST_F(BuilderScan, OutputFoldersThatAreTaken) {
   for (const char* const taken : {"out/disk_2/", "out/disk_0"}) {
     clear_output();
-    put_at(base + taken + "x", "mine");
+    here.file(std::string(taken) + "x", "mine");
     if (!std::string(taken).ends_with('/'))
       std::filesystem::rename(base + taken + "x", base + taken);
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
@@ -128,7 +128,7 @@ TEST_F(BuilderScan, OutputFoldersThatAreTaken) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(base + "out"), {}), 1);
   }
   std::filesystem::remove_all(base + "out");
-  put_at(base + "out", "a file");
+  here.file("out", "a file");
   EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), "Could not make the dst_folder!");
   EXPECT_EQ(content_of(base + "out"), "a file");
 }
@@ -146,10 +146,10 @@ TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
   put_previous("DIR All/W/\nFILE 0 0 91001 1 1 " + std::string(sig_a) + " x\n");
   bld.check_only = true;
   const std::string said = said_by_build(1);
-  EXPECT_NE(
-      said.find("364 faults, of which 49 are shown; the log has all of them: copy 301, source "
-                "code 60, foreign folder in All/ 1, place missing 1, release built before 1."),
-      std::string::npos)
+  EXPECT_TRUE(
+      str_holds(said,
+                "364 faults, of which 49 are shown; the log has all of them: copy 301, source "
+                "code 60, foreign folder in All/ 1, place missing 1, release built before 1."))
       << said;
   size_t plain = 0;
   for (size_t at = said.find("\n  /"); at != said.npos; at = said.find("\n  /", at + 1))
@@ -157,7 +157,7 @@ TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
   EXPECT_EQ(plain, 49u);
   for (const char* const one : {"/Movies/: All/ may", "Airfoils/: the tree must", "by --release=N.",
                                 "/All/Output/copy: nothing", "/All/Aircraft/0.cpp: source"})
-    EXPECT_NE(said.find(one), std::string::npos) << one;
+    EXPECT_TRUE(str_holds(said, one)) << one;
   EXPECT_TRUE(nothing_left());
 }
 

@@ -3,9 +3,6 @@
 
 #include <signal.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/settings/main_stg.h"
@@ -19,7 +16,6 @@
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/base/xtim.h"
-#include "corekit/files/io_utils.h"
 #include "tests/unit/test_files_scratch.h"
 
 using namespace std::string_literals;
@@ -74,7 +70,7 @@ class Bus : public testing::Test {
       PLT_child_read(&child, &said, 65536);
       usleep(5'000);
     }
-    return said.find(text) != std::string::npos;
+    return str_holds(said, text);
   }
   // Polls the folder window for so long: what the user has chosen, or in words how it stands.
   std::string poll(uint64_t microseconds) {
@@ -85,7 +81,7 @@ class Bus : public testing::Test {
       usleep(5'000);
       const uint64_t before = PLT_microseconds();
       state = PLT_picker_poll(&path);
-      EXPECT_LT(PLT_microseconds() - before, 1'000'000u) << "a frame has waited";
+      EXPECT_LT(PLT_microseconds() - before, 3'000'000u) << "a frame has waited";
     } while (state == plt_picker_running && PLT_microseconds() - start_us < microseconds);
     const std::string states[] = {"none", "up", path, "cancelled"};
     return states[state];
@@ -151,11 +147,11 @@ TEST_F(Bus, UserMayTakeHisTime) {
   EXPECT_EQ(poll(0), "none");
   EXPECT_EQ(pick(500'000), "up");
   PLT_child_end(&daemon, 0);
-  EXPECT_EQ(poll(3'000'000), "/by/zenity") << "the bus has gone";
+  EXPECT_EQ(poll(8'000'000), "/by/zenity") << "the bus has gone";
 }
 
 TEST_F(Bus, NobodyAnswers) {
-  EXPECT_EQ(pick(3'000'000), "/by/zenity") << "there is no portal";
+  EXPECT_EQ(pick(), "/by/zenity") << "there is no portal";
   kill(daemon.pid, SIGSTOP);
   EXPECT_EQ(pick(), "/by/zenity") << "the bus says nothing";
 }
@@ -198,14 +194,16 @@ TEST_F(Bus, FramesGoOnDuringAnEjection) {
   THREAD_init();
   THREAD_make_workers();
   const std::string point = here.folder("a disc");
-  here.file("eject", "#!/bin/sh\nsleep 1; umount \"$1\"\n");
+  here.file("eject", "#!/bin/sh\ncd '" + here.path() +
+                         "'\nfor i in $(seq 400); do [ -e go ] && break; sleep 0.05; done\n"
+                         "touch ejected; umount \"$1\"\n");
   chmod((here / "eject").c_str(), 0755);
   if (mount("none", point.c_str(), "tmpfs", 0, "size=64k") == 0) {
     dvd_path = point;
     sim_info.emplace_back().versions.emplace_back();
-    const uint64_t start = PLT_microseconds();
     UTIL_switch_disk(1);
-    EXPECT_LT(PLT_microseconds() - start, 900'000u);
+    EXPECT_FALSE(is_there(here / "ejected"));
+    here.file("go");
     EXPECT_EQ(dvd_path, "");
   }
   THREAD_shutdown();
@@ -235,7 +233,7 @@ TEST_F(Bus, DesktopIsToldOfAJob) {
   }
   const std::string entry =
       "application://example.skyvane.unit_tests.desktop progress 0.25 progress-visible yes\n";
-  EXPECT_NE(said.find(entry), std::string::npos) << said;
+  EXPECT_TRUE(str_holds(said, entry)) << said;
   said.clear();
   const struct {
     float at;
@@ -265,8 +263,8 @@ TEST_F(Bus, DesktopIsToldOfAJob) {
       PLT_child_read(&service, &said, 65536);
       usleep(5'000);
     }
-    EXPECT_NE(said.find(row.says), std::string::npos) << said;
-    EXPECT_EQ(said.find(row.not_says), std::string::npos) << said;
+    EXPECT_TRUE(str_holds(said, row.says)) << said;
+    EXPECT_FALSE(str_holds(said, row.not_says)) << said;
   }
   PLT_child_end(&daemon, 0);
   for (int i = 0; i < 10; ++i)

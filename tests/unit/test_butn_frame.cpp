@@ -1,22 +1,14 @@
 // Frames: every pixel of a box comes from the right pixel of its picture, once.
 
+#include "tests/unit/frame_pieces.h"
 #include "tests/unit/gl_fixture.h"
 
 class ButnFrame : public gl_fixture {};
 
 TEST_F(ButnFrame, StripsAtManyWidths) {
-  const struct {
-    int type, cap, src, h, u, v, tile, extra, lower;
-  } rows[] = {
-      {0, 10, 100, 26, 1, 487, 90, 0, 3},  {1, 20, 100, 26, 102, 487, 80, 0, 3},
-      {2, 10, 52, 26, 304, 486, 42, 0, 0}, {3, 10, 52, 26, 304, 459, 42, 0, 0},
-      {4, 10, 28, 16, 112, 161, 18, 0, 0}, {5, 10, 28, 16, 83, 161, 18, 0, 0},
-      {7, 10, 65, 24, 240, 242, 55, 0, 0}, {8, 7, 16, 16, 289, 219, 9, 0, 0},
-      {9, 10, 51, 26, 262, 133, 41, 4, 0}, {10, 26, 68, 24, 357, 488, 42, 4, 0},
-  };
   mnw.x_off = 7;  // as in a dialog, which lies in the window
   mnw.y_off = 11;
-  for (const auto& row : rows) {
+  for (const strip_piece& row : strip_pieces) {
     for (const int width : {61, 100, 257}) {
       SCOPED_TRACE(testing::Message() << "type " << row.type << ", width " << width);
       const picture_map map([&] { BTN_frame1(row.type, 400, 300, static_cast<float>(width), 0); });
@@ -42,17 +34,7 @@ TEST_F(ButnFrame, StripsAtManyWidths) {
 }
 
 TEST_F(ButnFrame, BoxesAtManySizes) {
-  const struct {
-    int type, u, v, side, m, b, t;
-    int left, right, low, high;  // corners, whole pixels of them
-  } rows[] = {
-      {11, 1, 358, 100, 9, 14, 4, 35, 35, 30, 30},   {12, 102, 358, 100, 9, 14, 4, 35, 35, 30, 30},
-      {13, 203, 358, 100, 9, 14, 4, 35, 35, 30, 30}, {14, 304, 358, 100, 9, 14, 4, 35, 35, 30, 30},
-      {15, 405, 358, 100, 9, 14, 4, 35, 35, 30, 30}, {16, 1, 289, 68, 2, 2, 2, 23, 23, 20, 20},
-      {17, 70, 315, 42, 8, 13, 2, 20, 20, 26, 14},   {18, 113, 315, 42, 8, 13, 2, 14, 14, 12, 12},
-      {19, 440, 12, 44, 6, 9, 4, 15, 15, 13, 13},    {20, 982, 2, 41, 1, 1, 1, 14, 14, 12, 12},
-  };
-  for (const auto& row : rows) {
+  for (const box_piece& row : box_pieces) {
     for (const auto& [dx, dy] : {std::pair{61, 67}, {190, 453}, {301, 100}}) {
       SCOPED_TRACE(testing::Message() << "type " << row.type << ", " << dx << " by " << dy);
       const int x = 200, y = 100;
@@ -69,10 +51,11 @@ TEST_F(ButnFrame, BoxesAtManySizes) {
       EXPECT_TRUE(map.shows(left, top, row.u, last_v));
       EXPECT_TRUE(map.shows(right, top, last_u, last_v));
       // The inner end of each corner.
-      EXPECT_TRUE(map.shows(left + row.left - 1, bottom + row.low - 1, row.u + row.left - 1,
-                            row.v + row.low - 1));
-      EXPECT_TRUE(map.shows(right - row.right + 1, top - row.high + 1, last_u - row.right + 1,
-                            last_v - row.high + 1));
+      const int side_dx = int(row.left), low = int(row.low), high = int(row.high);
+      EXPECT_TRUE(
+          map.shows(left + side_dx - 1, bottom + low - 1, row.u + side_dx - 1, row.v + low - 1));
+      EXPECT_TRUE(
+          map.shows(right - side_dx + 1, top - high + 1, last_u - side_dx + 1, last_v - high + 1));
     }
   }
 }

@@ -1,6 +1,7 @@
 // Paths and long texts in lines, and what scrolls.
 
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/hl_string.h"
 #include "corekit/widgets/butn_lines.h"
 #include "corekit/widgets/keys_codes.h"
 #include "tests/unit/value_fixture.h"
@@ -60,7 +61,7 @@ TEST_F(ButnLines, ALongPathIsShownInFull) {
           EXPECT_EQ(cut, lines);
           continue;
         }
-        EXPECT_NE(joined(cut).find("..."), std::string::npos);
+        EXPECT_TRUE(str_holds(joined(cut), "..."));
         EXPECT_EQ(cut.back().back(), lines.back().back());
         if (most > 1) {
           EXPECT_EQ(cut.front(), lines.front());

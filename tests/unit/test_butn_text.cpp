@@ -90,8 +90,8 @@ TEST_F(TextField, FocusAndSelection) {
 
 TEST_F(TextField, TheMouseSelects) {
   const struct {
-    const char* label;
-    const char *to, *dragged_to;  // the press and the drag's end are behind these; null is no drag
+    const char *label, *to,
+        *dragged_to;  // the press and the drag's end are behind these; null is no drag
     int clicks;
     bool shift;
     const char* selected;
@@ -203,8 +203,7 @@ TEST_F(TextField, Clipboard) {
   EXPECT_EQ(text, "hello!world");
 
   const struct {
-    const char* label;
-    std::string clipboard, text;
+    std::string label, clipboard, text;
   } rows[] = {
       {"accents", "\xC3\xA9t\xC3\xA9", "\xE9t\xE9"},
       {"no byte for it", "1\xE2\x82\xAC", "1?"},

@@ -1,34 +1,16 @@
 // The browser from the keyboard, by the window library's events.
 
-#include <sys/stat.h>
-
-#include <cstdlib>
-
-#include "corekit/Platform/PLT_system.h"
 #include "corekit/widgets/butn.h"
 #include "corekit/widgets/butn_value.h"
 #include "corekit/widgets/keys.h"
 #include "corekit/window/butn_file.h"
 #include "corekit/window/hl_alert_draw.h"
+#include "tests/unit/test_files_scratch.h"
 #include "tests/unit/window_fixture.h"
 
 namespace {
 
 using steps = std::vector<std::function<void()>>;
-
-// One step after each picture that is shown, until all are done; a dialog that then does not end is
-// ended by the program's end.
-steps to_do;
-size_t next_step;
-void (*real_swap_hook)();
-
-void swap_and_step() {
-  constexpr size_t patience = 200;
-  real_swap_hook();
-  OGL_show_next();  // each frame is a step, whether or not it differs from the last
-  if (next_step < to_do.size()) to_do[next_step]();
-  if (++next_step > to_do.size() + patience) app_done = 1;
-}
 
 void key(int symbol, const char* text = "") {
   push_key(symbol, true);
@@ -42,14 +24,16 @@ class EntryWindow : public window_fixture {
     window_fixture::SetUp();
     keys = keys_class();
     keys.start();
-    next_step = 0;
-    real_swap_hook = PLT_swap_hook;
-    PLT_swap_hook = swap_and_step;
   }
-  void TearDown() override {
-    app_done = 0;
-    PLT_swap_hook = real_swap_hook;
-    window_fixture::TearDown();
+  // A frame of a page, with a step after each of its dialog's pictures but the first; a dialog that
+  // then does not end is ended by the program's end.
+  static void frame_with(const steps& list) {
+    size_t step = 0;
+    step_by_step([] { MACIBM_event_proc(); },
+                 [&] {
+                   if (step > 0 && step <= list.size()) list[step - 1]();
+                   if (++step > list.size() + 200) app_done = 1;
+                 });
   }
   // A press at a place of the main window, in its units.
   static void click(int x, int y) {
@@ -62,10 +46,10 @@ class EntryWindow : public window_fixture {
 }  // namespace
 
 TEST_F(EntryWindow, BrowserByTheKeyboard) {
-  std::string folder = testing::TempDir() + "browserXXXXXX";
-  folder = std::string(mkdtemp(folder.data())) + '/';
-  for (const char* name : {"alpha", "beta", "beta/inner", "gamma"})
-    mkdir((folder + name).c_str(), 0755);
+  const scratch_folder here;
+  for (const char* name : {"alpha", "beta/inner", "gamma"})
+    here.folder(name);
+  const std::string folder = here.path();
   const auto down = [] { key(SDLK_DOWN); };
   const auto enter = [] { key(SDLK_RETURN); };
   const auto escape = [] { key(SDLK_ESCAPE); };
@@ -97,24 +81,18 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
     std::string path = folder;
     page_body = [&] {
       if (result >= 0) return;
-      to_do = row.list;
-      to_do.insert(to_do.begin(), [] {});  // the browser's first picture
-      next_step = 0;
       return_hit = escape_hit = 1;  // the keys that led here are not the browser's
       result = BTN_opensave(win_file_open, file_type_folder, &path, "Pick", "Select");
     };
-    MACIBM_event_proc();
+    frame_with(row.list);
     EXPECT_EQ(result, row.result);
     EXPECT_EQ(path, row.result ? row.path : folder);
     EXPECT_EQ(mnw.win_id, win_main);
     EXPECT_EQ(app_done, 0) << "it did not end";
     app_done = 0;
-    settle();
   }
-  struct stat made;
-  EXPECT_EQ(stat((folder + "new").c_str(), &made), 0);
-  EXPECT_NE(stat((folder + "other").c_str(), &made), 0);
-  PLT_remove_tree(folder);
+  EXPECT_TRUE(is_there(here / "new"));
+  EXPECT_FALSE(is_there(here / "other"));
 }
 
 TEST_F(EntryWindow, AQuestionWithThreeAnswers) {
@@ -142,16 +120,12 @@ TEST_F(EntryWindow, AQuestionWithThreeAnswers) {
     int result = -1;
     page_body = [&] {
       if (result >= 0) return;
-      to_do = row.list;
-      to_do.insert(to_do.begin(), [] {});
-      next_step = 0;
       result = MACIBM_nuke_alert("to be or not", row.third);
     };
-    MACIBM_event_proc();
+    frame_with(row.list);
     EXPECT_EQ(result, row.result) << row.label;
     EXPECT_EQ(mnw.win_id, win_main);
     EXPECT_EQ(app_done, 0) << "it did not end";
     app_done = 0;
-    settle();
   }
 }

@@ -2,9 +2,6 @@
 
 #include "Installer-f/wizard/main_launch.h"
 
-#include <csignal>
-
-#include "corekit/base/exce.h"
 #include "corekit/base/hl_thread.h"
 #include "corekit/files/pref.h"
 #include "engine_tree.h"
@@ -13,14 +10,6 @@ namespace {
 
 class DiscLaunch : public engine_tree {
  protected:
-  void SetUp() override {
-    engine_tree::SetUp();
-    ASSERT_EQ(setenv("XDG_CONFIG_HOME", (root + "config").c_str(), 1), 0);
-  }
-  void TearDown() override {
-    unsetenv("XDG_CONFIG_HOME");
-    engine_tree::TearDown();
-  }
   // A program that notes its name, its arguments, whether its starter has saved, and what it has
   // from its starter that no program is to have; complete once "out" is there.
   void program(const std::string& path) {
@@ -46,9 +35,8 @@ class DiscLaunch : public engine_tree {
 
 TEST_F(DiscLaunch, StartsTheProgram) {
   const struct {
-    const char* label;
-    const char* program;  // the executable, below the root
-    const char* app;      // what is launched
+    const char *label, *program;  // the executable, below the root
+    const char* app;              // what is launched
     const char* path;
   } rows[] = {
       {"a plain program", "Plain.app", "Plain.app", ""},

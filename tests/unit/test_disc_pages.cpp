@@ -1,7 +1,5 @@
 // The pages of the disc flows, frame by frame, without a window; a question counts as giving up.
 
-#include <filesystem>
-
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/wizard/main_dvd.h"
@@ -20,7 +18,6 @@ class DiscPages : public engine_tree {
  protected:
   void SetUp() override {
     engine_tree::SetUp();
-    ASSERT_EQ(setenv("XDG_CONFIG_HOME", (root + "config").c_str(), 1), 0);
     for (const char* const folder : {"disc", "tmp"})
       ASSERT_EQ(mkdir((root + folder).c_str(), 0755), 0);
     dvd_path = root + "disc/";
@@ -30,7 +27,6 @@ class DiscPages : public engine_tree {
   }
   void TearDown() override {
     install_files_kill();
-    unsetenv("XDG_CONFIG_HOME");
     engine_tree::TearDown();
   }
 

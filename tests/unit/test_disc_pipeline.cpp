@@ -1,11 +1,9 @@
 // The disc pipeline over a folder that stands for a disc, with archives made by zip and 7z.
 
 #include <sys/inotify.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <ctime>
-#include <filesystem>
 
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_verify.h"
@@ -46,7 +44,7 @@ class DiscPipeline : public engine_tree {
     file.need_fetch = 1;
     file.disk = disk;
     file.sig_have = sig_none;
-    const bool tile = path.find("Global Scenery") != std::string::npos;
+    const bool tile = str_holds(path, "Global Scenery");
     const std::string pack = tile ? "7z a -t7z " + at + ".7z '" + leaf + "' >/dev/null"
                                   : "zip -qX " + at + ".zip '" + leaf + "'";
     shell("mkdir -p \"$(dirname " + at + ")\" && cd '" + root + "made' && " + pack);

@@ -1,10 +1,5 @@
 // The shared output stream and the words for codes.
 
-#include <csignal>
-#include <cstring>
-
-#include <sys/resource.h>
-
 #include "corekit/files/io_utils_ouf.h"
 #include "tests/unit/test_files_scratch.h"
 
@@ -23,20 +18,13 @@ TEST(FilesOuf, WritesTheHeaders) {
 
 TEST(FilesOuf, CloseTellsOfAFullDisk) {
   const scratch_folder here;
-  std::signal(SIGXFSZ, SIG_IGN);
-  rlimit old_limit;
-  getrlimit(RLIMIT_FSIZE, &old_limit);
-  rlimit small = old_limit;
-  small.rlim_cur = 50000;
   // Little enough to wait in the stream's buffer until the end, and so much that it does not.
   for (const size_t bytes : {60'000u, 1'000'000u}) {
     ASSERT_EQ(1, ouf_open(here / "file", ouf_text, 1, ""));
-    setrlimit(RLIMIT_FSIZE, &small);
+    const small_disk full(50000);
     for (size_t i = 0; i < bytes; i += 10)
       ouf << "0123456789";
-    const int code = ouf_close();
-    setrlimit(RLIMIT_FSIZE, &old_limit);
-    EXPECT_EQ(EFBIG, code) << bytes;
+    EXPECT_EQ(EFBIG, ouf_close()) << bytes;
   }
   ASSERT_EQ(1, ouf_open(here / "after", ouf_text, 1, ""));
   EXPECT_EQ(0, ouf_close());

@@ -3,10 +3,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
 
 class scratch_folder {
@@ -64,6 +67,35 @@ inline void overwrite(const std::string& path, const std::string& content) {
 inline bool is_there(const std::string& path) {
   struct stat info;
   return lstat(path.c_str(), &info) == 0;
+}
+
+// While it lives no file of this process grows beyond so many bytes: a full disk of its own.
+struct small_disk {
+  explicit small_disk(rlim_t bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small = {bytes, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~small_disk() { setrlimit(RLIMIT_FSIZE, &before); }
+  rlimit before;
+};
+
+// While it lives the process is an ordinary user, if it was the system's own, who may do all.
+struct ordinary_user {
+  ordinary_user() { EXPECT_EQ(seteuid(user == 0 ? 65534 : user), 0); }
+  ~ordinary_user() { EXPECT_EQ(seteuid(user), 0); }
+  const uid_t user = geteuid();
+};
+
+// Whether a process ends within some seconds. An orphan may wait for its new parent to take note.
+inline bool ends_soon(pid_t process) {
+  for (int i = 0; i < 2000; ++i, usleep(5'000)) {
+    std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
+    std::string number, name, state;
+    if (!(stat >> number >> name >> state) || state == "Z") return true;
+  }
+  return false;
 }
 
 inline unsigned mode_of(const std::string& path) {

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <ctime>
-#include <filesystem>
 #include <thread>
 
 #include "corekit/base/cmnd.h"

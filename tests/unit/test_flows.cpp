@@ -94,7 +94,7 @@ std::string name_of(page_function page) {
 
 // What is to be told, under its name in flows.txt.
 std::string written(const std::string& name) {
-  const std::string all = bytes_of(TESTS_FOLDER "/unit/flows.txt");
+  const std::string all = content_of(TESTS_FOLDER "/unit/flows.txt");
   const std::string head = "#### " + name + "\n";
   const size_t at = all.find(head);
   if (at == all.npos) return "nothing is written of " + name;
@@ -206,7 +206,7 @@ class Flows : public Grab {
 
  protected:
   Flows() {
-    root = scratch_folder();
+    root = new_folder();
     dest_dir_path.clear();
     cmd_line_path.clear();
     dvd_path.clear();
@@ -287,7 +287,7 @@ class Flows : public Grab {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    std::string text = std::regex_replace(bytes_of(out), std::regex(root), "~/");
+    std::string text = std::regex_replace(content_of(out), std::regex(root), "~/");
     const struct {
       const char *found, *put;
     } rows[] = {{R"((^|\n)[^\n]*( % |"progress"|There is no log)[^\n]*)", ""},
@@ -400,7 +400,7 @@ TEST_F(Flows, TheDemoByHand) {
                               {"next"},
                               {""}}),
             written("the demo"));
-  EXPECT_EQ(bytes_of(root + "My demo/Resources/a"), "content of a");
+  EXPECT_EQ(content_of(root + "My demo/Resources/a"), "content of a");
   std::filesystem::remove(root + "My demo/Resources/b");
   EXPECT_EQ(walk(demo_start, {accept, {"next"}, {"next"}, named("My demo"), {"next"}, {""}}),
             written("the demo gone on with"))

@@ -1,7 +1,6 @@
 // Mirrors that fail: who is asked next, how often, and when the user is told.
 
 #include <algorithm>
-#include <functional>
 
 #include "Installer-f/engine/utils_grab_mirrors.h"
 #include "corekit/base/hl_alert.h"
@@ -56,7 +55,7 @@ TEST_F(GrabMirrors, AWrongArchiveIsThatMirrorsFailure) {
     const int alerts_before = alerts_shown;
     grab_reset();
     ASSERT_TRUE(run_job());
-    EXPECT_EQ(bytes_of(dest_dir_path + "f"), row.content);
+    EXPECT_EQ(content_of(dest_dir_path + "f"), row.content);
     EXPECT_EQ(alerts_shown - alerts_before, row.alerts);
     EXPECT_EQ(stg.extract_failed, row.alerts);
     EXPECT_EQ(sim_info[0].current().sig_have == signature, row.alerts == 0);
@@ -105,7 +104,7 @@ TEST_F(GrabMirrors, AnAnswerTakesTheComplaintAway) {
   const size_t half = good.pieces[0].size() - 20;
   scripted_server m(
       [&](const std::string& request) {
-        if (request.find("//one/") != request.npos) return whole_answer("", "404 Not Found");
+        if (str_holds(request, "//one/")) return whole_answer("", "404 Not Found");
         return scripted_reply{{good.pieces[0].substr(0, half), good.pieces[0].substr(half)}};
       },
       true);

@@ -284,8 +284,7 @@ TEST_F(Keys, CommandsLieInFolders) {
 
 TEST(BorderText, BothWays) {
   const struct {
-    const char* label;
-    std::string utf8, with_mark, without;
+    std::string label, utf8, with_mark, without;
     bool valid;
   } rows[] = {
       {"first and last of two bytes", "\xC2\x80\xC3\xBF", "\x80\xFF", "\x80\xFF", true},

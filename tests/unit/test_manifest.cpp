@@ -69,8 +69,7 @@ TEST_F(EngineManifest, ReadsEveryField) {
 
 TEST_F(EngineManifest, Lines) {
   const struct {
-    const char* label;
-    std::string body;
+    std::string label, body;
     const char* table;
   } rows[] = {
       {"no line end at the end", "DIR A/\nFILE 0 0 1 2 3 <1> a", "A/a=1"},
@@ -164,8 +163,7 @@ TEST_F(EngineManifest, Headers) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(load(row.text), row.result) << row.text;
     const std::string told = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(told.find("you need to get a new installer!") != std::string::npos, row.result == 2)
-        << row.text;
+    EXPECT_EQ(str_holds(told, "you need to get a new installer!"), row.result == 2) << row.text;
     EXPECT_EQ(app_done, row.result == 2) << row.text;
     EXPECT_EQ(stg.new_format_state, row.result == 2 ? 2 : 0) << row.text;
     EXPECT_EQ(stg.directory_state, row.result == 2 ? manifest_refused : manifest_none) << row.text;
@@ -192,8 +190,8 @@ TEST_F(EngineManifest, PathsThatLeaveTheDestination) {
     body += "FILE 0 0 1 2 3 <1> " + name + "\n";
   ASSERT_EQ(load_body(body), 3);
   EXPECT_EQ(table(), at_limit + "=1 A/..d=1");
-  EXPECT_NE(log().find("WARNING: "), std::string::npos);
-  EXPECT_NE(log().find("ALL_os/../up"), std::string::npos);
+  EXPECT_TRUE(str_holds(log(), "WARNING: "));
+  EXPECT_TRUE(str_holds(log(), "ALL_os/../up"));
   std::string many = "DIR A/\n";
   for (int i = 0; i < 1000; ++i)
     many += "FILE 0 0 1 2 3 <1> ../" + std::to_string(i) + "/x\n";

@@ -1,15 +1,14 @@
-// The lanes against the scalar code, in every set of instructions that this machine has.
-
-#include <gtest/gtest.h>
+// The scalar code against md5sum, and the lanes against it, in every set of instructions that this
+// machine has.
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "Installer-f/engine/utils_md5.h"
 #include "Installer-f/engine/utils_md5_lanes.h"
+#include "tests/unit/test_files_scratch.h"
 
 namespace {
 
@@ -130,14 +129,39 @@ TEST(EngineMd5Lanes, TheVectorsOfTheStandard) {  // RFC 1321, appendix A.5
     EXPECT_EQ(lane_digests(code, code.lanes, streams), digests) << code.name;
 }
 
+std::string noise(size_t size, uint32_t seed) {
+  std::mt19937 random(seed);
+  std::string bytes(size, '\0');
+  for (char& byte : bytes)
+    byte = static_cast<char>(random());
+  return bytes;
+}
+
+// Every length about the padding's turning points, and about the slices of the wide update.
+TEST(EngineMd5Files, LengthsAgainstMd5sum) {
+  std::vector<size_t> sizes(201);
+  std::iota(sizes.begin(), sizes.end(), 0);
+  for (const size_t middle : {65472u, 65535u, 65536u, 2 * 65472u, 2 * 65535u, 1000000u})
+    sizes.insert(sizes.end(), {middle - 1, middle, middle + 1});
+  const scratch_folder here;
+  std::string command = "cd '" + here.path() + "' && md5sum";
+  for (size_t i = 0; i < sizes.size(); ++i) {
+    here.file(std::to_string(i), noise(sizes[i], static_cast<uint32_t>(i)));
+    command += " " + std::to_string(i);
+  }
+  ASSERT_EQ(std::system((command + " >sums").c_str()), 0);
+  std::ifstream sums(here / "sums");
+  std::string digest;
+  for (unsigned file; sums >> digest >> file; sizes[file] = SIZE_MAX)
+    EXPECT_EQ(scalar_digest(noise(sizes[file], file)), digest) << sizes[file] << " bytes";
+  EXPECT_EQ(std::count(sizes.begin(), sizes.end(), SIZE_MAX), 219);
+}
+
 TEST(EngineMd5Lanes, EveryLength) {
   std::mt19937 random(1);
   std::vector<std::string> streams;
-  for (size_t size = 0; size <= 300; ++size) {
-    streams.emplace_back(size, '\0');
-    for (char& byte : streams.back())
-      byte = static_cast<char>(random());
-  }
+  for (uint32_t size = 0; size <= 300; ++size)
+    streams.push_back(noise(size, size));
   expect_same(streams);
   std::shuffle(streams.begin(), streams.end(), random);
   for (size_t i = 0; i < streams.size(); i += 23)

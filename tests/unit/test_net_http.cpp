@@ -2,16 +2,14 @@
 
 #include <poll.h>
 
-#include <cerrno>
-#include <chrono>
 #include <optional>
 
-#include "corekit/base/exce.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/base/xtim.h"
 #include "corekit/net/http_down.h"
 #include "corekit/net/http_env.h"
 #include "net_scripted_server.h"
+#include "tests/unit/test_runtime_util.h"
 
 using namespace std::string_literals;
 
@@ -36,27 +34,13 @@ std::string report(const std::string& local, const std::string& server, const st
          "\n\n";
 }
 
-// Calls `check` until it is not 0, or ten seconds have gone.
+// What `check` says when it is over, or http_running when that does not come.
 template <class F>
 int until_over(F check) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
   int result = http_running;
-  while (result == http_running && std::chrono::steady_clock::now() < limit) {
-    result = check();
-    std::this_thread::yield();
-  }
+  comes_true([&] { return (result = check()) != http_running; });
   return result;
 }
-
-struct log_file {
-  std::string path = scratch_folder() + "log.txt";
-  log_file() { xer_open(path); }
-  ~log_file() { xer.close(); }
-  std::string content() const {
-    xer.flush();
-    return bytes_of(path);
-  }
-};
 
 // No proxy, the clock at its start, and no answer kept from a case before.
 class NetHttp : public testing::Test {
@@ -84,10 +68,18 @@ struct http_case {
   int64_t budget = 10'000'000;
 };
 
+// What is refused at once, and what is waited for in vain.
+http_case refused(const char* label, const std::string& sent, const char* warning) {
+  return {label, sent, http_failed, "", warning, true};
+}
+http_case silent(const char* label, const std::string& sent) {
+  return {label, sent, silence, std::nullopt, nullptr, true};
+}
+
 void run_case(const http_case& c, int slot, const std::vector<std::string>& pieces) {
   SCOPED_TRACE(c.label + " in slot " + std::to_string(slot));
-  const log_file log;
-  const std::string local = scratch_folder() + "got.zip";
+  const log_capture log;
+  const std::string local = new_folder() + "got.zip";
   scripted_server server(
       [&](const std::string&) {
         return scripted_reply{pieces, c.keep_open};
@@ -116,23 +108,23 @@ void run_case(const http_case& c, int slot, const std::vector<std::string>& piec
     EXPECT_EQ(check(), http_running) << "after 30.0 seconds";
     xtim.now_sec = 130.1f;
     EXPECT_EQ(check(), http_failed) << "after more";
-    EXPECT_EQ(log.content(), "");
+    EXPECT_EQ(log.text(), "");
   } else {
     if (result == http_running) result = until_over(check);
     EXPECT_EQ(result, expected);
   }
   EXPECT_FALSE(http.slot_active(slot));
   if (c.body) {
-    EXPECT_EQ(bytes_of(local), *c.body);
+    EXPECT_EQ(content_of(local), *c.body);
   }
-  EXPECT_LE(bytes_of(local).size(), static_cast<size_t>(c.budget));
+  EXPECT_LE(content_of(local).size(), static_cast<size_t>(c.budget));
   if (c.warning) {
-    EXPECT_EQ(log.content().find("WARNING: "s + c.warning), 0u) << log.content();
+    EXPECT_EQ(log.text().find("WARNING: "s + c.warning), 0u) << log.text();
   } else {
-    EXPECT_EQ(log.content().find("WARNING"), std::string::npos) << log.content();
+    EXPECT_FALSE(str_holds(log.text(), "WARNING")) << log.text();
   }
   if (c.log && slot < http_class::first_kept_slot) {
-    EXPECT_EQ(log.content(), report(local, host, "/f.zip", *c.log));
+    EXPECT_EQ(log.text(), report(local, host, "/f.zip", *c.log));
   }
   http.drop(slot);
 }
@@ -193,24 +185,22 @@ TEST_F(NetHttp, AnswersOfAServer) {
        http_failed, "ab", nullptr, false, &too_long, http_done},
       {"equal lengths are one", ok + "Content-Length: 2\r\nContent-Length: 2 , 2\r\n\r\nok",
        http_done, "ok"},
-      {"lengths that differ", ok + "Content-Length: 2\r\nContent-Length: 50\r\n\r\nok", http_failed,
-       "", no_length, open},
-      {"and on one line", ok + "Content-Length: 2, 3\r\n\r\nok", http_failed, "", no_length, open},
-      {"no number", ok + "Content-Length: many\r\n\r\nabc", http_failed, "", no_length, open},
-      {"hexadecimal", ok + "Content-Length: 0x2\r\n\r\nab", http_failed, "", no_length, open},
-      {"signed", ok + "Content-Length: +2\r\n\r\nab", http_failed, "", no_length, open},
-      {"negative", ok + "Content-Length: -1\r\n\r\nabc", http_failed, "", no_length, open},
-      {"folded", ok + "Content-Length: 2\r\n 0\r\n\r\nab", http_failed, "", no_length, open},
+      refused("lengths that differ", ok + "Content-Length: 2\r\nContent-Length: 50\r\n\r\nok",
+              no_length),
+      refused("and on one line", ok + "Content-Length: 2, 3\r\n\r\nok", no_length),
+      refused("no number", ok + "Content-Length: many\r\n\r\nabc", no_length),
+      refused("hexadecimal", ok + "Content-Length: 0x2\r\n\r\nab", no_length),
+      refused("signed", ok + "Content-Length: +2\r\n\r\nab", no_length),
+      refused("negative", ok + "Content-Length: -1\r\n\r\nabc", no_length),
+      refused("folded", ok + "Content-Length: 2\r\n 0\r\n\r\nab", no_length),
       {"as long as granted", ok + of_two + "ok", http_done, "ok", nullptr, open, nullptr, http_done,
        2},
       {"longer than granted", ok + of_two + "ok", http_failed, "", too_large, open, nullptr,
        http_failed, 1},
-      {"beyond 64 bits", ok + "Content-Length: 9223372036854775808\r\n\r\nabc", http_failed, "",
-       too_large, open},
-      {"in chunks as well", ok + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\nabc",
-       http_failed, "", coding, open},
-      {"no content, as it says, and as long", "HTTP/1.1 204 No Content\r\n\r\n", http_failed, "",
-       no_end, open},
+      refused("beyond 64 bits", ok + "Content-Length: 9223372036854775808\r\n\r\nabc", too_large),
+      refused("in chunks as well",
+              ok + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\nabc", coding),
+      refused("no content, as it says, and as long", "HTTP/1.1 204 No Content\r\n\r\n", no_end),
       // in chunks
       {"chunks", chunked + "3\r\nabc\r\n00A;x=\"y\"\r\n0123456789\r\n0\r\n\r\n", http_done,
        "abc0123456789", nullptr, open},
@@ -227,44 +217,41 @@ TEST_F(NetHttp, AnswersOfAServer) {
        http_failed, "no", nullptr, open, &not_found},
       {"chunks that together are too many", chunked + "2\r\nab\r\n2\r\ncd\r\n0\r\n\r\n",
        http_failed, "ab", too_large, open, nullptr, http_failed, 3},
-      {"the largest size there is", chunked + "ffffffffffffffff\r\nabc", http_failed, "", too_large,
-       open},
-      {"and a larger one", chunked + "10000000000000001\r\na", http_failed, "", too_large, open},
-      {"negative", chunked + "-1\r\nabc", http_failed, "", damaged, open},
-      {"no size", chunked + "\r\nabc", http_failed, "", damaged, open},
-      {"hexadecimal twice", chunked + "0x3\r\nabc", http_failed, "", damaged, open},
-      {"a lone LF", chunked + "3\nabc\n0\n\r\n", http_failed, "", damaged, open},
+      refused("the largest size there is", chunked + "ffffffffffffffff\r\nabc", too_large),
+      refused("and a larger one", chunked + "10000000000000001\r\na", too_large),
+      refused("negative", chunked + "-1\r\nabc", damaged),
+      refused("no size", chunked + "\r\nabc", damaged),
+      refused("hexadecimal twice", chunked + "0x3\r\nabc", damaged),
+      refused("a lone LF", chunked + "3\nabc\n0\n\r\n", damaged),
       {"a chunk longer than it said", chunked + "3\r\nabcd\r\n", http_failed, "abc", damaged, open},
-      {"a size that does not end", chunked + "3;" + std::string(2000, 'x'), http_failed, "",
-       damaged, open},
+      refused("a size that does not end", chunked + "3;" + std::string(2000, 'x'), damaged),
       {"mostly extensions", chunked + tiny, http_failed, any, damaged, open, nullptr, http_failed,
        100'000},
-      {"trailers that do not end", chunked + "0\r\n" + std::string(70000, 'x'), http_failed, "",
-       endless_head, open},
-      {"chunks that are packed", ok + "Transfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n",
-       http_failed, "", coding, open},
-      {"chunks in chunks",
-       ok + "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
-       http_failed, "", coding, open},
-      {"a folded coding", ok + "Transfer-Encoding: chunked\r\n , gzip\r\n\r\n0\r\n\r\n",
-       http_failed, "", coding, open},
+      refused("trailers that do not end", chunked + "0\r\n" + std::string(70000, 'x'),
+              endless_head),
+      refused("chunks that are packed", ok + "Transfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n",
+              coding),
+      refused("chunks in chunks",
+              ok + "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
+              coding),
+      refused("a folded coding", ok + "Transfer-Encoding: chunked\r\n , gzip\r\n\r\n0\r\n\r\n",
+              coding),
       {"a cut in a chunk", chunked + "5\r\nabc", http_failed, "abc", nullptr, false, &cut},
       {"a cut before the last chunk", chunked + "3\r\nabc\r\n", http_failed, "abc", nullptr, false,
        &cut},
       {"a cut in the trailers", chunked + "0\r\n", http_failed, "", nullptr, false, &cut},
       // no end
-      {"neither length nor chunks", ok + "\r\nall there is", http_failed, "", no_end, open},
+      refused("neither length nor chunks", ok + "\r\nall there is", no_end),
       {"said to end with the connection",
        "HTTP/1.0 200 OK\r\nConnection: close\r\n\r\nall there is", http_failed, "", no_end},
       {"a head of nearly 64 KB", ok + "X: " + std::string(65400, 'x') + "\r\n" + of_two + "ok",
        http_done, "ok"},
-      {"a line that never ends does not fill the memory", ok + "X: " + std::string(70000, 'x'),
-       http_failed, "", endless_head, open},
-      {"nor do heads of 100 for ever", endless, http_failed, "", endless_head, open},
-      {"no answer", "", silence, any, nullptr, open},
-      {"a stop in the head", ok + "Content-Le", silence, any, nullptr, open},
-      {"nothing behind the code, so no status line", "HTTP/1.1 200\r\n" + of_two + "ok", silence,
-       any, nullptr, open},
+      refused("a line that never ends does not fill the memory",
+              ok + "X: " + std::string(70000, 'x'), endless_head),
+      refused("nor do heads of 100 for ever", endless, endless_head),
+      silent("no answer", ""),
+      silent("a stop in the head", ok + "Content-Le"),
+      silent("nothing behind the code, so no status line", "HTTP/1.1 200\r\n" + of_two + "ok"),
       {"a stop in the body", ok + of_two + "o", silence, "o", nullptr, open},
       {"a stop before the last chunk", chunked + "1\r\no\r\n", silence, "o", nullptr, open},
       {"a close instead of an answer", "", http_failed, any, nullptr, false, &none},
@@ -316,12 +303,12 @@ TEST_F(NetHttp, ABodyThatTricklesIsGivenUp) {
               {"slow", 110, 200, http_running},
               {"in time", 2000, 50, http_done}};
   for (const auto& row : rows) {
-    const log_file log;
+    const log_capture log;
     std::vector<std::string> pieces = {ok + "Content-Length: 100000\r\n\r\n"};
     pieces.resize(100000 / row.bytes + 1, std::string(row.bytes, 'x'));
     scripted_server server([&](const std::string&) { return scripted_reply{pieces, true}; }, true);
     use_proxy_port(server.port());
-    const std::string local = scratch_folder() + "x";
+    const std::string local = new_folder() + "x";
     int result = http_running;
     int64_t sent = 0;
     const auto step = [&] { return result = http.net_check(2, host, "/x", local); };
@@ -332,7 +319,7 @@ TEST_F(NetHttp, ABodyThatTricklesIsGivenUp) {
       xtim.now_sec += 1.0f;
     }
     EXPECT_EQ(result, row.result) << row.label;
-    EXPECT_EQ(str_holds(log.content(), "WARNING: the answer comes too slowly"),
+    EXPECT_EQ(str_holds(log.text(), "WARNING: the answer comes too slowly"),
               row.result == http_failed);
     http.drop(2);
   }
@@ -375,7 +362,7 @@ TEST_F(NetHttp, ConnectionsAreKeptWhileTheyAreGood) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
-    const log_file log;
+    const log_capture log;
     size_t served = 0;
     scripted_server server([&](const std::string&) {
       std::string answer = row.answers[served++];
@@ -384,7 +371,7 @@ TEST_F(NetHttp, ConnectionsAreKeptWhileTheyAreGood) {
       return scripted_reply{{answer}, !ends};
     });
     use_proxy_port(server.port());
-    const std::string local = scratch_folder() + "x";
+    const std::string local = new_folder() + "x";
     size_t failures = 0;
     for (const int expected : row.results) {
       EXPECT_EQ(until_over([&] { return http.net_check(row.slot, host, "/x", local); }), expected);
@@ -393,7 +380,7 @@ TEST_F(NetHttp, ConnectionsAreKeptWhileTheyAreGood) {
     }
     EXPECT_EQ(server.requests().size(), row.answers.size());
     EXPECT_EQ(server.connections(), row.connections);
-    EXPECT_EQ(failures == 0, log.content().empty()) << log.content();
+    EXPECT_EQ(failures == 0, log.text().empty()) << log.text();
     http.drop(row.slot);
   }
 }
@@ -403,7 +390,7 @@ TEST_F(NetHttp, ConnectionsAreKeptWhileTheyAreGood) {
 TEST_F(NetHttp, AKeptConnectionLeadsToOnePlace) {
   const auto answer = [](const std::string&) { return scripted_reply{{ok + of_two + "ok"}, true}; };
   scripted_server one(answer), two(answer);
-  const std::string local = scratch_folder() + "x";
+  const std::string local = new_folder() + "x";
   const auto fetch = [&] {
     return until_over([&] { return http.net_check(3, host, "/x", local); });
   };
@@ -447,22 +434,22 @@ TEST_F(NetHttp, Waiting) {
 // --- net_check ----------------------------------------------------------------------------------
 
 TEST_F(NetHttp, ARefusedConnectionIsReportedOnceASecond) {
-  const log_file log;
+  const log_capture log;
   use_proxy_port(closed_port());
-  const std::string local = scratch_folder() + "x";
+  const std::string local = new_folder() + "x";
   const std::string once = report(local, host, "/x", {1, 0, 0, 3, 0, " (#-1)"});
   std::string expected;
   for (const auto& [clock, told] : {std::pair{5.0f, once}, {5.5f, ""}, {6.0f, once}}) {
     xtim.now_sec = clock;
     EXPECT_EQ(until_over([&] { return http.net_check(3, host, "/x", local); }), http_failed);
     expected += told;
-    EXPECT_EQ(log.content(), expected) << clock;
+    EXPECT_EQ(log.text(), expected) << clock;
   }
 }
 
 // With the network down a transfer is tried again at once, over and over.
 TEST_F(NetHttp, AFailedLookupIsReportedAndNotRepeatedAtOnce) {
-  const log_file log;
+  const log_capture log;
   const std::string failed =
                         report("/nowhere", "no such host", "/x y", {0, 0, 1, 0, 20011, " (#0)"}),
                     lookup = "Translated server no such host to IP addy: 0.0.0.0 and port = 80\n";
@@ -479,7 +466,7 @@ TEST_F(NetHttp, AFailedLookupIsReportedAndNotRepeatedAtOnce) {
     xtim.now_sec = row.clock;
     EXPECT_EQ(http.net_check(0, "no such host", "/x y", "/nowhere"), http_failed) << "at once";
     expected += row.log;
-    EXPECT_EQ(log.content(), expected) << row.clock;
+    EXPECT_EQ(log.text(), expected) << row.clock;
   }
 }
 
@@ -488,13 +475,13 @@ TEST_F(NetHttp, AFailedLookupIsReportedAndNotRepeatedAtOnce) {
 TEST_F(NetHttp, TheRequest) {
   scripted_server server([](const std::string&) { return whole_answer("fine"); });
   use_proxy_port(server.port());
-  const std::string local = scratch_folder() + "x";
+  const std::string local = new_folder() + "x";
   int result = http.net_check(0, host, "/a b/c%25#?\"\xe9\x7f\r\n~+&'(x).zip", local);
   if (result == http_running) {
     result = until_over([&] { return http.net_check(0, "host/", "x", local); });
   }
   EXPECT_EQ(result, http_done);
-  EXPECT_EQ(bytes_of(local), "fine");
+  EXPECT_EQ(content_of(local), "fine");
   EXPECT_EQ(
       server.requests()[0],
       "GET http://www.skyvane.example/a%20b/c%2525%23%3F%22%E9%7F%0D%0A~+&'(x).zip HTTP/1.1\r\n"
@@ -503,22 +490,21 @@ TEST_F(NetHttp, TheRequest) {
 }
 
 TEST_F(NetHttp, ALocalFileThatCannotBeWritten) {
-  const log_file log;
+  const log_capture log;
   scripted_server server([](const std::string&) { return whole_answer(std::string(300000, 'x')); });
   use_proxy_port(server.port());
   const struct {
     std::string local;
     int code;
   } rows[] = {
-      {scratch_folder() + "missing/x", ENOENT},
-      {scratch_folder(), EISDIR},
+      {new_folder() + "missing/x", ENOENT},
+      {new_folder(), EISDIR},
       {"/dev/full", ENOSPC},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(until_over([&] { return http.net_check(0, host, "/x", row.local); }), http_failed);
-    EXPECT_NE(log.content().find("HTTP Error for " + row.local), std::string::npos);
-    EXPECT_NE(log.content().find("GetOSErr   =" + std::to_string(row.code) + "\n"),
-              std::string::npos)
+    EXPECT_TRUE(str_holds(log.text(), "HTTP Error for " + row.local));
+    EXPECT_TRUE(str_holds(log.text(), "GetOSErr   =" + std::to_string(row.code) + "\n"))
         << row.local;
     EXPECT_EQ(http.trouble(0).kind, net_not_written) << row.local;
     EXPECT_EQ(http.trouble(0).code, row.code) << row.local;
@@ -626,7 +612,7 @@ TEST_F(NetHttp, WhyATransferFailed) {
       {"cut short", "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nabc", net_broken, 0, ""},
       {"no answer", "", net_broken, 0, ""},
   };
-  const log_file log;
+  const log_capture log;
   const auto fetch = [&] {
     return until_over([&] { return http.net_check(2, host, "/x", "", 1000); });
   };

@@ -6,7 +6,6 @@
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/xtim.h"
-#include "corekit/files/io_utils.h"
 #include "corekit/files/io_zip.h"
 #include "corekit/window/hl_init.h"
 #include "net_scripted_server.h"
@@ -20,7 +19,7 @@ class NetServers : public testing::Test {
   NetServers() {
     stg = {};
     app_done = 0;
-    temp_path = scratch_folder();
+    temp_path = new_folder();
     install_name = no_install_name;
     for (int slot = 0; slot < http_class::slot_count; ++slot)
       http.drop(slot);
@@ -80,8 +79,7 @@ TEST_F(NetServers, WantedTestReleaseMayBeMissing) {
 
 TEST_F(NetServers, OddLists) {
   const struct {
-    const char* label;
-    std::string body;
+    std::string label, body;
     int count;
     std::string name, path, desc;  // of the first mirror
   } rows[] = {
@@ -137,8 +135,7 @@ TEST_F(NetServers, WhatIsNoListOfOurs) {
 // characters.
 TEST_F(NetServers, AbsurdEntriesAreLeftOut) {
   const struct {
-    const char* label;
-    std::string name, path;
+    std::string label, name, path;
     bool is_good;
   } rows[] = {
       {"usual", "m-1_a.example", "/p q/\xe9%#?", true},
@@ -164,7 +161,7 @@ TEST_F(NetServers, AbsurdEntriesAreLeftOut) {
     EXPECT_EQ(stg.server_count, row.is_good ? 2 : 1) << row.label;
     EXPECT_EQ(server_name[stg.server_count - 1], "last") << row.label;
     EXPECT_TRUE(!row.is_good || server_desc[0] == "de??sc") << row.label;
-    const std::string log = bytes_of(temp_path + "log.txt");
+    const std::string log = content_of(temp_path + "log.txt");
     EXPECT_EQ(log.empty(), row.is_good) << row.label;
     EXPECT_EQ(log.find_first_of("\x1b\x07"), log.npos) << row.label;
   }
@@ -241,14 +238,14 @@ TEST_F(NetServers, ListThenManifest) {
   one_fetch(1);
   const std::string text = testing::internal::GetCapturedStderr();
   for (const std::string& line : {"Compressed File/" + zip, "Destination Path/" + temp_path})
-    EXPECT_NE(text.find(line), std::string::npos) << text;
+    EXPECT_TRUE(str_holds(text, line)) << text;
   EXPECT_EQ(stg.directory_state, manifest_none);
   EXPECT_FALSE(file_exists(zip));
   // An archive of something else, while an old manifest lies about.
   std::ofstream(temp_path + "directory.txt") << "I\n900 version\nINSTALLER\n";
   std::ofstream(temp_path + "other.txt") << "other";
   ASSERT_EQ(file_to_zip(temp_path + "other.txt", temp_path + "made.zip"), 0);
-  zip_bytes = bytes_of(temp_path + "made.zip");
+  zip_bytes = content_of(temp_path + "made.zip");
   one_fetch(1);
   EXPECT_EQ(stg.directory_state, manifest_none);
 
@@ -256,7 +253,7 @@ TEST_F(NetServers, ListThenManifest) {
       << "I\n900 version\nINSTALLER\n\nDIR ALL_os/\n"
          "FILE 0 0 91001 1 2 0123456789abcdef0123456789abcdef a.txt\n";
   ASSERT_EQ(file_to_zip(temp_path + "directory.txt", temp_path + "made.zip"), 0);
-  zip_bytes = bytes_of(temp_path + "made.zip");
+  zip_bytes = content_of(temp_path + "made.zip");
   one_fetch(1);
   EXPECT_EQ(stg.directory_state, manifest_unpacked);
   EXPECT_FALSE(file_exists(zip));
@@ -276,8 +273,8 @@ TEST_F(NetServers, AListOfANewerFormatEndsTheProgram) {
   testing::internal::CaptureStderr();
   while (app_done == 0)
     UTL_download_directory();
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("you need to get a new installer!"),
-            std::string::npos);
+  EXPECT_TRUE(
+      str_holds(testing::internal::GetCapturedStderr(), "you need to get a new installer!"));
   EXPECT_EQ(stg.server_count, -1);
 }
 

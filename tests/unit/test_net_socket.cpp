@@ -1,11 +1,7 @@
 // The socket classes against real sockets of the loopback address.
 
 #include <arpa/inet.h>
-#include <fcntl.h>
-#include <sys/resource.h>
 
-#include <cerrno>
-#include <chrono>
 #include <memory>
 
 #include "corekit/net/PCSBSocket.h"
@@ -13,16 +9,6 @@
 #include "net_scripted_server.h"
 
 namespace {
-
-// Polls until `is_so` or ten seconds have gone.
-bool comes_true(const std::function<bool()>& is_so) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (!is_so()) {
-    if (std::chrono::steady_clock::now() > limit) return false;
-    std::this_thread::yield();
-  }
-  return true;
-}
 
 // A listener of the class itself, a client, and the listener's end of their connection.
 struct connected_pair {

@@ -170,7 +170,7 @@ TEST_F(OglExtensions, SomeFeaturesNeedTwoThings) {
   driver.missing = {"glMapBufferARB"};
   const std::string log = init();
   EXPECT_EQ(glExt.pbo_avail, 0);
-  EXPECT_NE(log.find("Disabling PBOs because VBOs are not available."), std::string::npos);
+  EXPECT_TRUE(str_holds(log, "Disabling PBOs because VBOs are not available."));
 }
 
 // The numbers of names as the registry of OpenGL extensions counts them.
@@ -207,8 +207,7 @@ TEST_F(OglExtensions, AGroupWithAMissingEntryPointIsOff) {
     driver.asked.clear();
     const std::string log = init();
     EXPECT_EQ(glExt.*row.flag, 0);
-    EXPECT_NE(log.find("WARNING: extension missing proc " + std::string(row.first) + "\n"),
-              std::string::npos);
+    EXPECT_TRUE(str_holds(log, "WARNING: extension missing proc " + std::string(row.first) + "\n"));
     EXPECT_TRUE(driver.asked.contains(row.last));
     EXPECT_EQ(glExt.entry(row.last), nullptr);
   }
@@ -264,9 +263,9 @@ TEST_F(OglExtensions, DriverFaultsClearTheirFeature) {
     const std::string log = init();
     EXPECT_EQ(glExt.*row.flag, row.there);
     if (row.log) {
-      EXPECT_NE(log.find(row.log), std::string::npos);
+      EXPECT_TRUE(str_holds(log, row.log));
     } else {
-      EXPECT_EQ(log.find("Disabling"), std::string::npos) << log;
+      EXPECT_FALSE(str_holds(log, "Disabling")) << log;
     }
   }
 }
@@ -306,7 +305,7 @@ TEST_F(OglExtensions, NumbersFallBackOnEachOther) {
   EXPECT_EQ(ren.max_texture_size, 4096);
   driver.vendor = "NVIDIA Corporation";
   driver.extensions = "GL_ARB_vertex_program GL_ARB_fragment_program";
-  EXPECT_NE(init().find("max tex units    : 4 16 8\n"), std::string::npos);
+  EXPECT_TRUE(str_holds(init(), "max tex units    : 4 16 8\n"));
   EXPECT_EQ(glExt.first_gen_shaders, 1) << "of this vendor, without its second extension";
   driver.integers[GL_MAX_TEXTURE_UNITS_ARB] = 0;
   driver.extensions += " GL_NV_fragment_program2";
@@ -345,15 +344,15 @@ TEST_F(OglExtensions, TooOldHardwareIsFatalUnlessForced) {
               "Your graphics hardware cannot support Skyvane. Skyvane requires a graphics card "
               "with 16 MB of VRAM and multitexturing.");
   options("--force_run");
-  EXPECT_NE(init().find("You have used the force-run command inline option to run Skyvane anyway, "
-                        "but it may crash."),
-            std::string::npos);
+  EXPECT_TRUE(str_holds(init(),
+                        "You have used the force-run command inline option to run Skyvane anyway, "
+                        "but it may crash."));
   options("");
   driver.version = "1.1";
-  EXPECT_EQ(init().find("cannot support"), std::string::npos) << "version 1.1 is enough";
+  EXPECT_FALSE(str_holds(init(), "cannot support")) << "version 1.1 is enough";
   driver.version = "1.0";
   driver.extensions = "GL_ARB_multitexture";
-  EXPECT_EQ(init().find("cannot support"), std::string::npos) << "and so is multitexture";
+  EXPECT_FALSE(str_holds(init(), "cannot support")) << "and so is multitexture";
 }
 
 TEST_F(OglExtensions, SoftwareRenderersAreToldOf) {

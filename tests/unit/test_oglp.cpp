@@ -3,7 +3,6 @@
 #include <SDL.h>
 
 #include <array>
-#include <random>
 
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp_draw.h"

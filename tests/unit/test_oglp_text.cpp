@@ -64,8 +64,7 @@ TEST(OglpMetrics, NumbersAsText) {
 TEST_F(OglpText, WrapsBehindBreakCharacters) {
   // Widths: "one" 7+7+6, blank 3, "two" 4+9+7. The word ahead is reckoned at 6 a letter.
   const struct {
-    const char* label;
-    std::string text;
+    std::string label, text;
     float wrap_dx;
     std::vector<std::string> lines;
     float next_y;

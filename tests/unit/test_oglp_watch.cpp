@@ -1,13 +1,10 @@
 // The look at the layout: what it says of texts and frames as a page or dialog draws them.
 
-#include <gtest/gtest.h>
-
 #include <functional>
 
 #include "corekit/draw/oglp.h"
 #include "corekit/draw/oglp_watch.h"
 #include "corekit/window/hl_mnw.h"
-#include "tests/unit/test_files_scratch.h"
 #include "tests/unit/test_runtime_util.h"
 
 namespace {
@@ -88,7 +85,7 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
       if (!watched || *row.said == '\0') {
         EXPECT_EQ(said, "") << row.label;
       } else {
-        EXPECT_NE(said.find(row.said), std::string::npos) << row.label << ": " << said;
+        EXPECT_TRUE(str_holds(said, row.said)) << row.label << ": " << said;
       }
     }
   }

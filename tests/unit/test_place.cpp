@@ -2,12 +2,10 @@
 
 #include "Installer-f/engine/utils_place.h"
 
-#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 
-#include <cerrno>
 #include <cmath>
 
 #include "engine_tree.h"
@@ -137,8 +135,7 @@ TEST_F(Place, AFullDisk) {
 
 TEST_F(Place, TheManifest) {
   const struct {
-    const char* label;
-    std::string archive;
+    std::string label, archive;
     place_outcome outcome;
   } rows[] = {
       {"whole", raw_zip({deflated_entry("directory.txt", "list")}), place_ok},

@@ -2,7 +2,6 @@
 
 #include "Installer-f/settings/main_stg.h"
 #include "corekit/base/UTL_cmdline.h"
-#include "corekit/base/hl_string.h"
 #include "corekit/files/pref.h"
 #include "corekit/net/http.h"
 #include "corekit/window/hl_mnw.h"
@@ -85,8 +84,7 @@ TEST_F(RuntimePref, WhatIsWrittenIsRead) {
 TEST_F(RuntimePref, ReadsWhatOthersWrote) {
   const std::string h = header;
   const struct {
-    const char* label;
-    std::string content;
+    std::string label, content;
     int streams, log;
     const char* host;
   } rows[] = {
@@ -175,7 +173,7 @@ TEST_F(RuntimePref, AFailedWriteKeepsTheOldFile) {
   std::filesystem::create_directory(path + ".new");
   overwrite(path + ".new/inside", "");
   EXPECT_EQ(write({.streams = 3}), old);
-  EXPECT_NE(log.text().find("I could not save the file!"), std::string::npos);
+  EXPECT_TRUE(str_holds(log.text(), "I could not save the file!"));
   std::filesystem::remove_all(path + ".new");
   // A link there is no way to a file elsewhere.
   const std::string elsewhere = log.folder / "elsewhere";

@@ -1,7 +1,5 @@
 // Threads, critical sections, the message queue and the worker pool, with real threads.
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <chrono>
 #include <memory>

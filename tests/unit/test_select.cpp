@@ -30,11 +30,6 @@ class EngineSelect : public engine_tree {
     questions.clear();
     engine_ask.modified = scripted_user;
   }
-  void TearDown() override {
-    engine_ask = kept_questions;
-    engine_tree::TearDown();
-  }
-  const engine_questions kept_questions = engine_ask;
 
   // A file with three shipped versions, of which the disk has `have`.
   file_version_struct& file(std::string_view path, std::string_view have,

@@ -2,11 +2,7 @@
 
 #include "corekit/files/sign.h"
 
-#include <gtest/gtest.h>
-
-#include "Installer-f/builder/make_installer_key.h"
 #include "corekit/files/io_set.h"
-#include "corekit/files/io_utils.h"
 #include "tests/unit/sign_test_key.h"
 #include "tests/unit/test_archive_util.h"
 #include "tests/unit/test_files_scratch.h"
@@ -47,8 +43,7 @@ TEST(Sign, WhatMinisignHasMadeAndNothingElse) {
   other.id[0] ^= 1;
   const size_t comment = by_digest.find("trusted comment: a"), line = by_digest.find("RUQ");
   const struct {
-    const char* label;
-    std::string text, signature;
+    std::string label, text, signature;
     sign_verdict verdict;
     std::vector<sign_public_key> by;
   } rows[] = {
@@ -88,13 +83,9 @@ TEST(Sign, WhatMinisignHasMadeAndNothingElse) {
 // What the makers' side signs is what the users' side takes; every byte of it counts.
 TEST(Sign, AStatementAndEveryByteOfIt) {
   const std::string list = "I\n820 version\nSERVERS\nENDOFLIST\n";
-  sign_statement made;
-  made.kind = sign_of_servers;
+  sign_statement made = statement_of_list(list, 7);
   made.release = "Skyvane 9";
   made.number = 91001;
-  made.serial = 7;
-  made.expires = "2030-01-31";
-  made.covers = {{sign_list_name, list.size(), sign_hash(list.data(), list.size())}};
   const std::string stated = sign_statement_text(made), text = signed_by_test_key(stated);
 
   const std::vector<sign_public_key> keys = {test_key()};
@@ -151,17 +142,11 @@ TEST(Sign, WhereAListEnds) {
 
 // The list as a user's program meets it, and the highest serial that it keeps.
 TEST(Sign, ListsAndTheSerialsSeen) {
-  char folder[] = "/tmp/skyvane-seen-XXXXXX";
-  ASSERT_NE(mkdtemp(folder), nullptr);
-  setenv("XDG_CONFIG_HOME", folder, 1);
+  const scratch_folder here;
+  setenv("XDG_CONFIG_HOME", here.path().c_str(), 1);
   const std::string body = "I\n820 version\nSERVERS\nENDOFLIST\n";
   const auto list_of = [&body](int64_t serial) {
-    sign_statement made;
-    made.kind = sign_of_servers;
-    made.serial = serial;
-    made.expires = "2030-01-31";
-    made.covers = {{sign_list_name, body.size(), sign_hash(body.data(), body.size())}};
-    return body + signed_by_test_key(sign_statement_text(made));
+    return body + signed_by_test_key(sign_statement_text(statement_of_list(body, serial)));
   };
   const std::string both = "RWQ= "s + test_public_key;
   const char* const foreign = "RWQAAAAAAAAAAAcYVDbKd1MmBHQ2BLcNw88CW1imG9F82ILtTLgndV8J";
@@ -199,15 +184,13 @@ TEST(Sign, ListsAndTheSerialsSeen) {
          "03d0c9ef057014e6 final /";
   EXPECT_EQ(sign_seen_serial("final /a"), 99);
   EXPECT_EQ(sign_seen_serial("final /"), 100);
-  EXPECT_EQ(std::system(("rm -r "s + folder).c_str()), 0);
   unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST(Sign, SetsOfFiles) {
   const raw_entry one("a", "1"), two("b", "22");
   const struct {
-    const char* label;
-    std::string archive;
+    std::string label, archive;
     single_outcome outcome;
   } rows[] = {
       {"both", raw_zip({one, two}), single_ok},

@@ -50,8 +50,7 @@ TEST(TexPng, ReadsWhatOthersWrite) {
   picture_folder folder;
   make_base(folder);
   const struct {
-    const char* label;
-    const char* make;                       // from base.png or alpha.png
+    const char *label, *make;               // from base.png or alpha.png
     int natural;                            // format with none asked for
     int color_type, bit_depth, interlaced;  // that the file must have for the row to mean anything
     int tolerance;                          // 16 bits are cut, not rounded

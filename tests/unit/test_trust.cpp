@@ -14,16 +14,13 @@ constexpr char sig_of_new[] = "22af645d1859cb5ca6da0c484f1f37ea";
 
 class Trust : public engine_tree {
  protected:
-  static sign_cover cover(const char* name, const std::string& text) {
-    return {name, text.size(), sign_hash(text.data(), text.size())};
-  }
   static std::string statement(const std::string& directory, const std::string& sums) {
     sign_statement made;
     made.kind = sign_of_release;
     made.release = "Skyvane";
     made.serial = 7;
     made.expires = "2030-01-31";
-    made.covers = {cover("directory.txt", directory), cover("directory.sum", sums)};
+    made.covers = {cover_of("directory.txt", directory), cover_of("directory.sum", sums)};
     return signed_by_test_key(sign_statement_text(made));
   }
   static std::string sum_line(const std::string& archive, const std::string& content,
@@ -63,8 +60,7 @@ TEST_F(Trust, EachFileItsLine) {
                     other = sum_line("B", "b", "100755", "All/left out"),
                     z = sum_line("Z", "z", "120777", "All/z");
   const struct {
-    const char* label;
-    std::string sums;
+    std::string label, sums;
     bool is_whole;
   } rows[] = {
       {"whole", head + a + z, true},
@@ -99,8 +95,7 @@ TEST_F(Trust, AnArchiveThatWasSignedForAndItsContent) {
   good.file_bytes = 3;
   good.mode = S_IFREG | 0644;
   const struct {
-    const char* label;
-    std::string archive;
+    std::string label, archive;
     void (*change)(file_sum&);
     place_outcome outcome;
   } rows[] = {

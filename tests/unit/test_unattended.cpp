@@ -9,6 +9,7 @@
 #include "Installer-f/wizard/main_unattended_options.h"
 #include "Installer-f/wizard/main_unattended_say.h"
 #include "corekit/Platform/PLT_text.h"
+#include "corekit/base/hl_string.h"
 
 TEST(UnattendedSay, WhatIsNoUtf8IsTakenForLatin1) {
   const struct {
@@ -83,7 +84,7 @@ TEST(UnattendedOptions, ASlipIsToldWithTheNearestOption) {
     argv.insert(argv.end(), row.arguments.begin(), row.arguments.end());
     const std::string wrong = unattended_wrong_argument(static_cast<int>(argv.size()), argv.data());
     EXPECT_EQ(wrong.empty(), *row.told == '\0') << row.label << ": " << wrong;
-    EXPECT_NE(wrong.find(row.told), wrong.npos) << row.label << ": " << wrong;
+    EXPECT_TRUE(str_holds(wrong, row.told)) << row.label << ": " << wrong;
   }
 }
 
@@ -94,8 +95,7 @@ TEST(UnattendedOptions, Platforms) {
 
 TEST(UnattendedOptions, Names) {
   const struct {
-    const char* label;
-    std::string name;
+    std::string label, name;
     bool good;
   } rows[] = {
       {"plain", "Skyvane 9", true},

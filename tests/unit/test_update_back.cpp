@@ -1,12 +1,10 @@
 // The update's pages as a user goes through them: Back in the midst of the transfer, and on again.
 
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <map>
 #include <set>
 
 #include "Installer-f/engine/utils_registry_lock.h"
@@ -61,7 +59,7 @@ constexpr wizard_stand_in the_user = {press, answer, nullptr};
 class UpdateBack : public Grab {
  protected:
   UpdateBack() {
-    dest_dir_path = scratch_folder();
+    dest_dir_path = new_folder();
     user = {};
     stand_in = &the_user;
     engine_ask.modified = select_alert;
@@ -136,7 +134,7 @@ TEST_F(UpdateBack, WhatIsFetchedIsKnownAndNothingIsAskedTwice) {
     ++requests[head.substr(0, head.find('\r'))];
   int twice = 0;
   for (const auto& [line, count] : requests) {
-    if (line.find(".zip ") == line.npos || line.find("directory") != line.npos) continue;
+    if (line.find(".zip ") == line.npos || str_holds(line, "directory")) continue;
     EXPECT_LE(count, 2) << line;
     twice += count > 1;
   }
@@ -144,7 +142,7 @@ TEST_F(UpdateBack, WhatIsFetchedIsKnownAndNothingIsAskedTwice) {
 
   contents_["file0"] = "the user's own";
   for (const auto& [name, content] : contents_)
-    EXPECT_EQ(bytes_of(dest_dir_path + "Resources/" + name), content);
+    EXPECT_EQ(content_of(dest_dir_path + "Resources/" + name), content);
 }
 
 // Another program is at work on the copy: the page waits, and goes on by itself.
@@ -159,7 +157,7 @@ TEST_F(UpdateBack, WaitsForAnotherProgram) {
   }
   EXPECT_TRUE(user.saw_busy);
   EXPECT_TRUE(g_wizard == net_get_updates);
-  EXPECT_NE(user.last_text.find("at work on " + dest_dir_path), std::string::npos);
+  EXPECT_TRUE(str_holds(user.last_text, "at work on " + dest_dir_path));
   EXPECT_TRUE(sim_info.empty() || sim_info[0].current().sig_have.empty()) << "nothing is verified";
   close(other);
   go_through();
@@ -167,7 +165,7 @@ TEST_F(UpdateBack, WaitsForAnotherProgram) {
 }
 
 TEST_F(UpdateBack, ALockMovesWithTheCopyAndDiesWithItsProcess) {
-  const std::string second = scratch_folder();
+  const std::string second = new_folder();
   const auto free_to_others = [](const std::string& folder) {
     const int fd = open(folder.c_str(), O_RDONLY | O_CLOEXEC);
     const bool free = flock(fd, LOCK_EX | LOCK_NB) == 0;

@@ -20,11 +20,6 @@ class UpdateLeft : public engine_tree {
     engine_tree::SetUp();
     engine_ask.modified = refuse_question;
   }
-  void TearDown() override {
-    engine_ask = kept_questions;
-    engine_tree::TearDown();
-  }
-  const engine_questions kept_questions = engine_ask;
 };
 
 TEST_F(UpdateLeft, CountsWhatWouldGoWithoutAQuestion) {

@@ -14,35 +14,17 @@ using picture_type = std::vector<unsigned char>;
 // Lower left corners of the two windows.
 constexpr int ask_x = 50, select_y = 227, abort_y = 197;
 
-std::function<void()> on_swap;
-void (*true_swap)() = nullptr;
-picture_type shown;
-
-void act_and_swap() {
-  shown.resize(800 * 600 * 3);
-  glPixelStorei(GL_PACK_ALIGNMENT, 1);
-  glReadBuffer(GL_BACK);
-  glReadPixels(0, 0, 800, 600, GL_RGB, GL_UNSIGNED_BYTE, shown.data());
-  true_swap();
-  OGL_show_next();  // each frame counts, whether or not it differs from the last
-  on_swap();
-}
-
 class WindowAsk : public window_fixture {
  protected:
   // `question` with `each_frame` done behind each picture; a question that stays is closed.
   template <typename T>
   static int ask(const T& question, const std::function<void()>& each_frame) {
-    true_swap = PLT_swap_hook;
-    int frames = 0;
-    on_swap = [&] {
-      each_frame();
-      if (++frames > 40) push_window_event(SDL_WINDOWEVENT_CLOSE);
-    };
-    PLT_swap_hook = act_and_swap;
-    const int answer = question();
-    PLT_swap_hook = true_swap;
-    settle();
+    int frames = 0, answer = 0;
+    step_by_step([&] { answer = question(); },
+                 [&] {
+                   each_frame();
+                   if (++frames > 40) push_window_event(SDL_WINDOWEVENT_CLOSE);
+                 });
     return answer;
   }
 
@@ -55,7 +37,7 @@ class WindowAsk : public window_fixture {
     push_motion(1, 1);  // off what would be lit under it
     MACIBM_event_proc();
     ask(question, [&] {
-      if (first.empty()) first = shown;
+      if (first.empty()) first = last_shown();
       click(x, y);
     });
     return first;
@@ -68,12 +50,6 @@ class WindowAsk : public window_fixture {
                       click_abort, 96, 31);
   }
 };
-
-// Whether two pictures agree in the rows [from, to) of the window.
-bool same_rows(const picture_type& a, const picture_type& b, int from, int to) {
-  const auto row = [](int y) { return static_cast<long>(y) * 800 * 3; };
-  return std::equal(a.begin() + row(from), a.begin() + row(to), b.begin() + row(from));
-}
 
 TEST_F(WindowAsk, EveryAnswerByTheMouse) {
   const struct {
@@ -157,8 +133,7 @@ TEST_F(WindowAsk, ALongPathMovesTheLinesAndNothingElse) {
   for (const int gone : {0, 1}) {
     const picture_type one = picture_of_select("/a/b", gone);
     const struct {
-      const char* label;
-      std::string path;
+      std::string label, path;
       int lines;
       int below_y;  // the line below it
     } rows[] = {
@@ -231,10 +206,10 @@ TEST_F(WindowAsk, AnAlertAboveAQuestionGoesBackToIt) {
   const int answer = ask([] { return select_alert("/a/Skyvane 9/a.txt", 0); },
                          [&] {
                            if (mnw.win_id != win_select_alert) return;
-                           if (frames < 4) before = shown;
+                           if (frames < 4) before = last_shown();
                            if (frames < 6) return push_motion(1, 1);  // for the next picture
                            if (!after.empty()) return;  // the press draws half a frame
-                           after = shown;
+                           after = last_shown();
                            alerts_then = alerts_shown;
                            click_select(96, 28);
                          });
@@ -242,13 +217,9 @@ TEST_F(WindowAsk, AnAlertAboveAQuestionGoesBackToIt) {
   EXPECT_EQ(answer, answer_keep);
   EXPECT_EQ(alerts_then, alerts_before + 1) << "that of the thread waits";
   EXPECT_TRUE(before == after);
-  std::thread user([] {
-    SDL_Delay(200);
-    push_key(SDLK_RETURN);
-  });
+  const pressed_return user;
   for (int i = 0; i < 3 && alerts_shown == alerts_then; ++i)
     MACIBM_event_proc();
-  user.join();
   EXPECT_EQ(alerts_shown, alerts_then + 1);
 }
 

@@ -7,7 +7,6 @@
 #include "corekit/widgets/hl_mnw_menu.h"
 #include "corekit/widgets/keys_codes.h"
 #include "corekit/window/hl_init_window.h"
-#include "corekit/window/hl_mnw.h"
 #include "tests/unit/test_files_scratch.h"
 #include "tests/unit/window_fixture.h"
 

@@ -378,11 +378,7 @@ TEST_F(WindowFrame, EachKindOfMissingTextureIsToldOnce) {
       {tex_fail_plane, "Some textures for the aircraft you selected could not be loaded."},
       {tex_fail_installed, "Some textures could not be loaded."},
   };
-  std::atomic<bool> is_over = false;
-  std::thread reader([&is_over] {
-    for (; !is_over; SDL_Delay(20))
-      push_key(SDLK_RETURN);
-  });
+  const pressed_return reader;
   for (const auto& row : rows) {
     for (const char* const name : {".png", " too.png"})
       tman.load_texture(row.mode, 0, tex_rgb, tex_load_now, std::to_string(row.mode) + name);
@@ -394,8 +390,6 @@ TEST_F(WindowFrame, EachKindOfMissingTextureIsToldOnce) {
     EXPECT_NE(first, log.npos) << log;
     EXPECT_EQ(log.find("could not be loaded", first + std::strlen(row.told)), log.npos) << log;
   }
-  is_over = true;
-  reader.join();
 }
 
 // A thread that loads draws on nothing, and what it makes is there for the window.

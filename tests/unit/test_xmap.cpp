@@ -86,8 +86,7 @@ TEST(XmapDeathTest, BrokenPathsAreFatal) {
 TEST(Xmap, TextHeaders) {
   const scratch_folder here;
   const struct {
-    const char* label;
-    std::string content;
+    std::string label, content;
     const char* keyword;
     int result;
     std::string note, rest;

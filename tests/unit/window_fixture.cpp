@@ -8,7 +8,6 @@
 #include "Installer-f/wizard/main_wizard.h"
 #include "corekit/base/hl_math.h"
 #include "corekit/base/hl_thread.h"
-#include "corekit/draw/tman.h"
 #include "corekit/window/hl_init_window.h"
 #include "corekit/window/hl_mnw_context.h"
 #include "tests/unit/gl_fixture.h"
@@ -104,6 +103,25 @@ std::vector<unsigned char> window_fixture::next_shown(const std::function<void()
   return picture;
 }
 
+void window_fixture::step_by_step(const std::function<void()>& body,
+                                  const std::function<void()>& each_frame) {
+  static std::function<void()> step;
+  step = each_frame;
+  real_swap = PLT_swap_hook;
+  PLT_swap_hook = [] {
+    read_and_swap();
+    OGL_show_next();
+    step();
+  };
+  body();
+  PLT_swap_hook = real_swap;
+  settle();
+}
+
+const std::vector<unsigned char>& window_fixture::last_shown() {
+  return picture;
+}
+
 void push_motion(int x, int y) {
   SDL_Event event = {};
   event.type = SDL_MOUSEMOTION;
@@ -143,6 +161,12 @@ void push_window_event(int window_event) {
   event.type = SDL_WINDOWEVENT;
   event.window.event = static_cast<Uint8>(window_event);
   SDL_PushEvent(&event);
+}
+
+bool same_rows(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b, int from,
+               int to) {
+  const size_t row = size_t{dx} * 3;
+  return std::equal(a.begin() + from * row, a.begin() + to * row, b.begin() + from * row);
 }
 
 std::string log_of(const std::function<void()>& body) {
