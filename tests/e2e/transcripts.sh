@@ -64,7 +64,8 @@ build --type=0 --release=91100 --source="$FIXTURE/sample/newer" --output="$SCRAT
   --previous="$SCRATCH/web-master/disk_0/R/directory.txt.zip" --reuse="$SCRATCH/web-master/"
 told "the next one, which takes what is the same"
 archives "$SCRATCH/next"
-build --type=1 --source="$FIXTURE/sample-discs/new" --output="$SCRATCH/discs-master" --disk_kb=3850
+linked_copy "$FIXTURE/sample-discs/new" "$SCRATCH/discs-source"  # a master for discs links to its source
+build --type=1 --source="$SCRATCH/discs-source" --output="$SCRATCH/discs-master" --disk_kb=3850
 told "a master for discs"
 archives "$SCRATCH/discs-master"
 build --type=0 --release=91001 --source="$SCRATCH/nowhere" --output="$SCRATCH/other" --previous=none
