@@ -251,6 +251,8 @@ TEST_P(FilesGate, LinksOnTheWay) {
   ASSERT_EQ(gate.open(dir / "copy/"), 0);
   EXPECT_EQ(put("l/x"), gate_below_link);
   expect_outside_whole("no release");
+  reopen();
+  EXPECT_TRUE(gate.take_notes().empty()) << "of the destination before";
 }
 
 // A folder that turns into a link to the outside and back while files are put below it.

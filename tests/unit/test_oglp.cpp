@@ -203,6 +203,7 @@ TEST_F(Oglp, TheStateIsWhatWasAskedFor) {
       {fog_off, 3, lit_on, blend_mix, depth_read_off, depth_write_on, "0111100111"},
       {fog_off, 2, lit_on, blend_mix_test, depth_read_on, depth_write_on, "0111111101"},
       {fog_off, 9, lit_off, blend_mix, depth_read_on, depth_write_off, "0100101110"},
+      {fog_off, 2, lit_off, blend_mix, depth_read_off, depth_write_off, "0100100100"},
       {fog_off, 1, lit_off, blend_mix, depth_read_off, depth_write_off, "0100100000"},
       {fog_off, -1, lit_off, blend_mix, depth_read_off, depth_write_off, "0000100000"},
   };

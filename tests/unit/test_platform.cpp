@@ -313,6 +313,14 @@ TEST(Platform, FoldersOfTheProgram) {
   }
 }
 
+TEST(Platform, FiguresOfTheMachine) {
+  const PLT_machine figures = PLT_machine_figures();
+  const auto page = static_cast<double>(sysconf(_SC_PAGESIZE));
+  const double megabytes = static_cast<double>(sysconf(_SC_PHYS_PAGES)) * page / (1 << 20);
+  EXPECT_NEAR(figures.ram_mb, megabytes, 1);
+  EXPECT_EQ(figures.system, "Linux");
+}
+
 TEST(Platform, FreeSpace) {
   const scratch_folder here;
   unsigned long long total = 1, free = 2, total_later = 3, free_later = 4;

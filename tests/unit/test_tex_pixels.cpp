@@ -1,7 +1,9 @@
 // The operations on pixels, as properties where there is one; S3TC blocks.
 
+#include <climits>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "corekit/draw/TEX_s3tc.h"
 #include "tests/unit/test_tex_util.h"
@@ -118,6 +120,14 @@ TEST(TexPixels, ConvertKeepsTheColours) {
       << "levels have the pad as well";
 }
 
+TEST(TexPixels, ColoursNearTheKeyAreSeenThrough) {
+  const TEX_image_desc desc{TEX_rgba, 2, 2, 1, 0};  // with a pad of 7
+  bytes pixels = {9, 20, 30, 255, 9, 20, 31, 255, 7, 11, 20, 30, 255, 8, 20, 30, 255, 7};
+  constexpr unsigned char key[] = {9, 20, 30};
+  TEX_chroma_key(desc, pixels.data(), key, 2);
+  EXPECT_EQ(pixels, (bytes{9, 20, 30, 0, 9, 20, 31, 0, 7, 11, 20, 30, 255, 8, 20, 30, 0, 7}));
+}
+
 TEST(TexS3tc, RoundTripsStayNear) {
   // A smooth picture, which four colours a block can follow.
   const TEX_image_desc rgba{TEX_rgba, 18, 10, 0, 0};
@@ -131,7 +141,17 @@ TEST(TexS3tc, RoundTripsStayNear) {
   bytes opaque = pixels;
   for (size_t i = 3; i < opaque.size(); i += 4)
     opaque[i] = 255;
+  const bytes noise = tex_noise(opaque.size(), 5);
+  int loss = INT_MAX;
   for (const int quality : {s3tc_fast, s3tc_normal, s3tc_best}) {
+    void* of_noise = nullptr;
+    ASSERT_EQ(TEX_encode_s3tc(rgba, {TEX_dxt5, 18, 10, 0, 0}, noise.data(), &of_noise, quality), 1);
+    const bytes near = decode({TEX_dxt5, 18, 10, 0, 0}, static_cast<unsigned char*>(of_noise));
+    std::free(of_noise);
+    const int before = std::exchange(loss, 0);
+    for (size_t i = 0; i < near.size(); ++i)
+      loss += (near[i] - noise[i]) * (near[i] - noise[i]);
+    EXPECT_LT(loss, before) << "what takes longer is nearer";
     for (const int format : {TEX_dxt1_alpha, TEX_dxt3, TEX_dxt5}) {
       const TEX_image_desc packed{format, 18, 10, 0, 0};
       const bytes& from = format == TEX_dxt1_alpha ? opaque : pixels;

@@ -88,6 +88,26 @@ TEST_F(Tman, AFileBecomesATexture) {
   EXPECT_EQ(back, tex_decoded(folder, "p.png", 32, 3, "rgb"));
 }
 
+// What the driver is asked to keep.
+TEST_F(Tman, PixelsAreKeptAsTheFlagsSay) {
+  const struct {
+    int flags, kept;
+  } rows[] = {{tex_rgba | tex_eight_bit, GL_RGBA8},
+              {tex_rgb | tex_eight_bit, GL_RGB8},
+              {tex_alpha | tex_eight_bit, GL_ALPHA8},
+              {tex_rgba | tex_sixteen_bit, GL_RGBA16F_ARB},
+              {tex_rgba, GL_RGBA}};
+  for (const auto& row : rows) {
+    scratch(16, 16, 200);
+    load(spare_ref, (scratch_flags & ~tex_rgba) | row.flags);
+    tman.bind_ref(spare_ref, 0, 0);
+    GLint kept = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &kept);
+    EXPECT_EQ(kept, row.kept) << row.flags;
+    tman.unload_texture(spare_ref);
+  }
+}
+
 // The smaller levels are means of the picture, whoever makes them.
 TEST_F(Tman, SmallerLevelsAreTheDriversOrOurOwn) {
   struct {

@@ -64,6 +64,7 @@ TEST(Xmap, OpensPlainFilesOnly) {
 TEST(Xmap, KeepsItsContentWhenTheFileChangesAndMapsLargeOnes) {
   const scratch_folder here;
   const std::string path = here.file("plain", std::string(300000, 'a'));
+  const auto is_mapped = [&path] { return str_holds(content_of("/proc/self/maps"), path); };
   xmap_class file(path);
   ASSERT_EQ(0, truncate(path.c_str(), 0));
   EXPECT_EQ(std::string(300000, 'a'), rest_of(file));
@@ -73,6 +74,9 @@ TEST(Xmap, KeepsItsContentWhenTheFileChangesAndMapsLargeOnes) {
   EXPECT_EQ(size, file.file_end - file.file_start);
   EXPECT_EQ("first", std::string(file.cursor, file.cursor + 5));
   EXPECT_EQ(0, file.file_end[-1]);
+  EXPECT_TRUE(is_mapped());
+  ASSERT_EQ(nullptr, file.retry(here / "none"));
+  EXPECT_FALSE(is_mapped());
 }
 
 TEST(XmapDeathTest, BrokenPathsAreFatal) {
