@@ -46,7 +46,7 @@ diff "$SCRATCH/want" "$OUT" || fail "not what there is to say"
 
 # A mirror that falls silent costs the time that it is given, and only its own lines.
 server_list "$name" silent whole >"$SCRATCH/list"
-want 1 check_mirrors --wait=1 --time=3 --lines=1 --quiet "$SCRATCH/list"
+want 1 check_mirrors --wait=1 --time=6 --lines=1 --quiet "$SCRATCH/list"
 grep -qE "^silent/updates/: does not answer for All/.*\.zip: " "$OUT" || fail "silence is not told"
 grep -qE "^silent/updates/: and [0-9]+ faults more$" "$OUT" || fail "its faults are not counted"
 [ "$(wc -l <"$OUT")" = 2 ] || fail "something else is said"

@@ -50,18 +50,23 @@ install_from "$BAD"
 want_status 2 "This DVD does not appear to be a Skyvane 9 DVD."
 
 # A disc that is pulled out in the middle: few questions for what was in hand, then the wish for the
-# disc, and with it the rest. The installer is held while it is pulled, so that most is still to come.
-rm -rf "$copy"
-all_discs_of "$IMAGES"
-(
+# disc, and with it the rest. The installer is held while it is pulled; a hand that came when most of the
+# disc was done tries again.
+pull_out() {
   until compgen -G "$copy/Aircraft/*/*/*.*" >/dev/null; do :; done
+  local pid
   pid=$(pgrep -f "^$SCRATCH/bin/skyvane-disc-installer")
   kill -STOP "$pid"
-  take_out 1
+  if [ "$(find "$copy" -type f | wc -l)" -lt 60 ]; then take_out 1 && : >"$SCRATCH/pulled"; fi
   kill -CONT "$pid"
-) &
-CHILDREN+=($!)
-run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy
+}
+while [ ! -e "$SCRATCH/pulled" ]; do
+  rm -rf "$copy"
+  all_discs_of "$IMAGES"
+  pull_out &
+  CHILDREN+=($!)
+  run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy
+done
 want_errors
 want_text "I was unable to copy the file $DISCS/1/"
 want_asked_for "1 "
