@@ -61,12 +61,16 @@ void ask_modified(const char* location, int gone) {
   select_alert(location, gone);
 }
 
-void ask_to_quit(int lines) {
-  std::string question = "Are you sure?";
-  for (int i = 1; i < lines; ++i)
-    question += "\nLine " + std::to_string(i);
+void ask_to_quit(const std::string& question) {
   abort_alert(question, "Cancel", "the demo installation and delete what was installed.",
               "Continue", "the demo installation process.");
+}
+
+std::string numbered_lines(int lines) {
+  std::string text = "Are you sure?";
+  for (int i = 1; i < lines; ++i)
+    text += "\nLine " + std::to_string(i);
+  return text;
 }
 
 void browse(int open_save, int type, const char* path) {
@@ -78,6 +82,13 @@ const char* const long_line =
     "A line that is so long that it runs on over the places of the lines behind it, where these "
     "are "
     "empty, and that is cut where they are not, since nothing may be written over them";
+
+std::string endless() {
+  std::string text = long_line;
+  for (int i = 0; i < 20; ++i)
+    text += std::string(". ") + long_line;
+  return text;
+}
 
 constexpr char shelf[] = "/proc/self/cwd/shelf/";
 
@@ -126,8 +137,19 @@ std::vector<gallery_scene> state_scenes() {
              0);
        },
        "", nullptr},
-      {"question", [] { ask_to_quit(1); }, "", nullptr},
-      {"question_long", [] { ask_to_quit(14); }, "", nullptr},
+      {"dropped_file_two_lines",
+       [] {
+         ask_modified(
+             "/home/pilot/a folder with a name that is so long that the path has no room on one "
+             "line of it, but on two/Resources/a.txt",
+             1);
+       },
+       "", nullptr},
+      {"changed_file_unbroken", [] { ask_modified(std::string(499, 'm').c_str(), 0); }, "",
+       nullptr},
+      {"question", [] { ask_to_quit("Are you sure?"); }, "", nullptr},
+      {"question_long", [] { ask_to_quit(numbered_lines(14)); }, "", nullptr},
+      {"question_unbroken", [] { ask_to_quit(std::string(5000, 'm')); }, "", nullptr},
       {"alert",
        [] {
          __MACIBM_alert(win_main, "The first line", "The second", "The third", "The fourth",
@@ -137,6 +159,11 @@ std::vector<gallery_scene> state_scenes() {
       {"alert_long",
        [] { __MACIBM_alert(win_main, long_line, "", long_line, long_line, t_alert, "gallery", 1); },
        "400,200", nullptr},
+      {"alert_one_text",
+       [] { __MACIBM_alert(win_main, endless(), "", "", "", t_alert, "gallery", 1); }, "", nullptr},
+      {"alert_two_texts",
+       [] { __MACIBM_alert(win_main, endless(), "", "The third", "", t_alert, "gallery", 1); }, "",
+       nullptr},
       {"alert_fatal",
        [] {
          draw_alert({alert_line("The end"), alert_line(), alert_line(long_line),

@@ -27,16 +27,6 @@ class page : public measured_page {
     text = s;
     Repaginate();
   }
-  // Such as "ab[cd>ef": the active end is the one with the arrow.
-  std::string shown() {
-    int start, end;
-    GetSelection(&start, &end);
-    std::string s = text;
-    std::replace(s.begin(), s.end(), '\n', '$');
-    s.insert(static_cast<size_t>(end), rec->end_is_active ? ">" : "]");
-    s.insert(static_cast<size_t>(start), rec->end_is_active ? "[" : "<");
-    return s;
-  }
 
  protected:
   void GetVisibleBounds(OGLE_Bounds* b) override {
@@ -321,39 +311,6 @@ TEST(Ogle, AgreesWithAModelOverManyOperations) {
   constexpr float wraps[] = {1024, 12, 45, 90};
   for (unsigned seed = 1; seed <= 40 && !HasFatalFailure(); ++seed)
     run(seed, wraps[seed % 4], 3000);
-}
-
-TEST(Ogle, KeysFollowTheirTable) {
-  constexpr int back = 8, left = 28, right = 29, up = 30, down = 31;
-  const struct {
-    const char *label, *text;
-    int start, end;
-    std::vector<int> keys;  // negative: with Shift
-    const char* after;
-  } rows[] = {
-      {"backspace at the start", "abc", 0, 0, {back}, "[>abc"},
-      {"typing replaces", "abcd", 1, 3, {'x'}, "ax[>d"},
-      {"left collapses to the start", "abcd", 1, 3, {left}, "a[>bcd"},
-      {"right collapses to the end", "abcd", 1, 3, {right}, "abc[>d"},
-      {"and back over itself", "abcd", 2, 2, {-left, -right, -right}, "ab[c>d"},
-      {"down keeps its column",
-       "aaaaaa\na\n\naaaaaa",
-       4,
-       4,
-       {down, down, down},
-       "aaaaaa$a$$aaaa[>aa"},
-      {"another key forgets it", "aaa\na\naaa", 3, 3, {down, left, up}, "[>aaa$a$aaa"},
-      {"shift up moves the passive end", "aa\naa", 4, 5, {-up}, "a[a$aa>"},
-      {"shift down likewise, past the other end", "aa\naa", 0, 1, {-down}, "a<a$]aa"},
-  };
-  for (const auto& row : rows) {
-    page p(1000);
-    p.put(row.text);
-    p.SetSelection(row.start, row.end);
-    for (const int key : row.keys)
-      p.Key(std::abs(key), key < 0);
-    EXPECT_EQ(p.shown(), row.after) << row.label;
-  }
 }
 
 TEST(Ogle, DrawsLinesSelectionAndCaret) {

@@ -98,9 +98,3 @@ TEST_F(OglpText, WrapsBehindBreakCharacters) {
     ogl_inited = 1;
   }
 }
-
-TEST_F(OglpText, OdometerHasACellForEachDigit) {
-  const picture_map map([] { OGL_number(white, 100, 500, 1234.5f, 6, 1, charset_fixed); });
-  EXPECT_EQ(map.text_at(100, 500, 10), "012345");
-  EXPECT_EQ(map.times(100 + 60 + 4, 500), 0);
-}

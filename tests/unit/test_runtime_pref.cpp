@@ -91,7 +91,7 @@ TEST_F(RuntimePref, ReadsWhatOthersWrote) {
       {"line ends of Windows", "I\r\n9002 version\r\n_streams 2\r\n_host a b\r\n_log 1\r\n", 2, 1,
        "a b"},
       {"tabs and blanks around", h + "\n\n \t_streams\t \t2\n\t\n_host  a \n", 2, 7, "a "},
-      {"the last of two", h + "_streams 2\n_log 1\n_streams 4\n", 4, 1, "unset"},
+      {"the last of two, without a line end", h + "_streams 2\n_log 1\n_streams 4", 4, 1, "unset"},
       {"unknown tags", h + "_other 9\n_stream 9\n_streamss 9\nstreams 9\n_streams 2\n", 2, 7,
        "unset"},
       {"tag without value", h + "_streams\n_host\n_log 1\n", 0, 1, ""},
@@ -113,22 +113,6 @@ TEST_F(RuntimePref, ReadsWhatOthersWrote) {
   }
   unlink(path.c_str());
   EXPECT_EQ(read().streams, 7) << "missing file";
-}
-
-// Every truncation of a good file reads without harm, and whole lines in front of the cut count.
-TEST_F(RuntimePref, ReadsEveryTruncation) {
-  const std::string whole = std::string(header) + "_streams 3\n_host abc\n_log 4\n";
-  const size_t first_line = std::string(header).size();
-  for (size_t length = 0; length <= whole.size(); ++length) {
-    overwrite(path, whole.substr(0, length));
-    const settings got = read();
-    if (length < first_line - std::string(" version\n").size()) {
-      EXPECT_EQ(got.streams, 7) << length;
-    }
-    if (length >= first_line + std::string("_streams 3").size()) {
-      EXPECT_EQ(got.streams, 3) << length;
-    }
-  }
 }
 
 TEST_F(RuntimePref, CommandLineWinsForOneRunAndLeavesTheFile) {

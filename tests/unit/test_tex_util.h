@@ -1,4 +1,4 @@
-// Pictures for the tests of the image formats: made and decoded by ImageMagick, changed at random.
+// Pictures for the tests of the image formats: made and decoded by ImageMagick.
 #pragma once
 
 #include <cstdint>
@@ -68,37 +68,5 @@ inline bytes tex_noise(size_t size, unsigned seed) {
   bytes data(size);
   for (unsigned char& byte : data)
     byte = static_cast<unsigned char>(random());
-  return data;
-}
-
-// Changes a few bytes or bits, cuts the end off, or repeats a part; mostly in the first bytes,
-// where the headers are.
-inline bytes tex_mutated(bytes data, std::mt19937& random) {
-  const auto below = [&random](size_t limit) { return random() % std::max<size_t>(limit, 1); };
-  for (size_t left = 1 + below(4); left > 0 && !data.empty(); --left) {
-    const size_t at = below(below(3) ? std::min<size_t>(data.size(), 160) : data.size());
-    constexpr unsigned char edges[] = {0, 1, 2, 0x7F, 0x80, 0xFE, 0xFF};
-    switch (below(6)) {
-      case 0:
-        data[at] ^= static_cast<unsigned char>(1u << below(8));
-        break;
-      case 1:
-        data[at] = edges[below(sizeof edges)];
-        break;
-      case 2:
-        data[at] = static_cast<unsigned char>(random());
-        break;
-      case 3:
-        data.resize(at);
-        break;
-      case 4:
-        for (size_t i = at; i < std::min(data.size(), at + 4); ++i)
-          data[i] = edges[below(sizeof edges)];
-        break;
-      default:
-        data.insert(data.begin() + at, data.begin() + below(at), data.begin() + at);
-        break;
-    }
-  }
   return data;
 }

@@ -1,4 +1,4 @@
-// The wizard's modal questions: every answer, long texts that keep to their place, an alert above.
+// The wizard's modal questions: every answer, and an alert above.
 
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/wizard/main_ask.h"
@@ -30,25 +30,6 @@ class WindowAsk : public window_fixture {
 
   static void click_select(int x, int y) { push_button(ask_x + x, 600 - (select_y + y), true); }
   static void click_abort(int x, int y) { push_button(ask_x + x, 600 - (abort_y + y), true); }
-  // The first picture of a question, which a click then answers.
-  static picture_type picture_of(const std::function<int()>& question, void (*click)(int, int),
-                                 int x, int y) {
-    picture_type first;
-    push_motion(1, 1);  // off what would be lit under it
-    MACIBM_event_proc();
-    ask(question, [&] {
-      if (first.empty()) first = last_shown();
-      click(x, y);
-    });
-    return first;
-  }
-  static picture_type picture_of_select(const std::string& path, int gone) {
-    return picture_of([&] { return select_alert(path, gone); }, click_select, 584, 28);
-  }
-  static picture_type picture_of_abort(const std::string& text) {
-    return picture_of([&] { return abort_alert(text, "Stop", "what is done.", "Continue", "."); },
-                      click_abort, 96, 31);
-  }
 };
 
 TEST_F(WindowAsk, EveryAnswerByTheMouse) {
@@ -114,71 +95,6 @@ TEST_F(WindowAsk, TheOtherQuestionHasTwoAnswersAndClosingItGoesOn) {
         << row.label;
     EXPECT_LT(frames, 5) << row.label;
     EXPECT_EQ(mnw.win_id, win_main);
-  }
-}
-
-TEST_F(WindowAsk, ALongPathMovesTheLinesAndNothingElse) {
-  const std::string folder = "/a folder of some length";
-  std::string path = folder;
-  while (path.size() + folder.size() < 499)
-    path += folder;
-  const std::string unbroken(499, 'm');
-  const auto cut_to = [&](int lines) {
-    // A path that needs exactly so many lines of 660 units.
-    std::string part;
-    while (OGL_string_width(part) < 660 * lines - 200)
-      part += part.size() % 30 == 0 ? '/' : 'e';
-    return part;
-  };
-  for (const int gone : {0, 1}) {
-    const picture_type one = picture_of_select("/a/b", gone);
-    const struct {
-      std::string label, path;
-      int lines;
-      int below_y;  // the line below it
-    } rows[] = {
-        {"two lines", cut_to(2), 2, 80},
-        {"three lines", cut_to(3), 3, 72},
-        {"more, of which both ends are shown", path, 3, 72},
-        {"no place to break it", unbroken, 3, 72},
-    };
-    for (const auto& row : rows) {
-      SCOPED_TRACE(std::string(row.label) + (gone ? ", gone" : ""));
-      const picture_type picture = picture_of_select(row.path, gone);
-      ASSERT_EQ(picture.size(), one.size());
-      EXPECT_TRUE(same_rows(picture, one, 0, select_y + 66)) << "over the buttons";
-      EXPECT_TRUE(same_rows(picture, one, select_y + 122, 600)) << "over the title";
-      const int top = row.below_y + 10 * (row.lines + 1);
-      EXPECT_FALSE(same_rows(picture, one, select_y + top - 4, select_y + top + 6));
-      // The lines above and below read as they always do, at their new places.
-      // What lies behind the window is a picture.
-      const auto band = [&](const picture_type& from, int y) {
-        picture_type rows_of_window;
-        for (int at = select_y + y - 1; at < select_y + y + 5; ++at) {
-          const auto row_start = from.begin() + at * 800 * 3;
-          rows_of_window.insert(rows_of_window.end(), row_start + 60 * 3, row_start + 740 * 3);
-        }
-        return rows_of_window;
-      };
-      EXPECT_TRUE(band(picture, row.below_y) == band(one, 80));
-      EXPECT_TRUE(band(picture, top) == band(one, 100));
-      EXPECT_FALSE(band(picture, row.below_y + 10) == band(one, 100));
-    }
-  }
-}
-
-TEST_F(WindowAsk, ALongQuestionStaysAboveItsButtons) {
-  const picture_type plain = picture_of_abort("Stop?");
-  std::string lines, text;
-  for (int i = 0; i < 10; ++i)
-    lines += "A line\n";
-  while (text.size() < 5000)
-    text += "all work and no play ";
-  for (const std::string& question : {lines, text, std::string(5000, 'm'), std::string(50, '\n')}) {
-    const picture_type picture = picture_of_abort(question);
-    ASSERT_EQ(picture.size(), plain.size());
-    EXPECT_TRUE(same_rows(picture, plain, 0, abort_y + 66)) << "over the buttons";
-    EXPECT_TRUE(same_rows(picture, plain, abort_y + 183, 600)) << "over the title";
   }
 }
 

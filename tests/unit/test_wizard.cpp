@@ -24,41 +24,33 @@
 
 namespace {
 
-// What a scripted page says in its next frames, and what it saw.
+// What page_a says in the next frame, and what it is told.
 struct script {
   int result = 0;
-  page_function back = nullptr, next = nullptr;
-  std::vector<page_function> extra;
-  int prefs_enabled = 0;
-  std::vector<int> first_times;
+  page_function back = nullptr, next = nullptr, extra = nullptr;
 };
-script a, b;
+script said;
 int kills, leaves;
-bool is_open;  // whether page_guarded may be entered
 
-int play(script& page, int first_time, wizard_screen& screen) {
-  page.first_times.push_back(first_time);
-  // A blank record every frame: nothing of the last one may be left.
-  EXPECT_TRUE(screen.title.empty() && !screen.back && !screen.next && !screen.kill_proc);
-  EXPECT_LT(screen.progress, 0);
-  screen.title = "page";
-  screen.back = page.back;
-  screen.next = page.next;
-  screen.kill_proc = [] { ++kills; };
-  screen.leave_proc = [] { ++leaves; };
-  for (const page_function target : page.extra) {
-    screen.button_names.push_back("more");
-    screen.button_pages.push_back(target);
-  }
-  return page.result;
-}
 constexpr wizard_page page_a = {
-    page_choice, [](int first_time, wizard_screen& screen) { return play(a, first_time, screen); }};
+    page_choice, [](int, wizard_screen& screen) {
+      // A blank record every frame: nothing of the last one may be left.
+      EXPECT_TRUE(!screen.back && !screen.next && !screen.kill_proc && screen.button_pages.empty());
+      EXPECT_LT(screen.progress, 0);
+      screen.back = said.back;
+      screen.next = said.next;
+      screen.kill_proc = [] { ++kills; };
+      screen.leave_proc = [] { ++leaves; };
+      if (said.extra) {
+        screen.button_names = {"more"};
+        screen.button_pages = {said.extra};
+      }
+      return said.result;
+    }};
 constexpr wizard_page page_b = {
-    page_choice, [](int first_time, wizard_screen& screen) { return play(b, first_time, screen); }};
-
-constexpr wizard_page page_guarded = {
-    page_choice, [](int, wizard_screen&) { return 0; }, {}, [] { return is_open; }};
+    page_choice, [](int, wizard_screen&) { return 0; }, {}, [] { return true; }};
+constexpr wizard_page page_shut = {
+    page_choice, [](int, wizard_screen&) { return 0; }, {}, [] { return false; }};
 
 class Wizard : public gl_fixture {
  protected:
@@ -66,14 +58,7 @@ class Wizard : public gl_fixture {
     gl_fixture::SetUp();
     scratch_dx = scratch_dy = 16;  // any picture will do for a background
     tman.load_texture(tex_fail_silent, 395, 1281, tex_load_now, "scratch_array:background");
-    a = b = script();
-    kills = leaves = 0;
-    is_open = false;
     app_done = 0;
-    g_wizard = page_b;  // so that page_a is new in the first frame of each test
-    frame();
-    g_wizard = page_a;
-    b = script();
   }
 
   void frame() {
@@ -91,7 +76,7 @@ class Wizard : public gl_fixture {
 };
 
 constexpr float row = 20;  // height of the bottom row's middle
-constexpr float quit_x = 50, options_x = 140, back_x = 600, next_x = 720;
+constexpr float quit_x = 50, back_x = 600, next_x = 720;
 
 }  // namespace
 
@@ -114,98 +99,52 @@ TEST_F(Wizard, FacesBearTheTranslationThatFits) {
   EXPECT_FALSE(is_text(54, 89));
 }
 
-TEST_F(Wizard, ClicksAndResultsLeadToTheRightPage) {
+TEST_F(Wizard, WhereAClickOrAResultLeads) {
   const struct {
     const char* label;
-    page_function back, next;
-    int result;
-    float click_x, click_y;
+    script says;
+    float x, y;  // 0 for no click
     page_function leads_to;
+    bool quits = false;
   } rows[] = {
-      {"no click", page_b, page_b, 0, 0, 0, page_a},
-      {"next", nullptr, page_b, 0, next_x, row, page_b},
-      {"back", page_b, nullptr, 0, back_x, row, page_b},
-      {"a greyed next", page_b, nullptr, 0, next_x, row, page_a},
-      {"left of next", nullptr, page_b, 0, 669, row, page_a},
-      {"above the row", nullptr, page_b, 0, next_x, 34.5f, page_a},
-      {"result", nullptr, page_b, 1, 0, 0, page_b},
-      {"the result beats back", page_a, page_b, 1, back_x, row, page_b},
+      {"no click", {0, page_b, page_b}, 0, 0, page_a},
+      {"next", {0, nullptr, page_b}, next_x, row, page_b},
+      {"back", {0, page_b}, back_x, row, page_b},
+      {"a greyed next", {0, page_b}, next_x, row, page_a},
+      {"left of next", {0, nullptr, page_b}, 669, row, page_a},
+      {"above the row", {0, nullptr, page_b}, next_x, 34.5f, page_a},
+      {"an extra button", {0, nullptr, nullptr, page_b}, 500, 350, page_b},
+      {"a result", {1, nullptr, page_b}, 0, 0, page_b},
+      {"it beats back", {1, page_a, page_b}, back_x, row, page_b},
+      {"it leads nowhere", {1}, 0, 0, page_a},
+      {"what may not be entered, by its button",
+       {0, nullptr, nullptr, page_shut},
+       500,
+       350,
+       page_a},
+      {"by next", {0, nullptr, page_shut}, next_x, row, page_a},
+      {"by a result", {1, nullptr, page_shut}, 0, 0, page_a},
+      {"quit", {0, nullptr, page_b}, quit_x, row, page_a, true},
+      {"it is not there on the last page", {0, nullptr, wizard_quit}, quit_x, row, page_a},
+      {"but where next was", {0, nullptr, wizard_quit}, 690, row, wizard_quit},
   };
   for (const auto& test : rows) {
     SCOPED_TRACE(test.label);
-    a.back = test.back;
-    a.next = test.next;
-    a.result = test.result;
+    said = test.says;
+    kills = leaves = app_done = 0;
     g_wizard = page_a;
-    test.click_x > 0 ? frame_with_click(test.click_x, test.click_y) : frame();
+    test.x > 0 ? frame_with_click(test.x, test.y) : frame();
     EXPECT_EQ(g_wizard, test.leads_to);
-    EXPECT_EQ(app_done, 0);
+    EXPECT_EQ(leaves, g_wizard != page_a) << "a page is told when it is left";
+    EXPECT_EQ(app_done, test.quits);
+    EXPECT_EQ(kills, test.quits) << "and when the program ends";
   }
-}
-
-TEST_F(Wizard, FirstTimeIsOncePerVisit) {
-  a.next = page_b;
-  a.result = 0;
-  frame();
-  frame();
-  a.result = 1;
-  frame();
-  b.back = page_a;
-  frame();
-  frame_with_click(back_x, row);
-  a.next = nullptr;  // and a page that asks to go on without a target stays, no longer new
-  frame();
-  frame();
-  EXPECT_EQ(a.first_times, (std::vector<int>{1, 0, 0, 1, 0}));
-  EXPECT_EQ(b.first_times, (std::vector<int>{1, 0}));
-}
-
-// By its button, by Next, or by a page that leads on by itself: what may not be entered is not.
-TEST_F(Wizard, APageThatMayNotBeEnteredIsNot) {
-  const struct {
-    const char* label;
-    page_function next;
-    std::vector<page_function> extra;
-    int result;
-    float x, y;
-  } rows[] = {{"extra button", nullptr, {page_guarded}, 0, 500, 350},
-              {"next", page_guarded, {}, 0, next_x, row},
-              {"result", page_guarded, {}, 1, 0, 0}};
-  for (const auto& test : rows) {
-    for (const bool open : {false, true}) {
-      SCOPED_TRACE(test.label);
-      is_open = open;
-      leaves = 0;
-      g_wizard = page_a;
-      a.next = test.next;
-      a.extra = test.extra;
-      a.result = test.result;
-      test.x > 0 ? frame_with_click(test.x, test.y) : frame();
-      EXPECT_EQ(g_wizard == page_guarded, open);
-      EXPECT_EQ(leaves, open ? 1 : 0) << "a page is told when it is left";
-    }
+  for (const page_function last : {page_function(wizard_quit), page_function(nullptr)}) {
+    app_done = 0;
+    g_wizard = last;
+    frame();
+    EXPECT_EQ(app_done, 1);
   }
-}
-
-TEST_F(Wizard, QuitEndsTheRunAndTellsThePage) {
-  a.next = page_b;
-  frame_with_click(quit_x, row);
-  EXPECT_EQ(app_done, 1);
-  EXPECT_EQ(kills, 1);
-  // The last page's one Quit button stands where Next was, and the left one is not there.
-  app_done = 0;
-  g_wizard = page_a;
-  a.next = wizard_quit;
-  frame_with_click(quit_x, row);
-  EXPECT_EQ(app_done, 0);
-  frame_with_click(690, row);
-  frame();
-  EXPECT_EQ(app_done, 1);
-  EXPECT_EQ(kills, 1);
-  app_done = 0;
-  g_wizard = nullptr;
-  frame();
-  EXPECT_EQ(app_done, 1) << "no page at all";
 }
 
 // Each click is the frame's only one, on a page that has just been drawn without.

@@ -163,12 +163,6 @@ void push_window_event(int window_event) {
   SDL_PushEvent(&event);
 }
 
-bool same_rows(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b, int from,
-               int to) {
-  const size_t row = size_t{dx} * 3;
-  return std::equal(a.begin() + from * row, a.begin() + to * row, b.begin() + from * row);
-}
-
 std::string log_of(const std::function<void()>& body) {
   const log_capture log;
   body();

@@ -65,9 +65,5 @@ class pressed_return {
   }};
 };
 
-// Whether two pictures of the window agree in the rows [from, to).
-bool same_rows(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b, int from,
-               int to);
-
 // What the log gets during `body`.
 std::string log_of(const std::function<void()>& body);
