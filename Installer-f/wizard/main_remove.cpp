@@ -43,7 +43,6 @@ std::string give_copy_to_remove() {
 
 int show_start(int, wizard_screen& screen) {
   screen.title = tr(remove_title);
-  screen.text = dest_dir_path;
   screen.next = remove_scan;
   return 0;
 }

@@ -45,6 +45,25 @@ TEST_F(Oglp, ColoursFollowTheAlphas) {
   }
 }
 
+// The legend stands on its lower limit, and only half of it is within the window.
+TEST_F(Oglp, ALegendHasItsColoursAndLimits) {
+  colr.spectrum_init(1);
+  const picture_map map([] { colr.spectrum_plotscale(100, 20, 3, 7, 0); });
+  EXPECT_EQ(map.text_at(104, 16), "0,000,003");
+  EXPECT_EQ(map.text_at(104, 20 + 1000 - 4), "");
+  colr.spectrum_plotscale(100, 20, 3, 7, 0);
+  EXPECT_TRUE(pixel_is(100, 17, 0, 0, 0));
+  for (const int at : {0, 4, 200, 500}) {
+    const int level = at * 255 / 1000;
+    EXPECT_TRUE(pixel_is(100, 20 + at, level, 0, 0)) << at;
+    EXPECT_TRUE(pixel_is(97, 20 + at, 0, 0, 0)) << at;
+  }
+  clear();
+  colr.spectrum_plotscale(100, -600, 3, 7, 0);
+  EXPECT_TRUE(pixel_is(100, 400, 255, 0, 0));
+  EXPECT_TRUE(pixel_is(100, 403, 0, 0, 0));
+}
+
 TEST_F(Oglp, ScissorsCutAndTakeNegativeSizesAsNone) {
   // In a dialog: its offset moves them, and all that is drawn but the background.
   mnw.x_off = 10;

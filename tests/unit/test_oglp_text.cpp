@@ -21,6 +21,7 @@ TEST(OglpMetrics, WidthsOfBytes) {
   EXPECT_EQ(widths, "0 0 0 0 2 3 3 4 5 6 8 9 10 11 ");
   EXPECT_EQ(OGL_char_width(0), 0);
   EXPECT_EQ(OGL_string_width("Quit\n"), 9 + 7 + 3 + 4);
+  EXPECT_EXIT(OGL_string(white, 0, 0, "x", 0, 77), testing::ExitedWithCode(1), "bad charset!");
 }
 
 // A path that is shown must not lack a letter: what has no glyph looks and moves as its base does.
