@@ -148,6 +148,8 @@ std::vector<gallery_scene> state_scenes() {
       {"changed_file_unbroken", [] { ask_modified(std::string(499, 'm').c_str(), 0); }, "",
        nullptr},
       {"question", [] { ask_to_quit("Are you sure?"); }, "", nullptr},
+      {"question_over", [] { ask_to_quit("Are you sure?"); }, "146,228 rest", nullptr},
+      {"question_held", [] { ask_to_quit("Are you sure?"); }, "146,300 press 146,228", nullptr},
       {"question_long", [] { ask_to_quit(numbered_lines(14)); }, "", nullptr},
       {"question_unbroken", [] { ask_to_quit(std::string(5000, 'm')); }, "", nullptr},
       {"alert",

@@ -18,7 +18,10 @@ draw() {
 }
 mkdir -p "$seen/german" "$seen/sharp"
 german="--texts=$BIN/Resources/text/german/Installer2.txt"
-{ draw pages --pages="$seen" && draw page --png="$seen/toolkit.png"; } &
+{
+  draw pages --pages="$seen" && draw page --png="$seen/toolkit.png" &&
+    draw sharp_page --scale=1.25 --png="$seen/sharp/toolkit.png"
+} &
 drawn=($!)
 {
   draw states --states="$seen" &&

@@ -236,29 +236,6 @@ picture_map::picture_map(const std::function<void()>& draw)
   }
 }
 
-testing::AssertionResult picture_map::covers_exactly(int x, int y, int width, int height) const {
-  for (int at_y = 0; at_y < dy; ++at_y) {
-    for (int at_x = 0; at_x < dx; ++at_x) {
-      const bool inside = at_x >= x && at_x < x + width && at_y >= y && at_y < y + height;
-      if (times(at_x, at_y) == (inside ? 1 : 0)) continue;
-      return testing::AssertionFailure()
-             << "pixel " << at_x << "," << at_y << (inside ? " inside" : " outside") << " of " << x
-             << "," << y << " " << width << " by " << height << " is painted " << times(at_x, at_y)
-             << " times";
-    }
-  }
-  return testing::AssertionSuccess();
-}
-
-testing::AssertionResult picture_map::shows(int x, int y, int want_u, int want_v) const {
-  if (std::fabs(u(x, y) - static_cast<float>(want_u)) <= 0.25f &&
-      std::fabs(v(x, y) - static_cast<float>(want_v)) <= 0.25f) {
-    return testing::AssertionSuccess();
-  }
-  return testing::AssertionFailure() << "pixel " << x << "," << y << " shows " << u(x, y) << ","
-                                     << v(x, y) << ", not " << want_u << "," << want_v;
-}
-
 std::string picture_map::text_at(int x, int y, int pitch) const {
   // A row of the cell that the lines above and below do not paint over.
   const int row_in_cell = 9;

@@ -62,10 +62,6 @@ class picture_map {
   int times(int x, int y) const { return times_[index(x, y)]; }
   float u(int x, int y) const { return u_[index(x, y)]; }
   float v(int x, int y) const { return v_[index(x, y)]; }
-  // Whether each pixel of the rectangle is painted once, and none of the window outside is.
-  testing::AssertionResult covers_exactly(int x, int y, int dx, int dy) const;
-  // Whether pixel (x, y) shows pixel (u, v) of the image.
-  testing::AssertionResult shows(int x, int y, int u, int v) const;
   // The text that begins at pen (x, y): characters until no glyph begins at the pen.
   std::string text_at(int x, int y, int pitch = 0) const;
 

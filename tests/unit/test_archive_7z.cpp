@@ -4,13 +4,6 @@
 
 class Archive7z : public ArchiveTest {
  protected:
-  // Packs files of base/src/ with 7z; the archive's bytes.
-  std::string pack(const std::string& options, const std::string& files) {
-    const std::string archive = base + "made.7z";
-    unlink(archive.c_str());
-    run("cd '" + base + "src' && 7z a -t7z " + options + " '" + archive + "' " + files);
-    return file_text(archive);
-  }
   void SetUp() override {
     ArchiveTest::SetUp();
     mkdir((base + "src").c_str(), 0755);
@@ -28,7 +21,7 @@ TEST_F(Archive7z, EveryMethod) {
     write_text(out + "tile.dsf", "old");
     chmod((out + "tile.dsf").c_str(), 0400);
     std::string name;
-    pack(options, "tile.dsf");
+    pack_7z(options, "tile.dsf");
     EXPECT_EQ(p7z_to_file(base + "made.7z", out, &name, 0), 0) << options;
     EXPECT_EQ(name, out + "tile.dsf") << options;
     EXPECT_TRUE(file_text(out + "tile.dsf") == text) << options;
@@ -39,7 +32,7 @@ TEST_F(Archive7z, NamesAndKinds) {
   run("cd '" + base +
       "src' && mkdir d && printf one > 'd/\xC3\xBCml\xC3\xA4ut' && : > d/none &&"
       " printf two > '\xE6\x97\xA5' && ln -s ../gone link && chmod 755 d/none");
-  const std::string archive = pack("-snl", ".");
+  const std::string archive = pack_7z("-snl", ".");
   EXPECT_EQ(unpack(archive), ENOENT);  // folder entries make no folders
   mkdir((out + "d").c_str(), 0755);
   EXPECT_EQ(unpack(archive), 0);
@@ -51,7 +44,7 @@ TEST_F(Archive7z, NamesAndKinds) {
   EXPECT_TRUE(S_ISREG(file_stat(out + "link").st_mode));
   source("a", "first");
   source("b", "second");
-  pack("", "a b");
+  pack_7z("", "a b");
   std::string name = "renamed";
   EXPECT_EQ(p7z_to_file(base + "made.7z", out, &name, 1), 0);
   EXPECT_EQ(name, out + "b");
@@ -63,7 +56,7 @@ TEST_F(Archive7z, NamesAndKinds) {
 TEST_F(Archive7z, Refusals) {
   source("a", "some text, some text");
   write_text(out + "a", "old");
-  const std::string good = pack("", "a");
+  const std::string good = pack_7z("", "a");
   const struct {
     std::string label, bytes;
     int result;
@@ -71,11 +64,11 @@ TEST_F(Archive7z, Refusals) {
       {"empty file", "", 20001},
       {"not an archive", "7z is what this begins with", 20001},
       {"a program that unpacks itself", "\177ELF" + std::string(1000, '\0') + good, 20001},
-      {"encrypted", pack("-psecret", "a"), 20002},
-      {"encrypted contents", pack("-psecret -mhe=on", "a"), 20001},
+      {"encrypted", pack_7z("-psecret", "a"), 20002},
+      {"encrypted contents", pack_7z("-psecret -mhe=on", "a"), 20001},
       {"no entries",
        std::string("7z\xBC\xAF\x27\x1C\0\4\x8D\x9B\xD5\x0F", 12) + std::string(20, '\0'), 20001},
-      {"a method without a reader", pack("-m0=Deflate64", "a"), 20002},
+      {"a method without a reader", pack_7z("-m0=Deflate64", "a"), 20002},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(p7z_to_file(put(row.bytes), out, nullptr, 0), row.result) << row.label;
@@ -108,7 +101,7 @@ TEST_F(Archive7z, Refusals) {
 TEST_F(Archive7z, EveryTruncationAndDamage) {
   const std::string good = source("a", "good content, good content, good content");
   for (const char* options : {"", "-mx0 -mhc=off", "-m0=PPMd"}) {
-    const std::string archive = pack(options, "a");
+    const std::string archive = pack_7z(options, "a");
     const auto check = [&](const std::string& bytes, const std::string& label) {
       write_text(out + "a", "old");
       const int result = p7z_to_file(put(bytes), out, nullptr, 0);

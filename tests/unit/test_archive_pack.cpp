@@ -79,22 +79,6 @@ TEST_F(ArchivePack, WhatCanBePackedIs) {
   }
 }
 
-TEST_F(ArchivePack, DatesEndAtTheNewest) {
-  setenv("TZ", "UTC", 1);
-  zip_packer packer;
-  packer.newest = 1709618828;  // 5 March 2024, 06:07:08
-  for (const auto& [modified, shown] :
-       {std::pair{time_t{1709618828 + 2}, "20240305.060708"}, {1234567890, "20090213.233130"}}) {
-    write_text(base + "a", "x");
-    const timespec times[2] = {{modified, 0}, {modified, 0}};
-    ASSERT_EQ(utimensat(AT_FDCWD, (base + "a").c_str(), times, 0), 0);
-    zip_packed packed;
-    ASSERT_EQ(packer.pack(base + "a", base + "a.zip", packed), 0);
-    const std::string listing = run("unzip -Z -T -s '" + base + "a.zip'");
-    EXPECT_TRUE(str_holds(listing, shown)) << listing;
-  }
-}
-
 TEST(ArchiveDate, IsWithinWhatAZipHas) {
   setenv("TZ", "UTC", 1);
   tzset();

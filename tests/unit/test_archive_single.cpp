@@ -28,12 +28,6 @@ class ArchiveSingle : public ArchiveTest {
     text.assign(reinterpret_cast<const char*>(file.bytes), outcome == single_ok ? file.size : 0);
     return outcome;
   }
-  std::string pack_7z(const std::string& options, const std::string& files) {
-    unlink((base + "made.7z").c_str());
-    run("cd '" + base + "src' && 7z a -t7z " + options + " ../made.7z " + files);
-    return file_text(base + "made.7z");
-  }
-
   // Both ways come to the same, whatever an archive says.
   void expect_like(const std::string& one, const std::string& other, uint64_t most) {
     const auto found = [&](const std::string& bytes) {

@@ -129,6 +129,12 @@ int ArchiveTest::unpack(const std::string& bytes) {
   return unpacker(put(bytes), out, nullptr, 0);
 }
 
+std::string ArchiveTest::pack_7z(const std::string& options, const std::string& files) {
+  unlink((base + "made.7z").c_str());
+  run("cd '" + base + "src' && 7z a -t7z " + options + " ../made.7z " + files);
+  return file_text(base + "made.7z");
+}
+
 void ArchiveTest::expect_untouched(const std::string& label) {
   auto now = tree_of(root);
   std::erase_if(now, [](const auto& item) { return item.first.starts_with("out"); });

@@ -48,6 +48,8 @@ class ArchiveTest : public testing::Test {
   std::string put(const std::string& bytes);  // as root/../in.archive; its path
   // Unpacks the bytes into out/, by their first byte as zip or 7z.
   int unpack(const std::string& bytes);
+  // Packs files of base/src/ with 7z as base/made.7z; the archive's bytes.
+  std::string pack_7z(const std::string& options, const std::string& files);
   // Everything but out/ is as it was, in the tree around it.
   void expect_untouched(const std::string& label);
   void empty_out();

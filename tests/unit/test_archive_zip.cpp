@@ -59,14 +59,6 @@ TEST_F(ArchiveZip, RoundTripAndUnzip) {
   }
 }
 
-TEST_F(ArchiveZip, ADateBeforeThoseOfTheFormat) {
-  write_text(base + "a", "x");
-  set_time(base + "a", 0);
-  ASSERT_EQ(file_to_zip(base + "a", base + "a.zip"), 0);
-  const std::string listing = run("unzip -Z -T -s '" + base + "a.zip'");
-  EXPECT_TRUE(str_holds(listing, "19800101.000000")) << listing;
-}
-
 TEST_F(ArchiveZip, Links) {
   for (const std::string& target : {std::string("../../gone"), std::string(499, 'x')}) {
     ASSERT_EQ(symlink(target.c_str(), (base + "link").c_str()), 0);

@@ -1,7 +1,5 @@
 // What a build leaves on the discs and in the manifest.
 
-#include <thread>
-
 #include "Installer-f/builder/make_installer_places.h"
 #include "Installer-f/builder/make_installer_reuse.h"
 #include "Installer-f/engine/utils_manifest.h"
@@ -336,25 +334,6 @@ TEST_F(BuilderAgain, WhatIsFreshIsNotTrusted) {
   put("All/Weapons/fresh", state_a);
   build();
   EXPECT_FALSE(str_holds(content_of(base + "out/build_record.txt"), "fresh"));
-}
-
-// Nothing is left of a master that was given up while it was being made.
-TEST_F(BuilderAgain, SignalsEndABuild) {
-  for (int i = 0; i < 400; ++i)
-    put("All/Output/" + std::to_string(i), std::string(300000, static_cast<char>('a' + i % 20)));
-  for (const int number : {SIGINT, SIGTERM}) {
-    const auto build_and_be_ended = [this, number] {
-      std::thread([this, number] {
-        while (!is_there("out/disk_0/Test 9/All/Output/5.zip"))
-          usleep(200);
-        kill(getpid(), number);
-      }).detach();
-      build_and_leave();
-    };
-    EXPECT_EXIT(build_and_be_ended(), testing::ExitedWithCode(128 + number),
-                "Ended by a signal: no part of a master is left");
-    EXPECT_TRUE(nothing_left());
-  }
 }
 
 // A volume that fills up while the manifest is written: half a manifest may not look like a whole.

@@ -60,45 +60,6 @@ TEST_F(ButnAction, PushButtonFollowsItsTable) {
   }
 }
 
-TEST_F(ButnAction, TheBrightButtonIsMadeOfTheFaceOfNext) {
-  const struct {
-    const char* label;
-    float x;
-    int held, row;
-  } rows[] = {{"outside", 550, 0, 46}, {"on it", 400, 0, 0}, {"held", 400, 1, 23}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
-    move(row.x, 300);
-    mnw.mouse_held = row.held;
-    const picture_map map([] { BTN_main_action(400, 300, 200, ""); });
-    EXPECT_TRUE(map.covers_exactly(300, 289, 200, 22));
-    EXPECT_TRUE(map.shows(300, 289, 150, row.row));
-    EXPECT_TRUE(map.shows(499, 310, 249, row.row + 21));
-  }
-}
-
-TEST_F(ButnAction, PushButtonIsAsWideAsItsLabel) {
-  const struct {
-    float dx;
-    const char* label;
-    int left, width;
-  } rows[] = {
-      {0, "", 389, 22},    // 21, made even
-      {0, "AB", 382, 36},  // 15 + 21
-      {0, "AB|right{?help", 382, 36},
-  };
-  for (const auto& row : rows) {
-    const picture_map map([&] { BTN_action(400, 300, row.dx, 0, 0, row.label, ""); });
-    EXPECT_EQ(map.times(row.left, 288), 1) << row.label;
-    EXPECT_EQ(map.times(row.left - 1, 288), 0) << row.label;
-    EXPECT_EQ(map.times(row.left + row.width - 1, 288), 1) << row.label;
-    EXPECT_EQ(map.times(row.left + row.width, 288), 0) << row.label;
-  }
-  const picture_map map([] { BTN_action(400, 300, 100, 0, 0, "AB", "note"); });
-  EXPECT_EQ(map.text_at(392, 297), "AB");
-  EXPECT_EQ(map.text_at(460, 307), "note");
-}
-
 TEST_F(ButnAction, CheckBoxFollowsItsTable) {
   const struct {
     const char* label;
@@ -131,27 +92,6 @@ TEST_F(ButnAction, CheckBoxFollowsItsTable) {
   EXPECT_EQ(BTN_is_int(100, 100, &choice, 2, "|two"), 1);
   EXPECT_EQ(BTN_is_int(100, 100, &choice, 2, "|two"), 1);
   EXPECT_EQ(choice, 2) << "a radio button stays set";
-}
-
-TEST_F(ButnAction, BoxesAndMarks) {
-  // The cell is 18 by 18 round (x, y + 3).
-  const struct {
-    const char* label;
-    int value, radio, u, v;
-  } rows[] = {{"check box", 0, 0, 139, 178}, {"set", 1, 1, 83, 142}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
-    int value = row.value;
-    const picture_map map([&] { BTN_bool(100, 100, &value, "le|ri{?help", row.radio); });
-    // The left label's last cell lies over the lower left corner.
-    EXPECT_TRUE(map.shows(91, 111, row.u, row.v + 17));
-    EXPECT_TRUE(map.shows(108, 94, row.u + 17, row.v));
-    EXPECT_EQ(map.times(100, 103), row.value ? 2 : 1);
-    EXPECT_EQ(map.times(100, 93), 0);
-    EXPECT_EQ(map.times(100, 112), 0);
-    EXPECT_EQ(map.text_at(88 - OGL_string_width("le"), 100).substr(0, 2), "le");
-    EXPECT_EQ(map.text_at(112, 100), "ri");
-  }
 }
 
 TEST_F(ButnAction, LongLabelsBreakNearTheirMiddle) {
@@ -233,15 +173,6 @@ TEST_F(ButnAction, TabsChooseTheirValue) {
     EXPECT_EQ(value, row.hit ? 7 : 1) << row.label;
     EXPECT_EQ(stls.hover_help, row.hit ? "help" : "") << row.label;
   }
-  move(-1, -1);
-  for (const int value : {1, 7}) {
-    const picture_map map([value] {
-      int now = value;
-      BTN_tab(2, 1, &now, 7, "tab");
-    });
-    EXPECT_EQ(map.text_at(229 - 40, 530 - 4), "tab");
-    EXPECT_TRUE(map.shows(229 - 49 + 3, 530 - 13 + 3, 204 + 3, (value == 7 ? 486 : 459) + 3));
-  }
   char as_char = 0;
   unsigned char as_byte = 1;
   click(400, 303);
@@ -250,25 +181,41 @@ TEST_F(ButnAction, TabsChooseTheirValue) {
   EXPECT_EQ(as_byte, 0);
 }
 
-TEST_F(ButnAction, BoxedTextLiesInItsFrame) {
+TEST_F(ButnAction, CloseBoxesOfADialog) {
+  mnw.win_dx = 600;
+  mnw.win_dy = 380;
   const struct {
-    int charset, width;
-  } rows[] = {{charset_text, OGL_string_width("boxed") + 7}, {charset_fixed, 5 * 10 + 7}};
+    const char* label;
+    int win_id, type, popup_code;
+    float x;
+    int hit;
+  } rows[] = {
+      {"the left one closes", win_prefs, box_dialog, -1, 8, 1},
+      {"the right one does not", win_prefs, box_dialog, -1, 580, 0},
+      {"under a menu", win_prefs, box_dialog, 3, 8, 0},
+      {"the main window has none", win_main, box_dialog, -1, 8, 0},
+      {"other frames have none", win_prefs, box_window, -1, 8, 0},
+  };
   for (const auto& row : rows) {
-    const picture_map map([&] { OGL_boxed_string(400, 300, "le|ri", "boxed", row.charset, 49); });
-    const int left = 400 - row.width / 2;
-    EXPECT_EQ(map.text_at(left + 4, 300, row.charset == charset_fixed ? 10 : 0).substr(0, 5),
-              "boxed");
-    EXPECT_EQ(map.text_at(400 + (row.width + 1) / 2 + 8, 300).substr(0, 2), "ri");
+    mnw.win_id = row.win_id;
+    mnw.popup_code = row.popup_code;
+    click(row.x, 370);
+    EXPECT_EQ(BTN_frame2(row.type, 0, 0, 600, 380, ""), row.hit) << row.label;
+  }
+  for (const auto& [x, hit] : {std::pair{8.0f, 1}, {580.0f, 1}, {300.0f, 0}}) {
+    click(x, 370);
+    EXPECT_EQ(BTN_zap_boxes(1), hit);
   }
 }
 
-TEST(ButnTable, NothingIsBehindItsEnds) {
-  const std::vector<int> types = {7, 8};
-  const std::vector<std::string> names = {"a", "b"};
-  for (const auto& [i, type, name] :
-       {std::tuple{-1, 0, ""}, {0, 7, "a"}, {1, 8, "b"}, {2, 0, ""}}) {
-    EXPECT_EQ(BTN_type_from_vector(i, &types), type) << i;
-    EXPECT_EQ(BTN_name_from_vector(i, &names), name) << i;
-  }
+// The pictures that are kept have all else.
+TEST_F(ButnAction, WhatNoPageDraws) {
+  stls.window_title = "AB";
+  const picture_map window([] { BTN_fillwin(1, inner_bar); });
+  EXPECT_EQ(window.text_at(392, 587), "AB");
+  EXPECT_EQ(window.times(0, 550 - 3), 2) << "the bar, over the panel";
+  EXPECT_EQ(window.times(0, 550 - 30), 1);
+  const picture_map box([] { OGL_boxed_string(400, 300, "|ri", "boxed", charset_fixed, 49); });
+  EXPECT_EQ(box.text_at(372 + 4, 300, 10).substr(0, 5), "boxed");
+  EXPECT_EQ(box.text_at(400 + 29 + 8, 300), "ri");
 }

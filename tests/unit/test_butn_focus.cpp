@@ -160,7 +160,11 @@ TEST(ButnLabels, SplitAtTheLastBarAndTheLastBrace) {
     EXPECT_EQ(right, row.right) << row.label;
     EXPECT_EQ(help, row.help) << row.label;
   }
-  const std::vector<int> types = {4, 5};
-  EXPECT_EQ(BTN_type_from_vector(1, &types), 5);
-  EXPECT_EQ(BTN_type_from_vector(2, &types), 0);
+  const std::vector<int> types = {7, 8};
+  const std::vector<std::string> names = {"a", "b"};
+  for (const auto& [i, type, name] :
+       {std::tuple{-1, 0, ""}, {0, 7, "a"}, {1, 8, "b"}, {2, 0, ""}}) {
+    EXPECT_EQ(BTN_type_from_vector(i, &types), type) << i;
+    EXPECT_EQ(BTN_name_from_vector(i, &names), name) << i;
+  }
 }

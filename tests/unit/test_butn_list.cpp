@@ -37,9 +37,6 @@ TEST_F(ButnList, PopupList) {
     EXPECT_EQ(value, popup_menu_select);
     EXPECT_EQ(frame(draw), 0) << "taken once";
   }
-  int value = 1;
-  const picture_map shown([&] { BTN_textlist(200, 300, &value, "|AB|Ab", ""); });
-  EXPECT_EQ(shown.text_at(208, 300), "Ab");
 }
 
 TEST_F(ButnList, ScrollBar) {

@@ -158,8 +158,6 @@ TEST_F(ButnValue, LimitsGoByTheDigitsAndPlacesByTheGrid) {
   type("2");
   EXPECT_EQ(frame(draw), 1);
   EXPECT_EQ(lon, -120);
-  const picture_map map([] { BTN_display_number(100, 100, 12.5f, 4, 1, "le|ri"); });
-  EXPECT_EQ(map.text_at(103, 100, 10), "0125");
 }
 
 TEST_F(ButnValue, CharactersTurnAndAreTyped) {
@@ -212,6 +210,4 @@ TEST_F(ButnValue, CharactersTurnAndAreTyped) {
     EXPECT_EQ(frame([&] { return BTN_chars(100, 100, text, 2, ""); }), 1);
     EXPECT_STREQ(text, y > 100 ? "AA" : "A9");
   }
-  const picture_map map([&] { BTN_chars(100, 100, text, 2, ""); });
-  EXPECT_EQ(map.text_at(103, 100, 10).substr(0, 2), "A9");
 }

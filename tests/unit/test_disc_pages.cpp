@@ -12,7 +12,6 @@
 namespace {
 
 constexpr char some_sig[] = "00112233445566778899aabbccddeeff";
-constexpr char release[] = "Skyvane 9";
 
 class DiscPages : public engine_tree {
  protected:
@@ -22,7 +21,7 @@ class DiscPages : public engine_tree {
       ASSERT_EQ(mkdir((root + folder).c_str(), 0755), 0);
     dvd_path = root + "disc/";
     temp_path = root + "tmp/";
-    install_name = release;
+    install_name = "Skyvane 9";
     current_disk = 0;
   }
   void TearDown() override {
@@ -52,45 +51,6 @@ class DiscPages : public engine_tree {
     return {};
   }
 };
-
-TEST_F(DiscPages, StartPage) {
-  constexpr char not_ours[] = "This DVD does not appear to be an Skyvane 9 DVD.";
-  constexpr char have_one[] =
-      "You already have Skyvane 9 installed on this computer.  What would you like to do?";
-  const struct {
-    const char* name;
-    int state, sim, global, copies;
-    const char* text;
-    bool next;
-    std::vector<std::string> buttons;
-  } rows[] = {
-      {no_install_name, manifest_none, 0, 0, 0, not_ours, false, {}},
-      {release, manifest_refused, 1, 1, 1, not_ours, false, {}},
-      {release, manifest_loaded, 1, 1, 0, "Welcome to the Skyvane 9 Installer.", true, {}},
-      {"Mars", manifest_loaded, 0, 1, 0, "This DVD (Mars) contains global scenery.", false, {}},
-      {release, manifest_loaded, 1, 1, 1, have_one, false, {"Run", "Add", "Repair", "Install"}},
-      {"Mars", manifest_loaded, 0, 1, 1, have_one, false, {"Run", "Add"}},
-      {release, manifest_loaded, 1, 0, 2, have_one, false, {"Run", "Repair", "Install"}},
-  };
-  write("disc/dvd_version.txt", "unreadable");
-  for (const auto& row : rows) {
-    install_name = row.name;
-    stg.directory_state = row.state;
-    stg.has_sim_files = row.sim;
-    stg.has_global_files = row.global;
-    all_skyroots.assign(static_cast<size_t>(row.copies), root);
-    const wizard_screen screen = show(dvd_start, 0, 0);
-    EXPECT_TRUE(screen.text.starts_with(row.text)) << screen.text;
-    EXPECT_EQ(screen.next == dvd_pick_install, row.next) << row.text;
-    EXPECT_EQ(static_cast<bool>(screen.next), row.next) << row.text;
-    ASSERT_EQ(screen.button_names.size(), row.buttons.size()) << row.text;
-    EXPECT_EQ(screen.button_pages.size(), row.buttons.size()) << row.text;
-    for (size_t i = 0; i < row.buttons.size(); ++i)
-      EXPECT_TRUE(screen.button_names[i].starts_with(row.buttons[i])) << screen.button_names[i];
-  }
-  dvd_path.clear();
-  EXPECT_EQ(show(dvd_start, 0, 0).text, "Please insert Skyvane 9 DVD number one to begin.");
-}
 
 TEST_F(DiscPages, DiscLabel) {
   const struct {

@@ -83,35 +83,6 @@ class DiscPipeline : public engine_tree {
   }
 };
 
-TEST_F(DiscPipeline, InstallsBothKindsOfArchive) {
-  ship("All/Resources/text/a b.txt", "plain");
-  ship("All/Global Scenery/x/+30-120/+34-118.dsf", std::string(200000, 't'));
-  ship("Macintosh/S.app/Contents/MacOS/S", "#!");
-  ship("All/top.txt", "");
-  // What is there under another spelling is replaced under it, and stays one file.
-  ship("All/Case/Read me.txt", "new");
-  write("copy/Case/READ ME.TXT", "old");
-  sim_info.back().current().sig_have = "old";
-  int index = 0;
-  EXPECT_EQ(run(index), install_done);
-  EXPECT_EQ(index, 5);
-  EXPECT_EQ(read("copy/Case/READ ME.TXT"), "new");
-  EXPECT_FALSE(there("copy/Case/Read me.txt"));
-  EXPECT_EQ(read("copy/Resources/text/a b.txt"), "plain");
-  EXPECT_EQ(read("copy/Global Scenery/x/+30-120/+34-118.dsf"), std::string(200000, 't'));
-  EXPECT_TRUE(there("copy/top.txt"));
-  EXPECT_EQ(left_in_temp(), 0u);
-  struct stat info;
-  ASSERT_EQ(stat((root + "copy/S.app/Contents/MacOS/S").c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0755u);
-  ASSERT_EQ(stat((root + "copy/top.txt").c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0111, 0u);
-  for (const file_history_struct& history : sim_info) {
-    EXPECT_EQ(history.current().sig_have, history.current().sig_want);
-    EXPECT_EQ(history.current().sig_match, 1);
-  }
-}
-
 // More than may be on the way in memory.
 TEST_F(DiscPipeline, LargeArchivesGoByTheHardDrive) {
   std::string content(70'000'000, 'l');
@@ -227,16 +198,6 @@ TEST_F(DiscPipeline, FailuresAreToldAndTheRestIsInstalled) {
   EXPECT_EQ(read("copy/grown.txt").size(), 5000u);  // within the unit that is added
   EXPECT_FALSE(there("copy/bomb.txt"));
   EXPECT_EQ(left_in_temp(), 0u);
-}
-
-TEST_F(DiscPipeline, FailureOfTheLastFileComesBeforeTheEnd) {
-  ship("All/a.txt", "a");
-  std::filesystem::remove(root + "disc/Rel/All/a.txt.zip");
-  const auto failures = run_over_failures();
-  ASSERT_EQ(failures.size(), 1u);
-  EXPECT_EQ(failures[0].first, 2);
-  EXPECT_EQ(failures[0].second, "I was unable to copy the file " + root +
-                                    "disc/Rel/All/a.txt.zip from the DVD to the hard drive.");
 }
 
 // The file services end the program at a path of 500 characters; here that is one failed file.

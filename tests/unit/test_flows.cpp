@@ -42,53 +42,50 @@
 
 namespace {
 
-const page_function pages[] = {net_start,
-                               net_pick_dest,
-                               net_get_updates,
-                               net_check_disk,
-                               net_run_patch,
-                               net_done,
-                               demo_start,
-                               demo_eula,
-                               demo_get_updates,
-                               demo_pick_dest,
-                               demo_run_patch,
-                               demo_done,
-                               remove_start,
-                               dvd_do_run_sim,
-                               wizard_quit,
-                               dvd_start,
-                               dvd_pick_install,
-                               dvd_eula_install,
-                               dvd_scenery_install,
-                               dvd_run_install,
-                               dvd_verify_disk_install,
-                               dvd_switch_disk_install,
-                               dvd_done_install,
-                               dvd_pick_run_sim,
-                               dvd_pick_scenery,
-                               dvd_scan_scenery,
-                               dvd_edit_scenery,
-                               dvd_install_scenery,
-                               dvd_verify_disk_scenery,
-                               dvd_switch_disk_scenery,
-                               dvd_done_scenery,
-                               dvd_pick_repair,
-                               dvd_scan_repair,
-                               dvd_confirm_repair,
-                               dvd_install_repair,
-                               dvd_verify_disk_repair,
-                               dvd_switch_disk_repair,
-                               dvd_done_repair};
-constexpr char names[] =
-    "start pick search space transfer done demo licence servers place transfer demo_done "
-    "remove run quit disc place licence map install check change installed pick_to_run pick "
-    "scan edit install check change installed pick scan confirm repair check change repaired ";
+const struct {
+  page_function page;
+  const char* name;
+} pages[] = {{net_start, "start"},
+             {net_pick_dest, "pick"},
+             {net_get_updates, "search"},
+             {net_check_disk, "space"},
+             {net_run_patch, "transfer"},
+             {net_done, "done"},
+             {demo_start, "demo"},
+             {demo_eula, "licence"},
+             {demo_get_updates, "servers"},
+             {demo_pick_dest, "place"},
+             {demo_run_patch, "transfer"},
+             {demo_done, "demo_done"},
+             {remove_start, "remove"},
+             {dvd_do_run_sim, "run"},
+             {wizard_quit, "quit"},
+             {dvd_start, "disc"},
+             {dvd_pick_install, "place"},
+             {dvd_eula_install, "licence"},
+             {dvd_scenery_install, "map"},
+             {dvd_run_install, "install"},
+             {dvd_verify_disk_install, "check"},
+             {dvd_switch_disk_install, "change"},
+             {dvd_done_install, "installed"},
+             {dvd_pick_run_sim, "pick_to_run"},
+             {dvd_pick_scenery, "pick"},
+             {dvd_scan_scenery, "scan"},
+             {dvd_edit_scenery, "edit"},
+             {dvd_install_scenery, "install"},
+             {dvd_verify_disk_scenery, "check"},
+             {dvd_switch_disk_scenery, "change"},
+             {dvd_done_scenery, "installed"},
+             {dvd_pick_repair, "pick"},
+             {dvd_scan_repair, "scan"},
+             {dvd_confirm_repair, "confirm"},
+             {dvd_install_repair, "repair"},
+             {dvd_verify_disk_repair, "check"},
+             {dvd_switch_disk_repair, "change"},
+             {dvd_done_repair, "repaired"}};
 std::string name_of(page_function page) {
-  std::istringstream words(names);
-  std::string word;
-  for (const page_function known : pages)
-    if (words >> word && known == page) return word;
+  for (const auto& known : pages)
+    if (known.page == page) return known.name;
   return page ? "?" : "-";
 }
 
@@ -465,6 +462,8 @@ TEST_F(Flows, TheDiscsThatAreWanted) {
   copy("One");
   EXPECT_EQ(walk(dvd_start, {{"Repair Skyvane"}, {"next"}, {"next"}, {""}, {"back"}, {""}}),
             written("the discs that are wanted"));
+  publish({disc_files.back()}, 1);
+  EXPECT_EQ(walk(dvd_start, {}), written("a disc of scenery alone"));
 }
 
 TEST_F(Flows, RunsWithoutADisplay) {
