@@ -1,12 +1,12 @@
-// A test process makes one window and keeps it. A picture that says where its pixels lie has the
-// column or row as 8 * (n % 32) in red and 8 * (n / 32) in green, which filtering leaves exact.
+// A test process makes one window and keeps it. The picture that says where glyphs lie has the
+// column and the row of the font's grid in red and green, in steps that filtering leaves exact, and
+// in blue whether a glyph begins there.
 
 #include "tests/unit/gl_fixture.h"
 
 #include <SDL.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 
 #include "corekit/Platform/PLT_window_sdl.h"
@@ -25,7 +25,9 @@ extern "C" const char* __lsan_default_suppressions() {
 namespace {
 
 constexpr int dx = 800, dy = 600;
-constexpr int marked = 200;  // blue of a picture that says where its pixels lie
+constexpr int cell_dx = 14, cell_dy = 15, step = 8, marked = 200;
+// A row of the glyphs' cells that the lines above and below do not paint over.
+constexpr int row_in_cell = 9;
 
 void* lookup(const char* name) {
   return SDL_GL_GetProcAddress(name);
@@ -80,10 +82,10 @@ void load_pair(const picture_pair& pair) {
   load_picture(t_interface, 512, 512, pair.interface_image);
 }
 
-void place(int n, unsigned char* rgba) {
-  rgba[0] = static_cast<unsigned char>(n % 32 * 8);
-  rgba[1] = static_cast<unsigned char>(n / 32 * 8);
-  rgba[2] = marked;
+void mark_glyphs(int u, int v, unsigned char* rgba) {
+  rgba[0] = static_cast<unsigned char>(u / cell_dx * step);
+  rgba[1] = static_cast<unsigned char>(v / cell_dy * step);
+  rgba[2] = u % cell_dx == 0 && v % cell_dy == row_in_cell ? marked : 0;
   rgba[3] = 255;
 }
 
@@ -177,10 +179,6 @@ void gl_fixture::move(float x, float y) {
   mnw.mouse_clicked = 0;
 }
 
-void load_interface(const painter& paint) {
-  load_picture(t_interface, 512, 512, make_picture(512, 512, paint));
-}
-
 std::vector<unsigned char> read_picture() {
   std::vector<unsigned char> pixels(static_cast<size_t>(dx) * dy * 4);
   OGL_paint();
@@ -205,11 +203,8 @@ testing::AssertionResult pixel_is(int x, int y, int r, int g, int b) {
 }
 
 picture_map::picture_map(const std::function<void()>& draw)
-    : times_(static_cast<size_t>(dx) * dy), u_(times_.size()), v_(times_.size()) {
-  static const picture_pair columns_pair =
-      make_pair([](int u, int, unsigned char* rgba) { place(u, rgba); });
-  static const picture_pair rows_pair =
-      make_pair([](int, int v, unsigned char* rgba) { place(v, rgba); });
+    : times_(size_t{dx} * dy), glyphs_(times_.size(), 0) {
+  static const picture_pair glyphs_pair = make_pair(mark_glyphs);
   // White at half opacity: one coat gives 128, two give 192, three 224.
   static const picture_pair coats_pair = make_pair(white_of(128));
   const auto drawn_with = [&draw](const picture_pair& pair) {
@@ -218,34 +213,25 @@ picture_map::picture_map(const std::function<void()>& draw)
     draw();
     return read_picture();
   };
-  const std::vector<unsigned char> columns = drawn_with(columns_pair);
-  const std::vector<unsigned char> rows = drawn_with(rows_pair);
+  const std::vector<unsigned char> glyphs = drawn_with(glyphs_pair);
   const std::vector<unsigned char> coats = drawn_with(coats_pair);
   load_white();
 
   for (size_t i = 0; i < times_.size(); ++i) {
-    const auto place_of = [i](const std::vector<unsigned char>& pixels) {
-      const unsigned char* p = pixels.data() + i * 4;
-      if (std::abs(p[2] - marked) > 2) return -1.0f;
-      return static_cast<float>(p[0]) / 8.0f + std::round(static_cast<float>(p[1]) / 8.0f) * 32.0f;
-    };
-    u_[i] = place_of(columns);
-    v_[i] = place_of(rows);
+    const unsigned char* const p = glyphs.data() + i * 4;
+    const size_t column = (p[0] + step / 2) / step, row = (p[1] + step / 2) / step;
+    const bool begins = std::abs(p[2] - marked) <= 2 && row < std::size(font_rows);
+    if (begins && column < font_rows[row].size()) glyphs_[i] = font_rows[row][column];
     const int level = coats[i * 4];
     times_[i] = level < 64 ? 0 : level < 160 ? 1 : level < 208 ? 2 : 3;
   }
 }
 
 std::string picture_map::text_at(int x, int y, int pitch) const {
-  // A row of the cell that the lines above and below do not paint over.
-  const int row_in_cell = 9;
   const int probe = y - 2 - 4 + row_in_cell;
   std::string text;
-  while (x >= 0 && x < dx && probe >= 0 && probe < dy && times(x, probe)) {
-    const int at_u = static_cast<int>(std::lround(u(x, probe)));
-    const int at_v = static_cast<int>(std::lround(v(x, probe)));
-    if (at_u % 14 != 0 || at_v % 15 != row_in_cell) break;
-    const char c = font_rows[at_v / 15][static_cast<size_t>(at_u / 14)];
+  while (x >= 0 && x < dx && probe >= 0 && probe < dy && glyphs_[index(x, probe)]) {
+    const char c = glyphs_[index(x, probe)];
     text += c;
     x += pitch ? pitch : OGL_char_width(static_cast<unsigned char>(c));
   }

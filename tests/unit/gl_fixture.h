@@ -1,5 +1,5 @@
-// A real OpenGL context off the screen, and pictures whose every pixel says where it lies, so that
-// a test can read from the frame buffer which pixel of an image has come to which place.
+// A real OpenGL context off the screen, and pictures that say where each glyph lies, so that a test
+// can read from the frame buffer what has come to which place.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -52,24 +52,19 @@ std::vector<unsigned char> read_picture();  // RGBA, from the lowest row up
 // Within 2 levels a channel.
 testing::AssertionResult pixel_is(int x, int y, int r, int g, int b);
 
-// What a drawing has put at each pixel of the window: from which pixel (u, v) of the image, and how
-// many times it was painted over.
+// What a drawing has put at each pixel of the window: which glyph, and how many times it was
+// painted over.
 class picture_map {
  public:
-  // Draws three times, with three versions of the interface and the elements image.
+  // Draws twice, with two versions of the interface and the elements image.
   explicit picture_map(const std::function<void()>& draw);
 
   int times(int x, int y) const { return times_[index(x, y)]; }
-  float u(int x, int y) const { return u_[index(x, y)]; }
-  float v(int x, int y) const { return v_[index(x, y)]; }
   // The text that begins at pen (x, y): characters until no glyph begins at the pen.
   std::string text_at(int x, int y, int pitch = 0) const;
 
  private:
   static size_t index(int x, int y) { return static_cast<size_t>(y) * 800 + x; }
   std::vector<int> times_;
-  std::vector<float> u_, v_;
+  std::string glyphs_;  // 0 where none begins
 };
-
-// Loads an interface image (reference 392) that `paint` colours: RGBA at (u, v).
-void load_interface(const std::function<void(int u, int v, unsigned char* rgba)>& paint);

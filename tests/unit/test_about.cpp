@@ -1,6 +1,7 @@
 // The about box, operated by clicks on its buttons: from the list to the new installer's start.
 
 #include <climits>
+#include <optional>
 
 #include "corekit/base/hl_app.h"
 #include "corekit/base/hl_run.h"
@@ -141,47 +142,66 @@ class AboutBox : public window_fixture {
 
 using AboutBoxDeathTest = AboutBox;
 
-// Answers the list, with this version as the public release, and the installer.
-scripted_server::answer_function answers(int version_final, const scripted_reply& installer_reply,
-                                         int version_beta = -1) {
-  const std::string list = std::string(list_head) + "FINAL Skyvane 9.11\nBETA Skyvane 9.12b\n" +
-                           "FINAL_VERSION " + std::to_string(version_final) + "\nBETA_VERSION " +
-                           std::to_string(version_beta) +
-                           "\nFINAL_INSTALLER_MAC get.example\n/final.zip\n"
-                           "BETA_INSTALLER_MAC get.example\n/beta.zip\n";
-  return [=](const std::string& request) -> scripted_reply {
-    if (str_holds(request, "/serverlist9.txt ")) return whole_answer(list);
-    return installer_reply;
+// A list with these versions and where their installers are.
+std::string list_of(int version_final, int version_beta = -1) {
+  return std::string(list_head) + "FINAL Skyvane 9.11\nBETA Skyvane 9.12b\n" + "FINAL_VERSION " +
+         std::to_string(version_final) + "\nBETA_VERSION " + std::to_string(version_beta) +
+         "\nFINAL_INSTALLER_MAC get.example\n/final.zip\n"
+         "BETA_INSTALLER_MAC get.example\n/beta.zip\nENDOFLIST\n";
+}
+scripted_server::answer_function answers(const std::string& list, const scripted_reply& installer) {
+  return [=](const std::string& request) {
+    return str_holds(request, "/serverlist9.txt ") ? whole_answer(list) : installer;
   };
 }
 
 TEST_F(AboutBox, EveryOutcomeIsSaid) {
-  std::string broken = installer_zip();
-  broken.resize(broken.size() / 2);
+  const std::string zip = installer_zip(), newer = list_of(91002);
+  const scripted_reply gone = whole_answer("gone", "404 Not Found"), program = whole_answer(zip);
+  const auto signed_list = [&newer](const std::string& covered) {
+    std::vector<sign_cover> covers;
+    if (!covered.empty()) covers = {cover_of("FINAL_INSTALLER_MAC", covered)};
+    return newer + signed_by_test_key(sign_statement_text(statement_of_list(newer, 7, covers)));
+  };
+  const std::string signed_newer = signed_list(zip);
+  std::string changed = signed_newer, other = zip;
+  changed[changed.find("91002")] = '8';
+  other[10] = char(other[10] ^ 1);  // its date
   const struct {
-    const char* label;
-    int version_final, version_beta;
+    std::string label, list;
     scripted_reply installer;
     const char* asked;  // for the installer; null when it is not to be asked for
     const char* message;
+    bool has_keys = false;
   } rows[] = {
-      {"up to date", 91001, -1, {}, nullptr, "up to date"},
-      {"newer, and no such file", 91002, -1, whole_answer("gone", "404 Not Found"), "/final.zip ",
-       "unable to download"},
-      {"a damaged archive", 91002, -1, whole_answer(broken), "/final.zip ",
+      {"up to date", list_of(91001), {}, nullptr, "up to date"},
+      {"newer, and no such file", newer, gone, "/final.zip ", "unable to download"},
+      {"a damaged archive", newer, whole_answer(zip.substr(0, zip.size() / 2)), "/final.zip ",
        "There was an error unzipping the installer: "},
-      {"no archive at all", 91002, -1, whole_answer("<html>"), "/final.zip ",
+      {"no archive at all", newer, whole_answer("<html>"), "/final.zip ",
        "There was an error unzipping the installer: "},
-      {"a newer test release", 91000, 91002, whole_answer("gone", "404 Not Found"), "/beta.zip ",
-       "unable to download"},
+      {"a newer test release", list_of(91000, 91002), gone, "/beta.zip ", "unable to download"},
+      // With keys: only a signed list, and only the very archive that it vouches for.
+      {"an unsigned list", newer, program, nullptr, "cannot be trusted", true},
+      {"a changed list", changed, program, nullptr, "cannot be trusted", true},
+      {"nobody vouches for it", signed_list(""), program, nullptr, "newer beta", true},
+      {"another installer", signed_newer, whole_answer(other), "/final.zip ",
+       "not what the makers of Skyvane have signed", true},
+      {"a longer installer", signed_newer, whole_answer(zip + "x"), "/final.zip ",
+       "unable to download", true},
+      {"a shorter installer", signed_newer, whole_answer(zip.substr(1)), "/final.zip ",
+       "not what the makers", true},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
+    std::optional<built_in_keys> keys;
+    if (row.has_keys) keys.emplace(test_public_key);
     about = about_record();
-    scripted_server server(answers(row.version_final, row.installer, row.version_beta));
+    scripted_server server(answers(row.list, row.installer));
     use_proxy_port(server.port());
     show_to_its_end();
     EXPECT_TRUE(str_holds(about.err_msg, row.message)) << about.err_msg;
+    EXPECT_EQ(about.installer_app_name, "");
     EXPECT_EQ(mnw.win_id, win_main);
     const std::vector<std::string> requests = server.requests();
     ASSERT_EQ(requests.size(), row.asked ? 2u : 1u);
@@ -196,50 +216,6 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
   }
 }
 
-// With keys: only a signed list, and only the very archive that it vouches for.
-TEST_F(AboutBox, NothingUnsignedIsFetchedOrOpened) {
-  const built_in_keys built_in(test_public_key);
-  const std::string zip = installer_zip(), list = std::string(list_head) +
-                                                  "FINAL Skyvane 9.11\nFINAL_VERSION 91002\n"
-                                                  "FINAL_INSTALLER_MAC get.example\n/final.zip\n"
-                                                  "ENDOFLIST\n";
-  const auto signed_list = [&list](const std::string& program) {
-    std::vector<sign_cover> covers;
-    if (!program.empty()) covers = {cover_of("FINAL_INSTALLER_MAC", program)};
-    return list + signed_by_test_key(sign_statement_text(statement_of_list(list, 7, covers)));
-  };
-  std::string changed = signed_list(zip);
-  changed[changed.find("91002")] = '8';
-  std::string other = zip;
-  other[10] = char(other[10] ^ 1);  // its date
-  const struct {
-    std::string label, list, program;
-    size_t requests;
-    const char* message;
-  } rows[] = {
-      {"an unsigned list", list, zip, 1, "cannot be trusted"},
-      {"a changed list", changed, zip, 1, "cannot be trusted"},
-      {"an installer that nobody vouches for", signed_list(""), zip, 1, "newer beta"},
-      {"another installer", signed_list(zip), other, 2,
-       "not what the makers of Skyvane have signed"},
-      {"a longer installer", signed_list(zip), zip + "x", 2, "unable to download"},
-      {"a shorter installer", signed_list(zip), zip.substr(1), 2, "not what the makers"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
-    about = about_record();
-    scripted_server server([&row](const std::string& request) {
-      return whole_answer(str_holds(request, "/serverlist9.txt ") ? row.list : row.program);
-    });
-    use_proxy_port(server.port());
-    show_to_its_end();
-    EXPECT_TRUE(str_holds(about.err_msg, row.message)) << about.err_msg;
-    EXPECT_EQ(server.requests().size(), row.requests);
-    EXPECT_EQ(about.installer_app_name, "");
-    EXPECT_FALSE(file_exists("Resources/preferences/installer.zip"));
-  }
-}
-
 TEST_F(AboutBox, WithoutANetworkItTriesOnUntilItIsClosed) {
   use_proxy_port(closed_port());
   int frames = 0;
@@ -249,7 +225,7 @@ TEST_F(AboutBox, WithoutANetworkItTriesOnUntilItIsClosed) {
   EXPECT_GE(frames, 6);
   EXPECT_EQ(about.version_str_found, 0);
   EXPECT_EQ(about.ins_state, about_closed);
-  scripted_server server(answers(91001, {}));
+  scripted_server server(answers(list_of(91001), {}));
   use_proxy_port(server.port());
   show_to_its_end();
   EXPECT_EQ(about.version_str_found, 1);
@@ -257,7 +233,7 @@ TEST_F(AboutBox, WithoutANetworkItTriesOnUntilItIsClosed) {
 
 TEST_F(AboutBox, NothingIsPutBesideAProgramOfAPackage) {
   app_packaged = 1;
-  scripted_server server(answers(91001, {}));
+  scripted_server server(answers(list_of(91001), {}));
   use_proxy_port(server.port());
   show_to_its_end();
   EXPECT_EQ(about.version_str_found, 1);
@@ -268,7 +244,7 @@ TEST_F(AboutBox, NothingIsPutBesideAProgramOfAPackage) {
 TEST_F(AboutBox, ClosingItGivesTheDownloadUp) {
   const std::string part =
       "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + std::string(400, 'x');
-  scripted_server server(answers(91002, {{part}, true}));
+  scripted_server server(answers(list_of(91002), {{part}, true}));
   use_proxy_port(server.port());
   bool pressed = false, came = false;
   show([&] {
@@ -290,7 +266,7 @@ TEST_F(AboutBoxDeathTest, TheNewInstallerTakesOver) {
   setenv("ABOUT_MARK", (folder_ + "mark").c_str(), 0);
   const std::string mark = getenv("ABOUT_MARK");
   const auto update = [this] {
-    scripted_server server(answers(91002, whole_answer(installer_zip())));
+    scripted_server server(answers(list_of(91002), whole_answer(installer_zip())));
     use_proxy_port(server.port());
     show_to_its_end();
   };
