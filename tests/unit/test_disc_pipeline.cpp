@@ -191,7 +191,9 @@ TEST_F(DiscPipeline, FailuresAreToldAndTheRestIsInstalled) {
                          root + "copy/Global Scenery/x/+30-120/.");
   for (int i = 0; i < 12; ++i) {
     const bool bad = i == 2 || i == 4 || i == 5 || i == 7;
-    EXPECT_EQ(sim_info[i].current().sig_match, bad ? 0 : 1) << i;
+    const file_version_struct& file = sim_info[i].current();
+    EXPECT_EQ(file.sig_match, bad ? 0 : 1) << i;
+    EXPECT_EQ(file.sig_have == file.sig_want, !bad) << i;
     const char* const left = i == 5 ? "old and whole" : bad && i != 4 ? "" : "whole";
     EXPECT_EQ(read("copy/f" + std::to_string(i) + ".txt"), left) << i;
   }
