@@ -319,5 +319,10 @@ TEST_F(TextField, PathRowsEditTheLastPart) {
   for (const int file_type : {-1, 22})
     EXPECT_EXIT(BTN_select_path_stl(1, 1, win_file_open, file_type, &text, 9, "", 9, 0),
                 testing::ExitedWithCode(1), "Bad file_type arg to BTN_select_file_stl!");
+  char full[] = "no room for its end";
+  for (const int max_length : {0, 19})
+    EXPECT_EXIT(BTN_select_path_chr(1, 1, win_file_open, 3, full, max_length, "", 9, 0),
+                testing::ExitedWithCode(1), "String too long!");
+  EXPECT_EQ(BTN_select_path_chr(1, 1, win_file_open, 3, full, 20, "", 9, 0), 0);
   ogl_inited = 1;
 }
