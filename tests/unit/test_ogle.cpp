@@ -262,10 +262,12 @@ bool operate(page& p, model& m, std::mt19937& random) {
       return true;
     }
     case 2: {
-      const int a = static_cast<int>(random() % (m.text.size() + 1));
-      const int b = static_cast<int>(random() % (m.text.size() + 1));
+      // What lies outside is cut to what there is.
+      const int a = static_cast<int>(random() % (m.text.size() + 5)) - 2;
+      const int b = static_cast<int>(random() % (m.text.size() + 5)) - 2;
       const std::string with = m.size() > 150 ? "" : random_text(random);
-      m.edit_outside(std::min(a, b), std::max(a, b), with);
+      m.edit_outside(std::clamp(std::min(a, b), 0, m.size()),
+                     std::clamp(std::max(a, b), 0, m.size()), with);
       p.DoReplaceText(std::min(a, b), std::max(a, b), with.data(), with.data() + with.size());
       return false;
     }
