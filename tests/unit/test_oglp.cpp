@@ -58,6 +58,8 @@ TEST_F(Oglp, ALegendHasItsColoursAndLimits) {
     EXPECT_TRUE(pixel_is(100, 20 + at, level, 0, 0)) << at;
     EXPECT_TRUE(pixel_is(97, 20 + at, 0, 0, 0)) << at;
   }
+  const picture_map upper([] { colr.spectrum_plotscale(100, -600, 3, 7, 0); });
+  EXPECT_EQ(upper.text_at(104, 396), "0,000,007");
   clear();
   colr.spectrum_plotscale(100, -600, 3, 7, 0);
   EXPECT_TRUE(pixel_is(100, 400, 255, 0, 0));
