@@ -462,8 +462,52 @@ TEST_F(Flows, TheDiscsThatAreWanted) {
   copy("One");
   EXPECT_EQ(walk(dvd_start, {{"Repair Skyvane"}, {"next"}, {"next"}, {""}, {"back"}, {""}}),
             written("the discs that are wanted"));
+  const deed taken_out = {"next", [] { dvd_path.clear(); }};
+  const deed put_in_another = {"next", [] { dvd_path = root; }};
+  EXPECT_EQ(
+      walk(dvd_start, {{"Repair Skyvane"}, {"next"}, taken_out, {"back"}, put_in_another, {""}}),
+      written("a disc that is not in"));
   publish({disc_files.back()}, 1);
   EXPECT_EQ(walk(dvd_start, {}), written("a disc of scenery alone"));
+}
+
+// A file that the disc does not have, and the user gives up: a first install asks once more.
+TEST_F(Flows, TheDiscIsGivenUpAtAnError) {
+  auto files = disc_files;
+  for (shipped& file : files)
+    if (file.path != "Resources/a" && !str_holds(file.path, "+34")) file.is = "nowhere";
+  publish(files, 1);
+  dvd_path = root + "disc/";
+  dvd_dest.parent_dir = root;
+  const deed accept = {"", [] { accept_eula = 1; }};
+  std::string all = walk(dvd_start, {{"next"}, accept, {"next"}, {"next"}, {"next"}, {""}});
+  copy("One");
+  all += walk(dvd_start, {{"Repair Skyvane"}, {"next"}, {"next"}, {""}});
+  const deed more = {"", [] {
+                       stg.sector_selected[sector_cell(6, 12)] =
+                           stg.sector_selected[sector_cell(6, 13)] = 1;
+                     }};
+  all += walk(dvd_start, {{"Add Or Remove Scenery"}, {"next"}, more, {"next"}, {""}});
+  EXPECT_EQ(all, written("the disc given up at an error"));
+}
+
+// Only a copy that is listed is a choice; a sole copy is started unseen, if there is what to start.
+TEST_F(Flows, PickingACopy) {
+  publish(disc_files, 1);
+  dvd_path = root + "disc/";
+  const std::string one = copy("One"), two = copy("Two");
+  const auto chosen = [](const char* press, const std::string& path) {
+    return deed{press, [=] { dest_dir_path = path; }};
+  };
+  std::string all;
+  for (const char* const button : {"Repair Skyvane", "Add Or Remove Scenery", "Run Skyvane Now"})
+    all += walk(dvd_start, {chosen(button, root + "never made/"), chosen("", two), {""}});
+  unregister_skyvane(two);
+  put_at("One/Skyvane.app/Contents/MacOS/Skyvane", "#!/bin/true");
+  all += walk(dvd_start, {{"Run Skyvane Now"}, {""}});
+  chmod((one + "Skyvane.app/Contents/MacOS/Skyvane").c_str(), 0755);
+  all += walk(dvd_start, {{"Run Skyvane Now"}, {""}});
+  EXPECT_EQ(all, written("picking a copy"));
 }
 
 TEST_F(Flows, RunsWithoutADisplay) {
