@@ -182,17 +182,13 @@ TEST(Diag, RegionsAreWhatWasMapped) {
 
 TEST(Diag, HexDump) {
   const unsigned char data[] = "A\0\x7F \x80xxxxxxxxxxx~\x1F";
-  char* text = nullptr;
-  size_t size = 0;
-  std::FILE* const file = open_memstream(&text, &size);
-  dump_hex(file, data, 18);
-  std::fclose(file);
-  std::string expected = str_format("%p  41 00 7f 20 80", static_cast<const void*>(data));
+  const auto lines = written_by([&](std::FILE* file) { dump_hex(file, data, 18); });
+  const auto at = [&](int i) { return str_format("%p", static_cast<const void*>(data + i)); };
+  std::string xs;
   for (int i = 0; i < 11; ++i)
-    expected += " 78";
-  expected += "  A.. .xxxxxxxxxxx\n" + str_format("%p  7e 1f", static_cast<const void*>(data + 16));
-  EXPECT_EQ(text, expected + std::string(14 * 3, ' ') + "  ~.\n");
-  std::free(text);
+    xs += " 78";
+  EXPECT_EQ(lines, (std::vector{at(0) + "  41 00 7f 20 80" + xs + "  A.. .xxxxxxxxxxx",
+                                at(16) + "  7e 1f" + std::string(14 * 3, ' ') + "  ~."}));
 }
 
 TEST(Diag, LazyPool) {

@@ -17,13 +17,7 @@ class EngineDirs : public engine_tree {
     current.sig_match = 1;
   }
 
-  bool folder(const std::string& path) {
-    struct stat info;
-    return stat((root + path).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-  }
-  void link(const std::string& target, const std::string& path) {
-    ASSERT_EQ(symlink(target.c_str(), (root + path).c_str()), 0) << path;
-  }
+  bool folder(const std::string& path) { return std::filesystem::is_directory(root + path); }
 };
 
 TEST_F(EngineDirs, MakesTheTree) {
@@ -79,7 +73,7 @@ TEST_F(EngineDirs, RoomForTheFrameworks) {
   write(one + "Versions/Current/old", "1");
   write(one + "Resources/old", "2");
   write(two + "Versions/A/new", "3");
-  link("A", two + "Versions/Current");
+  here.link(two + "Versions/Current", "A");
   write(two + "Resources", "4");
   for (int run = 0; run < 2; ++run) {
     EXPECT_EQ(make_dirs(), 0);
@@ -110,8 +104,8 @@ TEST_F(EngineDirs, DeletesAndCleansUp) {
   write("copy/e/5", "kept");
   write("elsewhere/6", "s");
   write("elsewhere/7", "mine");
-  link("../elsewhere", "copy/link");     // the user's, who keeps a folder on another disk
-  link("../elsewhere", "copy/shipped");  // by its name one that the release ships
+  here.link("copy/link", "../elsewhere");     // the user's, who keeps a folder on another disk
+  here.link("copy/shipped", "../elsewhere");  // by its name one that the release ships
   write("copy/f/UPPER", "s");
   drop("ALL_os/F/upper");
   drop("ALL_os/a/b/1");
@@ -160,17 +154,12 @@ class EngineRegistry : public engine_tree {
     list = prefs.substr(root.size()) + "skyvane_install.txt";
   }
 
-  std::string make_copy(const std::string& name) {
-    mkdir((root + name).c_str(), 0755);
-    return root + name + "/";
-  }
-
   std::string prefs;
   std::string list;  // below the root
 };
 
 TEST_F(EngineRegistry, OneLineACopy) {
-  const std::string a = make_copy("a"), b = make_copy("b");
+  const std::string a = here.folder("a"), b = here.folder("b");
   for (const std::string& path : {b, a, b, a.substr(0, a.size() - 1), a}) {
     dest_dir_path = path;
     register_new_skyvane();
@@ -186,7 +175,7 @@ TEST_F(EngineRegistry, OneLineACopy) {
 }
 
 TEST_F(EngineRegistry, ACopyIsTakenOff) {
-  const std::string a = make_copy("a"), b = make_copy("b");
+  const std::string a = here.folder("a"), b = here.folder("b");
   const std::string gone = root + "gone/";
   write(list, gone + "\n" + a + "\n" + b + "\n" + a);
   unregister_skyvane(a);
@@ -196,7 +185,7 @@ TEST_F(EngineRegistry, ACopyIsTakenOff) {
 }
 
 TEST_F(EngineRegistry, WhatIsKnownOfACopy) {
-  const std::string a = make_copy("a"), b = make_copy(" b  c ");
+  const std::string a = here.folder("a"), b = here.folder(" b  c ");
   write(list, a + "\n" + b + "\n");
   const auto told = [&] {
     std::string text;
@@ -232,7 +221,7 @@ TEST_F(EngineRegistry, WhatIsKnownOfACopy) {
 }
 
 TEST_F(EngineRegistry, ReadsWhatItFinds) {
-  const std::string a = make_copy("a"), b = make_copy("b");
+  const std::string a = here.folder("a"), b = here.folder("b");
   const std::string a_file = write("file", "");
   const std::string gone = root + "gone/";
   const struct {

@@ -18,10 +18,10 @@ class DiscPipeline : public engine_tree {
  protected:
   void SetUp() override {
     engine_tree::SetUp();
-    for (const char* const folder : {"disc", "disc/Rel", "tmp", "copy", "made"})
-      ASSERT_EQ(mkdir((root + folder).c_str(), 0755), 0);
+    for (const char* const folder : {"disc/Rel", "copy", "made"})
+      here.folder(folder);
     dvd_path = root + "disc/";
-    temp_path = root + "tmp/";
+    temp_path = here.folder("tmp");
     install_name = "Rel";
     // Without TZ the C library looks the zone up again for every date, under a lock of its own that
     // the thread sanitizer does not see.

@@ -98,13 +98,10 @@ std::string written(const std::string& name) {
   return all.substr(at + head.size(), all.find("#### ", at + 1) - at - head.size());
 }
 
-// What the user does on the pages that wait for one, in order: a button, or something else.
-struct deed {
-  std::string press;
-  std::function<void()> act = nullptr;
-};
-std::vector<deed> deeds;
-size_t done_deeds;
+// What the user does on the pages that wait for one, in order, each after a "/": presses the button
+// of that name, or something else that a test gives the name to.
+std::string deeds;
+std::map<std::string, std::function<void()>> acts;
 std::string last_record;
 
 std::string root;  // of the copies, which is told as "~/"
@@ -144,15 +141,16 @@ wizard_press press(page_function page, int, const wizard_screen& screen, int res
       page->kind == page_choice || page->kind == page_disc || page->kind >= page_last;
   if (result || (waits && screen.progress < 0)) note_record(page, screen, result);
   if ((result && screen.next) || !waits || screen.progress >= 0) return hand;
-  if (done_deeds == deeds.size()) {
+  if (deeds.empty()) {
     hand.quit = true;
     return hand;
   }
-  const deed& now = deeds[done_deeds++];
-  if (now.act) now.act();
-  hand.next = now.press == "next";
-  hand.back = now.press == "back";
-  const auto named = std::find(screen.button_names.begin(), screen.button_names.end(), now.press);
+  const std::string now = deeds.substr(1, deeds.find('/', 1) - 1);
+  deeds.erase(0, now.size() + 1);
+  if (acts.contains(now)) acts[now]();
+  hand.next = now == "next";
+  hand.back = now == "back";
+  const auto named = std::find(screen.button_names.begin(), screen.button_names.end(), now);
   if (named != screen.button_names.end())
     hand.extra = static_cast<int>(named - screen.button_names.begin());
   return hand;
@@ -316,16 +314,16 @@ class Flows : public Grab {
     checksum_directory_kill();
   }
   // A user's walk from the start page.
-  std::string walk(page_function start, std::vector<deed> script) {
+  std::string walk(page_function start, const std::string& script) {
     return told([&] {
-      deeds = std::move(script);
+      deeds = script;
       stand_in = &the_user;
       engine_ask.modified = select_alert;
       install_name = no_install_name;
       wizard_serve(start, "The installer", "program");
       stg = stg_record();
       turn();
-      if (done_deeds != deeds.size()) std::puts("deeds are left");
+      if (!deeds.empty()) std::puts("deeds are left");
       return 0;
     });
   }
@@ -363,19 +361,17 @@ TEST_F(Flows, TheUpdateByHand) {
            {"Instructions/lost", "lost"}});
   const std::string one = copy("One"), two = copy("Two");
   const mirror_process m(files_);
-  const deed pick = {"", [&] { dest_dir_path = two; }};
-  const deed take_back = {"",
-                          [&] { std::ofstream(two + "Airfoils/changed") << "content of changed"; }};
-  EXPECT_EQ(walk(net_start, {{"next"}, {"next"}, pick, {"next"}, {"back"}, {"next"}, take_back}),
-            written("the update"));
+  acts = {{"pick", [&] { dest_dir_path = two; }},
+          {"take back", [&] { std::ofstream(two + "Airfoils/changed") << "content of changed"; }}};
+  EXPECT_EQ(walk(net_start, "/next/next/pick/next/back/next/take back"), written("the update"));
   unregister_skyvane(one);
-  EXPECT_EQ(walk(net_start, {{"next"}, {""}}), written("the update of what is current"))
+  EXPECT_EQ(walk(net_start, "/next/"), written("the update of what is current"))
       << "the only one, and nothing is left to do";
   cmd_line_path = root + "config/";
-  EXPECT_EQ(walk(net_start, {{"next"}}), written("the update of no copy")) << "no copy";
+  EXPECT_EQ(walk(net_start, "/next"), written("the update of no copy")) << "no copy";
   cmd_line_path.clear();
   unregister_skyvane(two);
-  EXPECT_EQ(walk(net_start, {{"next"}, {"back"}, {""}}), written("the update with no copy known"))
+  EXPECT_EQ(walk(net_start, "/next/back/"), written("the update with no copy known"))
       << "none is known";
 }
 
@@ -383,30 +379,18 @@ TEST_F(Flows, TheDemoByHand) {
   publish({{"Resources/a", "lost"}, {"Resources/b", "there"}});
   const mirror_process m(files_);
   demo_dest.parent_dir = root;
-  const auto named = [](const char* name) {
-    return deed{"", [=] { demo_dest.install_folder = name; }};
-  };
-  const deed accept = {"", [] { accept_eula_demo = 1; }};
-  EXPECT_EQ(walk(demo_start, {{"next"},
-                              {"next"},
-                              accept,
-                              {"next"},
-                              named(""),
-                              named("config"),
-                              named("My demo"),
-                              {"next"},
-                              {""}}),
+  acts["accept"] = [] { accept_eula_demo = 1; };
+  for (const char* const name : {"no name", "config", "My demo"})
+    acts[name] = [=] { demo_dest.install_folder = name == std::string("no name") ? "" : name; };
+  EXPECT_EQ(walk(demo_start, "/next/next/accept/next/no name/config/My demo/next/"),
             written("the demo"));
   EXPECT_EQ(content_of(root + "My demo/Resources/a"), "content of a");
   std::filesystem::remove(root + "My demo/Resources/b");
-  EXPECT_EQ(walk(demo_start, {accept, {"next"}, {"next"}, named("My demo"), {"next"}, {""}}),
-            written("the demo gone on with"))
-      << "gone on with";
+  EXPECT_EQ(walk(demo_start, "/accept/next/next/My demo/next/"), written("the demo gone on with"));
   // Left in the midst of it, and given up.
   dest_dir_path = root + "My demo/";
-  const deed begun = {"", [] { demo_install_is_running = 1; }};
-  EXPECT_EQ(walk(demo_start, {accept, begun, {"next"}, {"next"}, {""}}),
-            written("the demo given up"));
+  acts["begin"] = [] { demo_install_is_running = 1; };
+  EXPECT_EQ(walk(demo_start, "/accept/begin/next/next/"), written("the demo given up"));
   EXPECT_FALSE(std::filesystem::exists(root + "My demo"));
 }
 
@@ -414,11 +398,10 @@ TEST_F(Flows, NoRoom) {
   publish({{"Resources/lost", "lost"}}, 0, 2'000'000'000);
   cmd_line_path = copy("One");
   const mirror_process m(files_);
-  EXPECT_EQ(walk(net_start, {{"next"}, {"next"}, {"back"}, {""}}),
-            written("no room for the update"));
+  EXPECT_EQ(walk(net_start, "/next/next/back/"), written("no room for the update"));
   demo_dest.parent_dir = root;
-  EXPECT_EQ(walk(demo_start, {{"", [] { accept_eula_demo = 1; }}, {"next"}, {"next"}, {""}}),
-            written("no room for the demo"));
+  acts["accept"] = [] { accept_eula_demo = 1; };
+  EXPECT_EQ(walk(demo_start, "/accept/next/next/"), written("no room for the demo"));
 }
 
 const std::vector<Flows::shipped> disc_files = {
@@ -433,26 +416,11 @@ TEST_F(Flows, TheDiscByHand) {
   publish(disc_files, 1);
   dvd_path = root + "disc/";
   dvd_dest.parent_dir = root;
-  const deed accept = {"", [] { accept_eula = 1; }};
-  const deed less = {"", [] { stg.sector_selected[sector_cell(6, 13)] = 0; }};
-  EXPECT_EQ(walk(dvd_start, {{"next"},
-                             accept,
-                             {"next"},
-                             {"next"},
-                             less,
-                             {"next"},
-                             {"back"},
-                             {"Add Or Remove Scenery"},
-                             {"next"},
-                             less,
-                             {"back"},
-                             {"back"},
-                             {"Repair Skyvane"},
-                             {"next"},
-                             {"next"},
-                             {"back"},
-                             {"Run Skyvane Now"},
-                             {""}}),
+  acts = {{"accept", [] { accept_eula = 1; }},
+          {"less", [] { stg.sector_selected[sector_cell(6, 13)] = 0; }}};
+  EXPECT_EQ(walk(dvd_start,
+                 "/next/accept/next/next/less/next/back/Add Or Remove Scenery/next/less"
+                 "/back/back/Repair Skyvane/next/next/back/Run Skyvane Now/"),
             written("the disc"));
 }
 
@@ -460,15 +428,13 @@ TEST_F(Flows, TheDiscsThatAreWanted) {
   publish({{"Resources/a", "lost"}, {"Airfoils/b", "there"}, {"Resources/z", "lost", 1}}, 1);
   dvd_path = root + "disc/";
   copy("One");
-  EXPECT_EQ(walk(dvd_start, {{"Repair Skyvane"}, {"next"}, {"next"}, {""}, {"back"}, {""}}),
+  EXPECT_EQ(walk(dvd_start, "/Repair Skyvane/next/next//back/"),
             written("the discs that are wanted"));
-  const deed taken_out = {"next", [] { dvd_path.clear(); }};
-  const deed put_in_another = {"next", [] { dvd_path = root; }};
-  EXPECT_EQ(
-      walk(dvd_start, {{"Repair Skyvane"}, {"next"}, taken_out, {"back"}, put_in_another, {""}}),
-      written("a disc that is not in"));
+  acts = {{"take it out", [] { dvd_path.clear(); }}, {"put in another", [] { dvd_path = root; }}};
+  EXPECT_EQ(walk(dvd_start, "/Repair Skyvane/next/take it out/next/back/put in another/next/"),
+            written("a disc that is not in"));
   publish({disc_files.back()}, 1);
-  EXPECT_EQ(walk(dvd_start, {}), written("a disc of scenery alone"));
+  EXPECT_EQ(walk(dvd_start, ""), written("a disc of scenery alone"));
 }
 
 // A file that the disc does not have, and the user gives up: a first install asks once more.
@@ -479,15 +445,14 @@ TEST_F(Flows, TheDiscIsGivenUpAtAnError) {
   publish(files, 1);
   dvd_path = root + "disc/";
   dvd_dest.parent_dir = root;
-  const deed accept = {"", [] { accept_eula = 1; }};
-  std::string all = walk(dvd_start, {{"next"}, accept, {"next"}, {"next"}, {"next"}, {""}});
+  acts = {{"accept", [] { accept_eula = 1; }}, {"all", [] {
+                                                  for (const int row : {12, 13})
+                                                    stg.sector_selected[sector_cell(6, row)] = 1;
+                                                }}};
+  std::string all = walk(dvd_start, "/next/accept/next/next/next/");
   copy("One");
-  all += walk(dvd_start, {{"Repair Skyvane"}, {"next"}, {"next"}, {""}});
-  const deed more = {"", [] {
-                       stg.sector_selected[sector_cell(6, 12)] =
-                           stg.sector_selected[sector_cell(6, 13)] = 1;
-                     }};
-  all += walk(dvd_start, {{"Add Or Remove Scenery"}, {"next"}, more, {"next"}, {""}});
+  all += walk(dvd_start, "/Repair Skyvane/next/next/");
+  all += walk(dvd_start, "/Add Or Remove Scenery/next/all/next/");
   EXPECT_EQ(all, written("the disc given up at an error"));
 }
 
@@ -496,17 +461,16 @@ TEST_F(Flows, PickingACopy) {
   publish(disc_files, 1);
   dvd_path = root + "disc/";
   const std::string one = copy("One"), two = copy("Two");
-  const auto chosen = [](const char* press, const std::string& path) {
-    return deed{press, [=] { dest_dir_path = path; }};
-  };
+  acts = {{"one that was never made", [] { dest_dir_path = root + "never made/"; }},
+          {"two", [&] { dest_dir_path = two; }}};
   std::string all;
-  for (const char* const button : {"Repair Skyvane", "Add Or Remove Scenery", "Run Skyvane Now"})
-    all += walk(dvd_start, {chosen(button, root + "never made/"), chosen("", two), {""}});
+  for (const std::string button : {"Repair Skyvane", "Add Or Remove Scenery", "Run Skyvane Now"})
+    all += walk(dvd_start, "/one that was never made/" + button + "/two/");
   unregister_skyvane(two);
   put_at("One/Skyvane.app/Contents/MacOS/Skyvane", "#!/bin/true");
-  all += walk(dvd_start, {{"Run Skyvane Now"}, {""}});
+  all += walk(dvd_start, "/Run Skyvane Now/");
   chmod((one + "Skyvane.app/Contents/MacOS/Skyvane").c_str(), 0755);
-  all += walk(dvd_start, {{"Run Skyvane Now"}, {""}});
+  all += walk(dvd_start, "/Run Skyvane Now/");
   EXPECT_EQ(all, written("picking a copy"));
 }
 

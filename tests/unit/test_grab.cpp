@@ -83,9 +83,7 @@ TEST_F(Grab, FetchesAndDeletes) {
   EXPECT_EQ(content_of(dest_dir_path + "half/mine.txt"), "the user's own");
   EXPECT_FALSE(file_exists(dest_dir_path + "half/e.txt"));
   EXPECT_FALSE(dir_exists(dest_dir_path + "gone/")) << "both folders, the inner one first";
-  struct stat info = {};
-  ASSERT_EQ(stat((dest_dir_path + "Sky.app/Contents/MacOS/sky").c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0755u);
+  EXPECT_EQ(mode_of(dest_dir_path + "Sky.app/Contents/MacOS/sky"), 0755u);
 
   EXPECT_EQ(next.done_zip_kb, 5009);
   EXPECT_EQ(next.done_raw_kb, 10018);
