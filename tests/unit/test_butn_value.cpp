@@ -5,12 +5,25 @@
 
 #include "tests/unit/value_fixture.h"
 
-class ButnValue : public value_fixture {};
+class ButnValue : public value_fixture {
+ protected:
+  // Characters, and "<>^v" for the arrows.
+  static void press_keys(const std::string& names) {
+    const std::string arrows = "<>^v";
+    constexpr int vkeys[] = {vk_left, vk_right, vk_up, vk_down};
+    for (const char c : names) {
+      const size_t arrow = arrows.find(c);
+      if (arrow == arrows.npos)
+        type(std::string(1, c));
+      else
+        send(ch_left + static_cast<int>(arrow), vkeys[arrow]);
+    }
+  }
+};
 
 // --- numbers -------------------------------------------------------------------------------------
 
 TEST_F(ButnValue, NumbersTakeKeys) {
-  enum { l = 1, r, u, d };  // arrows
   const struct {
     const char* label;
     float before;
@@ -24,11 +37,8 @@ TEST_F(ButnValue, NumbersTakeKeys) {
       {"the cursor moves on and wraps", 0, 3, 0, 0, 999, 1, "123", 312},
       {"sign is kept", -25, 3, 0, -99, 99, 1, "4", -45},
       {"hundredths too", 1.23f, 3, 2, 0, 9.99f, 2, "9", 1.29f},
-      {"left from the first cell", 100, 3, 0, 0, 999, 0,
-       "\1"
-       "5",
-       105},
-      {"up is clamped", 950, 3, 0, 0, 980, 0, "\3", 980},
+      {"left from the first cell", 100, 3, 0, 0, 999, 0, "<5", 105},
+      {"up is clamped", 950, 3, 0, 0, 980, 0, "^", 980},
       {"a digit is clamped", 100, 3, 0, 0, 500, 0, "9", 500},
       {"minus", 12, 3, 0, -99, 99, 0, "-", -12},
       {"minus is no toggle", -12, 3, 0, -99, 99, 0, "-", -12},
@@ -44,14 +54,7 @@ TEST_F(ButnValue, NumbersTakeKeys) {
     press(static_cast<float>(100 + row.cell * 10 + 6), 103);
     EXPECT_EQ(frame(draw), 0);
     release();
-    for (const char c : row.keys) {
-      constexpr int arrows[] = {0, vk_left, vk_right, vk_up, vk_down};
-      if (c <= d) {
-        send(27 + c, arrows[static_cast<int>(c)]);
-      } else {
-        type(std::string(1, c));
-      }
-    }
+    press_keys(row.keys);
     const int result = frame(draw);
     EXPECT_FLOAT_EQ(value, row.after);
     EXPECT_EQ(result, row.after != row.before);
@@ -164,25 +167,19 @@ TEST_F(ButnValue, CharactersTurnAndAreTyped) {
   const struct {
     const char *label, *before;
     int cell;
-    std::string keys;  // \1 and \2: left and right, \3 and \4: up and down
+    std::string keys;
     const char* after;
   } rows[] = {
       {"typed, and on to the next", "AAA", 1, "b-", "AB-"},
       {"round to the first", "AAA", 2, "9Z", "ZA9"},
       {"nothing of it", "AAA", 1, "!", "AAA"},
-      {"left, and left round", "AAA", 1,
-       "\1\1"
-       "x",
-       "AAX"},
-      {"right", "AAA", 1,
-       "\2"
-       "0",
-       "AA0"},
-      {"up", "A99", 1, "\3\3", "AB9"},
-      {"down", " 01", 1, "\4\4", " -1"},
-      {"up and round", "A-A", 1, "\3", "A A"},
-      {"from a small letter", "aaa", 1, "\3", "aBa"},
-      {"what is not on it is 0", "a?a", 1, "\3", "a1a"},
+      {"left, and left round", "AAA", 1, "<<x", "AAX"},
+      {"right", "AAA", 1, ">0", "AA0"},
+      {"up", "A99", 1, "^^", "AB9"},
+      {"down", " 01", 1, "vv", " -1"},
+      {"up and round", "A-A", 1, "^", "A A"},
+      {"from a small letter", "aaa", 1, "^", "aBa"},
+      {"what is not on it is 0", "a?a", 1, "^", "a1a"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
@@ -193,14 +190,7 @@ TEST_F(ButnValue, CharactersTurnAndAreTyped) {
     press(static_cast<float>(100 + row.cell * 10 + 6), 103);
     EXPECT_EQ(frame(draw), 0);
     release();
-    for (const char c : row.keys) {
-      constexpr int arrows[] = {0, vk_left, vk_right, vk_up, vk_down};
-      if (c <= 4) {
-        send(0, arrows[static_cast<int>(c)]);
-      } else {
-        type(std::string(1, c));
-      }
-    }
+    press_keys(row.keys);
     EXPECT_EQ(frame(draw), std::string(row.before) != row.after);
     EXPECT_STREQ(text, row.after);
   }
