@@ -175,12 +175,8 @@ TEST_F(BuilderBuild, HandMadeArchivesAreLinked) {
 
 // Stored data of 6,000 bytes and a little more: 6 units a file.
 TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
-  std::string noise;
-  uint32_t state = 1;
-  for (int i = 0; i < 6000; ++i)
-    noise += static_cast<char>((state = state * 1664525u + 1013904223u) >> 24);
   for (const char* const name : {"a", "b", "c", "d", "e"})
-    put(std::string("All/Weapons/") + name, noise + name);
+    put(std::string("All/Weapons/") + name, noise(6000, 1) + name);
   put("Linux/last", state_a);
   constexpr size_t first_gun = 2;  // in the manifest, behind the smallest tree's two texts
   struct row {
