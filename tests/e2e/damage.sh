@@ -21,7 +21,7 @@ install_copy() {
 heron="All/Aircraft/General Aviation/Heron 172/Heron 172.acf"
 good=$release/$heron.zip
 cp "$good" "$SCRATCH/good.zip"
-printf '\xA5\x5A\xA5\x5A' | dd of="$good" bs=1 seek=$(($(stat -c %s "$good") / 2)) conv=notrunc status=none
+flip "$good"
 install_copy --dest="$SCRATCH"
 want_status 1 "The installer cannot extract a file."
 want_text "Finished Web Demo Install: There were problems installing the Skyvane 9 web demo - it may not be usable."

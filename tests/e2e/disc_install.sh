@@ -33,9 +33,4 @@ want_asked_for ""
 SECTORS=nothing same_tree "$SOURCE" Linux "$SCRATCH/None"
 is_in 1 && is_in 2 && is_in 3 || fail "a disc was ejected without need"
 
-# Answers that make no sense touch nothing.
-for wrong in --do=update --sectors=+31-120 --sectors=+00+000; do
-  want 2 run_with_discs --accept_eula --dest="$SCRATCH" --name=Wrong "$wrong"
-  [ ! -e "$SCRATCH/Wrong" ] || fail "$wrong made a copy"
-done
 want_no_leftovers

@@ -94,8 +94,6 @@ damaged() {
   (cd "$SCRATCH/master" && "$@")
   "$(dirname "$0")/../../script/make_discs" "$SCRATCH/master" "$BAD" >/dev/null
 }
-cut_short() { truncate -s -40 "$1"; }
-flip() { printf '\xA5\x5A\xA5\x5A' | dd of="$1" bs=1 seek=$(($(stat -c %s "$1") / 2)) conv=notrunc status=none; }
 
 # repair_all: two runs from good discs make $copy whole, whatever was wrong with it.
 repair_all() {

@@ -87,3 +87,6 @@ for language in ${SPEAK:-0 1 2 3 4 5}; do
 done
 [ -z "${SHOTS:-}" ] || cp "$page" "$SHOTS/gallery.png"
 [ -z "${SHOTS:-}" ] || cp "$SCRATCH/dialogs"/*.png "$SHOTS/"
+for scenes in ${SHOTS:+pages states}; do  # those that no flow comes to among them
+  want 0 run skyvane-gallery --$scenes="$SHOTS" --texts="$BIN/Resources/text/${LANGUAGE_FOLDERS[language]}/Installer2.txt"
+done

@@ -223,6 +223,9 @@ install_demo() {
     $(through_proxy "$PORT") "${@:2}"
 }
 
+# flip FILE: damages a few bytes in its middle.
+flip() { printf '\xA5\x5A\xA5\x5A' | dd of="$1" bs=1 seek=$(($(stat -c %s "$1") / 2)) conv=notrunc status=none; }
+
 # volume FOLDER OPTIONS: a file system of its own, for as long as the test runs.
 volume() {
   mkdir -p "$1"

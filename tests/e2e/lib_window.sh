@@ -124,6 +124,7 @@ want_all_in_place() {
 }
 
 has_ended() { ! kill -0 "$1" 2>/dev/null; }
+is_gone() { [ ! -e "$1" ]; }
 
 # Its left and top edge on the screen: LEFT, TOP.
 locate_window() {
@@ -191,6 +192,9 @@ art_pixel() {
   [ "$SCALE" = 1 ] || file=$ART/$1@${SCALE}x.png
   picture_pixel "$file" $(($2 * SCALE)) $(($3 * SCALE))
 }
+
+# has_ink X Y DX DY: letters stand there.
+has_ink() { [ "$(area "$@" | grep -c '^[0-5]')" -gt 20 ]; }
 
 # wait_step N: until step N of the list at the left is lit: its letters are blue.
 wait_step() { wait_for "step $1" step_is_lit "$1"; }

@@ -40,9 +40,6 @@ last_or_answered() {
   step_is_lit 5
 }
 
-# has_ink X Y DX DY: letters stand there.
-has_ink() { [ "$(area "$@" | grep -c '^[0-5]')" -gt 20 ]; }
-
 # has_red_sign: beside the heading, the disc of the sign of failure.
 has_red_sign() { [ "$(area 230 474 540 16 | grep -cx cd3e3a)" -gt 10 ]; }
 

@@ -49,27 +49,12 @@ de_DE.UTF-8|fr_FR|it_IT||2
 ||pt_BR.ISO-8859-1@x||5
 ||sv_SE.UTF-8|nn::it:de|3
 ||de_AT|en:fr|0
-||C|de|0
 ||sv_SE.UTF-8||0
-|||de|0
 ||ko_KR.UTF-8||0
 ||../de||0
 ROWS
 LC_ALL=it_IT.UTF-8 run_once --pref:_lang=4
 want_text "Bienvenida"
-
-echo "What a file says"
-while IFS='|' read -r label content wanted; do
-  printf "$content" >"$settings"
-  run_once
-  want_settings "$label" $wanted
-done <<'ROWS'
-whole|I\n9002 version\n_stream_count 3\n_log_actions 1\n_proxy_host a b.example\n_proxy_port 81\n_proxy_port_int 82\n_lang 4\n|_stream_count=3 _log_actions=1 _proxy_port=81 _proxy_port_int=82 _lang=4
-an older version|I\n9001 version\n_stream_count 3\n_lang 4\n|_stream_count=0 _lang=0
-junk|\377\376\000\001junk\n_stream_count 3\n|_stream_count=0
-empty||_stream_count=0 _lang=0
-languages that there are not|I\n9002 version\n_lang 99\n_stream_count 3\n|_stream_count=3
-ROWS
 
 echo "A file of a hundred megabytes"
 {
@@ -79,14 +64,6 @@ echo "A file of a hundred megabytes"
 run_once
 want_settings "a large file" _stream_count=3
 [ "$(stat -c %s "$settings")" -lt 2000 ] || fail "lines of others were kept"
-
-echo "The command line wins for one run, and leaves the file"
-printf '%s_stream_count 3\n_proxy_host old.example\n_lang 0\n' "$head" >"$settings"
-program skyvane-demo-installer >/dev/null
-cp -r "$BIN/Resources" "$SCRATCH/bin/"
-run_once --pref:_lang=4 --pref:_stream_count=1 --pref:_proxy_host=new.example
-want_text "Bienvenida"
-want_settings "overridden" _stream_count=3 _proxy_host=old.example _lang=0
 
 need_root "a small and a read-only file system"
 folder=$(dirname "$settings")

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The sample release brought from old to new and on to newer: the copy ends as a fresh install
-# would, with the user's own files untouched; which copy is taken, and with what settings.
+# would, with the user's own files untouched, and with what settings.
 . "$(dirname "$0")/update_lib.bash"
 
 # An old copy to start each case from, and the server of the new release.
@@ -115,52 +115,6 @@ make_copy
 want 0 update
 want 0 update --pref:_get_beta=1
 want_release newer
-
-# --- which copy ----------------------------------------------------------------------------------
-
-registry=$XDG_CONFIG_HOME/skyvane/skyvane_install.txt
-mkdir -p "$(dirname "$registry")"
-give "$XDG_CONFIG_HOME"
-
-# plain ARGS...: the updater without a word of where the copy is.
-plain() {
-  run_as_user skyvane-web-updater "$@"
-}
-
-rm -f "$registry"
-plain
-want_status 2 "You do not appear to have Skyvane 9 installed."
-
-# One copy is taken without a question.
-make_copy
-echo "$COPY/" >"$registry"
-plain
-want_status 0 "I have finished updating $COPY/."
-want_release new
-
-# Of several, one has to be named, and the others stay as they are.
-make_copy
-cp -a "$COPY" "$SCRATCH/other"
-printf '%s\n' "$SCRATCH/other/" "$COPY/" "$SCRATCH/gone/" >"$registry"
-prints "$SCRATCH/other" >"$SCRATCH/before.txt"
-plain
-want_status 2 "Please select which copy of Skyvane 9 you would like to update." "--copy=FOLDER"
-want 0 plain --copy="$COPY"
-want_release new
-prints "$SCRATCH/other" | cmp -s - "$SCRATCH/before.txt" || fail "another copy was touched"
-
-# Handed over by another program.
-want 0 plain -path "$SCRATCH/other"
-want_release new "$SCRATCH/other"
-
-# A folder that is no copy is not filled with one.
-mkdir "$SCRATCH/documents"
-give "$SCRATCH/documents"
-for folder in documents "no such folder"; do
-  plain --copy="$SCRATCH/$folder"
-  want_status 2 "$SCRATCH/$folder/" "But it does not appear to be an installed copy of Skyvane 9."
-done
-[ ! -e "$SCRATCH/no such folder" ] && [ -z "$(ls -A "$SCRATCH/documents")" ] || fail "a folder was filled"
 
 # --- a volume without room -----------------------------------------------------------------------
 

@@ -22,7 +22,6 @@ fetched() { grep -c '/updates/.*\.zip HTTP' "$requests"; }
 has_fetched() { [ "$(fetched)" -ge "$1" ]; }
 mirror_now() { grep '/updates/.*\.zip HTTP' "$requests" | tail -n 1 | sed 's#.*http://\([a-z]*\)\..*#\1#'; }
 mirror_is() { [ "$(mirror_now)" = "$1" ]; }
-is_gone() { [ ! -e "$1" ]; }
 
 start_display
 open_window skyvane-demo-installer $(through_proxy "$PORT")

@@ -6,7 +6,6 @@
 own_home
 speak 3
 copy="$HOME/Desktop/$RELEASE"
-is_gone() { [ ! -e "$1" ]; }
 
 start_display
 

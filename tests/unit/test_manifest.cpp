@@ -1,4 +1,4 @@
-// The manifest's reader: what each line does, what is refused, damage at every place.
+// The manifest's reader: what each line does, and what is refused.
 
 #include "Installer-f/engine/utils_manifest.h"
 
@@ -257,24 +257,6 @@ TEST(EngineManifestSig, Texts) {
     EXPECT_EQ(sig, file_sig(row.back)) << row.text;
     EXPECT_EQ(sig.empty(), *row.text == 0);
   }
-}
-
-TEST_F(EngineManifest, CutAtEveryByte) {
-  const std::string whole =
-      std::string(header) +
-      "DIR ALL_os/a\nFILE 0 0 90500 12 34 0123456789abcdef0123456789abcdef b c.txt\n"
-      "FILE 0 1 91001 1 2 GONE b c.txt\r\nDISK 12\nFILE 0 0 1 2 3 <1> +34-118.dsf";
-  const size_t signature_end = whole.find(" b c.txt");
-  for (size_t size = 1; size <= whole.size(); ++size) {
-    const int result = load(std::string_view(whole).substr(0, size));
-    EXPECT_EQ(result, size < signature_end ? 0 : 3) << size;
-    for (const file_history_struct& history : sim_info) {
-      ASSERT_FALSE(history.versions.empty()) << size;
-      EXPECT_TRUE(manifest_path_is_safe(history.current().path)) << size;
-      EXPECT_TRUE(history.current().path.view().starts_with("ALL_os/a")) << size;
-    }
-  }
-  EXPECT_EQ(table(), "ALL_os/ab c.txt=0,G ALL_os/a+34-118.dsf=1");
 }
 
 TEST_F(EngineManifest, ANewReadReplacesAll) {

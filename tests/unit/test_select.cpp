@@ -1,4 +1,4 @@
-// Selection: every state of a file on disk against every way of judging it.
+// Selection: what is fetched, deleted, asked about and left, and what it comes to.
 
 #include "Installer-f/engine/utils_select.h"
 
@@ -56,48 +56,6 @@ class EngineSelect : public engine_tree {
     return text;
   }
 };
-
-TEST_F(EngineSelect, EveryStateOfAFile) {
-  enum place { plain, gone, tile_taken, tile_left };
-  const struct {
-    const char* label;
-    place where;
-    const char* have;
-    int answer;  // 0: there must be no question
-    const char* flags;
-    int result;
-  } rows[] = {
-      {"absent", plain, "NONE", 0, "F", 1},
-      {"current", plain, "new", 0, "-", 1},
-      {"earlier", plain, "older", 0, "F", 1},
-      {"unknown, keep", plain, "mine", 2, "-", 1},
-      {"unknown, no answer", plain, "mine", 6, "-", 0},
-      {"nearly known", plain, "olde", 2, "-", 1},
-      {"dropped, absent", gone, "NONE", 0, "-", 1},
-      {"dropped, ours", gone, "older", 0, "D", 1},
-      {"dropped, unknown, overwrite", gone, "mine", 1, "D", 1},
-      {"tile taken, absent", tile_taken, "NONE", 0, "F", 1},
-      {"tile left, absent", tile_left, "NONE", 0, "-", 1},
-      {"tile left, current", tile_left, "new", 0, "D", 1},
-      {"tile left, unknown, keep", tile_left, "mine", 2, "-", 1},
-  };
-  for (const auto& row : rows) {
-    sim_info.clear();
-    stg = stg_record();
-    file_version_struct& current = file("A/f", row.have, row.where == gone ? "GONE" : "new");
-    if (row.where == tile_taken || row.where == tile_left) make_tile(current, 6, 12);
-    if (row.where == tile_taken) stg.sector_selected[sector_cell(6, 12)] = 1;
-    current.need_fetch = current.need_delete = 1;  // of an earlier run
-    answers.assign(1, row.answer);
-    questions.clear();
-    EXPECT_EQ(choose_files(), row.result) << row.label;
-    EXPECT_EQ(flags(), row.flags) << row.label;
-    const bool to_delete = row.where == gone || row.where == tile_left;
-    EXPECT_EQ(questions.size(), row.answer ? 1u : 0u) << row.label;
-    for (const std::string& question : questions)
-      EXPECT_EQ(question, to_delete ? "delete f" : "install f") << row.label;
-  }
-}
 
 // Answers for a folder hold for that folder alone, for installs and deletions alike, and for one
 // run.
@@ -220,7 +178,7 @@ TEST_F(EngineSelect, SceneryThatIsLost) {
   }
 }
 
-TEST_F(EngineSelect, Totals) {
+TEST_F(EngineSelect, TotalsAndWhatBecomesOfEach) {
   const auto sized = [](file_version_struct& current, float zip) -> file_version_struct& {
     current.zip_kb = zip;
     current.raw_kb = 2 * zip;
@@ -242,6 +200,9 @@ TEST_F(EngineSelect, Totals) {
   EXPECT_EQ(stg.todo_raw_kb, 2022.0f);
   EXPECT_EQ(stg.todo_install_count, 3);
   EXPECT_EQ(stg.todo_delete_count, 1);
+  answers = {answer_keep};
+  EXPECT_EQ(choose_files(), 1);
+  EXPECT_EQ(flags(), "F--D-FD-");
 
   set_install_filter(0, 1);
   recalc_disk_sizes();

@@ -88,11 +88,6 @@ TEST(UnattendedOptions, ASlipIsToldWithTheNearestOption) {
   }
 }
 
-TEST(UnattendedOptions, Platforms) {
-  for (const auto& [word, platform] : {std::pair("mac", 1), {"windows", 2}, {"linux", 3}, {"", 0}})
-    EXPECT_EQ(platform_named(word), platform) << word;
-}
-
 TEST(UnattendedOptions, Names) {
   const struct {
     std::string label, name;
