@@ -430,6 +430,7 @@ TEST_F(Flows, TheDiscsThatAreWanted) {
   copy("One");
   EXPECT_EQ(walk(dvd_start, "/Repair Skyvane/next/next//back/"),
             written("the discs that are wanted"));
+  std::filesystem::remove(root + "One/Resources/a");
   acts = {{"take it out", [] { dvd_path.clear(); }}, {"put in another", [] { dvd_path = root; }}};
   EXPECT_EQ(walk(dvd_start, "/Repair Skyvane/next/take it out/next/back/put in another/next/"),
             written("a disc that is not in"));
@@ -445,13 +446,16 @@ TEST_F(Flows, TheDiscIsGivenUpAtAnError) {
   publish(files, 1);
   dvd_path = root + "disc/";
   dvd_dest.parent_dir = root;
-  acts = {{"accept", [] { accept_eula = 1; }}, {"all", [] {
-                                                  for (const int row : {12, 13})
-                                                    stg.sector_selected[sector_cell(6, row)] = 1;
-                                                }}};
+  acts = {{"accept", [] { accept_eula = 1; }},
+          {"one", [] { stg.sector_selected[sector_cell(6, 12)] = 1; }},
+          {"all", [] {
+             for (const int row : {12, 13})
+               stg.sector_selected[sector_cell(6, row)] = 1;
+           }}};
   std::string all = walk(dvd_start, "/next/accept/next/next/next/");
   copy("One");
-  all += walk(dvd_start, "/Repair Skyvane/next/next/");
+  all += walk(dvd_start, "/Repair Skyvane/next/next/back/Add Or Remove Scenery/next/one/next/");
+  std::filesystem::remove_all(root + "One/Global Scenery");
   all += walk(dvd_start, "/Add Or Remove Scenery/next/all/next/");
   EXPECT_EQ(all, written("the disc given up at an error"));
 }
