@@ -134,6 +134,8 @@ TEST_F(ButnList, ScrollingList) {
   EXPECT_EQ(click_row(3, 3), list_nothing) << "a third begins anew";
   EXPECT_EQ(click_row(3, 1), list_nothing);
   EXPECT_EQ(click_row(4, 2), list_moved) << "not on another row";
+  EXPECT_EQ(click_row(0, 1), list_moved);
+  EXPECT_EQ(click_row(4, 1), list_moved);
   move(50, 100);
   mnw.wheel = -2;
   frame(draw);

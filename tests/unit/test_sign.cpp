@@ -129,7 +129,7 @@ TEST(Sign, DaysAreYearMonthAndDay) {
   for (const char* day : {"2026-01-01", "2026-12-31", "0000-10-09"})
     EXPECT_TRUE(sign_is_day(day)) << day;
   for (const char* day : {"2026-00-01", "2026-13-01", "2026-01-00", "2026-01-32", "2026-1-001",
-                          "2026/01/01", "2026-01-1x", "2026-01-011", ""})
+                          "2026/01/01", "x026-01-01", "2026-01-1x", "2026-01-011", ""})
     EXPECT_FALSE(sign_is_day(day)) << day;
 }
 
