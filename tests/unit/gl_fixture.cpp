@@ -179,11 +179,15 @@ void gl_fixture::move(float x, float y) {
   mnw.mouse_clicked = 0;
 }
 
-std::vector<unsigned char> read_picture() {
+std::vector<unsigned char> read_buffer() {
   std::vector<unsigned char> pixels(static_cast<size_t>(dx) * dy * 4);
-  OGL_paint();
   glReadPixels(0, 0, dx, dy, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
   return pixels;
+}
+
+std::vector<unsigned char> read_picture() {
+  OGL_paint();
+  return read_buffer();
 }
 
 gl_pixel read_pixel(int x, int y) {

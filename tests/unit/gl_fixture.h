@@ -49,6 +49,8 @@ struct gl_pixel {
 };
 gl_pixel read_pixel(int x, int y);
 std::vector<unsigned char> read_picture();  // RGBA, from the lowest row up
+// As it is, with nothing painted that is noted only: what a swap brings to the screen.
+std::vector<unsigned char> read_buffer();
 // Within 2 levels a channel.
 testing::AssertionResult pixel_is(int x, int y, int r, int g, int b);
 

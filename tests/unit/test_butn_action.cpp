@@ -11,7 +11,7 @@ std::vector<std::vector<unsigned char>> swapped;  // the pictures that were show
 }  // namespace
 
 TEST_F(ButnAction, PushButtonFollowsItsTable) {
-  PLT_swap_hook = [] { swapped.push_back(read_picture()); };
+  PLT_swap_hook = [] { swapped.push_back(read_buffer()); };
   const struct {
     const char* label;
     float x, y;

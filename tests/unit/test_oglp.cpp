@@ -154,7 +154,7 @@ TEST_F(Oglp, APictureInPartIsThePictureInWhole) {
       put();
   };
   static std::vector<unsigned char> seen;
-  PLT_swap_hook = [] { seen = read_picture(); };
+  PLT_swap_hook = [] { seen = read_buffer(); };
   for (int round = 0; round < 60; ++round) {
     const size_t at = random() % pieces.size();
     switch (random() % 4) {
