@@ -60,6 +60,7 @@ TEST(NetSocket, DataFlowsBothWays) {
   EXPECT_EQ(pair.client.ReadData(buffer, sizeof buffer), 0) << "nothing has come";
   EXPECT_EQ(pair.client.ReadData(buffer, 0), 0);
   EXPECT_FALSE(pair.client.ReceivedRelease()) << "a read of no bytes is no release";
+  EXPECT_EQ(pair.caller->http_WriteData("hello", 0), 0);
   EXPECT_EQ(pair.caller->http_WriteData("hello", 5), 5);
   EXPECT_TRUE(comes_true([&] { return pair.client.ReadData(buffer, sizeof buffer) == 5; }));
   EXPECT_EQ(std::string(buffer), "hello");
