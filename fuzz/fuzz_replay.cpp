@@ -59,9 +59,10 @@ bytes changed(bytes data, std::mt19937& random) {
         for (size_t i = at; i < std::min(data.size(), at + 4); ++i)
           data[i] = edges[below(sizeof edges)];
         break;
-      default:
-        data.insert(data.begin() + at, data.begin() + below(at), data.begin() + at);
-        break;
+      default: {
+        const bytes part(data.begin() + below(at), data.begin() + at);
+        data.insert(data.begin() + at, part.begin(), part.end());
+      }
     }
   }
   data.shrink_to_fit();  // so that the byte behind it is nobody's
