@@ -1,5 +1,6 @@
 // 7z archives: names and kinds, refusals, and damage.
 
+#include "corekit/files/io_7z_head.h"
 #include "tests/unit/test_archive_util.h"
 
 class Archive7z : public ArchiveTest {
@@ -103,5 +104,34 @@ TEST_F(Archive7z, EveryTruncationAndDamage) {
       bytes[at] = char(bytes[at] ^ flip);
       check(bytes, "byte " + std::to_string(at), false);
     }
+  }
+}
+
+// A table of contents, of no entries, that is kept in a stream of its own, byte by byte.
+TEST_F(Archive7z, ATableThatIsStored) {
+  const std::string stream{1, 0};
+  const std::string table{0x17, 6, 0, 1, 9, 2, 0, 7, 0x0B, 1, 0, 1, 1, 0, 0x0C, 2, 0, 0};
+  const struct {
+    const char* label;
+    size_t at;
+    char put;
+    claims_7z verdict;
+  } rows[] = {
+      {"as it is", 17, 0, claims_empty},
+      {"as long as the archive", 5, 20, claims_empty},
+      {"longer", 5, 21, claims_damaged},
+      {"begins behind the archive", 2, 21, claims_damaged},
+      {"ends behind it", 2, 19, claims_damaged},
+      {"is no table", 2, 1, claims_damaged},
+      {"an unknown method", 13, 5, claims_damaged},
+      {"a method without what it needs", 13, 0x21, claims_damaged},
+  };
+  for (const auto& row : rows) {
+    std::string bytes = "7z\xBC\xAF\x27\x1C" + std::string(26, '\0') + stream + table;
+    bytes[12] = static_cast<char>(stream.size());
+    bytes[20] = static_cast<char>(table.size());
+    bytes[34 + row.at] = row.put;
+    const auto* const archive = reinterpret_cast<const unsigned char*>(bytes.data());
+    EXPECT_EQ(io_7z_claims(archive, bytes.size(), 10), row.verdict) << row.label;
   }
 }

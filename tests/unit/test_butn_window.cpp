@@ -49,6 +49,7 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
   const scratch_folder here;
   for (const char* name : {"alpha", "beta/inner", "gamma"})
     here.folder(name);
+  here.file("plain.acf", "I\n900 Version\nNAME of no COMM\n");
   const std::string folder = here.path();
   const auto down = [] { key(SDLK_DOWN); };
   const auto enter = [] { key(SDLK_RETURN); };
@@ -66,6 +67,7 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
     steps list;
     int result;
     std::string path;
+    int file_type = file_type_folder;
   } rows[] = {
       {"the window's own button", {[] { push_window_event(SDL_WINDOWEVENT_CLOSE); }}, 0, ""},
       {"this folder", {select}, 1, folder},
@@ -74,6 +76,7 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
       {"and on", {down, down, enter, down, select}, 1, folder + "beta/inner/"},
       {"a new folder", {new_folder, [] {}, type("new"), enter, [] {}, select}, 1, folder + "new/"},
       {"thought better of", {new_folder, [] {}, type("other"), escape, [] {}, escape}, 0, ""},
+      {"shown without a comment", {type("p"), [] {}, enter}, 1, folder + "plain.acf", 3},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
@@ -82,7 +85,7 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
     page_body = [&] {
       if (result >= 0) return;
       return_hit = escape_hit = 1;  // the keys that led here are not the browser's
-      result = BTN_opensave(win_file_open, file_type_folder, &path, "Pick", "Select");
+      result = BTN_opensave(win_file_open, row.file_type, &path, "Pick", "Select");
     };
     frame_with(row.list);
     EXPECT_EQ(result, row.result);

@@ -7,6 +7,7 @@
 
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_verify.h"
+#include "Installer-f/wizard/main_dvd_util.h"
 #include "corekit/base/UTL_thread.h"
 #include "engine_tree.h"
 
@@ -162,6 +163,39 @@ TEST_F(DiscPipeline, AsksOnlyForDiscsThatAreNeeded) {
     install_files_kill();
     EXPECT_EQ(copy_pool, nullptr) << row.label;
   }
+}
+
+// A disc is lost when many of its files in a row are not there.
+TEST_F(DiscPipeline, ALostDiscIsNoticed) {
+  const struct {
+    const char* label;
+    int ahead, disk, need_fetch;  // missing files ahead of one that is there
+    int current;
+  } rows[] = {
+      {"one file is missing", 1, 1, 1, 1},
+      {"nineteen", 19, 1, 1, 1},
+      {"twenty", 20, 1, 1, -1},
+      {"files of another disc", 30, 2, 1, 1},
+      {"files that nobody wants", 30, 1, 0, 1},
+  };
+  here.file("disc/Rel/All/there.zip");
+  for (const auto& row : rows) {
+    sim_info.clear();
+    for (int i = 0; i <= row.ahead; ++i) {
+      file_version_struct& file = add(i < row.ahead ? "All/gone" : "All/there", {some_sig});
+      file.disk = i < row.ahead ? row.disk : 1;
+      file.need_fetch = i < row.ahead ? row.need_fetch : 1;
+    }
+    current_disk = 1;
+    UTIL_notice_lost_disk(0);
+    EXPECT_EQ(current_disk, row.current) << row.label;
+  }
+  current_disk = 1;
+  UTIL_notice_lost_disk(static_cast<int>(sim_info.size()));
+  EXPECT_EQ(current_disk, 1) << "none of it is to come";
+  dvd_path.clear();
+  UTIL_notice_lost_disk(0);
+  EXPECT_EQ(current_disk, -1) << "the volume has gone";
 }
 
 TEST_F(DiscPipeline, FailuresAreToldAndTheRestIsInstalled) {

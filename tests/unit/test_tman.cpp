@@ -10,6 +10,7 @@
 #include "tests/unit/test_tex_util.h"
 
 class Tman : public gl_fixture {};
+class TmanDeathTest : public Tman {};
 
 namespace {
 
@@ -188,6 +189,55 @@ TEST_F(Tman, MissingPicturesDrawGray) {
   EXPECT_EQ(tman.record(spare_ref).format, 0);
   tman.bind_ref(spare_ref, 0, 0);
   EXPECT_EQ(bound(), static_cast<GLint>(tman.record(t_blank_gray).gl_id));
+}
+
+// What no caller may ask for, and a picture that the program cannot do without.
+TEST_F(TmanDeathTest, MistakesEndTheProgram) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // the driver has threads
+  const auto ask = [](int ref, int flags, int when = tex_load_now, const char* name = "gone.png") {
+    tman.load_texture(tex_fail_fatal, ref, flags, static_cast<tex_load_time>(when), name);
+  };
+  const struct {
+    const char* text;
+    std::function<void()> mistake;
+  } rows[] = {
+      {"an invalid texture load_time!", [&] { ask(spare_ref, scratch_flags, tex_load_none + 1); }},
+      {"an invalid texture load_time!", [&] { ask(spare_ref, scratch_flags, tex_load_now - 1); }},
+      {"too low or high a manual_ref!", [&] { ask(-1, scratch_flags); }},
+      {"too low or high a manual_ref!", [&] { ask(1 << 20, scratch_flags); }},
+      {"an invalid filter type!", [&] { ask(spare_ref, tex_flags_end); }},
+      {"an invalid filter type!", [&] { ask(spare_ref, -1); }},
+      {"BAD color enum for tman", [&] { ask(spare_ref, tex_full_size); }},
+      {"BAD color enum for tman", [&] { ask(spare_ref, tex_depth + 1); }},
+      {"a texture that you do not have!", [&] { ask(spare_ref, scratch_flags); }},
+      {"release a manual texture", [] { tman.release_texture(spare_ref); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    EXPECT_EXIT(
+        {
+          ogl_inited = 0;  // so that the alert is written, not drawn
+          row.mistake();
+        },
+        testing::ExitedWithCode(1), row.text);
+  }
+}
+
+// A map of depths is compared with, not mixed.
+TEST_F(Tman, DepthsAreCompared) {
+  scratch(16, 16, 200);
+  load(spare_ref, tex_full_size | tex_depth);
+  tman.bind_ref(spare_ref, 0, 0);
+  const std::pair<GLenum, GLint> rows[] = {
+      {GL_TEXTURE_MIN_FILTER, GL_NEAREST},
+      {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
+      {GL_TEXTURE_COMPARE_MODE, GL_COMPARE_R_TO_TEXTURE},
+  };
+  for (const auto& [name, value] : rows) {
+    GLint is = 0;
+    glGetTexParameteriv(GL_TEXTURE_2D, name, &is);
+    EXPECT_EQ(is, value) << name;
+  }
 }
 
 // One by one by a worker; what is wanted at once has the worker end first, and the rest comes
