@@ -255,6 +255,7 @@ class BuilderAgain : public BuilderBuild {
     EXPECT_EQ(load_reuse(), "");
     build();
     bld.reuse_fold.clear();
+    EXPECT_EQ(load_reuse(), "") << "and the record is closed";
     *taken_over = 0;
     for (const auto& one : std::filesystem::recursive_directory_iterator(base + "out"))
       if (one.path().extension() == ".zip" && one.hard_link_count() > 1) ++*taken_over;
