@@ -133,6 +133,24 @@ TEST(EngineMd5Files, LengthsAgainstMd5sum) {
   EXPECT_EQ(std::count(sizes.begin(), sizes.end(), SIZE_MAX), 219);
 }
 
+// In pieces of any size, whatever is left of the block before.
+TEST(EngineMd5Files, InPieces) {
+  const std::string bytes = noise(20000, 7);
+  for (const size_t longest : {1u, 63u, 64u, 65u, 200u}) {
+    MD5_state state;
+    MD5Init(state);
+    std::mt19937 random(5);
+    for (size_t at = 0; at < bytes.size();) {
+      const size_t piece = std::min<size_t>(random() % (longest + 1), bytes.size() - at);
+      MD5Update(state, bytes.data() + at, static_cast<uint16_t>(piece));
+      at += piece;
+    }
+    uint8_t digest[16];
+    MD5Final(digest, state);
+    EXPECT_EQ(hex(state.chain), scalar_digest(bytes)) << longest;
+  }
+}
+
 TEST(EngineMd5Lanes, EveryLength) {
   std::mt19937 random(1);
   std::vector<std::string> streams;

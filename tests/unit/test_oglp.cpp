@@ -45,6 +45,22 @@ TEST_F(Oglp, ColoursFollowTheAlphas) {
   }
 }
 
+TEST_F(Oglp, SpectraOfEveryKind) {
+  const struct {
+    int kind, at, r, g, b;
+  } rows[] = {{1, 500, 127, 0, 0},  {2, 500, 0, 127, 0},   {3, 500, 0, 0, 127},
+              {0, 0, 255, 0, 0},    {0, 200, 255, 82, 20}, {0, 300, 255, 168, 10},
+              {0, 600, 0, 255, 0},  {0, 700, 0, 128, 128}, {0, 800, 0, 0, 255},
+              {0, 999, 203, 0, 204}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(str_format("%d at %d", row.kind, row.at));
+    colr.spectrum_init(row.kind);
+    clear();
+    colr.spectrum_plotscale(100, static_cast<float>(20 - row.at), 3, 7, 0);
+    EXPECT_TRUE(pixel_is(100, 20, row.r, row.g, row.b));
+  }
+}
+
 // The legend stands on its lower limit, and only half of it is within the window.
 TEST_F(Oglp, ALegendHasItsColoursAndLimits) {
   colr.spectrum_init(1);

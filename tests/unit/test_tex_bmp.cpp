@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "corekit/draw/TEX_bmp.h"
+#include "corekit/draw/TEX_load.h"
 #include "tests/unit/test_tex_util.h"
 
 namespace {
@@ -53,6 +54,33 @@ TEST(TexBmp, ReadsWhatOthersWrite) {
   EXPECT_EQ(tex_distance(scratch_array, TEX_level_bytes(desc), upright), 0);
   ASSERT_EQ(read(data, TEX_alpha, desc, fault, 0, 1), 1);
   EXPECT_EQ(desc.pad, 2);
+}
+
+// A picture is asked for under either extension, and is what it begins as.
+TEST(TexBmp, FilesOfAnyKind) {
+  const picture_folder folder;
+  tex_convert(folder, "-size 7x5 xc:red PNG24:@p.png");
+  tex_convert(folder, "-size 6x5 xc:blue BMP3:@b.bmp");
+  tex_convert(folder, "-size 4x5 xc:blue BMP3:@is_bmp.png");
+  folder.file("text.png", "neither of them");
+  folder.file("short.png", "BM");
+  const struct {
+    const char* name;
+    bool any_extension;
+    int width;
+  } rows[] = {{"p.png", false, 7},     {"b.bmp", false, 6},    {"is_bmp.png", false, 4},
+              {"p.bmp", false, 0},     {"p.bmp", true, 7},     {"b.png", true, 6},
+              {"is_bmp.dds", true, 4}, {"text.png", false, 0}, {"short.png", false, 0},
+              {"none.png", true, 0},   {"text.bmp", true, 0}};
+  for (const auto& row : rows) {
+    const auto load = row.any_extension ? TEX_load_any_ext : TEX_load_any;
+    unsigned char* pixels = scratch_array;
+    TEX_image_desc desc{};
+    EXPECT_EQ(load(folder / row.name, pixels, TEX_rgb, 0, 0, &desc), row.width != 0) << row.name;
+    EXPECT_EQ(desc.width, row.width) << row.name;
+  }
+  unsigned char* pixels = scratch_array;
+  EXPECT_EQ(TEX_load_any_ext(".png", pixels, TEX_rgb, 0, 0, nullptr), 0);
 }
 
 TEST(TexBmp, BrokenFilesAreFatal) {
