@@ -1,5 +1,6 @@
 // Windows and dialogs: sizes, close boxes, tooltip and pointer, the start, popups.
 
+#include "corekit/base/hl_app.h"
 #include "corekit/base/xtim.h"
 #include "corekit/draw/colr.h"
 #include "corekit/draw/tman.h"
@@ -313,6 +314,55 @@ TEST_F(WindowMenus, EscapeClosesAPopupAlone) {
     EXPECT_EQ(select_popup_code, 0);
     EXPECT_EQ(escapes, behind) << "the second is for what lies behind it";
   }
+}
+
+TEST_F(WindowMenus, ABarOpensItsMenus) {
+  static std::string handled;
+  handled.clear();
+  const auto handle = std::exchange(APP.handle_menu, [](int slot, int item) {
+    handled += std::to_string(slot) + ':' + std::to_string(item);
+  });
+  MACIBM_clear_menus(1);
+  MACIBM_create_menu(2, "File");
+  MACIBM_create_menu(4, "View");
+  MACIBM_append_menu(2, 10, "Open it");
+  MACIBM_append_menu(2, 11, "-");
+  MACIBM_append_menu(4, 20, "Far");
+  const auto plain = next_shown([] { MACIBM_event_proc(); });
+  const auto middle = [](int slot) {
+    return static_cast<int>(menu[slot].left + menu[slot].right) / 2;
+  };
+  const int title = 598;
+  ASSERT_LT(menu[2].right, menu[4].left);
+  EXPECT_EQ(menu[2].right - menu[2].left - menu[4].right + menu[4].left,
+            OGL_string_width("File") - OGL_string_width("View"));
+  const auto row = [](int slot) { return static_cast<int>(menu[slot].bottom) - 9; };
+  press(middle(2), title);
+  EXPECT_EQ(mnw.popup_code, 2);
+  EXPECT_NE(next_shown([] { MACIBM_event_proc(); }), plain);
+  press(middle(2), title);
+  EXPECT_EQ(mnw.popup_code, -1) << "a second press closes";
+  press((static_cast<int>(menu[2].right + menu[4].left)) / 2, title);
+  EXPECT_EQ(mnw.popup_code, -1) << "between the titles";
+  press(middle(4), title);
+  push_motion(middle(2), 600 - title);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.popup_code, 2) << "the mouse leads from one to the other";
+  push_motion(middle(2), 600 - row(2));
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.popup_code, 2);
+  press(middle(2), row(2));
+  EXPECT_EQ(handled, "2:10");
+  EXPECT_EQ(mnw.popup_code, -1);
+  press(middle(4), title);
+  push_key(SDLK_ESCAPE);
+  MACIBM_event_proc();
+  EXPECT_EQ(mnw.popup_code, -1);
+  press(middle(4), title);
+  press(middle(4), row(4));
+  EXPECT_EQ(handled, "2:104:20");
+  APP.handle_menu = handle;
+  MACIBM_clear_menus(1);
 }
 
 TEST_F(WindowMenus, APopupWithoutRoomBelowOpensAbove) {
