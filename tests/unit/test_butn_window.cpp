@@ -49,12 +49,14 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
   const scratch_folder here;
   for (const char* name : {"alpha", "beta/inner", "gamma"})
     here.folder(name);
+  here.file("beta/leaf");
   here.file("plain.acf", "I\n900 Version\nNAME of no COMM\n");
   const std::string folder = here.path();
   const auto down = [] { key(SDLK_DOWN); };
   const auto enter = [] { key(SDLK_RETURN); };
   const auto escape = [] { key(SDLK_ESCAPE); };
   const auto select = [] { click(800 / 2 + 561 / 2 - 140, 63 + 24); };
+  const auto save = [] { click(800 / 2 + 330 / 2 - 140, 63 + 24); };
   const auto new_folder = [] { click(120 + 70, 63 + 51); };
   const auto type = [](const char* text) {
     return [text] {
@@ -68,6 +70,8 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
     int result;
     std::string path;
     int file_type = file_type_folder;
+    int open_save = win_file_open;
+    const char* begins_with = "";
   } rows[] = {
       {"the window's own button", {[] { push_window_event(SDL_WINDOWEVENT_CLOSE); }}, 0, ""},
       {"this folder", {select}, 1, folder},
@@ -77,15 +81,23 @@ TEST_F(EntryWindow, BrowserByTheKeyboard) {
       {"a new folder", {new_folder, [] {}, type("new"), enter, [] {}, select}, 1, folder + "new/"},
       {"thought better of", {new_folder, [] {}, type("other"), escape, [] {}, escape}, 0, ""},
       {"shown without a comment", {type("p"), [] {}, enter}, 1, folder + "plain.acf", 3},
+      {"Select enters a folder",
+       {type("b"), select, [] {}, type("l"), select},
+       1,
+       folder + "beta/leaf",
+       0},
+      {"nothing is selected", {select, escape}, 0, "", 0},
+      {"saved under its name", {save}, 1, folder + "fresh", 0, win_file_save, "fresh"},
+      {"saved under none", {save, escape}, 0, "", 0, win_file_save},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
     int result = -1;
-    std::string path = folder;
+    std::string path = folder + row.begins_with;
     page_body = [&] {
       if (result >= 0) return;
       return_hit = escape_hit = 1;  // the keys that led here are not the browser's
-      result = BTN_opensave(win_file_open, row.file_type, &path, "Pick", "Select");
+      result = BTN_opensave(row.open_save, row.file_type, &path, "Pick", "Select");
     };
     frame_with(row.list);
     EXPECT_EQ(result, row.result);
