@@ -107,10 +107,15 @@ TEST_F(Archive7z, EveryTruncationAndDamage) {
   }
 }
 
-// A table of contents, of no entries, that is kept in a stream of its own, byte by byte.
+// A table of contents that is kept in a stream of its own, byte by byte.
 TEST_F(Archive7z, ATableThatIsStored) {
-  const std::string stream{1, 0};
-  const std::string table{0x17, 6, 0, 1, 9, 2, 0, 7, 0x0B, 1, 0, 1, 1, 0, 0x0C, 2, 0, 0};
+  const auto claims = [](const std::string& stream, const std::string& table) {
+    std::string bytes = "7z\xBC\xAF\x27\x1C" + std::string(26, '\0') + stream + table;
+    bytes[12] = static_cast<char>(stream.size());
+    bytes[20] = static_cast<char>(table.size());
+    return io_7z_claims(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), 10);
+  };
+  std::string table{0x17, 6, 0, 1, 9, 2, 0, 7, 0x0B, 1, 0, 1, 1, 0, 0x0C, 2, 0, 0};
   const struct {
     const char* label;
     size_t at;
@@ -127,11 +132,28 @@ TEST_F(Archive7z, ATableThatIsStored) {
       {"a method without what it needs", 13, 0x21, claims_damaged},
   };
   for (const auto& row : rows) {
-    std::string bytes = "7z\xBC\xAF\x27\x1C" + std::string(26, '\0') + stream + table;
-    bytes[12] = static_cast<char>(stream.size());
-    bytes[20] = static_cast<char>(table.size());
-    bytes[34 + row.at] = row.put;
-    const auto* const archive = reinterpret_cast<const unsigned char*>(bytes.data());
-    EXPECT_EQ(io_7z_claims(archive, bytes.size(), 10), row.verdict) << row.label;
+    std::string changed = table;
+    changed[row.at] = row.put;
+    EXPECT_EQ(claims({1, 0}, changed), row.verdict) << row.label;
+  }
+  const struct {
+    const char* label;
+    std::string stream;
+    claims_7z verdict;
+  } streams[] = {
+      {"no entries", {1, 5, 0}, claims_empty},
+      {"one", {1, 5, 1, 0}, claims_fine},
+      {"no room for one", {1, 5, 1}, claims_too_large},
+      {"ten", {1, 5, 10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, claims_fine},
+      {"one too many", {1, 5, 11, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, claims_too_large},
+      {"a number of two bytes", {1, 5, '\x80', 1, 0}, claims_fine},
+      {"a large one", {1, 5, '\x81', 1, 0}, claims_too_large},
+      {"properties of the archive", {1, 2, 7, 2, 0, 9, 0, 0}, claims_empty},
+      {"sums of what is packed", {1, 4, 6, 0, 1, 9, 2, 10, 1, 1, 2, 3, 4, 0, 0, 0}, claims_empty},
+      {"something else", {1, 3}, claims_damaged},
+  };
+  for (const auto& row : streams) {
+    table[5] = table[15] = static_cast<char>(row.stream.size());
+    EXPECT_EQ(claims(row.stream, table), row.verdict) << row.label;
   }
 }

@@ -7,6 +7,7 @@
 
 #include "corekit/draw/colr.h"
 #include "corekit/draw/oglp_draw.h"
+#include "corekit/draw/oglp_picture.h"
 #include "tests/unit/gl_fixture.h"
 #include "tests/unit/test_tex_util.h"
 
@@ -131,6 +132,42 @@ TEST_F(Oglp, TheLargeBackgroundLiesInTiles) {
               {349, 349, 0, 255, 0}, {349, 350, 255, 0, 0}, {799, 599, 0, 0, 255}};
   for (const auto& row : rows)
     EXPECT_TRUE(pixel_is(row.x, row.y, row.r, row.g, row.b));
+}
+
+// A letter is a quad at its place in the alphabet; what differs begins and ends with a letter.
+TEST(OglpPicture, DamageIsWhatLiesBetween) {
+  const auto picture = [](const std::string& letters) {
+    picture_pieces pieces;
+    for (const char letter : letters) {
+      const float x = static_cast<float>(letter - 'A') * 10;
+      picture_piece piece = {};
+      piece.how.shape = shape_quad;
+      for (int i = 0; i < 4; ++i)
+        piece.corners[i] = {x + static_cast<float>(i / 2) * 5, static_cast<float>(i % 2), 0, 0};
+      pieces.push_back(piece);
+    }
+    return pieces;
+  };
+  const struct {
+    const char *a, *b, *damage;
+  } rows[] = {
+      {"", "", ""},         {"", "B", "BB"},       {"ABC", "ABC", ""},     {"ABC", "AC", "BB"},
+      {"ABC", "ABD", "CD"}, {"ABC", "ACB", "BC"},  {"ABCD", "XBCY", "AY"}, {"ABBC", "ABC", "BB"},
+      {"BB", "B", "BB"},    {"ABCD", "BCD", "AA"}, {"CBA", "DBA", "CD"},
+  };
+  for (const auto& row : rows) {
+    for (const bool turned : {false, true}) {
+      const auto a = picture(turned ? row.b : row.a), b = picture(turned ? row.a : row.b);
+      const OGL_rect damage = picture_damage(a, b);
+      EXPECT_EQ(picture_same(a, b), !*row.damage) << row.a << ' ' << row.b;
+      if (!*row.damage) {
+        EXPECT_GE(damage.x0, damage.x1) << row.a;
+        continue;
+      }
+      EXPECT_EQ(damage.x0, picture({row.damage[0]})[0].corners[0].x) << row.a << ' ' << row.b;
+      EXPECT_EQ(damage.x1, picture({row.damage[1]})[0].corners[3].x) << row.a << ' ' << row.b;
+    }
+  }
 }
 
 // What is painted of a picture that resembles the one before is what a whole painting gives.
