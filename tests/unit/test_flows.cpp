@@ -33,6 +33,7 @@
 #include "Installer-f/wizard/main_unattended.h"
 #include "Installer-f/wizard/main_unattended_list.h"
 #include "Installer-f/wizard/main_unattended_progress.h"
+#include "Installer-f/wizard/main_unattended_say.h"
 #include "Installer-f/wizard/main_wizard.h"
 #include "Installer-f/wizard/main_wizard_draw.h"
 #include "corekit/base/UTL_cmdline.h"
@@ -584,7 +585,7 @@ TEST(FlowsProgress, WhatIsPrintedOfIt) {
   next = transfer_record();
   xtim.now_sec = 10;
   testing::internal::CaptureStdout();
-  for (const page_kind kind : {page_job, page_install, page_transfer}) {
+  const auto show = [](page_kind kind) {
     progress_begin();
     for (const float at : {-1.0f, 0.0f, 0.049f, 0.05f, 0.05f, 0.5f, 1.0f}) {
       wizard_screen screen;
@@ -593,8 +594,18 @@ TEST(FlowsProgress, WhatIsPrintedOfIt) {
       next.done_zip_kb = 1500 * static_cast<double>(at);
       progress_show(kind, screen);
     }
-  }
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), written("progress"));
+  };
+  for (const page_kind kind : {page_job, page_install, page_transfer})
+    show(kind);
+  cmdline.init_win("--json");
+  say_begin();
+  for (const page_kind kind : {page_install, page_transfer})
+    show(kind);
+  cmdline = UTL_cmdline();
+  say_begin();
+  EXPECT_EQ(std::regex_replace(testing::internal::GetCapturedStdout(),
+                               std::regex(R"("time": "[^"]*")"), R"("time": T)"),
+            written("progress"));
 }
 
 }  // namespace

@@ -115,6 +115,28 @@ TEST_F(WindowFrame, AClickIsWhereThePressWas) {
   EXPECT_FLOAT_EQ(mnw.mouse_x, 700);
 }
 
+// Of several presses that fall into one frame.
+TEST_F(WindowFrame, ADoubleClickOfOneFrameIsOne) {
+  const struct {
+    std::vector<Uint8> presses;  // each with how many came in a row
+    int clicks;
+  } rows[] = {{{1}, 1}, {{2}, 2}, {{1, 2}, 2}, {{1, 1}, 1}, {{2, 1}, 2}, {{3}, 3}, {{1}, 1}};
+  for (const auto& row : rows) {
+    for (const Uint8 clicks : row.presses) {
+      SDL_Event event = {};
+      event.type = SDL_MOUSEBUTTONDOWN;
+      event.button.x = event.button.y = 100;
+      event.button.button = SDL_BUTTON_LEFT;
+      event.button.clicks = clicks;
+      SDL_PushEvent(&event);
+    }
+    push_button(100, 100, false);
+    MACIBM_event_proc();
+    EXPECT_EQ(mnw.mouse_clicks, row.clicks) << row.presses.size();
+    MACIBM_event_proc();
+  }
+}
+
 std::vector<PLT_key_event> keys_seen;
 int key_frames = 0;
 
