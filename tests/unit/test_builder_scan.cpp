@@ -139,7 +139,7 @@ TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
     put("All/Weapons/gun " + std::to_string(1000 + i) + " copy.wpn", state_a);
   for (int i = 0; i < 30; ++i)
     put("All/Output/copy/" + std::to_string(i) + ".txt", state_a);  // one to be mended
-  for (int i = 0; i < 60; ++i)
+  for (int i = 0; i < 460; ++i)
     put("All/Aircraft/" + std::to_string(i) + ".cpp", state_a);
   put("All/Movies/a.txt", state_a);
   drop("All/Airfoils");
@@ -148,9 +148,10 @@ TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
   const std::string said = said_by_build(1);
   EXPECT_TRUE(
       str_holds(said,
-                "364 faults, of which 49 are shown; the log has all of them: copy 301, source "
-                "code 60, foreign folder in All/ 1, place missing 1, release built before 1."))
+                "764 faults, of which 49 are shown; the log has all of them: copy 301, source "
+                "code 460, foreign folder in All/ 1, place missing 1, release built before 1."))
       << said;
+  EXPECT_TRUE(str_holds(said, "total files recursed: 500. will compress: ")) << "as it goes on";
   size_t plain = 0;
   for (size_t at = said.find("\n  /"); at != said.npos; at = said.find("\n  /", at + 1))
     ++plain;
