@@ -47,10 +47,7 @@ TEST_F(ArchiveHostile, NamesThatOnlyLookSo) {
 }
 
 TEST_F(ArchiveHostile, NothingGoesThroughALink) {
-  const struct {
-    const char* label;
-    std::vector<raw_entry> entries;
-  } rows[] = {
+  const std::pair<const char*, std::vector<raw_entry>> rows[] = {
       {"to the parent", {{"l", "..", link_attributes}, {"l/evil", "evil"}}},
       {"absolute", {{"l", root, link_attributes}, {"l/evil", "evil"}}},
       {"deep",
@@ -64,10 +61,10 @@ TEST_F(ArchiveHostile, NothingGoesThroughALink) {
       {"a folder of its name first",
        {{"l", "..", link_attributes}, {"l/", "", folder_attributes}, {"l/evil", "evil"}}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, entries] : rows) {
     ASSERT_EQ(symlink("..", (out + "disk").c_str()), 0);
-    EXPECT_EQ(unpack(raw_zip(row.entries)), 20002) << row.label;
-    expect_untouched(row.label);
+    EXPECT_EQ(unpack(raw_zip(entries)), 20002) << label;
+    expect_untouched(label);
     empty_out();
   }
   // A link in the place of the file is replaced, not followed, wherever it came from.
@@ -95,11 +92,7 @@ TEST_F(ArchiveHostile, LiesAboutSizes) {
   const unsigned densest = honest.packed_size * 1032;
   raw_entry twice = stored;
   twice.again = true;
-  const struct {
-    const char* label;
-    std::vector<raw_entry> entries;
-    int result;
-  } rows[] = {
+  const std::tuple<const char*, std::vector<raw_entry>, int> rows[] = {
       {"honest", {honest}, 0},
       {"3 GB", {with(honest, size, 3000000000u)}, 20002},
       {"just denser than deflate", {with(honest, size, densest + 1033)}, 20002},
@@ -120,15 +113,15 @@ TEST_F(ArchiveHostile, LiesAboutSizes) {
       {"no entries", {}, 20001},
       {"one entry's bytes five times over", {stored, twice, twice, twice, twice}, 20002},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, honest_entries, result] : rows) {
     for (const unsigned attributes : {0x81A40000u, link_attributes}) {
-      auto entries = row.entries;
+      auto entries = honest_entries;
       for (raw_entry& entry : entries)
         entry.attributes = attributes;
       // A link's target of this length is good, and its text is what the entry holds.
-      EXPECT_EQ(unpack(raw_zip(entries)), row.result) << row.label;
+      EXPECT_EQ(unpack(raw_zip(entries)), result) << label;
     }
-    expect_untouched(row.label);
+    expect_untouched(label);
     empty_out();
   }
 }

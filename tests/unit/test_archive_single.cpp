@@ -52,10 +52,7 @@ TEST_F(ArchiveSingle, WhatAZipMayHold) {
   locked.flags = 1;
   method.method = 12;
   lying.crc ^= 1;
-  const struct {
-    std::string label, bytes;
-    single_outcome outcome;
-  } rows[] = {
+  const std::tuple<std::string, std::string, single_outcome> rows[] = {
       {"one file", raw_zip({plain}), single_ok},
       {"deflated", raw_zip({deflated_entry("x", "content")}), single_ok},
       {"with its fork", raw_zip({plain, fork}), single_ok},
@@ -88,11 +85,11 @@ TEST_F(ArchiveSingle, WhatAZipMayHold) {
       {"a wrong sum", raw_zip({lying}), single_damaged},
       {"no archive", "<html>log in, please</html>", single_no_archive},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(read(row.bytes), row.outcome) << row.label;
-    EXPECT_EQ(text, row.outcome == single_ok ? "content" : "") << row.label;
-    if (row.outcome == single_ok) {
-      EXPECT_EQ(file.is_link, row.label == std::string("a link"));
+  for (const auto& [label, bytes, outcome] : rows) {
+    EXPECT_EQ(read(bytes), outcome) << label;
+    EXPECT_EQ(text, outcome == single_ok ? "content" : "") << label;
+    if (outcome == single_ok) {
+      EXPECT_EQ(file.is_link, label == std::string("a link"));
     }
   }
   EXPECT_EQ(read(raw_zip({{"a", "x", 0x8FED0000}})), single_ok);
@@ -141,10 +138,7 @@ TEST_F(ArchiveSingle, SevenZip) {
     EXPECT_EQ(text.size(), 3'000'000u) << options;
     EXPECT_EQ(read(file_text(base + "made.7z"), 2'999'999), single_too_large) << options;
   }
-  const struct {
-    const char *options, *files;
-    single_outcome outcome;
-  } rows[] = {
+  const std::tuple<const char*, const char*, single_outcome> rows[] = {
       {"", "none", single_ok},
       {"", "a.txt __MACOSX/._a.txt", single_ok},
       {"-snl", "link", single_ok},
@@ -157,9 +151,8 @@ TEST_F(ArchiveSingle, SevenZip) {
       {"-psecret", "a.txt", single_damaged},
       {"-psecret -mhe=on", "a.txt", single_no_archive},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(read(pack_7z(row.options, row.files), 3'000'000), row.outcome)
-        << row.options << row.files;
+  for (const auto& [options, files, outcome] : rows)
+    EXPECT_EQ(read(pack_7z(options, files), 3'000'000), outcome) << options << files;
   EXPECT_EQ(read(pack_7z("-snl", "link")), single_ok);
   EXPECT_FALSE(file.is_link);
   EXPECT_EQ(text, "content");
@@ -180,10 +173,7 @@ TEST_F(ArchiveSingle, SevenZipClaims) {
     return std::string("\1\4\6\0\1\x09\x05\0\7\x0B\1\0", 12) + coders +
            std::string("\x0C\x07\0\0\5\1\x11\1\0\0", 10);
   };
-  const struct {
-    std::string label, head;
-    claims_7z claims;
-  } rows[] = {
+  const std::tuple<std::string, std::string, claims_7z> rows[] = {
       {"one file", streams(std::string("\1\1\0", 3)), claims_fine},
       {"files", "\1\5" + millions, claims_too_large},
       {"three files", std::string("\1\5\3xxxxxxxxx", 12), claims_too_large},
@@ -202,13 +192,13 @@ TEST_F(ArchiveSingle, SevenZipClaims) {
        std::string("\1\4\7\x0B\1\0\1\1\0\x0C\7\0\x08\x0D", 14) + millions, claims_too_large},
       {"another kind", "\2", claims_damaged},
   };
-  for (const auto& row : rows) {
-    const std::string bytes = archive(row.head);
+  for (const auto& [label, head, claims] : rows) {
+    const std::string bytes = archive(head);
     const auto* const data = reinterpret_cast<const unsigned char*>(bytes.data());
-    EXPECT_EQ(io_7z_claims(data, bytes.size(), 2), row.claims) << row.label;
-    EXPECT_NE(read(bytes), single_ok) << row.label;
+    EXPECT_EQ(io_7z_claims(data, bytes.size(), 2), claims) << label;
+    EXPECT_NE(read(bytes), single_ok) << label;
     for (size_t cut = 0; cut < bytes.size(); ++cut)
-      EXPECT_NE(io_7z_claims(data, cut, 2), claims_fine) << row.label << cut;
+      EXPECT_NE(io_7z_claims(data, cut, 2), claims_fine) << label << cut;
   }
 }
 
@@ -242,10 +232,7 @@ TEST_F(ArchiveSingle, EveryTruncationAndFlippedByte) {
 }
 
 TEST_F(ArchiveSingle, WhoseArchiveItIs) {
-  const struct {
-    std::string label, bytes;
-    bool ours;
-  } rows[] = {
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {"ours", raw_zip({deflated_entry("photos", "x")}), true},
       {"with its fork", raw_zip({{"photos", "x"}, {"__MACOSX/._photos", fork_block}}), true},
       {"of another file", raw_zip({{"photo", "x"}}), false},
@@ -256,9 +243,9 @@ TEST_F(ArchiveSingle, WhoseArchiveItIs) {
       {"nothing", "", false},
       {"too large to be ours", raw_zip({{"photos", noise(2000, 1)}}), false},
   };
-  for (const auto& row : rows) {
-    const io_handle handle(open(put(row.bytes).c_str(), O_RDONLY | O_CLOEXEC));
-    EXPECT_EQ(io_archive_is_of(handle.get(), 1000, "photos"), row.ours) << row.label;
+  for (const auto& [label, bytes, ours] : rows) {
+    const io_handle handle(open(put(bytes).c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(io_archive_is_of(handle.get(), 1000, "photos"), ours) << label;
   }
   const unsigned char* bytes = nullptr;
   size_t size = 0;

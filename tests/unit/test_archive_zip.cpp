@@ -130,20 +130,16 @@ TEST_F(ArchiveZip, Attributes) {
   const time_t stored = 1709618828;  // 5 March 2024, 06:07:08, in the zone set below
   setenv("TZ", "UTC0", 1);
   tzset();
-  const struct {
-    unsigned attributes;
-    mode_t mode;
-    bool dated;
-  } rows[] = {
+  const std::tuple<unsigned, mode_t, bool> rows[] = {
       {0, plain, false},        {0x81ED0000, 0755, true},  {0x8FFF0000, 0777, true},
       {0x01000000, 0400, true}, {0x00000020, plain, true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.attributes);
-    ASSERT_EQ(unpack(raw_zip({{"a", "x", row.attributes}})), 0);
+  for (const auto& [attributes, mode, dated] : rows) {
+    SCOPED_TRACE(attributes);
+    ASSERT_EQ(unpack(raw_zip({{"a", "x", attributes}})), 0);
     const struct stat st = file_stat(out + "a");
-    EXPECT_EQ(st.st_mode & 07777, row.mode);
-    if (row.dated) {
+    EXPECT_EQ(st.st_mode & 07777, mode);
+    if (dated) {
       EXPECT_EQ(st.st_mtime, stored);
       EXPECT_EQ(st.st_atime, stored);
     } else {
@@ -157,10 +153,7 @@ TEST_F(ArchiveZip, ForkEntriesAreCheckedAndDropped) {
   const std::string parts("\0\2\0\0\0\x09\0\0\0\x32\0\0\0\x20\0\0\0\2\0\0\0\x52\0\0\0\4", 26);
   std::string bad = header;
   bad[23] = 1;
-  const struct {
-    std::string label, block;
-    int result;
-  } rows[] = {
+  const std::tuple<std::string, std::string, int> rows[] = {
       {"whole", header + parts + std::string(32, 'F') + "fork", 0},
       {"header only", header, 0},
       {"part beyond the block", header + std::string("\0\1\0\0\0\2\xFF\xFF\xFF\xFF\0\0\0\1", 14),
@@ -168,12 +161,12 @@ TEST_F(ArchiveZip, ForkEntriesAreCheckedAndDropped) {
       {"filler", bad + parts, 20012},
       {"short", header.substr(0, 23), 20012},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, block, result] : rows) {
     for (const char* name : {"__MACOSX/deep/._a.txt", "__MACOSX", "__MACOSXa"}) {
-      EXPECT_EQ(unpack(raw_zip({{"__MACOSX/", "", 0x41ED0010}, {name, row.block}, {"a.txt", "a"}})),
-                row.result)
-          << row.label << " " << name;
-      EXPECT_EQ(tree_of(out).size(), row.result == 0 ? 1u : 0u) << row.label << " " << name;
+      EXPECT_EQ(unpack(raw_zip({{"__MACOSX/", "", 0x41ED0010}, {name, block}, {"a.txt", "a"}})),
+                result)
+          << label << " " << name;
+      EXPECT_EQ(tree_of(out).size(), result == 0 ? 1u : 0u) << label << " " << name;
       empty_out();
     }
   }

@@ -112,9 +112,7 @@ TEST(BusUri, OnlyFilesOfThisMachine) {
 }
 
 TEST_F(Bus, PortalIsTheFirstFolderWindow) {
-  const struct {
-    const char *portal, *picked, *said;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"file:///tmp/a%20b%23%C3%A9/", "/tmp/a b#\xC3\xA9",
        "Pick \xC3\xA9 handle_token skyvane_folder directory yes current_folder/tmp/"},
       {"cancelled", "cancelled", "OpenFile"},
@@ -130,12 +128,12 @@ TEST_F(Bus, PortalIsTheFirstFolderWindow) {
       {"mute", "/by/zenity", "Get"},
       {"silent", "/by/zenity", "Close /org/freedesktop/portal/desktop/request/1_"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.portal);
-    serve({row.portal});
-    EXPECT_EQ(pick(), row.picked);
-    EXPECT_TRUE(says(service, row.said)) << said;
-    EXPECT_TRUE(row.said != "Get"s || said.find("OpenFile") == std::string::npos) << said;
+  for (const auto& [portal, picked, heard] : rows) {
+    SCOPED_TRACE(portal);
+    serve({portal});
+    EXPECT_EQ(pick(), picked);
+    EXPECT_TRUE(says(service, heard)) << said;
+    EXPECT_TRUE(heard != "Get"s || said.find("OpenFile") == std::string::npos) << said;
   }
 }
 

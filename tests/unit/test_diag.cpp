@@ -146,19 +146,15 @@ TEST(Diag, CrawlStopsAtAHundredFrames) {
 }
 
 TEST(Diag, NumbersAndUnits) {
-  const struct {
-    unsigned long long bytes;
-    unsigned number;
-    char unit;
-  } rows[] = {
+  const std::tuple<unsigned long long, unsigned, char> rows[] = {
       {1433, 1433, 'B'},
       {1434, 1, 'K'},
       {1468007, 1, 'M'},
       {(14ull << 30) + 1, 14, 'G'},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(mem_to_number(row.bytes), row.number) << row.bytes;
-    EXPECT_EQ(mem_to_suffix(row.bytes), row.unit) << row.bytes;
+  for (const auto& [size, number, unit] : rows) {
+    EXPECT_EQ(mem_to_number(size), number) << size;
+    EXPECT_EQ(mem_to_suffix(size), unit) << size;
   }
 }
 

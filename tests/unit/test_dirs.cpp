@@ -224,10 +224,7 @@ TEST_F(EngineRegistry, ReadsWhatItFinds) {
   const std::string a = here.folder("a"), b = here.folder("b");
   const std::string a_file = write("file", "");
   const std::string gone = root + "gone/";
-  const struct {
-    std::string label, content;
-    std::vector<std::string> found;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::vector<std::string>> rows[] = {
       {"no line end", a + "\n" + b, {a, b}},
       {"folder that has gone", gone + "\n" + a + "\n", {a}},
       {"a plain file", a_file + "\n" + a_file + "/\n" + a + "\n", {a}},
@@ -236,11 +233,11 @@ TEST_F(EngineRegistry, ReadsWhatItFinds) {
       {"more are two", std::string(2047, 'x') + a + "\n" + b + "\n", {a, b}},
       {"two, but not at that place", std::string(2046, 'x') + a + "\n" + b + "\n", {b}},
   };
-  for (const auto& row : rows) {
-    write(list, row.content);
+  for (const auto& [label, content, found] : rows) {
+    write(list, content);
     locate_all_skyvanes();
-    EXPECT_EQ(all_skyroots, row.found) << row.label;
-    EXPECT_EQ(read(list), row.content) << row.label;  // a line for a folder that has gone stays
+    EXPECT_EQ(all_skyroots, found) << label;
+    EXPECT_EQ(read(list), content) << label;  // a line for a folder that has gone stays
   }
 }
 
@@ -271,11 +268,8 @@ TEST_F(EngineRegistry, FailuresAreALineInTheLog) {
 }
 
 TEST_F(EngineRegistry, WhatMakesACopy) {
-  const struct {
-    const char* label;
-    std::vector<const char*> items;  // a trailing "/" makes a folder
-    int is_copy;
-  } rows[] = {
+  // A trailing "/" makes a folder.
+  const std::tuple<const char*, std::vector<const char*>, int> rows[] = {
       {"names around them", {"My Airfoils/", "Instructions 2/", "xOutputx/", "Old Resources/"}, 1},
       {"one is missing", {"Airfoils/", "Instructions/", "Output/", "Custom Scenery/"}, 0},
       {"one is a file", {"Airfoils/", "Instructions/", "Output/", "Resources"}, 0},
@@ -283,12 +277,12 @@ TEST_F(EngineRegistry, WhatMakesACopy) {
       {"hidden", {".Airfoils/", "Instructions/", "Output/", "Resources/"}, 0},
   };
   int number = 0;
-  for (const auto& row : rows) {
+  for (const auto& [label, items, is_copy] : rows) {
     const std::string name = "copy" + std::to_string(number++) + "/";
     dest_dir_path = root + name;
-    for (const std::string item : row.items)
+    for (const std::string item : items)
       write(name + item + (item.back() == '/' ? "x" : ""), "");
-    EXPECT_EQ(path_is_to_a_sim(), row.is_copy) << row.label;
+    EXPECT_EQ(path_is_to_a_sim(), is_copy) << label;
   }
   dest_dir_path.clear();
   EXPECT_EQ(path_is_to_a_sim(), 0);

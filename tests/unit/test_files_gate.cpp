@@ -89,13 +89,12 @@ TEST_P(FilesGate, PutsWholeFilesInPlace) {
   EXPECT_EQ(parts_left(), 0);
   expect_outside_whole("put");
 
-  const struct {
-    mode_t asked, given;
-  } modes[] = {{07777, 0755}, {0666, 0644}, {0, 0644}, {0022, 0400}, {0100755, 0755}};
+  const std::pair<mode_t, mode_t> modes[] = {
+      {07777, 0755}, {0666, 0644}, {0, 0644}, {0022, 0400}, {0100755, 0755}};
   umask(022);
-  for (const auto& row : modes) {
-    ASSERT_EQ(gate.put_file("moded", "x", 1, {row.asked, 1234567890}), 0);
-    EXPECT_EQ(mode_of(dir / "copy/moded"), row.given) << std::oct << row.asked;
+  for (const auto& [asked, given] : modes) {
+    ASSERT_EQ(gate.put_file("moded", "x", 1, {asked, 1234567890}), 0);
+    EXPECT_EQ(mode_of(dir / "copy/moded"), given) << std::oct << asked;
     EXPECT_EQ(std::filesystem::last_write_time(dir / "copy/moded"),
               std::chrono::file_clock::from_sys(
                   std::chrono::sys_seconds(std::chrono::seconds(1234567890))));
@@ -141,10 +140,7 @@ TEST_P(FilesGate, LinksThatAReleaseMayShip) {
   dir.link("copy/in", "F/Versions");   // the user's as well
   dir.link("copy/loop", "loop");
   dir.link("copy/F/away", (dir / "outside").c_str());
-  const struct {
-    const char *at, *target;
-    int code;
-  } rows[] = {
+  const std::tuple<const char*, const char*, int> rows[] = {
       {"F/Versions/Current", "A", 0},
       {"F/Resources", "Versions/Current/Resources", 0},
       {"F/code", "Versions/Current/code", 0},
@@ -174,13 +170,13 @@ TEST_P(FilesGate, LinksThatAReleaseMayShip) {
       {"out/l", "mine.txt", 0},          // below the user's link, what stays there is inside
       {"out/m", "../copy/F", gate_leads_out},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.at) + " -> " + row.target);
-    EXPECT_EQ(gate.put_link(row.at, row.target), row.code);
+  for (const auto& [at, target, code] : rows) {
+    SCOPED_TRACE(std::string(at) + " -> " + target);
+    EXPECT_EQ(gate.put_link(at, target), code);
     std::string have;
-    EXPECT_EQ(is_sim_link((dir / ("copy/" + std::string(row.at))).c_str(), &have), row.code == 0);
-    if (row.code == 0) {
-      EXPECT_EQ(have, row.target);
+    EXPECT_EQ(is_sim_link((dir / ("copy/" + std::string(at))).c_str(), &have), code == 0);
+    if (code == 0) {
+      EXPECT_EQ(have, target);
     }
   }
   EXPECT_EQ(gate.put_link("l", std::string("a\0b", 3)), gate_leads_out);

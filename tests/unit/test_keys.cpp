@@ -101,11 +101,7 @@ TEST_F(Keys, RawKeysBecomeCharacterKeyAndFlags) {
 
 TEST_F(Keys, EventsTypeWhatTheUserSees) {
   const char* euro = "\xE2\x82\xAC";
-  const struct {
-    const char* label;
-    PLT_key_event event;
-    const char* taken;
-  } rows[] = {
+  const std::tuple<const char*, PLT_key_event, const char*> rows[] = {
       {"an accent", event_of(p_e, "\xC3\xA9", 0, 'e'), "233,69,8 "},
       {"no byte for it", event_of(p_e, euro, 0, 'e'), "0,69,8 "},
       {"Alt is Option", event_of(p_a, "a", plt_alt, 'a'), "0,65,10 "},
@@ -119,10 +115,10 @@ TEST_F(Keys, EventsTypeWhatTheUserSees) {
       {"its release", event_of(p_pad_7, "", plt_num_lock, 0, 0), "0,103,16 "},
       {"an input method", event_of(0, "h\xC3\xA9!", 0), "104,0,8 233,0,8 33,0,8 "},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, event, expected] : rows) {
     focus_widget();
-    keys.handle_event(row.event);
-    EXPECT_EQ(taken(), row.taken) << row.label;
+    keys.handle_event(event);
+    EXPECT_EQ(taken(), expected) << label;
   }
 }
 
@@ -161,18 +157,16 @@ TEST_F(Keys, ReturnPressesADialogsDefault) {
   mnw_keys.leave_dialog = [] { MACIBM_handleclick(1); };
   const int command = cmnd.add_cmd("test/return", "");
   keys.bindings.push_back({vk_return, 0, command, 0});
-  const struct {
-    int window, after, presses;
-  } rows[] = {{win_prefs, win_main, 0},
-              {win_about, win_main, 0},
-              {win_file_open, win_file_open, 0},
-              {win_main, win_main, 1}};
-  for (const auto& row : rows) {
+  const std::tuple<int, int, int> rows[] = {{win_prefs, win_main, 0},
+                                            {win_about, win_main, 0},
+                                            {win_file_open, win_file_open, 0},
+                                            {win_main, win_main, 1}};
+  for (const auto& [window, after, presses] : rows) {
     return_hit = 0;
-    mnw.win_id = row.window;
+    mnw.win_id = window;
     keys.handle_key_raw(3, p_return << 8 | 13, 0);
-    EXPECT_EQ(mnw.win_id, row.after);
-    EXPECT_EQ(cmnd.presses[static_cast<size_t>(command)], row.presses) << row.window;
+    EXPECT_EQ(mnw.win_id, after);
+    EXPECT_EQ(cmnd.presses[static_cast<size_t>(command)], presses) << window;
   }
 }
 
@@ -309,18 +303,16 @@ TEST(BorderText, BothWays) {
 }
 
 TEST(BorderText, OfBothKindsForTheFont) {
-  const struct {
-    const char *text, *shown;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"plain", "plain"},
       {"Instalaci\xF3n en /home/Jos\xC3\xA9/", "Instalaci\xF3n en /home/Jos\xE9/"},
       {"\xC3\xA9\xE9\xC3\xA9", "\xE9\xE9\xE9"},
       {"/home/\xD0\x99", "/home/?"},
       {"cut short \xC3", "cut short \xC3"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(PLT_font_text(row.text), row.shown);
-    EXPECT_EQ(PLT_needs_font_text(row.text), std::string(row.text) != row.shown) << row.text;
+  for (const auto& [text, shown] : rows) {
+    EXPECT_EQ(PLT_font_text(text), shown);
+    EXPECT_EQ(PLT_needs_font_text(text), std::string(text) != shown) << text;
   }
 }
 
@@ -336,15 +328,13 @@ TEST(BorderText, SteersNoTerminal) {
 
 TEST(BorderText, InShortLines) {
   const std::string word(40, 'x'), longer(100, 'y');
-  const struct {
-    std::string text, lines;
-  } rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {"", ""},
       {word + " " + word, word + "\n" + word},
       {word + " a b\n" + word + " c", word + " a b\n" + word + " c"},
       {"/" + word + "/" + word + "/z", "/" + word + "/\n" + word + "/z"},
       {longer + " " + longer, longer + "\n" + longer},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(PLT_short_lines(row.text), row.lines);
+  for (const auto& [text, lines] : rows)
+    EXPECT_EQ(PLT_short_lines(text), lines);
 }

@@ -68,10 +68,7 @@ TEST_F(EngineManifest, ReadsEveryField) {
 }
 
 TEST_F(EngineManifest, Lines) {
-  const struct {
-    std::string label, body;
-    const char* table;
-  } rows[] = {
+  const std::tuple<std::string, std::string, const char*> rows[] = {
       {"no line end at the end", "DIR A/\nFILE 0 0 1 2 3 <1> a", "A/a=1"},
       {"CR", "DIR A/\rFILE 0 0 1 2 3 <1> a\rFILE 0 0 1 2 3 <2> b\r", "A/a=1 A/b=2"},
       {"NUL", std::string("DIR A/\0FILE 0 0 1 2 3 <1> a\0FILE 0 0 1 2 3 <2> b", 48), "A/a=1 A/b=2"},
@@ -102,9 +99,9 @@ TEST_F(EngineManifest, Lines) {
        "FILE 0 0 1 2 3 <1> ./c\nFILE 0 0 1 2 3 <1> .c\nFILE 0 0 1 2 3 <1> ..\n",
        "A/b/c=1 A/.c=1"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(load_body(row.body), 3) << row.label;
-    EXPECT_EQ(table(), row.table) << row.label;
+  for (const auto& [label, body, expected] : rows) {
+    EXPECT_EQ(load_body(body), 3) << label;
+    EXPECT_EQ(table(), expected) << label;
   }
 }
 
@@ -142,10 +139,7 @@ TEST_F(EngineManifest, Numbers) {
 
 TEST_F(EngineManifest, Headers) {
   const std::string file = "\nFILE 0 0 1 2 3 <1> a\n";
-  const struct {
-    std::string text;
-    int result;
-  } rows[] = {
+  const std::pair<std::string, int> rows[] = {
       {"I\n900 version\nINSTALLER\n" + file, 3},
       {"A\r840\rINSTALLER\r" + file, 3},
       {"I\n841 version\nINSTALLER\n" + file, 2},
@@ -157,17 +151,17 @@ TEST_F(EngineManifest, Headers) {
       {"I\n900 version\nINSTALLER\nFILE 0 0 1 2 3 none a\n", 0},
       {"<html><body>Please log in.</body></html>\n", 0},
   };
-  for (const auto& row : rows) {
+  for (const auto& [text, result] : rows) {
     stg = stg_record();
     app_done = 0;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(load(row.text), row.result) << row.text;
+    EXPECT_EQ(load(text), result) << text;
     const std::string told = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(str_holds(told, "you need to get a new installer!"), row.result == 2) << row.text;
-    EXPECT_EQ(app_done, row.result == 2) << row.text;
-    EXPECT_EQ(stg.new_format_state, row.result == 2 ? 2 : 0) << row.text;
-    EXPECT_EQ(stg.directory_state, row.result == 2 ? manifest_refused : manifest_none) << row.text;
-    EXPECT_EQ(sim_info.empty(), row.result != 3);
+    EXPECT_EQ(str_holds(told, "you need to get a new installer!"), result == 2) << text;
+    EXPECT_EQ(app_done, result == 2) << text;
+    EXPECT_EQ(stg.new_format_state, result == 2 ? 2 : 0) << text;
+    EXPECT_EQ(stg.directory_state, result == 2 ? manifest_refused : manifest_none) << text;
+    EXPECT_EQ(sim_info.empty(), result != 3);
   }
   app_done = 0;
 }
@@ -239,10 +233,7 @@ TEST_F(EngineManifest, HundredThousandLines) {
 }
 
 TEST(EngineManifestSig, Texts) {
-  const struct {
-    const char *text, *back;
-    bool is_digest;
-  } rows[] = {
+  const std::tuple<const char*, const char*, bool> rows[] = {
       {"0123456789abcdefABCDEF0123456789", "0123456789abcdefabcdef0123456789", true},
       {"0123456789abcdefABCDEF012345678g", "0123456789abcdef", false},
       {"/123456789abcdefABCDEF0123456789", "/123456789abcdef", false},
@@ -250,12 +241,12 @@ TEST(EngineManifestSig, Texts) {
       {"GONE", "GONE", false},
       {"", "", false},
   };
-  for (const auto& row : rows) {
-    const file_sig sig = row.text;
-    EXPECT_EQ(sig.text(), row.back);
-    EXPECT_EQ(sig.is_digest(), row.is_digest) << row.text;
-    EXPECT_EQ(sig, file_sig(row.back)) << row.text;
-    EXPECT_EQ(sig.empty(), *row.text == 0);
+  for (const auto& [text, back, is_digest] : rows) {
+    const file_sig sig = text;
+    EXPECT_EQ(sig.text(), back);
+    EXPECT_EQ(sig.is_digest(), is_digest) << text;
+    EXPECT_EQ(sig, file_sig(back)) << text;
+    EXPECT_EQ(sig.empty(), *text == 0);
   }
 }
 
@@ -282,10 +273,7 @@ TEST_F(EngineManifest, ANewReadReplacesAll) {
 }
 
 TEST(EngineManifestNames, GlobalScenery) {
-  const struct {
-    const char* path;
-    int global;
-  } rows[] = {
+  const std::pair<const char*, int> rows[] = {
       {"ALL_os/Global Scenery/x/+34-118.DsF", 1},
       {"A/-global overlays-/a.dsf", 1},
       {"A/default scenery/DSF 820 earth/a.dsf", 1},
@@ -294,8 +282,8 @@ TEST(EngineManifestNames, GlobalScenery) {
       {"A/Global Scenery/a.dsf.txt", 0},
       {".dsf", 0},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(is_global_scenery_f(row.path), row.global) << row.path;
+  for (const auto& [path, global] : rows)
+    EXPECT_EQ(is_global_scenery_f(path), global) << path;
 }
 
 TEST(EngineManifestNames, Sectors) {
@@ -322,18 +310,15 @@ TEST(EngineManifestNames, Sectors) {
 }
 
 TEST(EngineDecide, SafePaths) {
-  const struct {
-    std::string_view path;
-    bool safe;
-  } rows[] = {
+  const std::pair<std::string_view, bool> rows[] = {
       {"ALL_os/a", true},           {"ALL_os/...", true},  {"ALL_os/a..b/..c", true},
       {"ALL_os/a:b\\c", true},      {"", false},           {"ALL_os/", false},
       {"ALL_os/../a", false},       {"ALL_os/./a", false}, {"ALL_os/a/..", false},
       {"ALL_os//a", false},         {"ALL_os/a/", false},  {"//a", false},
       {{"ALL_os/a\0b", 10}, false}, {{"A\0/a", 4}, false},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(manifest_path_is_safe(row.path), row.safe) << row.path;
+  for (const auto& [path, safe] : rows)
+    EXPECT_EQ(manifest_path_is_safe(path), safe) << path;
 }
 
 }  // namespace

@@ -478,21 +478,17 @@ TEST_F(NetHttp, ALocalFileThatCannotBeWritten) {
   const log_capture log;
   scripted_server server([](const std::string&) { return whole_answer(std::string(300000, 'x')); });
   use_proxy_port(server.port());
-  const struct {
-    std::string local;
-    int code;
-  } rows[] = {
+  const std::pair<std::string, int> rows[] = {
       {new_folder() + "missing/x", ENOENT},
       {new_folder(), EISDIR},
       {"/dev/full", ENOSPC},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(until_over([&] { return http.net_check(0, host, "/x", row.local); }), http_failed);
-    EXPECT_TRUE(str_holds(log.text(), "HTTP Error for " + row.local));
-    EXPECT_TRUE(str_holds(log.text(), "GetOSErr   =" + std::to_string(row.code) + "\n"))
-        << row.local;
-    EXPECT_EQ(http.trouble(0).kind, net_not_written) << row.local;
-    EXPECT_EQ(http.trouble(0).code, row.code) << row.local;
+  for (const auto& [target, code] : rows) {
+    EXPECT_EQ(until_over([&] { return http.net_check(0, host, "/x", target); }), http_failed);
+    EXPECT_TRUE(str_holds(log.text(), "HTTP Error for " + target));
+    EXPECT_TRUE(str_holds(log.text(), "GetOSErr   =" + std::to_string(code) + "\n")) << target;
+    EXPECT_EQ(http.trouble(0).kind, net_not_written) << target;
+    EXPECT_EQ(http.trouble(0).code, code) << target;
   }
   // So little that only the close meets the full disk.
   scripted_server little(
@@ -557,10 +553,7 @@ TEST_F(NetHttp, TheProxyOfTheEnvironment) {
     }
     EXPECT_EQ(http_goes_by(proxy, "any.example"), *row.host != '\0') << row.proxy;
   }
-  const struct {
-    const char *direct, *to;
-    bool by_proxy;
-  } rows[] = {
+  const std::tuple<const char*, const char*, bool> rows[] = {
       {"example.com", "example.com", false},
       {"example.com", "www.Example.COM", false},
       {"example.com", "notexample.com", true},
@@ -576,9 +569,9 @@ TEST_F(NetHttp, TheProxyOfTheEnvironment) {
       {"", "anything", true},
       {",. *.", "anything", true},
   };
-  for (const auto& row : rows) {
-    const http_env proxy = http_read_env("proxy", row.direct);
-    EXPECT_EQ(http_goes_by(proxy, row.to), row.by_proxy) << row.direct << ": " << row.to;
+  for (const auto& [direct, to, by_proxy] : rows) {
+    const http_env proxy = http_read_env("proxy", direct);
+    EXPECT_EQ(http_goes_by(proxy, to), by_proxy) << direct << ": " << to;
   }
 }
 

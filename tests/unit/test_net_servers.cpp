@@ -109,10 +109,7 @@ TEST_F(NetServers, OddLists) {
 }
 
 TEST_F(NetServers, WhatIsNoListOfOurs) {
-  const struct {
-    std::string list;
-    int result;
-  } rows[] = {
+  const std::pair<std::string, int> rows[] = {
       {"I\n821 version\nSERVERS\n", list_refused},
       {"A\r\n900 version of 2031\r\n\r\n SERVERS\r\nNEW x\r\n", list_refused},
       {"", list_foreign},
@@ -124,8 +121,8 @@ TEST_F(NetServers, WhatIsNoListOfOurs) {
       {"Internet access for guests:\nroom number\nSERVER\n", list_foreign},
       {std::string(header) + std::string(server_list_budget, '\n'), list_foreign},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(read(row.list), row.result) << row.list.substr(0, 60);
+  for (const auto& [text, result] : rows) {
+    EXPECT_EQ(read(text), result) << text.substr(0, 60);
     EXPECT_EQ(stg.server_count, -1);
   }
   EXPECT_EQ(read_server_list(temp_path + "none"), list_foreign);
@@ -179,18 +176,14 @@ TEST_F(NetServers, AbsurdEntriesAreLeftOut) {
 }
 
 TEST(NetServerDraw, EarlyMirrorsGetMore) {
-  const struct {
-    float fraction;
-    int count, index;
-  } rows[] = {
+  const std::tuple<float, int, int> rows[] = {
       {0.0f, 4, 0},        {0.39f, 4, 0},       {0.40f, 4, 1},  // 4 r^1.5 is 1 at 0.39685
       {0.62f, 4, 1},       {0.64f, 4, 2},       {0.82f, 4, 2},  // 2 at 0.62996
       {0.83f, 4, 3},       {0.99999994f, 4, 3}, {1.0f, 4, 3},   // 3 at 0.82548
       {0.99999994f, 1, 0}, {0.5f, 0, 0},        {0.5f, -1, 0}, {0.99999994f, 10, 9},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(biased_server(row.fraction, row.count), row.index)
-        << row.fraction << " of " << row.count;
+  for (const auto& [fraction, count, index] : rows) {
+    EXPECT_EQ(biased_server(fraction, count), index) << fraction << " of " << count;
   }
 }
 

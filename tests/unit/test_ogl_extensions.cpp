@@ -91,19 +91,16 @@ class OglExtensions : public testing::Test {
 };
 
 TEST_F(OglExtensions, VersionsAreRead) {
-  const struct {
-    const char* text;
-    int number;
-  } rows[] = {
+  const std::pair<const char*, int> rows[] = {
       {"2.1 build 7", 210}, {"1.4.20", 140},        {"4.5 (Compat) Mesa", 450},
       {"3.10", 400},        {"OpenGL ES 2.0", 100}, {"", 100},
       {"1.x", 100},         {"99999999.7", 100070},
   };
-  for (const auto& row : rows) {
-    driver.version = row.text;
+  for (const auto& [text, number] : rows) {
+    driver.version = text;
     options("--force_run");
     init();
-    EXPECT_EQ(glExt.version, row.number) << '"' << row.text << '"';
+    EXPECT_EQ(glExt.version, number) << '"' << text << '"';
   }
   driver.strings_are_null = true;
   init();

@@ -103,16 +103,14 @@ TEST(Picker, TitleAndFolderArriveAsTheyAre) {
 }
 
 TEST(Picker, CancelEndsItWithItsChildren) {
-  const struct {
-    const char *label, *script;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"by request", "sleep 60 & echo $! > ${me}child; touch ${me}up; wait"},
       {"by force", "trap '' TERM; sleep 60 & echo $! > ${me}child; touch ${me}up; wait; wait"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, script] : rows) {
+    SCOPED_TRACE(label);
     const fake_desktop desktop;
-    desktop.put("zenity", row.script);
+    desktop.put("zenity", script);
     std::string path = "as it was";
     ASSERT_EQ(PLT_picker_start("Pick", ""), plt_picker_running);
     ASSERT_TRUE(desktop.wait_for("up"));
@@ -200,20 +198,17 @@ TEST_F(PickerDialog, TakesWhatTheDesktopSays) {
 TEST_F(PickerDialog, CanBeGivenUp) {
   const fake_desktop desktop;
   desktop.put("zenity", "touch ${me}up; sleep 60");
-  const struct {
-    const char* label;
-    void (*act)();
-  } rows[] = {
+  const std::pair<const char*, void (*)()> rows[] = {
       // The dialog is 561 by 474, its panel in the middle.
       {"Cancel", [] { press(361, 212); }},
       {"the window's own button", [] { MACIBM_startwind(win_main, 0); }},
       {"the program ends", [] { app_done = 1; }},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, act] : rows) {
+    SCOPED_TRACE(label);
     frames = 0;
     app_done = 0;
-    each_frame = row.act;
+    each_frame = act;
     std::string out = "untouched";
     EXPECT_EQ(pick("/", &out), 0);
     EXPECT_EQ(out, "untouched");

@@ -134,10 +134,7 @@ TEST_F(Place, AFullDisk) {
 }
 
 TEST_F(Place, TheManifest) {
-  const struct {
-    std::string label, archive;
-    place_outcome outcome;
-  } rows[] = {
+  const std::tuple<std::string, std::string, place_outcome> rows[] = {
       {"whole", raw_zip({deflated_entry("directory.txt", "list")}), place_ok},
       {"another file", raw_zip({{"other.txt", "list"}}), place_other_file},
       {"in a folder", raw_zip({{"a/directory.txt", "list"}}), place_other_file},
@@ -148,12 +145,12 @@ TEST_F(Place, TheManifest) {
       {"a page", "<html>log in</html>", place_damaged},
   };
   const std::string zip = root + "m.zip";
-  for (const auto& row : rows) {
+  for (const auto& [label, archive, outcome] : rows) {
     write("tmp/directory.txt", "of an earlier download");
-    write_text(zip, row.archive);
-    EXPECT_EQ(place_manifest(zip).outcome, row.outcome) << row.label;
-    EXPECT_EQ(there("tmp/directory.txt"), row.outcome == place_ok) << row.label;
-    if (row.outcome == place_ok) {
+    write_text(zip, archive);
+    EXPECT_EQ(place_manifest(zip).outcome, outcome) << label;
+    EXPECT_EQ(there("tmp/directory.txt"), outcome == place_ok) << label;
+    if (outcome == place_ok) {
       EXPECT_EQ(read("tmp/directory.txt"), "list");
     }
   }
@@ -166,17 +163,14 @@ TEST_F(Place, TheManifest) {
 }
 
 TEST_F(Place, Budgets) {
-  const struct {
-    float kb;
-    uint64_t bytes;
-  } rows[] = {{0, 1000},
-              {1.5f, 2500},
-              {-1, 1000},
-              {NAN, 1000},
-              {INFINITY, 1000000001000},
-              {1e30f, 1000000001000}};
-  for (const auto& row : rows)
-    EXPECT_EQ(place_budget(row.kb), row.bytes) << row.kb;
+  const std::pair<float, uint64_t> rows[] = {{0, 1000},
+                                             {1.5f, 2500},
+                                             {-1, 1000},
+                                             {NAN, 1000},
+                                             {INFINITY, 1000000001000},
+                                             {1e30f, 1000000001000}};
+  for (const auto& [kb, bytes] : rows)
+    EXPECT_EQ(place_budget(kb), bytes) << kb;
 }
 
 TEST_F(Place, TheGateOfTheCopy) {

@@ -70,10 +70,7 @@ TEST(Platform, MountTable) {
 }
 
 TEST(Platform, DiscsAmongMounts) {
-  const struct {
-    PLT_mount mount;
-    bool disc;
-  } rows[] = {
+  const std::pair<PLT_mount, bool> rows[] = {
       {{"/cdrom", "iso9660"}, true},
       {{"/home/me/image", "fuse.fuseiso"}, true},
       {{"/media/me/STICK", "vfat"}, true},
@@ -85,19 +82,17 @@ TEST(Platform, DiscsAmongMounts) {
       {{"/mnt/server", "nfs4"}, false},
       {{"/media/me/A:B", "iso9660"}, false},
   };
-  for (const auto& row : rows) {
-    const auto discs = PLT_pick_discs({row.mount});
-    const std::vector<std::string> expected(row.disc ? 1 : 0, row.mount.point + "/");
-    EXPECT_EQ(expected, discs) << row.mount.point;
+  for (const auto& [volume, disc] : rows) {
+    const auto discs = PLT_pick_discs({volume});
+    const std::vector<std::string> expected(disc ? 1 : 0, volume.point + "/");
+    EXPECT_EQ(expected, discs) << volume.point;
   }
   const auto twice = PLT_pick_discs({{"/mnt", "tmpfs"}, {"/mnt", "iso9660"}});
   EXPECT_EQ(std::vector<std::string>{"/mnt/"}, twice);
 }
 
 TEST(Platform, UserDirs) {
-  const struct {
-    const char *label, *text, *expected;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"usual", "# a comment\nXDG_DESKTOP_DIR=\"$HOME/Desktop\"\nXDG_X_DIR=\"$HOME/x\"\n",
        "/home/me/Desktop"},
       {"absolute", "XDG_DESKTOP_DIR=\"/data/my desk\"", "/data/my desk"},
@@ -109,9 +104,8 @@ TEST(Platform, UserDirs) {
       {"quote not closed", "XDG_DESKTOP_DIR=\"/a\nb\"", ""},
       {"ends in an escape", "XDG_DESKTOP_DIR=\"/a\\", ""},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.expected, PLT_parse_user_dir(row.text, "XDG_DESKTOP_DIR", "/home/me/"))
-        << row.label;
+  for (const auto& [label, text, expected] : rows) {
+    EXPECT_EQ(expected, PLT_parse_user_dir(text, "XDG_DESKTOP_DIR", "/home/me/")) << label;
   }
 }
 
@@ -136,21 +130,19 @@ TEST(Platform, PrefsFolder) {
   umask(022);
   set_environment("HOME", home / "me");
   home.file("not a folder");
-  const struct {
-    std::optional<std::string> config;
-    std::string expected;  // none if empty
-  } rows[] = {
+  const std::pair<std::optional<std::string>, std::string> rows[] = {
+      // to nothing: none
       {std::nullopt, home / "me/.config/skyvane/"},
       {"relative", home / "me/.config/skyvane/"},  // is ignored; and the folder is there already
       {home / "a/b c", home / "a/b c/skyvane/"},
       {home / "not a folder", ""},
   };
-  for (const auto& row : rows) {
-    set_environment("XDG_CONFIG_HOME", row.config);
-    EXPECT_EQ(row.expected, PLT_prefs_folder());
+  for (const auto& [config, expected] : rows) {
+    set_environment("XDG_CONFIG_HOME", config);
+    EXPECT_EQ(expected, PLT_prefs_folder());
     std::string path = "old";
-    EXPECT_EQ(row.expected.empty() ? -120 : 0, get_OS_abs_path(os_dir_prefs, path));
-    EXPECT_EQ(row.expected, path);
+    EXPECT_EQ(expected.empty() ? -120 : 0, get_OS_abs_path(os_dir_prefs, path));
+    EXPECT_EQ(expected, path);
     if (!path.empty()) {
       EXPECT_EQ(0700u, mode_of(path)) << path;
     }

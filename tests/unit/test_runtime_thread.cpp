@@ -163,10 +163,7 @@ TEST_F(RuntimeAsync, FailuresWaitForTheirReaderBySeverity) {
 // Every way to fail, on every kind of thread: the main thread tells the user, and the program ends
 // with status 1. The rows run in a child process.
 TEST(RuntimeFailureDeathTest, EndsTheProgramFromEveryKindOfThread) {
-  const struct {
-    UTL_thread_function fail;
-    const char* text;
-  } rows[] = {
+  const std::pair<UTL_thread_function, const char*> rows[] = {
       {raise_fatal, "fatal one fatal two"},
       {fail_a_call, "\"pthread_cond_timedwait\" OS error err=22\\.000000"},
       {throw_standard, "Caught an unhandled C\\+\\+ exception the reason"},
@@ -203,14 +200,14 @@ TEST(RuntimeFailureDeathTest, EndsTheProgramFromEveryKindOfThread) {
                     }
                     frames_until_the_end();
                   }}};
-  for (const auto& r : rows) {
+  for (const auto& [fail, text] : rows) {
     for (const auto& t : threads) {
       EXPECT_EXIT(
           {
             THREAD_init();
-            t.fail_on_it(r.fail);
+            t.fail_on_it(fail);
           },
-          testing::ExitedWithCode(1), r.text)
+          testing::ExitedWithCode(1), text)
           << "thread " << t.thread;
     }
   }

@@ -89,15 +89,15 @@ TEST_F(EngineSelect, CancelLeavesTheRestClear) {
 
 TEST_F(EngineSelect, Wanted) {
   file_version_struct& record = file("A/1", "NONE");
-  const struct {
-    int target;
-    const char* by_os;  // for os 0 to 6
-  } rows[] = {{target_mac, "1100000"}, {target_windows, "1010000"}, {target_linux, "1001001"}};
-  for (const auto& row : rows) {
-    stg.target_os = row.target;
+  const std::pair<int, const char*> rows[] = {// the second for os 0 to 6
+                                              {target_mac, "1100000"},
+                                              {target_windows, "1010000"},
+                                              {target_linux, "1001001"}};
+  for (const auto& [target, by_os] : rows) {
+    stg.target_os = target;
     for (int os = 0; os <= 6; ++os) {
       record.os = os;
-      EXPECT_EQ(want_this_f(0, 2), row.by_os[os] - '0') << "target " << row.target << " os " << os;
+      EXPECT_EQ(want_this_f(0, 2), by_os[os] - '0') << "target " << target << " os " << os;
     }
   }
   record.os = 0;
@@ -211,12 +211,10 @@ TEST_F(EngineSelect, TotalsAndWhatBecomesOfEach) {
 }
 
 TEST(EngineSizes, ForTheUser) {
-  const struct {
-    float kb;
-    const char* text;
-  } rows[] = {{1024, "1024 KB"}, {1025, "1 MB"}, {1024000, "1000 MB"}, {1024001, "1.0 GB"}};
-  for (const auto& row : rows)
-    EXPECT_EQ(size_string(row.kb), row.text) << row.kb;
+  const std::pair<float, const char*> rows[] = {
+      {1024, "1024 KB"}, {1025, "1 MB"}, {1024000, "1000 MB"}, {1024001, "1.0 GB"}};
+  for (const auto& [kb, text] : rows)
+    EXPECT_EQ(size_string(kb), text) << kb;
 }
 
 // A release that lists a link and, below it, files that an earlier release had there as a folder:

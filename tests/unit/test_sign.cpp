@@ -134,9 +134,7 @@ TEST(Sign, DaysAreYearMonthAndDay) {
 }
 
 TEST(Sign, WhereAListEnds) {
-  const struct {
-    const char *list, *body;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"I\nENDOFLIST\nrest", "I\nENDOFLIST\n"},
       {"I\n \tENDOFLIST \r\nrest\n", "I\n \tENDOFLIST \r\n"},
       {"I\nENDOFLIST", "I\nENDOFLIST"},
@@ -144,8 +142,8 @@ TEST(Sign, WhereAListEnds) {
       {"ENDOFLIST\nENDOFLIST\n", "ENDOFLIST\n"},
       {"", ""},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(sign_list_body(row.list), row.body) << row.list;
+  for (const auto& [list, body] : rows)
+    EXPECT_EQ(sign_list_body(list), body) << list;
 }
 
 // The list as a user's program meets it, and the highest serial that it keeps.
@@ -197,10 +195,7 @@ TEST(Sign, ListsAndTheSerialsSeen) {
 
 TEST(Sign, SetsOfFiles) {
   const raw_entry one("a", "1"), two("b", "22");
-  const struct {
-    std::string label, archive;
-    single_outcome outcome;
-  } rows[] = {
+  const std::tuple<std::string, std::string, single_outcome> rows[] = {
       {"both", raw_zip({one, two}), single_ok},
       {"in any order", raw_zip({two, one}), single_ok},
       {"one", raw_zip({one}), single_other_file},
@@ -212,14 +207,14 @@ TEST(Sign, SetsOfFiles) {
       {"nothing", "", single_empty},
       {"no archive", "PK\3\4", single_no_archive},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, archive, outcome] : rows) {
     set_entry entries[] = {{"a", 4}, {"b", 4}};
-    EXPECT_EQ(io_read_set(reinterpret_cast<const unsigned char*>(row.archive.data()),
-                          row.archive.size(), entries),
-              row.outcome)
-        << row.label;
-    if (row.outcome != single_ok) continue;
-    EXPECT_EQ(entries[0].bytes + entries[1].bytes, "122") << row.label;
+    EXPECT_EQ(io_read_set(reinterpret_cast<const unsigned char*>(archive.data()), archive.size(),
+                          entries),
+              outcome)
+        << label;
+    if (outcome != single_ok) continue;
+    EXPECT_EQ(entries[0].bytes + entries[1].bytes, "122") << label;
   }
 }
 

@@ -59,10 +59,7 @@ TEST_F(Trust, EachFileItsLine) {
   const std::string a = sum_line("A", "a", "100644", "All/a b"),
                     other = sum_line("B", "b", "100755", "All/left out"),
                     z = sum_line("Z", "z", "120777", "All/z");
-  const struct {
-    std::string label, sums;
-    bool is_whole;
-  } rows[] = {
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {"whole", head + a + z, true},
       {"with lines that the reader has left out", head + other + a + other + z + other, true},
       {"without the last", head + a, false},
@@ -73,13 +70,13 @@ TEST_F(Trust, EachFileItsLine) {
       {"a digit short", head + a + "SUM " + z.substr(5), false},
       {"another line", head + a + "\n" + z, false},
   };
-  for (const auto& row : rows) {
-    ASSERT_EQ(accept("list", row.sums, statement("list", row.sums)), sign_good);
-    EXPECT_EQ(trust_take_sums(), row.is_whole) << row.label;
-    if (!row.is_whole) continue;
-    EXPECT_TRUE(trust_sum(0)->is_of(reinterpret_cast<const unsigned char*>("A"), 1)) << row.label;
-    EXPECT_EQ(trust_sum(1)->archive_bytes, 0u) << row.label;
-    EXPECT_EQ(trust_sum(2)->mode, unsigned(S_IFLNK | 0777)) << row.label;
+  for (const auto& [label, sums, is_whole] : rows) {
+    ASSERT_EQ(accept("list", sums, statement("list", sums)), sign_good);
+    EXPECT_EQ(trust_take_sums(), is_whole) << label;
+    if (!is_whole) continue;
+    EXPECT_TRUE(trust_sum(0)->is_of(reinterpret_cast<const unsigned char*>("A"), 1)) << label;
+    EXPECT_EQ(trust_sum(1)->archive_bytes, 0u) << label;
+    EXPECT_EQ(trust_sum(2)->mode, unsigned(S_IFLNK | 0777)) << label;
   }
   trust_forget();
   EXPECT_EQ(trust_sum(0), nullptr);

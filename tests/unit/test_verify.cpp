@@ -46,10 +46,8 @@ TEST_F(EngineVerify, OneFile) {
   ASSERT_EQ(symlink("folder", (root + "to folder").c_str()), 0);
   ASSERT_EQ(symlink("loop", (root + "loop").c_str()), 0);
 
-  const struct {
-    const char* path;
-    std::string sig;  // empty: cannot be read
-  } rows[] = {
+  const std::pair<const char*, std::string> rows[] = {
+      // with no sum: cannot be read
       {"empty", md5_of_nothing},
       {"abc", md5_of_abc},
       {"one buffer", "1f51faf7b9dcd36684fbb6eb5551da2f"},
@@ -63,11 +61,11 @@ TEST_F(EngineVerify, OneFile) {
       {"abc/x", ""},
       {"", ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, expected] : rows) {
     std::string sig = "untouched";
-    const std::string path = *row.path ? root + row.path : "";
-    EXPECT_EQ(calc_file_md5(path, sig), row.sig.empty() ? 20006 : 0) << row.path;
-    EXPECT_EQ(sig, row.sig.empty() ? "untouched" : row.sig) << row.path;
+    const std::string path = *name ? root + name : "";
+    EXPECT_EQ(calc_file_md5(path, sig), expected.empty() ? 20006 : 0) << name;
+    EXPECT_EQ(sig, expected.empty() ? "untouched" : expected) << name;
   }
   std::string sig;
   EXPECT_EQ(calc_file_md5(root + std::string(5000, 'n'), sig), 20006);

@@ -27,18 +27,15 @@ class WindowAlert : public window_fixture {
 };
 
 TEST_F(WindowAlert, ReturnOrItsButtonLeavesIt) {
-  const struct {
-    const char* label;
-    std::function<void()> act;
-  } rows[] = {
+  const std::pair<const char*, std::function<void()>> rows[] = {
       {"return", [] { push_key(SDLK_RETURN); }},
       {"enter", [] { push_key(SDLK_KP_ENTER); }},
       {"its button", [] { click(210, 18); }},
       {"the window's close button", [] { push_window_event(SDL_WINDOWEVENT_CLOSE); }},
   };
   const std::string first(5000, '1');
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, act] : rows) {
+    SCOPED_TRACE(label);
     MACIBM_startwind(win_main, 0);
     mnw.mouse_x = 123;
     mnw.mouse_y = 45;
@@ -48,9 +45,9 @@ TEST_F(WindowAlert, ReturnOrItsButtonLeavesIt) {
     push_key(SDLK_a);
     page_calls = 0;
     const Uint32 start = SDL_GetTicks();
-    std::thread later([&row] {
+    std::thread later([&act] {
       SDL_Delay(60);
-      row.act();
+      act();
     });
     const std::string log = log_of([&first] {
       __MACIBM_alert(win_main, first, "line two", "line three", "line four", t_alert, "tests/alert",

@@ -273,11 +273,7 @@ TEST_F(WindowFrame, APictureIsShownWhenItDiffers) {
   page_body = [&x] { OGL_fillrect(12, 1, x, 300, 10, 10); };
   run_for(300);
   count_shown();
-  const struct {
-    const char* label;
-    std::function<void()> event;
-    int shown;
-  } rows[] = {
+  const std::tuple<const char*, std::function<void()>, int> rows[] = {
       {"nothing happens", [] {}, 0},
       {"the pointer moves where nothing is", [] { push_motion(400, 200); }, 0},
       {"a key that nobody wants", [] { push_key(SDLK_F5); }, 0},
@@ -288,13 +284,13 @@ TEST_F(WindowFrame, APictureIsShownWhenItDiffers) {
       {"the window was covered", [] { push_window_event(SDL_WINDOWEVENT_EXPOSED); }, 1},
       {"and nothing since", [] {}, 0},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, event, shown] : rows) {
     times_shown = 0;
-    row.event();
-    for (int i = 0; i < 500 && times_shown < row.shown; ++i)
+    event();
+    for (int i = 0; i < 500 && times_shown < shown; ++i)
       MACIBM_event_proc();
     run_for(300);  // longer than the longest pause between two looks
-    EXPECT_EQ(times_shown, row.shown) << row.label;
+    EXPECT_EQ(times_shown, shown) << label;
   }
 }
 
@@ -392,25 +388,22 @@ TEST_F(WindowFrame, AFinishedTaskEndsTheWait) {
 }
 
 TEST_F(WindowFrame, EachKindOfMissingTextureIsToldOnce) {
-  const struct {
-    tex_fail_mode mode;
-    const char* told;
-  } rows[] = {
+  const std::pair<tex_fail_mode, const char*> rows[] = {
       {tex_fail_scene, "Some scenery textures could not be loaded."},
       {tex_fail_plane, "Some textures for the aircraft you selected could not be loaded."},
       {tex_fail_installed, "Some textures could not be loaded."},
   };
   const pressed_return reader;
-  for (const auto& row : rows) {
+  for (const auto& [mode, told] : rows) {
     for (const char* const name : {".png", " too.png"})
-      tman.load_texture(row.mode, 0, tex_rgb, tex_load_now, std::to_string(row.mode) + name);
+      tman.load_texture(mode, 0, tex_rgb, tex_load_now, std::to_string(mode) + name);
     const std::string log = log_of([] {
       for (int frame = 0; frame < 3; ++frame)
         MACIBM_event_proc();
     });
-    const size_t first = log.find(row.told);
+    const size_t first = log.find(told);
     EXPECT_NE(first, log.npos) << log;
-    EXPECT_EQ(log.find("could not be loaded", first + std::strlen(row.told)), log.npos) << log;
+    EXPECT_EQ(log.find("could not be loaded", first + std::strlen(told)), log.npos) << log;
   }
 }
 

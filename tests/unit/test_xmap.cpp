@@ -157,25 +157,21 @@ TEST(Xmap, BinaryFilesInBothOrders) {
   ouf << "body";
   EXPECT_EQ(0, file.io_file_close());
   EXPECT_EQ("i\x84\x03\0\0body"s, content_of(here / "f"));
-  const struct {
-    std::string head;
-    int result;
-    std::string read;  // of "12345678901"
-  } rows[] = {
+  const std::tuple<std::string, int, std::string> rows[] = {
       {"i\x84\x03\0\0"s, 1, "12345678901"},
       {"a\0\0\x03\x48"s, 1, "43218765901"},
       {"i\x85\x03\0\0"s, 0, ""},
       {"I\x84\x03\0\0"s, 0, ""},
   };
-  for (const auto& row : rows) {
-    here.file("f", row.head + "12345678901");
-    EXPECT_EQ(row.result, file.io_file_open(0, here / "f", versions, ouf_binary));
+  for (const auto& [head, result, expected] : rows) {
+    here.file("f", head + "12345678901");
+    EXPECT_EQ(result, file.io_file_open(0, here / "f", versions, ouf_binary));
     EXPECT_EQ(0, file.io_file_close());
-    if (!row.result) continue;
+    if (!result) continue;
     char got[12] = {};
     file.read_n_rev(got, 0);
     file.read_n_rev(got, 11);
-    EXPECT_EQ(row.read, got);
+    EXPECT_EQ(expected, got);
     for (const long bytes : {1l, -1l})
       EXPECT_EXIT(file.read_n_rev(got, bytes), testing::ExitedWithCode(1), "Invalid read_n_rev");
   }
