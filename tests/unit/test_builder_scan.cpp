@@ -61,7 +61,7 @@ TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
          const std::string deep = "All/Weapons/" + std::string(250, 'd') + "/";
          put(deep + std::string(497 - base.size() - 4 - deep.size(), 'f'), state_a);
        },
-       "String too long!", "that of its archive, "},
+       "String too long!", "that of its archive, " + base + "out/disk_2/Test 9/All/"},
       {"archive's place taken by a folder",
        [this] {
          put("All/Weapons/gun.wpn", state_a);

@@ -50,6 +50,8 @@ TEST_F(ButnFocus, TabGoesRoundTheRing) {
     EXPECT_EQ(BTN_dispatch_to_focus(tab, tab, row.flags), row.result) << row.label;
     EXPECT_EQ(focus_id, row.to) << row.label;
     EXPECT_EQ(queue.count, 0) << row.label;
+    BTN_focus_any();
+    EXPECT_EQ(focus_id, row.widgets ? 1 : 0) << row.label;
   }
 }
 

@@ -217,17 +217,20 @@ namespace {
 }  // namespace
 
 TEST(Diag, NamedNew) {
-  static unsigned long long calls;
+  static unsigned long long calls, taken;
   const int line = __LINE__ + 2;
   for (int i = 0; i < 3; ++i)
     delete NAMED_NEW std::string("x");
   UTL_new_totals(
       [](const UTL_new_total& total, void* wanted) {
         const bool here = std::strcmp(total.name, __FILE__) == 0;
-        if (here && total.line == *static_cast<const int*>(wanted)) calls = total.calls;
+        if (!here || total.line != *static_cast<const int*>(wanted)) return;
+        calls = total.calls;
+        taken = total.bytes;
       },
       const_cast<int*>(&line));
   EXPECT_EQ(calls, 3u);
+  EXPECT_EQ(taken, 3 * sizeof(std::string));
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
   // On exhaustion the handler is called, once, and then the allocation is tried again.
   // Called by name, since a new whose result is dropped may be left out by the compiler.

@@ -237,6 +237,7 @@ TEST(EngineManifestSig, Texts) {
       {"0123456789abcdefABCDEF0123456789", "0123456789abcdefabcdef0123456789", true},
       {"0123456789abcdefABCDEF012345678g", "0123456789abcdef", false},
       {"/123456789abcdefABCDEF0123456789", "/123456789abcdef", false},
+      {"012345678:abcdefABCDEF0123456789", "012345678:abcdef", false},
       {"0123456789abcdefABCDEF012345678", "0123456789abcdef", false},
       {"GONE", "GONE", false},
       {"", "", false},
