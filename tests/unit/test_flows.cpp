@@ -162,7 +162,9 @@ int answer_modified(const std::string& path, int gone) {
 }
 int give_up(const std::string& question) {
   std::puts(both_ends(question).c_str());
-  return 1;
+  if (!deeds.starts_with("/no/")) return 1;
+  deeds.erase(0, 3);
+  return 0;
 }
 constexpr wizard_stand_in the_user = {press, answer_modified, give_up};
 
@@ -437,6 +439,21 @@ TEST_F(Flows, TheDiscsThatAreWanted) {
             written("a disc that is not in"));
   publish({disc_files.back()}, 1);
   EXPECT_EQ(walk(dvd_start, ""), written("a disc of scenery alone"));
+}
+
+// The way back out of a job asks first, and leads to it again when the user thinks better of it.
+TEST_F(Flows, TheDiscsJobsGoOn) {
+  publish({disc_files[0], {"Resources/z", "lost", 1}, {disc_files[5].path, "lost", 1}}, 1);
+  dvd_path = root + "disc/";
+  dvd_dest.parent_dir = root;
+  acts = {{"accept", [] { accept_eula = 1; }},
+          {"one", [] { stg.sector_selected[sector_cell(6, 13)] = 1; }}};
+  std::string all = walk(dvd_start, "/next/accept/next/next/next/back/no/back/");
+  copy("One");
+  all += walk(dvd_start, "/Repair Skyvane/next/next/back/no/back/");
+  copy("One");
+  all += walk(dvd_start, "/Add Or Remove Scenery/next/one/next/back/no/back/");
+  EXPECT_EQ(all, written("the disc's jobs go on"));
 }
 
 // A file that the disc does not have, and the user gives up: a first install asks once more.
