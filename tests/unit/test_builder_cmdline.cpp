@@ -1,6 +1,7 @@
 // The builder's flags, and the server list.
 
 #include "Installer-f/builder/make_installer_cmdline.h"
+#include "Installer-f/builder/make_installer_say.h"
 #include "Installer-f/builder/make_installer_servers.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "corekit/window/hl_init.h"
@@ -87,6 +88,24 @@ TEST_F(BuilderCmdline, SourceDateEpoch) {
     EXPECT_TRUE(str_holds(run("unzip -Z -T -s '" + base + "out/disk_0/Test 9/" + zip + ".zip'"),
                           " 20010909.014640 "))
         << zip;
+}
+
+TEST_F(BuilderCmdline, TimeLeft) {
+  constexpr int64_t mb = 1000 * 1000;
+  const struct {
+    int64_t done, all;
+    double seconds;
+    const char* text;
+  } rows[] = {{0, 10 * mb, 5, "0 of 10 MB"},
+              {5 * mb, 10 * mb, 0.9, "5 of 10 MB"},
+              {5 * mb, 10 * mb, 1, "5 of 10 MB, 1 s left"},
+              {5 * mb, 10 * mb, 59.5, "5 of 10 MB, 1 min 0 s left"},
+              {mb, 10 * mb, 10, "1 of 10 MB, 1 min 30 s left"},
+              {mb, 361 * mb, 10, "1 of 361 MB, 1 h 0 min left"},
+              {mb, 1001 * mb, 10, "1 of 1001 MB, 2 h 46 min left"},
+              {1, 1001 * mb, 10, "0 of 1001 MB, 99 h 59 min left"}};
+  for (const auto& row : rows)
+    EXPECT_EQ(builder_rate(row.done, row.all, row.seconds), row.text);
 }
 
 TEST_F(BuilderCmdline, PreviousManifest) {
