@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "corekit/files/io_utils.h"
+#include "corekit/files/io_zip_head.h"
 #include "corekit/files/io_zip_pack.h"
 #include "tests/unit/test_archive_util.h"
 
@@ -49,6 +50,12 @@ TEST_F(ArchivePack, WholeAndStreamed) {
     EXPECT_EQ(packed.mode, file_stat(source).st_mode);
     EXPECT_EQ(seen.bytes, size);
     EXPECT_EQ(seen.pieces > 1, size > limit);
+    const std::string bytes = file_text(zip);
+    entry_facts facts;
+    EXPECT_TRUE(
+        take_apart(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), facts))
+        << "the short way of the reader";
+    EXPECT_EQ(facts.plain_size, size);
     run("unzip -tq '" + zip + "' && unzip -p '" + zip + "' | cmp - '" + source + "'");
     // A packer that has packed others makes the same bytes as a new one.
     ASSERT_EQ(file_to_zip(source, base + "b.zip"), 0);

@@ -592,7 +592,14 @@ TEST_F(Flows, DiscRunsWithoutADisplay) {
     all += run(dvd_start, {"--unattended", "--do=scenery", "--copy=" + root + "New/", more});
   for (const char* const name : {"New", "disc"})
     all += run(dvd_start, {"--unattended", "--do=repair", "--copy=" + root + name});
+  const std::string found = copy("Not listed", false);
+  all += run(dvd_start, {"--unattended", "--do=repair", "--copy=" + found});
   EXPECT_EQ(all, written("runs of the disc installer"));
+}
+
+TEST(FlowsStart, NothingIsAcceptedYet) {
+  EXPECT_EQ(accept_eula, 0);
+  EXPECT_EQ(accept_eula_demo, 0);
 }
 
 TEST(FlowsProgress, WhatIsPrintedOfIt) {

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "corekit/Platform/PLT_keys.h"
 #include "corekit/window/hl_mnw_context.h"
 #include "tests/unit/window_fixture.h"
 
@@ -38,6 +39,7 @@ void touch_nothing() {
   PLT_plain_alert("message", "explanation");
   EXPECT_FALSE(PLT_open_url("http://www.skyvane.example/"));
   EXPECT_EQ(PLT_gl_lookup("glBegin"), nullptr);
+  EXPECT_EQ(PLT_layout_source(SDL_SCANCODE_A), 0);
   PLT_set_pointer(plt_busy);
   PLT_swap_buffers();
   EXPECT_EQ(MACIBM_make_context_loader(), nullptr);
