@@ -43,6 +43,7 @@ scripted_reply whole_answer(const std::string& body, const std::string& status) 
 scripted_server::scripted_server(answer_function answer, bool stepped)
     : answer_(std::move(answer)), stepped_(stepped) {
   listener_ = bound_socket(&port_);
+  use_proxy_port(port_);
   EXPECT_EQ(listen(listener_, 64), 0);
   EXPECT_EQ(pipe(stop_pipe_), 0);
   thread_ = std::thread([this] { run(); });

@@ -1,4 +1,5 @@
-// A web server for tests: one thread, a port of 127.0.0.1, answers laid down by the test.
+// A web server for tests: one thread, a port of 127.0.0.1, answers laid down by the test. From its
+// start on every request of the web client goes to it, as to a proxy.
 #pragma once
 
 #include <atomic>
@@ -32,8 +33,7 @@ class scripted_server {
   int port() const { return port_; }
   std::vector<std::string> requests();  // the heads so far
   size_t connections() { return connections_; }
-  // Lets the next piece of the present reply go and returns once the system has it. False when
-  // there is none.
+  // Lets the next piece of the present reply go, until the system has it. False: there is none.
   bool send_piece();
 
  private:

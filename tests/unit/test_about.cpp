@@ -198,7 +198,6 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
     if (row.has_keys) keys.emplace(test_public_key);
     about = about_record();
     scripted_server server(answers(row.list, row.installer));
-    use_proxy_port(server.port());
     show_to_its_end();
     EXPECT_TRUE(str_holds(about.err_msg, row.message)) << about.err_msg;
     EXPECT_EQ(about.installer_app_name, "");
@@ -216,7 +215,9 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
   }
 }
 
+// Of a package, beside whose program nothing is put.
 TEST_F(AboutBox, WithoutANetworkItTriesOnUntilItIsClosed) {
+  app_packaged = 1;
   use_proxy_port(closed_port());
   int frames = 0;
   show([&frames] {
@@ -226,15 +227,6 @@ TEST_F(AboutBox, WithoutANetworkItTriesOnUntilItIsClosed) {
   EXPECT_EQ(about.version_str_found, 0);
   EXPECT_EQ(about.ins_state, about_closed);
   scripted_server server(answers(list_of(91001), {}));
-  use_proxy_port(server.port());
-  show_to_its_end();
-  EXPECT_EQ(about.version_str_found, 1);
-}
-
-TEST_F(AboutBox, NothingIsPutBesideAProgramOfAPackage) {
-  app_packaged = 1;
-  scripted_server server(answers(list_of(91001), {}));
-  use_proxy_port(server.port());
   show_to_its_end();
   EXPECT_EQ(about.version_str_found, 1);
   EXPECT_FALSE(dir_exists("Resources/"));
@@ -245,7 +237,6 @@ TEST_F(AboutBox, ClosingItGivesTheDownloadUp) {
   const std::string part =
       "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + std::string(400, 'x');
   scripted_server server(answers(list_of(91002), {{part}, true}));
-  use_proxy_port(server.port());
   bool pressed = false, came = false;
   show([&] {
     came = came || http.slot_received(1) == 400;
@@ -267,7 +258,6 @@ TEST_F(AboutBoxDeathTest, TheNewInstallerTakesOver) {
   const std::string mark = getenv("ABOUT_MARK");
   const auto update = [this] {
     scripted_server server(answers(list_of(91002), whole_answer(installer_zip())));
-    use_proxy_port(server.port());
     show_to_its_end();
   };
   EXPECT_EXIT(update(), testing::ExitedWithCode(1), "");
