@@ -1,15 +1,8 @@
-// Archives made to do harm, and every way to damage a good one: a code or a correct file, and
-// nothing outside the folder changed.
+// Archives that do harm or are damaged: a code or a correct file, and nothing outside changed.
 
 #include "tests/unit/test_archive_util.h"
 
 using ArchiveHostile = ArchiveTest;
-
-namespace {
-
-constexpr unsigned link_attributes = 0xA1ED0000, folder_attributes = 0x41ED0010;
-
-}  // namespace
 
 TEST_F(ArchiveHostile, NamesThatLeadOut) {
   std::vector<std::string> names = {"../evil",        "..",
@@ -128,8 +121,7 @@ TEST_F(ArchiveHostile, LiesAboutSizes) {
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST_F(ArchiveHostile, NoMemoryIsACode) {
-  // A limit on the address space, a little above what is in use: the sanitizers cannot live with
-  // it.
+  // A limit on the address space, with which the sanitizers cannot live.
   const size_t size = 64u << 20;
   const std::string zip = put(raw_zip({deflated_entry("a", std::string(size, 'x'))}));
   write_text(out + "a", "old");

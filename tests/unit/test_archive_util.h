@@ -22,6 +22,9 @@ std::string run(const std::string& command);
 // `size` bytes that do not compress, the same for the same seed.
 std::string noise(size_t size, unsigned seed);
 
+// Of a raw_entry that is no plain file.
+constexpr unsigned link_attributes = 0xA1ED0000, folder_attributes = 0x41ED0010;
+
 // One entry, honest by default; each field may be set to a lie.
 struct raw_entry {
   raw_entry(std::string name_, std::string text, unsigned attributes_ = 0x81A40000u);

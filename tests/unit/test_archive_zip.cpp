@@ -113,8 +113,7 @@ TEST_F(ArchiveZip, NamesForTheCaller) {
   EXPECT_EQ(zip_to_file(zip, out, &name, 1), 20002);
   EXPECT_EQ(zip_to_file(zip, out, nullptr, 1), 0);
   EXPECT_EQ(file_text(out + "first"), "1");
-  // Without its "/" the folder's last part is glued to the name; a link as the folder is the
-  // user's.
+  // Without its "/" the folder's last part is glued to the name; a link as the folder is followed.
   EXPECT_EQ(zip_to_file(zip, out + "glued-", nullptr, 0), 0);
   EXPECT_EQ(file_text(out + "glued-first"), "1");
   ASSERT_EQ(symlink("out", (root + "chosen").c_str()), 0);
@@ -163,8 +162,9 @@ TEST_F(ArchiveZip, ForkEntriesAreCheckedAndDropped) {
   };
   for (const auto& [label, block, result] : rows) {
     for (const char* name : {"__MACOSX/deep/._a.txt", "__MACOSX", "__MACOSXa"}) {
-      EXPECT_EQ(unpack(raw_zip({{"__MACOSX/", "", 0x41ED0010}, {name, block}, {"a.txt", "a"}})),
-                result)
+      EXPECT_EQ(
+          unpack(raw_zip({{"__MACOSX/", "", folder_attributes}, {name, block}, {"a.txt", "a"}})),
+          result)
           << label << " " << name;
       EXPECT_EQ(tree_of(out).size(), result == 0 ? 1u : 0u) << label << " " << name;
       empty_out();
@@ -180,7 +180,7 @@ TEST_F(ArchiveZip, FailuresOfTheDisk) {
   rmdir((out + "big").c_str());
   EXPECT_EQ(unpack(raw_zip({{"missing/a", "x"}})), ENOENT);
   write_text(out + "file", "in the way");
-  EXPECT_EQ(unpack(raw_zip({{"file/", "", 0x41ED0010}, {"file/a", "x"}})), ENOTDIR);
+  EXPECT_EQ(unpack(raw_zip({{"file/", "", folder_attributes}, {"file/a", "x"}})), ENOTDIR);
   write_text(base + "noise", noise(4000, 1));
   {
     const small_disk full(4096);

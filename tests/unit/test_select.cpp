@@ -57,8 +57,7 @@ class EngineSelect : public engine_tree {
   }
 };
 
-// Answers for a folder hold for that folder alone, for installs and deletions alike, and for one
-// run.
+// Answers for a folder hold for it alone, for installs and deletions alike, and for one run.
 TEST_F(EngineSelect, AnswersForAFolder) {
   file("A/a/1", "mine");
   file("A/a/2", "mine", "GONE");

@@ -201,7 +201,7 @@ TEST(Sign, SetsOfFiles) {
       {"one", raw_zip({one}), single_other_file},
       {"one twice", raw_zip({one, two, one}), single_other_file},
       {"a third", raw_zip({one, two, {"c", "3"}}), single_other_file},
-      {"a link", raw_zip({one, {"b", "22", 0xA1ED0000}}), single_other_file},
+      {"a link", raw_zip({one, {"b", "22", link_attributes}}), single_other_file},
       {"in a folder", raw_zip({one, {"x/b", "22"}}), single_other_file},
       {"too large", raw_zip({one, {"b", "22222"}}), single_too_large},
       {"nothing", "", single_empty},

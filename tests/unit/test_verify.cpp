@@ -41,10 +41,9 @@ TEST_F(EngineVerify, OneFile) {
   write("big", big);
   write("folder/x", "abc");
   ASSERT_EQ(mkfifo((root + "fifo").c_str(), 0644), 0);
-  ASSERT_EQ(symlink("abc", (root + "to abc").c_str()), 0);
-  ASSERT_EQ(symlink("nowhere at all", (root + "dangling").c_str()), 0);
-  ASSERT_EQ(symlink("folder", (root + "to folder").c_str()), 0);
-  ASSERT_EQ(symlink("loop", (root + "loop").c_str()), 0);
+  here.link("to abc", "abc");
+  here.link("dangling", "nowhere at all");
+  here.link("loop", "loop");
 
   const std::pair<const char*, std::string> rows[] = {
       // with no sum: cannot be read
@@ -82,29 +81,25 @@ TEST_F(EngineVerify, OneFile) {
 }
 
 TEST_F(EngineVerify, APassOverATree) {
-  write("copy/a/current", "abc");
+  for (const char* name :
+       {"a/current", "a/dropped", "windows", "lib/1", "lib/2", "Spelt Otherwise", "shut"})
+    write("copy/" + std::string(name), "abc");
   write("copy/a/changed", "abcd");
-  write("copy/a/dropped", "abc");
-  write("copy/windows", "abc");  // of no copy for this machine
-  write("copy/lib/1", "abc");
-  write("copy/lib/2", "abc");
-  write("copy/Spelt Otherwise", "abc");
   add("ALL_os/a/current", {"older", md5_of_abc});
   add("ALL_os/a/changed", {md5_of_abc});
   add("ALL_os/a/dropped", {md5_of_abc, "GONE"});
   add("ALL_os/a/absent", {md5_of_abc});
-  add("IBM_os/windows", {md5_of_abc}).os = 2;
+  add("IBM_os/windows", {md5_of_abc}).os = 2;  // of no copy for this machine
   add("ALL_os/spelt otherwise", {md5_of_abc});
   add("ALL_os/a", {md5_of_abc});            // a folder in its place
   add("ALL_os/a/current/x", {md5_of_abc});  // a file in its folder's place
   add("ALL_os/none/x", {md5_of_abc});
   add("ALL_os/A/CURRENT", {md5_of_abc});  // answers for its own spelling only
   // What this user may not read, and what is no file at all, is somebody's all the same.
-  write("copy/shut", "abc");
   add("ALL_os/shut", {md5_of_abc});
   ASSERT_EQ(mkfifo((root + "copy/fifo").c_str(), 0644), 0);
   add("ALL_os/fifo", {md5_of_abc});
-  ASSERT_EQ(symlink("abc", (root + "copy/link").c_str()), 0);
+  here.link("copy/link", "abc");
   add("ALL_os/link", {md5_of_abc});
   add("LIN_os/lib/1", {md5_of_abc}).os = 3;
   add("ALL_os/lib/2", {md5_of_abc}).os = 6;
@@ -155,8 +150,7 @@ TEST_F(EngineVerify, NoDestination) {
   EXPECT_LE(run_pass(), 2);
 }
 
-// Empty files and files of several pieces, among more of them than may wait, in every set of
-// instructions; a few large ones at the end, which the workers have to share.
+// More of them than may wait, in every set of instructions; the last and large ones are shared.
 TEST_F(EngineVerify, ManySizes) {
   std::string big(1200000, 'q');
   for (size_t i = 0; i < big.size(); i += 3)
