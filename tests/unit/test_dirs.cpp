@@ -5,6 +5,8 @@
 #include "Installer-f/engine/utils_registry.h"
 #include "engine_tree.h"
 
+using namespace std::string_literals;
+
 namespace {
 
 class EngineDirs : public engine_tree {
@@ -31,36 +33,32 @@ TEST_F(EngineDirs, MakesTheTree) {
   EXPECT_EQ(make_dirs(), 0);
   for (const char* name : {"Resources/a/b", "d e", "Output/FMS plans", "Output/logbooks",
                            "Output/movies", "Output/situations", "Resources/preferences"})
-    EXPECT_TRUE(folder(std::string("x/y/z/") + name)) << name;
+    EXPECT_TRUE(folder("x/y/z/"s + name)) << name;
   for (const char* name : {"unneeded", "windows", "top.txt", "ALL_os"})
     EXPECT_FALSE(there(std::string("x/y/z/") + name)) << name;
   EXPECT_EQ(make_dirs(), 0);  // over what is there
 }
 
 TEST_F(EngineDirs, WhatIsInTheWay) {
-  const struct {
-    const char* blocker;  // a plain file
-    const char* dest;
-    int code;  // 0: told, and no more
-    const char* failing;
-  } rows[] = {
+  // What is a plain file, the destination, the code (0: told, and no more) and where it fails.
+  const std::tuple<std::string, std::string, int, std::string> rows[] = {
       {"file", "file/x/", 20, "file/x"},
       {"copy/a", "copy/", 20, "copy/a/b"},
       {"other/Output", "other/", 0, "other/Output/movies"},
   };
   fetch("ALL_os/a/b/c.txt");
-  for (const auto& row : rows) {
-    write(row.blocker, "mine");
-    dest_dir_path = root + row.dest;
+  for (const auto& [blocker, dest, code, failing] : rows) {
+    write(blocker, "mine");
+    dest_dir_path = root + dest;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(make_dirs(), row.code) << row.blocker;
+    EXPECT_EQ(make_dirs(), code) << blocker;
     const std::string told = testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(str_holds(told, "An error occurred while creating new folders.")) << told;
-    EXPECT_TRUE(str_holds(told, "Error: Not a directory")) << told;
-    EXPECT_TRUE(str_holds(told, "Install Location: " + dest_dir_path)) << told;
-    EXPECT_TRUE(str_holds(told, "Install Path:" + root + row.failing)) << told;
-    EXPECT_EQ(read(row.blocker), "mine");
-    EXPECT_EQ(there(std::string(row.dest) + "Output"), row.code == 0) << row.blocker;
+    for (const std::string& part :
+         {"An error occurred while creating new folders."s, "Error: Not a directory"s,
+          "Install Location: " + dest_dir_path, "Install Path:" + root + failing})
+      EXPECT_TRUE(str_holds(told, part)) << told;
+    EXPECT_EQ(read(blocker), "mine");
+    EXPECT_EQ(there(dest + "Output"), code == 0) << blocker;
   }
   EXPECT_TRUE(folder("other/Resources/preferences"));
   dest_dir_path.clear();
@@ -95,27 +93,16 @@ TEST_F(EngineDirs, RoomForTheFrameworks) {
 TEST_F(EngineDirs, DeletesAndCleansUp) {
   open_log();
   stg.log_actions = 1;
-  write("copy/a/b/1", "s");
-  write("copy/c/3", "s");
-  write("copy/c/mine", "mine");
-  write("copy/d/4", "s");
-  write("copy/d/.hidden", "mine");
-  write("copy/top", "s");
-  write("copy/e/5", "kept");
-  write("elsewhere/6", "s");
+  for (const char* path : {"copy/a/b/1", "copy/c/3", "copy/c/mine", "copy/d/4", "copy/d/.hidden",
+                           "copy/top", "copy/e/5", "copy/f/UPPER", "elsewhere/6"})
+    write(path, "s");
   write("elsewhere/7", "mine");
   here.link("copy/link", "../elsewhere");     // the user's, who keeps a folder on another disk
   here.link("copy/shipped", "../elsewhere");  // by its name one that the release ships
-  write("copy/f/UPPER", "s");
-  drop("ALL_os/F/upper");
-  drop("ALL_os/a/b/1");
-  drop("ALL_os/c/3");
-  drop("ALL_os/d/4");
-  drop("ALL_os/top");
-  drop("ALL_os/link/6");
+  for (const char* path : {"ALL_os/F/upper", "ALL_os/a/b/1", "ALL_os/c/3", "ALL_os/d/4",
+                           "ALL_os/top", "ALL_os/link/6", "ALL_os/shipped/7", "ALL_os/absent/7"})
+    drop(path);
   add("ALL_os/Shipped", {"s"});
-  drop("ALL_os/shipped/7");
-  drop("ALL_os/absent/7");
   add("ALL_os/e/5", {"s"});
 
   delete_files();
@@ -172,16 +159,12 @@ TEST_F(EngineRegistry, OneLineACopy) {
   write(list, a);
   register_new_skyvane();
   EXPECT_EQ(read(list), a);
-}
-
-TEST_F(EngineRegistry, ACopyIsTakenOff) {
-  const std::string a = here.folder("a"), b = here.folder("b");
-  const std::string gone = root + "gone/";
-  write(list, gone + "\n" + a + "\n" + b + "\n" + a);
-  unregister_skyvane(a);
-  EXPECT_EQ(read(list), gone + "\n" + b + "\n");
-  unregister_skyvane(a);
-  EXPECT_EQ(read(list), gone + "\n" + b + "\n");
+  // Taken off, and once more.
+  write(list, "/gone/\n" + a + "\n" + b + "\n" + a);
+  for (int i = 0; i < 2; ++i) {
+    unregister_skyvane(a);
+    EXPECT_EQ(read(list), "/gone/\n" + b + "\n");
+  }
 }
 
 TEST_F(EngineRegistry, WhatIsKnownOfACopy) {
@@ -243,8 +226,7 @@ TEST_F(EngineRegistry, ReadsWhatItFinds) {
 
 TEST_F(EngineRegistry, PathsThatAreNoLine) {
   open_log();
-  for (const std::string& path :
-       {root + "a\nb/", root + std::string("a\0b/", 4), std::string(2048, 'x'), std::string()}) {
+  for (const std::string& path : {root + "a\nb/", root + "a\0b/"s, std::string(2048, 'x'), ""s}) {
     dest_dir_path = path;
     register_new_skyvane();
   }
@@ -262,9 +244,8 @@ TEST_F(EngineRegistry, FailuresAreALineInTheLog) {
   setenv("XDG_CONFIG_HOME", write("no folder", "").c_str(), 1);
   locate_all_skyvanes();
   register_new_skyvane();
-  const std::string text = log();
   const std::string warning = "WARNING: registration of this sky-root folder failed!\n";
-  EXPECT_TRUE(text.ends_with(warning + warning)) << text;
+  EXPECT_TRUE(log().ends_with(warning + warning)) << log();
 }
 
 TEST_F(EngineRegistry, WhatMakesACopy) {

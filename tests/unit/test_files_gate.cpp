@@ -1,5 +1,4 @@
-// The gate: what it puts into place, and everything that must not get past it, by both of its
-// roads.
+// The gate, by both of its roads: what it puts into place, and what must not get past it.
 
 #include "corekit/files/io_gate.h"
 
@@ -11,10 +10,11 @@
 
 #include "test_files_scratch.h"
 
+using namespace std::string_literals;
+
 namespace {
 
-// copy/ is the destination and outside/ what must stay as it is. The release ships the paths of
-// `shipped`.
+// copy/ is the destination, outside/ must stay as it is, and the release ships `shipped`.
 class FilesGate : public testing::TestWithParam<bool> {
  protected:
   void SetUp() override {
@@ -37,9 +37,11 @@ class FilesGate : public testing::TestWithParam<bool> {
   }
   void expect_outside_whole(const std::string& label) {
     EXPECT_EQ(content_of(dir / "outside/mine.txt"), "mine") << label;
-    const std::filesystem::path outside = dir / "outside";
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(outside), {}), 1) << label;
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2) << label;
+    EXPECT_EQ(items_in("outside"), 1) << label;
+    EXPECT_EQ(items_in(""), 2) << label;
+  }
+  long items_in(const std::string& folder) {
+    return std::distance(std::filesystem::directory_iterator(dir / folder), {});
   }
   // Names that begin as an unfinished file's, anywhere in the copy.
   int parts_left() {
@@ -71,11 +73,9 @@ TEST_P(FilesGate, PutsWholeFilesInPlace) {
   while (dir.path().size() + 5 + at_limit.size() < path_limit)
     at_limit += at_limit.size() % 100 == 99 ? "/x" : "d";
   at_limit.resize(path_limit - dir.path().size() - 5);
-  for (const std::string& path :
-       {std::string("old.txt"), std::string("linked"), std::string("empty"), std::string("pipe"),
-        std::string("dangling"), std::string("led"), std::string("a/b c/d\ne"), longest, at_limit,
-        std::string("..a/..."), std::string(" ")}) {
-    for (const std::string& text : {std::string(), std::string("text"), big}) {
+  for (const std::string& path : {"old.txt"s, "linked"s, "empty"s, "pipe"s, "dangling"s, "led"s,
+                                  "a/b c/d\ne"s, longest, at_limit, "..a/..."s, " "s}) {
+    for (const std::string& text : {""s, "text"s, big}) {
       EXPECT_EQ(put(path, text), 0) << path;
       EXPECT_TRUE(content_of(dir / ("copy/" + path)) == text) << path;
       struct stat info;
@@ -191,11 +191,7 @@ TEST_P(FilesGate, LinksThatAReleaseMayShip) {
 
 // Below what the release ships nothing is done; below the user's own links everything is.
 TEST_P(FilesGate, LinksOnTheWay) {
-  struct row_type {
-    const char *shipped, *link, *path;
-    bool followed;
-  };
-  const row_type rows[] = {
+  const std::tuple<std::string, std::string, std::string, bool> rows[] = {
       {"", "scenery", "scenery/x", true},
       {"", "a/b/scenery", "a/b/scenery/c/d/x", true},
       {"scenery/x", "scenery", "scenery/x", true},
@@ -207,37 +203,32 @@ TEST_P(FilesGate, LinksOnTheWay) {
       {"\xC3\x89t\xC3\xA9", "\xC3\xA9t\xC3\x89", "\xC3\xA9t\xC3\x89/x", false},  // accents
       {"link", "lin\xE2\x84\xAA", "lin\xE2\x84\xAA/x", false},                   // the Kelvin sign
   };
-  for (const row_type& row : rows) {
-    SCOPED_TRACE(std::string(row.shipped) + ": " + row.link);
-    const std::string link = std::string("copy/") + row.link;
-    const std::string folder(path_folder(link));
-    std::filesystem::create_directories(dir / folder);
-    std::filesystem::create_directory(dir / "moved");
+  for (const auto& [ship, link, path, followed] : rows) {
+    SCOPED_TRACE(ship + ": " + link);
+    std::filesystem::create_directories(dir / std::string(path_folder("copy/" + link)));
     dir.file("moved/there", "kept");
-    dir.link(link, (dir / "moved").c_str());
-    shipped = {row.shipped};
+    dir.link("copy/" + link, dir / "moved");
+    shipped = {ship};
     reopen();
-    const std::string there = std::string(row.link) + "/there";
-    const int refused = row.followed ? 0 : gate_below_link;
-    EXPECT_EQ(put(row.path), refused);
-    EXPECT_EQ(gate.put_link(std::string(row.link) + "/l", "there"), refused);
-    EXPECT_EQ(gate.make_folder(std::string(row.link) + "/f"), refused);
-    EXPECT_EQ(gate.make_folder(std::string(row.link) + "/f/h"), refused);
-    EXPECT_EQ(gate.remove_folder(std::string(row.link) + "/f/h"), refused);
-    EXPECT_EQ(gate.rename(there, "renamed"), refused);
-    EXPECT_EQ(gate.remove_file(std::string(row.link) + "/renamed"), refused);
+    const int refused = followed ? 0 : gate_below_link;
+    EXPECT_EQ(put(path), refused);
+    EXPECT_EQ(gate.put_link(link + "/l", "there"), refused);
+    EXPECT_EQ(gate.make_folder(link + "/f"), refused);
+    EXPECT_EQ(gate.make_folder(link + "/f/h"), refused);
+    EXPECT_EQ(gate.remove_folder(link + "/f/h"), refused);
+    EXPECT_EQ(gate.rename(link + "/there", "renamed"), refused);
+    EXPECT_EQ(gate.remove_file(link + "/renamed"), refused);
     io_handle file;
-    EXPECT_EQ(gate.open_file(row.path, file), refused);
-    EXPECT_EQ(is_there(dir / "moved/there"), !row.followed);
-    const auto items = std::distance(std::filesystem::directory_iterator(dir / "moved"), {});
-    EXPECT_EQ(items, row.followed ? 3 : 1);  // x, l and f
+    EXPECT_EQ(gate.open_file(path, file), refused);
+    EXPECT_EQ(is_there(dir / "moved/there"), !followed);
+    EXPECT_EQ(items_in("moved"), followed ? 3 : 1);  // x, l and f
     const std::vector<std::string> notes = gate.take_notes();
     ASSERT_EQ(notes.size(), 1u) << "once a link";
-    EXPECT_EQ(notes[0].starts_with("WARNING: "), !row.followed) << notes[0];
-    EXPECT_TRUE(str_holds(notes[0], row.link));
+    EXPECT_EQ(notes[0].starts_with("WARNING: "), !followed) << notes[0];
+    EXPECT_TRUE(str_holds(notes[0], link));
     // The link itself may be replaced by the release, and deleted.
-    EXPECT_EQ(gate.remove_folder(row.link), ENOTDIR);
-    EXPECT_EQ(gate.remove_file(row.link), 0);
+    EXPECT_EQ(gate.remove_folder(link), ENOTDIR);
+    EXPECT_EQ(gate.remove_file(link), 0);
     std::filesystem::remove_all(dir / "moved");
     std::filesystem::remove_all(dir / "copy");
     dir.folder("copy");
@@ -308,12 +299,9 @@ TEST_P(FilesGate, WhatStoppedProcessesLeave) {
   dir.link("copy/c/.skyvane_part_7", "x");
   EXPECT_EQ(gate.put_link("c/link", "x"), 0);
   EXPECT_FALSE(std::filesystem::is_symlink(dir / "copy/c/.skyvane_part_7"));
-  std::vector<std::string> names;
-  for (const auto& item : std::filesystem::directory_iterator(dir / "copy/a"))
-    names.push_back(item.path().filename());
-  std::sort(names.begin(), names.end());
-  EXPECT_EQ(names, (std::vector<std::string>{".other", ".skyvane_part_alive",
-                                             ".skyvane_part_folder", "x"}));
+  EXPECT_EQ(items_in("copy/a"), 4);
+  for (const char* name : {".other", ".skyvane_part_alive", ".skyvane_part_folder", "x"})
+    EXPECT_TRUE(is_there(dir / ("copy/a/"s + name))) << name;
   expect_outside_whole("left over");
 
   // Killed at any moment, and put again by several at once.
@@ -337,7 +325,7 @@ TEST_P(FilesGate, WhatStoppedProcessesLeave) {
     for (std::thread& thread : threads)
       thread.join();
     EXPECT_TRUE(content_of(dir / "copy/k/file") == text);
-    ASSERT_EQ(std::distance(std::filesystem::directory_iterator(dir / "copy/k"), {}), 1) << i;
+    ASSERT_EQ(items_in("copy/k"), 1) << i;
   }
 }
 
@@ -391,7 +379,7 @@ TEST_P(FilesGate, FailuresOfTheDisk) {
   dir.link("copy/shut/link", "two names");
   ASSERT_EQ(link((dir / "copy/shut/two names").c_str(), (dir / "outside/second").c_str()), 0);
   for (const char* name : {"writable", "two names"})
-    chmod((dir / ("copy/shut/" + std::string(name))).c_str(), 0666);
+    chmod((dir / ("copy/shut/"s + name)).c_str(), 0666);
   chmod((dir / "copy/shut").c_str(), 0555);
   chmod(dir.path().c_str(), 0755);
   const bool is_root = geteuid() == 0;

@@ -8,6 +8,8 @@
 #include "corekit/window/hl_init.h"
 #include "engine_tree.h"
 
+using namespace std::string_literals;
+
 namespace {
 
 constexpr char header[] = "I\n900 version\nINSTALLER\n\n";
@@ -71,7 +73,7 @@ TEST_F(EngineManifest, Lines) {
   const std::tuple<std::string, std::string, const char*> rows[] = {
       {"no line end at the end", "DIR A/\nFILE 0 0 1 2 3 <1> a", "A/a=1"},
       {"CR", "DIR A/\rFILE 0 0 1 2 3 <1> a\rFILE 0 0 1 2 3 <2> b\r", "A/a=1 A/b=2"},
-      {"NUL", std::string("DIR A/\0FILE 0 0 1 2 3 <1> a\0FILE 0 0 1 2 3 <2> b", 48), "A/a=1 A/b=2"},
+      {"NUL", "DIR A/\0FILE 0 0 1 2 3 <1> a\0FILE 0 0 1 2 3 <2> b"s, "A/a=1 A/b=2"},
       {"tabs and blanks", " \tDIR\t A/\n\t FILE\t0 \t0 1 2 3 <1> \t a  b \n", "A/a  b =1"},
       {"other words", "FILES 0 0 1 2 3 s a\nDIRX A/\nfile 0 0 1 2 3 s b\n#\nFILE 0 0 1 2 3 <1> c\n",
        "c=1"},
@@ -106,35 +108,28 @@ TEST_F(EngineManifest, Lines) {
 }
 
 TEST_F(EngineManifest, Numbers) {
-  const struct {
-    const char* fields;
-    int os, version;
-    float zip_kb;
-  } rows[] = {
-      {"0 3 91001 7", 3, 91001, 7},
-      {"0 +2 -+12 -5", 2, -12, -5},
-      {"0 1 1a 0", 1, 10 + 'a' - '0', 0},  // a letter is a digit like any other
-      {"0 1 4294967297 0", 1, 1, 0},       // wraps at 32 bits
+  const std::tuple<std::string, int, int, float> rows[] = {
+      {"0 3 91001 7", 3, 91001, 7.0f},
+      {"0 +2 -+12 -5", 2, -12, -5.0f},
+      {"0 1 1a 0", 1, 10 + 'a' - '0', 0.0f},  // a letter is a digit like any other
+      {"0 1 4294967297 0", 1, 1, 0.0f},       // wraps at 32 bits
+      {"0 9 0 0", 6, 0, 0.0f},
+      {"0 -1 0 0", 0, 0, 0.0f},
   };
-  for (const auto& row : rows) {
-    load_body("FILE " + std::string(row.fields) + " 0 <1> a\n");
-    ASSERT_EQ(sim_info.size(), 1u) << row.fields;
-    EXPECT_EQ(sim_info[0].current().os, row.os) << row.fields;
-    EXPECT_EQ(sim_info[0].current().version, row.version) << row.fields;
-    EXPECT_EQ(sim_info[0].current().zip_kb, row.zip_kb) << row.fields;
+  for (const auto& [fields, os, version, zip_kb] : rows) {
+    load_body("FILE " + fields + " 0 <1> a\n");
+    ASSERT_EQ(sim_info.size(), 1u) << fields;
+    EXPECT_EQ(sim_info[0].current().os, os) << fields;
+    EXPECT_EQ(sim_info[0].current().version, version) << fields;
+    EXPECT_EQ(sim_info[0].current().zip_kb, zip_kb) << fields;
   }
-  load_body(
-      "DISK 2\nFILE 0 0 0 0 0 <1> a\nDISK 3 FILE 0\nFILE 0 0 0 0 0 <1> b\nDISK \nFILE 0 0 0 0 0 "
-      "<1> c\n");
-  ASSERT_EQ(sim_info.size(), 3u);
-  EXPECT_EQ(sim_info[0].current().disk, 2);
-  EXPECT_EQ(sim_info[1].current().disk, 3);
-  EXPECT_EQ(sim_info[2].current().disk, 0);
-  load_body("DISK -4\nFILE 0 9 0 0 0 <1> a\nDISK 4000000\nFILE 0 -1 0 0 0 <1> b\n");
-  EXPECT_EQ(sim_info[0].current().disk, 0);
-  EXPECT_EQ(sim_info[0].current().os, 6);
-  EXPECT_EQ(sim_info[1].current().disk, 99);
-  EXPECT_EQ(sim_info[1].current().os, 0);
+  const std::pair<std::string, int> disks[] = {
+      {"DISK 2", 2}, {"DISK 3 FILE 0", 3}, {"DISK ", 0}, {"DISK -4", 0}, {"DISK 4000000", 99}};
+  for (const auto& [line, disk] : disks) {
+    load_body("DISK 1\n" + line + "\nFILE 0 0 0 0 0 <1> a\n");
+    ASSERT_EQ(sim_info.size(), 1u) << line;
+    EXPECT_EQ(sim_info[0].current().disk, disk) << line;
+  }
 }
 
 TEST_F(EngineManifest, Headers) {
@@ -179,8 +174,7 @@ TEST_F(EngineManifest, PathsThatLeaveTheDestination) {
       "DIR ALL_os/../\nFILE 0 0 1 2 3 <1> up\nDIR ALL_os//etc/\nFILE 0 0 1 2 3 <1> passwd\n";
   body += "DIR \n";
   for (const std::string& name :
-       {std::string("ALL_os/a/../../b"), std::string("ALL_os/./c"), std::string(".."), at_limit,
-        at_limit + "n", std::string("A/..d")})
+       {"ALL_os/a/../../b"s, "ALL_os/./c"s, ".."s, at_limit, at_limit + "n", "A/..d"s})
     body += "FILE 0 0 1 2 3 <1> " + name + "\n";
   ASSERT_EQ(load_body(body), 3);
   EXPECT_EQ(table(), at_limit + "=1 A/..d=1");
@@ -288,10 +282,7 @@ TEST(EngineManifestNames, GlobalScenery) {
 }
 
 TEST(EngineManifestNames, Sectors) {
-  const struct {
-    const char* path;
-    int found, lon, lat;
-  } rows[] = {
+  const std::tuple<const char*, int, int, int> rows[] = {
       {"a/+34-118.dsf", 1, 6, 12},
       {"-90-180.dsf", 1, 0, 0},
       {"+89+179.dsf", 1, 35, 17},
@@ -302,11 +293,11 @@ TEST(EngineManifestNames, Sectors) {
       {"", 1, 18, 9},
       {"\xff\xff\xff\xff\xff\xff\xff", 0, 0, 0},
   };
-  for (const auto& row : rows) {
-    int32_t lon = -7, lat = -7;
-    EXPECT_EQ(find_sector(lon, lat, row.path), row.found) << row.path;
-    EXPECT_EQ(lon, row.found ? row.lon : -7) << row.path;
-    EXPECT_EQ(lat, row.found ? row.lat : -7) << row.path;
+  for (const auto& [path, found, lon, lat] : rows) {
+    int32_t found_lon = -7, found_lat = -7;
+    EXPECT_EQ(find_sector(found_lon, found_lat, path), found) << path;
+    EXPECT_EQ(found_lon, found ? lon : -7) << path;
+    EXPECT_EQ(found_lat, found ? lat : -7) << path;
   }
 }
 
