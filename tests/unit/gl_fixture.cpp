@@ -101,14 +101,6 @@ void load_white() {
   load_pair(pair);
 }
 
-void clear_window() {
-  OGL_drop_picture();
-  OGL_show_next();
-  glDisable(GL_SCISSOR_TEST);
-  glClearColor(0, 0, 0, 1);
-  glClear(GL_COLOR_BUFFER_BIT);
-}
-
 }  // namespace
 
 void alerts_are_drawn() {
@@ -165,7 +157,11 @@ void gl_fixture::TearDown() {
 }
 
 void gl_fixture::clear() {
-  clear_window();
+  OGL_drop_picture();
+  OGL_show_next();
+  glDisable(GL_SCISSOR_TEST);
+  glClearColor(0, 0, 0, 1);
+  glClear(GL_COLOR_BUFFER_BIT);
 }
 
 void gl_fixture::click(float x, float y) {
@@ -213,7 +209,7 @@ picture_map::picture_map(const std::function<void()>& draw)
   static const picture_pair coats_pair = make_pair(white_of(128));
   const auto drawn_with = [&draw](const picture_pair& pair) {
     load_pair(pair);
-    clear_window();
+    gl_fixture::clear();
     draw();
     return read_picture();
   };

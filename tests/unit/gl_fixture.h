@@ -28,17 +28,19 @@ inline constexpr std::string_view font_rows[5] = {
 // A window of 800 by 600 as the wizard has it: mnw, ogl_inited and the textures set up, the frame
 // black. Fails loudly where no context can be had.
 class gl_fixture : public testing::Test {
+ public:
+  static void clear();
+
  protected:
   static constexpr int window_dx = 800, window_dy = 600;
 
   void SetUp() override;
   void TearDown() override;
 
-  void clear();
   static void new_driver();  // asks the driver anew, with the command line of now
   // A click at a place, for the frame that begins; and its end.
-  void click(float x, float y);
-  void move(float x, float y);
+  static void click(float x, float y);
+  static void move(float x, float y);
 };
 
 // Installs the window layer's sink of failures, as the start does it.
@@ -54,8 +56,7 @@ std::vector<unsigned char> read_buffer();
 // Within 2 levels a channel.
 testing::AssertionResult pixel_is(int x, int y, int r, int g, int b);
 
-// What a drawing has put at each pixel of the window: which glyph, and how many times it was
-// painted over.
+// What a drawing has put at each pixel: which glyph, and how many times it was painted over.
 class picture_map {
  public:
   // Draws twice, with two versions of the interface and the elements image.

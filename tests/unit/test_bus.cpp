@@ -1,5 +1,4 @@
-// The desktop's services, played by bus-service on a real message bus: the folder window of the
-// portal, the ejection of a disc, progress and notifications.
+// The desktop's services, played by bus-service on a real message bus.
 
 #include <signal.h>
 #include <sys/mount.h>
@@ -64,9 +63,10 @@ class Bus : public testing::Test {
     words.insert(words.begin(), program);
     start(&service, words, "ready\n");
   }
-  // Whether it says so within some seconds.
-  bool says(PLT_child& child, const std::string& text) {
+  // Whether it says so within some seconds, with a `step` taken again and again.
+  bool says(PLT_child& child, const std::string& text, const std::function<void()>& step = {}) {
     for (int i = 0; i < 600 && said.find(text) == std::string::npos; ++i) {
+      if (step) step();
       PLT_child_read(&child, &said, 65536);
       usleep(5'000);
     }
@@ -224,15 +224,9 @@ TEST_F(Bus, DesktopIsToldOfAJob) {
   serve({"none"});
   frame(100, choice, -1);
   frame(101, job, 0.25f);
-  for (int i = 0; i < 200 && said.find("Update") == std::string::npos; ++i) {
-    frame(101, job, 0.25f);
-    usleep(5'000);
-    PLT_child_read(&service, &said, 65536);
-  }
   const std::string entry =
       "application://example.skyvane.unit_tests.desktop progress 0.25 progress-visible yes\n";
-  EXPECT_TRUE(str_holds(said, entry)) << said;
-  said.clear();
+  EXPECT_TRUE(says(service, entry, [&] { frame(101, job, 0.25f); })) << said;
   const struct {
     float at;
     const wizard_page* page;
@@ -256,12 +250,7 @@ TEST_F(Bus, DesktopIsToldOfAJob) {
     SCOPED_TRACE(row.at);
     said.clear();
     frame(row.at, *row.page, row.progress);
-    for (int i = 0; i < 200 && said.find(row.says) == std::string::npos; ++i) {
-      PLT_notice_frame();
-      PLT_child_read(&service, &said, 65536);
-      usleep(5'000);
-    }
-    EXPECT_TRUE(str_holds(said, row.says)) << said;
+    EXPECT_TRUE(says(service, row.says, PLT_notice_frame)) << said;
     EXPECT_FALSE(str_holds(said, row.not_says)) << said;
   }
   PLT_child_end(&daemon, 0);

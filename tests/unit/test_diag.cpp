@@ -68,8 +68,6 @@ int recursions(std::FILE* file, int depth) {
   return one_level_deeper(file, depth - 1) + 1;
 }
 
-}  // namespace
-
 TEST(Diag, FatalAlertLeavesCrawlAndReport) {
   picture_folder folder;
   folder.file("MemoryLog.txt", "of an earlier run\n");
@@ -208,13 +206,11 @@ TEST(Diag, LazyPool) {
   EXPECT_EQ(UTL_lazy_mempool::global_total, before);
 }
 
-namespace {
 [[maybe_unused]] int handler_calls = 0;
 [[maybe_unused]] size_t too_much() {
   static volatile size_t bytes = ~size_t{0} / 4;  // not known to the compiler
   return bytes;
 }
-}  // namespace
 
 TEST(Diag, NamedNew) {
   static unsigned long long calls, taken;
@@ -295,7 +291,9 @@ TEST(RuntimeLog, TheRunsBeforeAreSetAside) {
     xer.flush();
   };
   const auto logs = [&] { return PLT_files_below(folder / ""); };
-  const std::string plain = folder / "Skyvane Installer Log.txt";
+  const std::string plain = folder / "Skyvane Installer Log.txt",
+                    lasting = state / "deep/er/skyvane/",
+                    last = lasting + "Skyvane Installer Log.txt";
   for (int run = 1; run <= 7; ++run) {
     begin("--list", folder / "");
     EXPECT_EQ(log_path(), plain);
@@ -328,23 +326,23 @@ TEST(RuntimeLog, TheRunsBeforeAreSetAside) {
   EXPECT_EQ(log_refused(), folder / "mine.txt: another run is writing to it");
   for (const char* const nowhere : {"--log=/nowhere/at/all", "--log=/dev/full"}) {
     begin(nowhere, "/nowhere/at/all/");
-    EXPECT_EQ(log_path(), state / "deep/er/skyvane/Skyvane Installer Log.txt");
+    EXPECT_EQ(log_path(), last);
     EXPECT_NE(log_refused(), "");
   }
   begin("", "");
-  EXPECT_EQ(log_path(), state / "deep/er/skyvane/Skyvane Installer Log.txt") << "of no folder";
+  EXPECT_EQ(log_path(), last) << "of no folder";
   app_packaged = 1;
   begin("", folder / "");
-  EXPECT_EQ(log_path(), state / "deep/er/skyvane/Skyvane Installer Log.txt");
+  EXPECT_EQ(log_path(), last);
   app_packaged = 0;
   log_keep();
-  EXPECT_EQ(PLT_files_below(state / "deep/er/skyvane/").size(), 4u) << "it is where it stays";
+  EXPECT_EQ(PLT_files_below(lasting).size(), 4u) << "it is where it stays";
   // One beside the program is copied to where it outlives the program's folder.
   for (int run = 0; run < 4; ++run) {
     begin("", folder / "");
     log_keep();
-    EXPECT_EQ(content_of(state / "deep/er/skyvane/Skyvane Installer Log.txt"), "run\n");
-    EXPECT_EQ(PLT_files_below(state / "deep/er/skyvane/").size(), 5u);
+    EXPECT_EQ(content_of(last), "run\n");
+    EXPECT_EQ(PLT_files_below(lasting).size(), 5u);
   }
 }
 
@@ -388,3 +386,5 @@ TEST(RuntimeRun, FoldersAreFromTheStartAndWithoutDetours) {
     EXPECT_EQ(folder_from_start(folder), expected);
   start_folder = before;
 }
+
+}  // namespace

@@ -80,11 +80,7 @@ PLT_key_event event_of(int scancode, const char* text, unsigned modifiers, int s
 }  // namespace
 
 TEST_F(Keys, RawKeysBecomeCharacterKeyAndFlags) {
-  const struct {
-    const char* label;
-    long kind, message, modifiers;
-    const char* taken;
-  } rows[] = {
+  const std::tuple<const char*, long, long, long, const char*> rows[] = {
       {"a repeat", 5, p_a << 8 | 'a', 0, "97,65,0 "},
       {"Control with Shift", 3, p_a << 8 | 'A', 0x1200, "0,65,13 "},
       {"Command", 3, p_a << 8 | 'a', 0x100, "0,65,8 "},
@@ -92,10 +88,10 @@ TEST_F(Keys, RawKeysBecomeCharacterKeyAndFlags) {
       {"a place beyond the table", 3, 300 << 8, 0, "0,0,8 "},
       {"nothing at all", 5, 0, 0, ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, kind, message, modifiers, expected] : rows) {
     focus_widget();
-    keys.handle_key_raw(row.kind, row.message, row.modifiers);
-    EXPECT_EQ(taken(), row.taken) << row.label;
+    keys.handle_key_raw(kind, message, modifiers);
+    EXPECT_EQ(taken(), expected) << label;
   }
 }
 
@@ -123,26 +119,19 @@ TEST_F(Keys, EventsTypeWhatTheUserSees) {
 }
 
 TEST_F(Keys, WhatNoWidgetTakesSetsTheFramesFlags) {
-  const struct {
-    const char* label;
-    long kind, message;
-    int ret, esc, del, last_char;
-  } rows[] = {
-      {"Return", 3, p_return << 8 | 13, 1, 0, 0, 13},
-      {"Escape", 3, p_escape << 8 | 27, 0, 1, 0, 27},
-      {"Delete", 3, p_delete << 8 | 127, 0, 0, 1, 127},
-      {"a letter", 3, p_a << 8 | 'a', 0, 0, 0, 'a'},
-      {"held, it leaves one page only", 5, p_return << 8 | 13, 0, 0, 0, 13},
-      {"release does not", 4, p_return << 8 | 13, 0, 0, 0, 0},
+  // With what comes of it: Return, Escape, Delete, and the character.
+  const std::tuple<const char*, long, long, std::vector<int>> rows[] = {
+      {"Return", 3, p_return << 8 | 13, {1, 0, 0, 13}},
+      {"Escape", 3, p_escape << 8 | 27, {0, 1, 0, 27}},
+      {"Delete", 3, p_delete << 8 | 127, {0, 0, 1, 127}},
+      {"a letter", 3, p_a << 8 | 'a', {0, 0, 0, 'a'}},
+      {"held, it leaves one page only", 5, p_return << 8 | 13, {0, 0, 0, 13}},
+      {"release does not", 4, p_return << 8 | 13, {0, 0, 0, 0}},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, kind, message, flags] : rows) {
     return_hit = escape_hit = delete_hit = keys.last_char = 0;
-    keys.handle_key_raw(row.kind, row.message, 0);
-    EXPECT_EQ(return_hit, row.ret);
-    EXPECT_EQ(escape_hit, row.esc);
-    EXPECT_EQ(delete_hit, row.del);
-    EXPECT_EQ(keys.last_char, row.last_char);
+    keys.handle_key_raw(kind, message, 0);
+    EXPECT_EQ((std::vector{return_hit, escape_hit, delete_hit, keys.last_char}), flags) << label;
   }
   focus_widget();
   return_hit = 0;

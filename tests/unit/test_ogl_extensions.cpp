@@ -36,19 +36,12 @@ void get_program(GLenum target, GLenum name, GLint* value) {
 }
 
 const char* get_string(unsigned name) {
-  if (driver.strings_are_null) return nullptr;
-  switch (name) {
-    case GL_VENDOR:
-      return driver.vendor.c_str();
-    case GL_RENDERER:
-      return driver.renderer.c_str();
-    case GL_VERSION:
-      return driver.version.c_str();
-    case GL_EXTENSIONS:
-      return driver.extensions.c_str();
-    default:
-      return nullptr;
-  }
+  const std::map<unsigned, const std::string*> strings = {{GL_VENDOR, &driver.vendor},
+                                                          {GL_RENDERER, &driver.renderer},
+                                                          {GL_VERSION, &driver.version},
+                                                          {GL_EXTENSIONS, &driver.extensions}};
+  if (driver.strings_are_null || !strings.contains(name)) return nullptr;
+  return strings.at(name)->c_str();
 }
 
 void get_integers(unsigned name, int* values) {

@@ -48,8 +48,6 @@ int poll_to_the_end(std::string* path) {
   return plt_picker_running;
 }
 
-}  // namespace
-
 TEST(Picker, AnswersAreRead) {
   const struct {
     const char *label, *zenity, *kdialog;  // null: not installed
@@ -128,8 +126,6 @@ TEST(Picker, CancelEndsItWithItsChildren) {
 
 // --- through the dialog --------------------------------------------------------------------------
 
-namespace {
-
 int frames;
 void (*each_frame)();
 
@@ -155,15 +151,6 @@ class PickerDialog : public gl_fixture {
     return GetFilePathFromUser(2, "Pick a folder", "Select", 1, start_in, *out);
   }
 };
-
-// A press for the next frame's widgets.
-void press(float x, float y) {
-  mnw.mouse_x = x;
-  mnw.mouse_y = y;
-  mnw.mouse_clicked = 1;
-}
-
-}  // namespace
 
 TEST_F(PickerDialog, TakesWhatTheDesktopSays) {
   const fake_desktop desktop;
@@ -200,7 +187,7 @@ TEST_F(PickerDialog, CanBeGivenUp) {
   desktop.put("zenity", "touch ${me}up; sleep 60");
   const std::pair<const char*, void (*)()> rows[] = {
       // The dialog is 561 by 474, its panel in the middle.
-      {"Cancel", [] { press(361, 212); }},
+      {"Cancel", [] { click(361, 212); }},
       {"the window's own button", [] { MACIBM_startwind(win_main, 0); }},
       {"the program ends", [] { app_done = 1; }},
   };
@@ -218,3 +205,5 @@ TEST_F(PickerDialog, CanBeGivenUp) {
   std::string path;
   EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none) << "its program is gone";
 }
+
+}  // namespace

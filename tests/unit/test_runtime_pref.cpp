@@ -28,7 +28,15 @@ struct settings {
 class RuntimePref : public testing::Test {
  protected:
   void SetUp() override { forget(); }
-  void TearDown() override { forget(); }
+  void TearDown() override {
+    std::filesystem::current_path(before);
+    forget();
+  }
+  // The family's file, empty, in the working folder.
+  std::string resolution_file() const {
+    std::filesystem::current_path(log.folder.path());
+    return log.folder.file("Resources/preferences/Res Sky-Root.prf", "");
+  }
   // What the installer's own file holds starts as at the program's start.
   static void forget() {
     cmdline = UTL_cmdline();
@@ -57,6 +65,7 @@ class RuntimePref : public testing::Test {
 
   log_capture log;
   const std::string path = log.folder / "Test.prf";
+  const std::filesystem::path before = std::filesystem::current_path();
 };
 
 }  // namespace
@@ -198,29 +207,22 @@ TEST_F(RuntimePref, InstallerFileHoldsItsTagsInOrder) {
 }
 
 TEST_F(RuntimePref, AScreenOutOfRangeIsTheUsualOne) {
-  const std::filesystem::path before = std::filesystem::current_path();
-  std::filesystem::create_directories(log.folder / "Resources/preferences");
-  std::filesystem::current_path(log.folder.path());
+  const std::string file = resolution_file();
   const struct {
     int x, y, dx, dy;
   } rows[] = {{600, 9999, 600, 9999}, {599, 10000, 1024, 768}, {10000, 599, 1024, 768}};
   for (const auto& row : rows) {
-    overwrite("Resources/preferences/Res Sky-Root.prf",
-              header + str_format("_x_res_req_ALL %d\n_y_res_req_ALL %d\n", row.x, row.y));
+    overwrite(file, header + str_format("_x_res_req_ALL %d\n_y_res_req_ALL %d\n", row.x, row.y));
     mnw = mnw_record();
     pref.IO_set(pref_kind_resolution, pref_read);
     EXPECT_EQ(mnw.req_dx, row.dx);
     EXPECT_EQ(mnw.req_dy, row.dy);
   }
-  std::filesystem::current_path(before);
 }
 
 // What this program has no use for it carries, since its sibling programs read it.
 TEST_F(RuntimePref, TheFamilysFileIsWrittenWhole) {
-  constexpr char file[] = "Resources/preferences/Res Sky-Root.prf";
-  const std::filesystem::path before = std::filesystem::current_path();
-  std::filesystem::create_directories(log.folder / "Resources/preferences");
-  std::filesystem::current_path(log.folder.path());
+  const std::string file = resolution_file();
   const auto text = [](const char* form) {
     std::string filled = header;
     int number = 1;
@@ -244,8 +246,7 @@ TEST_F(RuntimePref, TheFamilysFileIsWrittenWhole) {
   pref.IO_set(pref_kind_resolution, pref_read);
   EXPECT_EQ(mnw.req_depth, 7);
   EXPECT_EQ(mnw.alias_req, 10);
-  unlink(file);
+  unlink(file.c_str());
   pref.IO_set(pref_kind_resolution, pref_write);
   EXPECT_EQ(content_of(file), text("1"));
-  std::filesystem::current_path(before);
 }

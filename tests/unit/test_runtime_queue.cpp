@@ -27,8 +27,6 @@ struct test_queue {
   UTL_message_queue* queue = nullptr;
 };
 
-}  // namespace
-
 TEST(RuntimeQueue, GivesWordsInTheOrderOfWriting) {
   const test_queue queue;
   EXPECT_EQ(UTL_message_queue_read(queue, queue_poll), 0);
@@ -160,8 +158,6 @@ TEST(RuntimeThread, CriticalSectionIsRecursiveAndExcludes) {
   UTL_critical_section_destroy(&section);
 }
 
-namespace {
-
 // Counts its runs in a plain field, which only the hand-over of the task protects.
 struct counting_task : UTL_work_task {
   void do_it() override { ++runs; }
@@ -183,8 +179,6 @@ struct gated_task : counting_task {
   void let_go() { UTL_message_queue_write(gate, 1); }
   UTL_message_queue* gate = nullptr;
 };
-
-}  // namespace
 
 TEST(RuntimeWorkers, RunsEveryTaskOnceAndGivesItBack) {
   constexpr int total = 3000, limit = 8;
@@ -254,3 +248,5 @@ TEST(RuntimeWorkers, DestructionRunsWhatIsQueuedUnlessTheOwnerDrains) {
       EXPECT_EQ(task.runs, 1);
   }
 }
+
+}  // namespace

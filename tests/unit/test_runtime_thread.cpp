@@ -40,7 +40,7 @@ class RuntimeAsync : public testing::Test {
   log_capture log;
 };
 
-// --- ways to fail, as thread functions ----------------------------------------------------------
+// --- ways to fail -------------------------------------------------------------------------------
 
 std::atomic<int> survived;   // a failing thread went on
 std::atomic<int> destroyed;  // locals of failing threads
@@ -49,38 +49,13 @@ struct witness {
   ~witness() { ++destroyed; }
 };
 
-void* raise_fatal(void*) {
+// Fails as it is said, with a local on its stack.
+template <auto fail>
+void* failing(void*) {
   const witness local;
-  __MACIBM_alert(0, "fatal one", "fatal two", "", "", t_exit, "Test/source", 77);
+  fail();
   ++survived;
   return nullptr;
-}
-
-void* fail_a_call(void*) {
-  const witness local;
-  UTL_thread_check(22, "\"pthread_cond_timedwait\" OS error", at_queue_wait);
-  ++survived;
-  return nullptr;
-}
-
-void* throw_standard(void*) {
-  const witness local;
-  throw std::runtime_error("the reason");
-}
-
-void* throw_no_memory(void*) {
-  const witness local;
-  throw std::bad_alloc();
-}
-
-void* throw_number(void*) {
-  const witness local;
-  throw 5;
-}
-
-void* throw_record(void*) {
-  const witness local;
-  throw exce_class("a mere warning", "", "", "", "Test/source", 78, t_alert);
 }
 
 // Hands on the record that it is given.
@@ -160,16 +135,19 @@ TEST_F(RuntimeAsync, FailuresWaitForTheirReaderBySeverity) {
   EXPECT_TRUE(log.text().ends_with("Clean exit from threads.\n"));
 }
 
-// Every way to fail, on every kind of thread: the main thread tells the user, and the program ends
-// with status 1. The rows run in a child process.
+// Every way to fail, on every kind of thread: the main thread tells the user and ends the program.
 TEST(RuntimeFailureDeathTest, EndsTheProgramFromEveryKindOfThread) {
   const std::pair<UTL_thread_function, const char*> rows[] = {
-      {raise_fatal, "fatal one fatal two"},
-      {fail_a_call, "\"pthread_cond_timedwait\" OS error err=22\\.000000"},
-      {throw_standard, "Caught an unhandled C\\+\\+ exception the reason"},
-      {throw_no_memory, "There is no more memory, and I cannot go on\\."},
-      {throw_number, "Caught an unhandled unknown exception"},
-      {throw_record, "a mere warning"},
+      {failing<[] { __MACIBM_alert(0, "fatal one", "fatal two", "", "", t_exit, "Test", 77); }>,
+       "fatal one fatal two"},
+      {failing<[] { UTL_thread_check(22, "\"pthread_cond_timedwait\" OS error", at_queue_wait); }>,
+       "\"pthread_cond_timedwait\" OS error err=22\\.000000"},
+      {failing<[] { throw std::runtime_error("the reason"); }>,
+       "Caught an unhandled C\\+\\+ exception the reason"},
+      {failing<[] { throw std::bad_alloc(); }>, "There is no more memory, and I cannot go on\\."},
+      {failing<[] { throw 5; }>, "Caught an unhandled unknown exception"},
+      {failing<[] { throw exce_class("a mere warning", "", "", "", "Test", 78, t_alert); }>,
+       "a mere warning"},
   };
   const struct {
     const char* thread;

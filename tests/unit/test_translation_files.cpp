@@ -195,8 +195,7 @@ TEST(TranslationFiles, FitTheirPlaces) {
         "Search for Updates", "Check Disk Space", "Install Updates", "Select Scenery",
         "Select Skyvane", "Scan Existing Scenery", "Install Scenery", "Confirm Repairs",
         "Select New Scenery", "Scan For Problems"}},
-      // The Options dialog: the field's label, the slider's, and the two lines of the box beside
-      // it.
+      // The Options dialog: the field's label, the slider's, and the box's two lines.
       {60, {"-proxy host", "-proxy port", "streams"}},
       {2 * 280,
        {"|manually set the number of download streams... typically leave this OFF, and the "
@@ -210,8 +209,7 @@ TEST(TranslationFiles, FitTheirPlaces) {
       {50, "", "Quit", ""},   {90, "", "Options", ""},     {89, "<", "Back", ""},
       {100, "", "Next", ">"}, {114, "", "Select All", ""}, {132, "", "Select None", ""},
   };
-  // Wrapped texts, by how they begin, with something below them: the map, the panel's edge, the
-  // alert's next text.
+  // Wrapped texts, by how they begin, with something below them.
   const struct block {
     float wrap;
     int most_lines;

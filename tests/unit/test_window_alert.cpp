@@ -97,15 +97,6 @@ TEST_F(WindowAlert, ItIsDrawnWhateverStateTheFailureLeft) {
   EXPECT_EQ(picture_of(lines), sane);
 }
 
-TEST_F(WindowAlert, AFatalOneShowsItsSourceAndEndsTheProgram) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const auto fatal = [] {
-    push_key(SDLK_RETURN);
-    __MACIBM_alert(win_main, "this is the end", "", "", "", t_exit, "tests/alert", 3);
-  };
-  EXPECT_EXIT(fatal(), testing::ExitedWithCode(1), "this is the end");
-}
-
 TEST_F(WindowAlert, TheLanguageChooserSetsTheLanguage) {
   mnw.language = 0;
   static int frames;

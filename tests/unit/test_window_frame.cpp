@@ -314,8 +314,7 @@ TEST_F(WindowFrame, AnIdlePageIsStillCalled) {
   }
 }
 
-// A dialog that a page opens in a frame that comes too soon to be shown must be seen all the same,
-// and what the page draws behind it must not.
+// One that a page opens in a frame too soon to be shown is seen, and not what is drawn behind it.
 TEST_F(WindowFrame, ADialogFromAFrameThatIsNotShownIsSeen) {
   constexpr int marker = 102, other = 101;
   colr.assign(marker, 1, 0, 1);

@@ -33,8 +33,7 @@ class window_fixture : public testing::Test {
 
   // Empties the queue of what the window library sends of itself.
   static void settle();
-  // Does `body`, and `each_frame` behind every picture that it shows; each of its frames is one,
-  // whether or not it differs from the last.
+  // Does `body`, and `each_frame` behind every picture; each of its frames is one.
   static void step_by_step(const std::function<void()>& body,
                            const std::function<void()>& each_frame);
   static const std::vector<unsigned char>& last_shown();
