@@ -53,6 +53,8 @@ TEST(FilesTree, ListsFilesOfOneKind) {
   for (const auto& [filter, expected] : rows)
     EXPECT_EQ(expected, listing(here.path(), filter)) << filter;
   int kind = -1;
+  EXPECT_EQ(0, opensave_takeit(".obj", 0, 4, &kind));
+  EXPECT_EQ(kind, 4);
   EXPECT_EQ(1, opensave_takeit("x.obj", 1, 1, &kind));
   EXPECT_EQ(0, kind) << "a folder is of none";
   cmnd.add_cmd("list/one", "");

@@ -10,8 +10,9 @@ TEST(GrabStreams, CountFollowsTheSpeed) {
   const struct {
     float rate;
     int manual, wanted;
-  } rows[] = {{50.0f, 0, 2},  {50.1f, 0, 4}, {150.0f, 0, 6}, {150.1f, 0, 8},
-              {200.1f, 0, 9}, {1e9f, 1, 1},  {0, 4, 4},      {60.0f, -1, 4}};
+  } rows[] = {{50.0f, 0, 2},  {50.1f, 0, 4},  {100.0f, 0, 4}, {100.1f, 0, 6},
+              {150.0f, 0, 6}, {150.1f, 0, 8}, {200.0f, 0, 8}, {200.1f, 0, 9},
+              {1e9f, 1, 1},   {0, 4, 4},      {60.0f, -1, 4}};
   for (const auto& row : rows) {
     EXPECT_EQ(wanted_streams(row.rate, row.manual), row.wanted) << row.rate << " " << row.manual;
   }

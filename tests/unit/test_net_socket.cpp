@@ -175,6 +175,7 @@ TEST(NetSocket, DatagramsComeWholeOrCutAndNameTheirSender) {
   while (ours.udp_init(port, PCSBSocketUDP::mode_nonblocking) != 0 && port < last_port)
     ++port;
   EXPECT_EQ(theirs.udp_init(port, PCSBSocketUDP::mode_blocking), EADDRINUSE);
+  EXPECT_EQ(theirs.udp_WriteData("lost", 4, htonl(INADDR_LOOPBACK), port), -1);
   ASSERT_EQ(theirs.udp_init(0, PCSBSocketUDP::mode_blocking), 0);
   char got[8] = {};
   unsigned long from = 0;

@@ -194,6 +194,12 @@ TEST(TexPng, BrokenFilesAreFatal) {
   };
   EXPECT_EQ(load(good), 1);
   EXPECT_EQ(load({}), 0);
+  picture_file cut(good.data(), good.size() - 200);
+  unsigned char* none = nullptr;
+  TEX_image_desc desc;
+  TEX_fault fault;
+  EXPECT_EQ(TEX_read_png(cut.map, none, TEX_rgba, 0, 0, 0, desc, fault), 0);
+  std::free(none);
   const auto dies = testing::ExitedWithCode(1);
   const auto changed = [&](size_t at, unsigned char value) {
     bytes data = good;

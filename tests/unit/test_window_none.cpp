@@ -65,6 +65,17 @@ void silent_driver() {
   EXPECT_FALSE(PLT_open_url("http://www.skyvane.example/"));
 }
 
+void no_display() {
+  clear_environment();
+  PLT_use_display();
+  EXPECT_FALSE(PLT_open_window("none", 800, 600, 1, {}));
+  EXPECT_EQ(PLT_window_error(), "no display is named in the environment");
+}
+
+TEST(WindowNone, NoDisplayIsNamed) {
+  EXPECT_IN_NEW_PROCESS(no_display());
+}
+
 TEST(WindowNone, ADriverWithoutOpenGLIsTriedFiveTimes) {
   EXPECT_IN_NEW_PROCESS(silent_driver());
 }
