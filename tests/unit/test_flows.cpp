@@ -14,6 +14,7 @@
 #include <sstream>
 #include <utility>
 
+#include "Installer-f/engine/utils_copies.h"
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_select.h"
@@ -268,6 +269,14 @@ class Flows : public Grab {
     return std::exchange(dest_dir_path, "");
   }
 
+  // What is known of the copies.
+  static std::string noted() {
+    std::string all;
+    for (const copy_facts& copy : copies_on_list())
+      all += both_ends(copy.path) + ' ' + copy.release + ' ' + copy.edition + ' ';
+    return all;
+  }
+
   // What a process says and ends with; times, sizes and places, which are others in each run, left
   // out.
   std::string told(const std::function<int()>& body) {
@@ -367,6 +376,7 @@ TEST_F(Flows, TheUpdateByHand) {
   acts = {{"pick", [&] { dest_dir_path = two; }},
           {"take back", [&] { std::ofstream(two + "Airfoils/changed") << "content of changed"; }}};
   EXPECT_EQ(walk(net_start, "/next/next/pick/next/back/next/take back"), written("the update"));
+  EXPECT_EQ(noted(), "~/One/   ~/Two/ Rel9  ");
   unregister_skyvane(one);
   EXPECT_EQ(walk(net_start, "/next/"), written("the update of what is current"))
       << "the only one, and nothing is left to do";
@@ -388,6 +398,7 @@ TEST_F(Flows, TheDemoByHand) {
   EXPECT_EQ(walk(demo_start, "/next/next/accept/next/no name/config/My demo/next/"),
             written("the demo"));
   EXPECT_EQ(content_of(root + "My demo/Resources/a"), "content of a");
+  EXPECT_EQ(noted(), "~/My demo/ Rel9 demo ");
   std::filesystem::remove(root + "My demo/Resources/b");
   EXPECT_EQ(walk(demo_start, "/accept/next/next/My demo/next/"), written("the demo gone on with"));
   // Left in the midst of it, and given up.
@@ -425,6 +436,7 @@ TEST_F(Flows, TheDiscByHand) {
                  "/next/accept/next/next/less/next/back/Add Or Remove Scenery/next/less"
                  "/back/back/Repair Skyvane/next/next/back/Run Skyvane Now/"),
             written("the disc"));
+  EXPECT_EQ(noted(), "~/Rel9/ Rel9 full ");
 }
 
 TEST_F(Flows, TheDiscsThatAreWanted) {

@@ -352,6 +352,19 @@ TEST_F(OglExtensions, TooOldHardwareIsFatalUnlessForced) {
   EXPECT_FALSE(str_holds(init(), "cannot support")) << "and so is multitexture";
 }
 
+TEST_F(OglExtensions, ThreadsThatFailAreToldOfOnce) {
+  OGL_extensions asked;
+  testing::internal::CaptureStderr();
+  for (const int avail : {0, 1}) {
+    asked.threaded_avail = avail;
+    for (int i = 0; i < 2; ++i)
+      asked.threaded_ogl_failed();
+  }
+  const std::string said = testing::internal::GetCapturedStderr(), text = "a problem setting up";
+  EXPECT_NE(said.find(text), said.npos);
+  EXPECT_EQ(said.find(text), said.rfind(text)) << said;
+}
+
 TEST_F(OglExtensions, SoftwareRenderersAreToldOf) {
   const std::map<std::string, bool> rows = {
       {"GENERIC", true},           {"generic 1.1", true},

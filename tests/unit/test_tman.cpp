@@ -336,6 +336,7 @@ TEST_F(Tman, LoadsAreToldOfOnceASecond) {
   }
   xtim.now_sec = 2000;
   tman.load_texture(tex_fail_silent, t_back_tile + 15, scratch_flags, tex_load_now, "e");
+  tman.load_texture(tex_fail_silent, 312, scratch_flags, tex_load_now, "g");
   tman.load_texture(tex_fail_silent, spare_ref, scratch_flags, tex_load_scenery, "f");
   EXPECT_EQ(told, "Loading bitmap a.Loading bitmap c.");
   xtim = xtim_class();
