@@ -104,11 +104,7 @@ TEST_F(ArchiveSingle, TheBudgetHoldsBeforeAnythingIsUnpacked) {
   raw_entry bomb = deflated_entry("a", std::string(60'000'000, '\0')), liar = bomb, grown = bomb;
   liar.size = 1000;
   grown.size = 0xFFFFFFFE;
-  const struct {
-    std::string label, bytes;
-    uint64_t most;
-    single_outcome outcome;
-  } rows[] = {
+  const std::tuple<std::string, std::string, uint64_t, single_outcome> rows[] = {
       {"at the limit", raw_zip({{"a", std::string(1000, 'x')}}), 1000, single_ok},
       {"above", raw_zip({{"a", std::string(1001, 'x')}}), 1000, single_too_large},
       {"none allowed", raw_zip({{"a", ""}}), 0, single_ok},
@@ -120,8 +116,8 @@ TEST_F(ArchiveSingle, TheBudgetHoldsBeforeAnythingIsUnpacked) {
        raw_zip({{"a", "x"}, deflated_entry("__MACOSX/._a", std::string(60'000'000, '\0'))}), 1000,
        single_too_large},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(read(row.bytes, row.most), row.outcome) << row.label;
+  for (const auto& [label, bytes, most, outcome] : rows)
+    EXPECT_EQ(read(bytes, most), outcome) << label;
 }
 
 TEST_F(ArchiveSingle, SevenZip) {

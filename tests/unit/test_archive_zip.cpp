@@ -19,12 +19,7 @@ void set_time(const std::string& path, time_t when) {
 }  // namespace
 
 TEST_F(ArchiveZip, RoundTripAndUnzip) {
-  const struct {
-    const char* name;
-    std::string text;
-    mode_t mode;
-    const char* shown;  // as unzip -Z shows it
-  } rows[] = {
+  const std::tuple<const char*, std::string, mode_t, const char*> rows[] = {
       {"a.txt", "hello hello hello hello\n", 0644, "-rw-r--r--"},
       {"empty", "", 0600, "-rw-------"},
       {"readonly", "r", 0555, "-r-xr-xr-x"},
@@ -33,27 +28,27 @@ TEST_F(ArchiveZip, RoundTripAndUnzip) {
       {"noise.bin", noise(3000001, 7), 0644, "-rw-r--r--"},
       {"zeros.bin", std::string(20000000, '\0'), 0644, "-rw-r--r--"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const std::string source = base + row.name, zip = base + "a.zip";
-    write_text(source, row.text);
-    chmod(source.c_str(), row.mode);
+  for (const auto& [file_name, text, mode, shown] : rows) {
+    SCOPED_TRACE(file_name);
+    const std::string source = base + file_name, zip = base + "a.zip";
+    write_text(source, text);
+    chmod(source.c_str(), mode);
     set_time(source, even_time);
     ASSERT_EQ(file_to_zip(source, zip), 0);
 
     run("unzip -tq '" + zip + "'");
-    EXPECT_EQ(run("unzip -p '" + zip + "'"), row.text);
+    EXPECT_EQ(run("unzip -p '" + zip + "'"), text);
     const std::string listing = run("unzip -Z -s '" + zip + "'");
-    for (const std::string part : {row.shown, " unx ", " defN "})
+    for (const std::string part : {shown, " unx ", " defN "})
       EXPECT_TRUE(str_holds(listing, part)) << listing;
-    const std::string target = out + row.name;
+    const std::string target = out + file_name;
     write_text(target, "old");
     chmod(target.c_str(), 0400);
     std::string name;
     ASSERT_EQ(zip_to_file(zip, out, &name, 0), 0);
-    EXPECT_EQ(name, row.name);
-    EXPECT_EQ(file_text(target), row.text);
-    EXPECT_EQ(file_stat(target).st_mode, mode_t(S_IFREG | row.mode));
+    EXPECT_EQ(name, file_name);
+    EXPECT_EQ(file_text(target), text);
+    EXPECT_EQ(file_stat(target).st_mode, mode_t(S_IFREG | mode));
     EXPECT_EQ(file_stat(target).st_mtime, even_time);
     chmod(source.c_str(), 0600);
   }

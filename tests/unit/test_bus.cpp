@@ -159,19 +159,15 @@ TEST_F(Bus, DiskServiceEjects) {
   const std::string asked = "GetManagedObjects /org/freedesktop/UDisks2\n";
   const std::string unmount = asked + "Unmount /block/2 auth.no_user_interaction yes\n";
   const std::string eject = unmount + "Eject /drives/2 auth.no_user_interaction yes\n";
-  const struct {
-    const char *disk, *path;  // the second is what PATH is
-    int result;
-    std::string said;
-  } rows[] = {
+  const std::tuple<const char*, const char*, int, std::string> rows[] = {
       {"good", "", 0, eject},
       {"forgets", "", 0, eject},  // to answer
       {"refuses", "", EBUSY, unmount},
       {"refuses", old_path.c_str(), 0, unmount},
       {"strange", old_path.c_str(), 0, asked},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.disk) + ", PATH=" + row.path);
+  for (const auto& [disk, path, result, heard] : rows) {
+    SCOPED_TRACE(std::string(disk) + ", PATH=" + path);
     umount(point.c_str());  // of the row before
     if (mount("none", point.c_str(), "tmpfs", 0, "size=64k") != 0) {
       std::printf("rows left out: volumes cannot be mounted by this user\n");
@@ -179,11 +175,11 @@ TEST_F(Bus, DiskServiceEjects) {
     }
     struct stat info;
     stat(point.c_str(), &info);
-    serve({"none", row.disk, std::to_string(info.st_dev), point});
-    setenv("PATH", row.path, 1);
-    EXPECT_EQ(row.result, PLT_eject(point));
-    EXPECT_TRUE(says(service, row.said)) << said;
-    EXPECT_EQ(said, row.said);
+    serve({"none", disk, std::to_string(info.st_dev), point});
+    setenv("PATH", path, 1);
+    EXPECT_EQ(result, PLT_eject(point));
+    EXPECT_TRUE(says(service, heard)) << said;
+    EXPECT_EQ(said, heard);
   }
   EXPECT_EQ(EINVAL, PLT_eject(point)) << "a second time";
 }

@@ -212,23 +212,21 @@ TEST(KeyTables, PlacesNamesAndCharacters) {
   EXPECT_EQ(keys_class::str_to_flag("KVLM_VK_A"), 0);
   EXPECT_EQ(PLT_vkey_of_hardware(-1), 0);
 
-  const struct {
-    std::string plain, shifted;
-    int place;
-  } rows[] = {{"abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", p_a},
-              {"1234567890\r\x1B\b\t ", "!@#$%^&*()", p_1},
-              {"-=[]\\", "_+{}|", 45},
-              {";'`,./", ":\"~<>?", 51},
-              {"\x7F", "", p_delete},
-              {"\x03", "", p_pad_enter}};
-  for (const auto& row : rows) {
-    for (size_t i = 0; i < row.plain.size() + row.shifted.size(); ++i) {
-      const bool shift = i >= row.plain.size();
-      const size_t at = shift ? i - row.plain.size() : i;
+  const std::tuple<std::string, std::string, int> rows[] = {
+      {"abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", p_a},
+      {"1234567890\r\x1B\b\t ", "!@#$%^&*()", p_1},
+      {"-=[]\\", "_+{}|", 45},
+      {";'`,./", ":\"~<>?", 51},
+      {"\x7F", "", p_delete},
+      {"\x03", "", p_pad_enter}};
+  for (const auto& [plain, shifted, first] : rows) {
+    for (size_t i = 0; i < plain.size() + shifted.size(); ++i) {
+      const bool shift = i >= plain.size();
+      const size_t at = shift ? i - plain.size() : i;
       int vkey = -1, flags = -1;
-      keys_class::ascii_to_vkey(shift ? row.shifted[at] : row.plain[at], vkey, flags);
-      EXPECT_EQ(vkey, PLT_vkey_of_hardware(row.place + static_cast<int>(at))) << row.plain[at];
-      EXPECT_EQ(flags, shift ? key_shift : 0) << row.plain[at];
+      keys_class::ascii_to_vkey(shift ? shifted[at] : plain[at], vkey, flags);
+      EXPECT_EQ(vkey, PLT_vkey_of_hardware(first + static_cast<int>(at))) << plain[at];
+      EXPECT_EQ(flags, shift ? key_shift : 0) << plain[at];
     }
   }
 }
@@ -266,10 +264,7 @@ TEST_F(Keys, CommandsLieInFolders) {
 }
 
 TEST(BorderText, BothWays) {
-  const struct {
-    std::string label, utf8, with_mark, without;
-    bool valid;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string, std::string, bool> rows[] = {
       {"first and last of two bytes", "\xC2\x80\xC3\xBF", "\x80\xFF", "\x80\xFF", true},
       {"no byte for it", "a\xC4\x80z", "a?z", "az", true},
       {"four bytes", "\xF0\x9F\x98\x80", "?", "", true},
@@ -280,10 +275,10 @@ TEST(BorderText, BothWays) {
       {"a surrogate", "\xED\xA0\x80", "???", "", false},
       {"beyond the last", "\xF4\x90\x80\x80", "????", "", false},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(PLT_latin1_from_utf8(row.utf8, '?'), row.with_mark) << row.label;
-    EXPECT_EQ(PLT_latin1_from_utf8(row.utf8, 0), row.without) << row.label;
-    EXPECT_EQ(PLT_is_utf8(row.utf8), row.valid) << row.label;
+  for (const auto& [label, utf8, with_mark, without, valid] : rows) {
+    EXPECT_EQ(PLT_latin1_from_utf8(utf8, '?'), with_mark) << label;
+    EXPECT_EQ(PLT_latin1_from_utf8(utf8, 0), without) << label;
+    EXPECT_EQ(PLT_is_utf8(utf8), valid) << label;
   }
   std::string all;
   for (int i = 1; i < 256; ++i)

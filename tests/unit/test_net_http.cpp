@@ -278,31 +278,26 @@ TEST_F(NetHttp, AnAnswerInPieces) {
 
 // The clock goes on by a second a step, and each brings a little of a body of 100,000 bytes.
 TEST_F(NetHttp, ABodyThatTricklesIsGivenUp) {
-  const struct {
-    const char* label;
-    size_t bytes;  // a second
-    int steps, result;
-  } rows[] = {{"too slow", 90, 61, http_failed},
-              {"slow", 110, 200, http_running},
-              {"in time", 2000, 50, http_done}};
-  for (const auto& row : rows) {
+  const std::tuple<const char*, size_t, int, int> rows[] = {{"too slow", 90, 61, http_failed},
+                                                            {"slow", 110, 200, http_running},
+                                                            {"in time", 2000, 50, http_done}};
+  for (const auto& [label, bytes, steps, end] : rows) {
     const log_capture log;
     std::vector<std::string> pieces = {ok + "Content-Length: 100000\r\n\r\n"};
-    pieces.resize(100000 / row.bytes + 1, std::string(row.bytes, 'x'));
+    pieces.resize(100000 / bytes + 1, std::string(bytes, 'x'));
     scripted_server server([&](const std::string&) { return scripted_reply{pieces, true}; }, true);
     const std::string local = new_folder() + "x";
     int result = http_running;
     int64_t sent = 0;
     const auto step = [&] { return result = http.net_check(2, host, "/x", local); };
     until_over([&] { return step() || !server.requests().empty(); });
-    for (int i = 0; i <= row.steps && result == http_running && server.send_piece(); ++i) {
+    for (int i = 0; i <= steps && result == http_running && server.send_piece(); ++i) {
       until_over([&] { return step() || http.slot_received(2) >= sent; });
-      sent += static_cast<int64_t>(row.bytes);
+      sent += static_cast<int64_t>(bytes);
       xtim.now_sec += 1.0f;
     }
-    EXPECT_EQ(result, row.result) << row.label;
-    EXPECT_EQ(str_holds(log.text(), "WARNING: the answer comes too slowly"),
-              row.result == http_failed);
+    EXPECT_EQ(result, end) << label;
+    EXPECT_EQ(str_holds(log.text(), "WARNING: the answer comes too slowly"), end == http_failed);
     http.drop(2);
   }
 }
@@ -462,8 +457,11 @@ TEST_F(NetHttp, ALocalFileThatCannotBeWritten) {
   scripted_server server([](const std::string&) { return whole_answer(std::string(300000, 'x')); });
   const std::pair<std::string, int> rows[] = {
       {new_folder() + "missing/x", ENOENT}, {new_folder(), EISDIR}, {"/dev/full", ENOSPC}};
+  const auto fetch = [](const std::string& target) {
+    return until_over([&] { return http.net_check(0, host, "/x", target); });
+  };
   for (const auto& [target, code] : rows) {
-    EXPECT_EQ(until_over([&] { return http.net_check(0, host, "/x", target); }), http_failed);
+    EXPECT_EQ(fetch(target), http_failed);
     EXPECT_EQ(http.trouble(0).kind, net_not_written) << target;
     EXPECT_EQ(http.trouble(0).code, code) << target;
     EXPECT_TRUE(str_holds(log.text(), "HTTP Error for " + target));
@@ -550,8 +548,8 @@ TEST_F(NetHttp, WhyATransferFailed) {
   };
   for (const auto& [label, sent, kind, code, words] : rows) {
     SCOPED_TRACE(label);
-    const scripted_reply reply = {{sent}};
-    const scripted_server server([&reply](const std::string&) { return reply; });
+    const scripted_server server(
+        [reply = sent](const std::string&) { return scripted_reply{{reply}}; });
     expect_trouble(kind, code, words);
   }
   use_proxy_port(closed_port());

@@ -126,10 +126,7 @@ TEST_F(NetServers, WhatIsNoListOfOurs) {
 
 // What cannot be meant is left out, and named in the log without its control characters.
 TEST_F(NetServers, AbsurdEntriesAreLeftOut) {
-  const struct {
-    std::string label, name, path;
-    bool is_good;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string, bool> rows[] = {
       {"usual", "m-1_a.example", "/p q/\xe9%#?", true},
       {"a number", "127.0.0.1", "/", true},
       {"no name", "", "/p/", true},
@@ -144,18 +141,18 @@ TEST_F(NetServers, AbsurdEntriesAreLeftOut) {
       {"a path without end", "m", "/" + std::string(1000, 'x'), false},
       {"no letter", "m\xfc.example", "/", false},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, name, path, is_good] : rows) {
     xer_open(temp_path + "log.txt");
-    ASSERT_EQ(read(header + ("SERVER " + row.name + "\n" + row.path + "\nde\x1b\x7fsc\n") +
+    ASSERT_EQ(read(header + ("SERVER " + name + "\n" + path + "\nde\x1b\x7fsc\n") +
                    "SERVER last\n/\nd\n"),
               list_read);
     xer.close();
-    EXPECT_EQ(stg.server_count, row.is_good ? 2 : 1) << row.label;
-    EXPECT_EQ(server_name[stg.server_count - 1], "last") << row.label;
-    EXPECT_TRUE(!row.is_good || server_desc[0] == "de??sc") << row.label;
+    EXPECT_EQ(stg.server_count, is_good ? 2 : 1) << label;
+    EXPECT_EQ(server_name[stg.server_count - 1], "last") << label;
+    EXPECT_TRUE(!is_good || server_desc[0] == "de??sc") << label;
     const std::string log = content_of(temp_path + "log.txt");
-    EXPECT_EQ(log.empty(), row.is_good) << row.label;
-    EXPECT_EQ(log.find_first_of("\x1b\x07"), log.npos) << row.label;
+    EXPECT_EQ(log.empty(), is_good) << label;
+    EXPECT_EQ(log.find_first_of("\x1b\x07"), log.npos) << label;
   }
   for (const char* release : {"..", ".", "a/b", "C:", "a\\b", "a\x1b", ""}) {
     install_name = "before";
@@ -318,31 +315,27 @@ TEST_F(NetServers, AMirrorIsDrawnAmongTheOthersAfterAFailure) {
 
 // A manifest that is none is its mirror's failure, and the others are asked first.
 TEST_F(NetServers, AWrongManifestIsThatMirrorsFailure) {
-  const struct {
-    const char* label;
-    std::vector<const char*> sent;  // by the mirrors: an archive of nothing, or null for a 404
-    int alerts;
-  } rows[] = {
+  const std::tuple<const char*, std::vector<const char*>, int> rows[] = {
       {"alone", {"wrong"}, 1},
       {"two of them", {"wrong", "wrong"}, 1},
       {"with one that has none", {"wrong", nullptr}, 1},
       {"none has any", {nullptr, nullptr}, 0},
   };
-  for (const auto& row : rows) {
-    mirrors(static_cast<int>(row.sent.size()));
-    scripted_server server([&](const std::string& request) {
+  for (const auto& [label, sent, alerts] : rows) {
+    mirrors(static_cast<int>(sent.size()));
+    scripted_server server([&sent = sent](const std::string& request) {
       const size_t mirror = static_cast<size_t>(request[12] - '0');
-      return row.sent[mirror] ? whole_answer(row.sent[mirror]) : whole_answer("", "404 Not Found");
+      return sent[mirror] ? whole_answer(sent[mirror]) : whole_answer("", "404 Not Found");
     });
     xtim.now_sec += 100;
     const int alerts_before = alerts_shown;
     testing::internal::CaptureStderr();
-    while (server.requests().size() < row.sent.size() || http.slot_active(1)) {
-      EXPECT_EQ(alerts_shown, alerts_before) << row.label << ": not before the last one";
+    while (server.requests().size() < sent.size() || http.slot_active(1)) {
+      EXPECT_EQ(alerts_shown, alerts_before) << label << ": not before the last one";
       UTL_download_directory();
     }
     testing::internal::GetCapturedStderr();
-    EXPECT_EQ(alerts_shown - alerts_before, row.alerts) << row.label;
+    EXPECT_EQ(alerts_shown - alerts_before, alerts) << label;
     EXPECT_EQ(stg.directory_state, manifest_none);
   }
 }

@@ -102,11 +102,7 @@ TEST_F(OglExtensions, VersionsAreRead) {
 
 // A flag is on from its version, and below it by one of its extensions.
 TEST_F(OglExtensions, FeaturesComeByVersionOrByExtension) {
-  const struct {
-    int ext::*flag;
-    const char* from;  // null when no version brings it
-    std::vector<std::string> names;
-  } rows[] = {
+  const std::tuple<int ext::*, const char*, std::vector<std::string>> rows[] = {
       {&ext::multitexture_avail, "1.3", {"GL_ARB_multitexture"}},
       {&ext::tex_clamp_avail, "1.2", {"GL_EXT_texture_edge_clamp", "GL_SGIS_texture_edge_clamp"}},
       {&ext::add_env_avail, "1.3", {"GL_ARB_texture_env_add", "GL_EXT_texture_env_add"}},
@@ -131,16 +127,16 @@ TEST_F(OglExtensions, FeaturesComeByVersionOrByExtension) {
   };
   options("--force_run");
   const char* const versions[] = {"1.1", "1.2", "1.3", "1.4", "1.5", "2.0", "4.6"};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.names[0]);
+  for (const auto& [flag, from, names] : rows) {
+    SCOPED_TRACE(names[0]);
     driver.extensions = "";
     for (const char* version : versions) {
       driver.version = version;
       init();
-      EXPECT_EQ(glExt.*row.flag, row.from && std::strcmp(version, row.from) >= 0) << version;
+      EXPECT_EQ(glExt.*flag, from && std::strcmp(version, from) >= 0) << version;
     }
-    driver.version = row.from ? "1.1" : "4.6";
-    for (const std::string& name : row.names) {
+    driver.version = from ? "1.1" : "4.6";
+    for (const std::string& name : names) {
       // A longer name that holds it counts; a shorter one does not.
       for (const auto& [text, there] :
            std::map<std::string, int>{{"GL_A " + name + " GL_Z", 1},
@@ -148,7 +144,7 @@ TEST_F(OglExtensions, FeaturesComeByVersionOrByExtension) {
                                       {name.substr(0, name.size() - 1), 0}}) {
         driver.extensions = text;
         init();
-        EXPECT_EQ(glExt.*row.flag, there) << text;
+        EXPECT_EQ(glExt.*flag, there) << text;
       }
     }
   }
@@ -172,11 +168,7 @@ TEST_F(OglExtensions, SomeFeaturesNeedTwoThings) {
 
 // The numbers of names as the registry of OpenGL extensions counts them.
 TEST_F(OglExtensions, AGroupWithAMissingEntryPointIsOff) {
-  const struct {
-    int ext::*flag;
-    size_t count;
-    const char *first, *last;
-  } rows[] = {
+  const std::tuple<int ext::*, size_t, const char*, const char*> rows[] = {
       {&ext::multitexture_avail, 1, "glActiveTextureARB", "glActiveTextureARB"},
       {&ext::vbo_avail, 11, "glBindBufferARB", "glGetBufferPointervARB"},
       {&ext::vprog_avail, 62, "glVertexAttrib1dARB", "glIsProgramARB"},
@@ -191,22 +183,22 @@ TEST_F(OglExtensions, AGroupWithAMissingEntryPointIsOff) {
   driver.extensions =
       "GL_ARB_vertex_program GL_EXT_geometry_shader4 GL_EXT_framebuffer_object "
       "GL_EXT_blend_func_separate GL_EXT_blend_equation_separate";
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.first);
+  for (const auto& [flag, count, first, last] : rows) {
+    SCOPED_TRACE(first);
     driver.missing.clear();
     init();
-    EXPECT_STREQ(static_cast<char*>(glExt.entry(row.first)), row.first);
-    EXPECT_NE(glExt.entry(row.last), nullptr);
+    EXPECT_STREQ(static_cast<char*>(glExt.entry(first)), first);
+    EXPECT_NE(glExt.entry(last), nullptr);
     for (const auto& group : OGL_proc_groups())
-      EXPECT_TRUE(group.flag != row.flag || group.names.size() == row.count);
+      EXPECT_TRUE(group.flag != flag || group.names.size() == count);
     // The others are looked up all the same, and none is given out.
-    driver.missing = {row.first};
+    driver.missing = {first};
     driver.asked.clear();
     const std::string log = init();
-    EXPECT_EQ(glExt.*row.flag, 0);
-    EXPECT_TRUE(str_holds(log, "WARNING: extension missing proc " + std::string(row.first) + "\n"));
-    EXPECT_TRUE(driver.asked.contains(row.last));
-    EXPECT_EQ(glExt.entry(row.last), nullptr);
+    EXPECT_EQ(glExt.*flag, 0);
+    EXPECT_TRUE(str_holds(log, "WARNING: extension missing proc " + std::string(first) + "\n"));
+    EXPECT_TRUE(driver.asked.contains(last));
+    EXPECT_EQ(glExt.entry(last), nullptr);
   }
   driver = made_up_driver();
   driver.version = "1.1";
@@ -268,26 +260,21 @@ TEST_F(OglExtensions, DriverFaultsClearTheirFeature) {
 }
 
 TEST_F(OglExtensions, ProgramLimitsDecideOnPrograms) {
-  const struct {
-    const char* label;
-    int fragment, vertex;
-    const char* option;
-    int fprog, vprog, first_gen;
-  } rows[] = {
+  const std::tuple<const char*, int, int, const char*, int, int, int> rows[] = {
       {"plenty", 1000, 1000, "", 1, 1, 0},   {"99", 99, 1000, "", 1, 1, 1},
       {"no fragment", 0, 1000, "", 0, 1, 1}, {"kept", 0, 1000, "--use_fprogs", 1, 1, 1},
       {"no vertex", 1000, 0, "", 1, 0, 0},   {"the other's option", 0, 0, "--use_vprogs", 0, 1, 1},
   };
   driver.extensions = "GL_ARB_vertex_program GL_ARB_fragment_program";
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
-    driver.fragment_instructions = row.fragment;
-    driver.vertex_instructions = row.vertex;
-    options(row.option);
+  for (const auto& [label, fragment, vertex, option, fprog, vprog, first_gen] : rows) {
+    SCOPED_TRACE(label);
+    driver.fragment_instructions = fragment;
+    driver.vertex_instructions = vertex;
+    options(option);
     init();
-    EXPECT_EQ(glExt.fprog_avail, row.fprog);
-    EXPECT_EQ(glExt.vprog_avail, row.vprog);
-    EXPECT_EQ(glExt.first_gen_shaders, row.first_gen);
+    EXPECT_EQ(glExt.fprog_avail, fprog);
+    EXPECT_EQ(glExt.vprog_avail, vprog);
+    EXPECT_EQ(glExt.first_gen_shaders, first_gen);
   }
 }
 

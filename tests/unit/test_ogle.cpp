@@ -324,20 +324,16 @@ TEST(Ogle, DrawsLinesSelectionAndCaret) {
   EXPECT_EQ(p.drawn,
             "box(3,25)(60,35) box(0,15)(60,25) box(0,5)(5,15) "
             "'aaa\n'(0,25) 'bbb\n'(0,15) 'ccc\n'(0,5) 'ddd\n'(0,-5) ");
-  const struct {
-    const char* label;
-    int at, active;
-    const char* caret;
-  } rows[] = {
+  const std::tuple<const char*, int, int, const char*> rows[] = {
       {"on a boundary, the later line", 4, 1, "caret(0,15)(0,25) "},
       {"not active", 2, 0, ""},
       {"out of view", 17, 1, ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, at, active, caret] : rows) {
     p.drawn.clear();
-    p.SetSelection(row.at, row.at);
-    p.Draw(row.active);
-    const size_t caret = p.drawn.find("caret");
-    EXPECT_EQ(caret == std::string::npos ? "" : p.drawn.substr(caret), row.caret) << row.label;
+    p.SetSelection(at, at);
+    p.Draw(active);
+    const size_t found = p.drawn.find("caret");
+    EXPECT_EQ(found == std::string::npos ? "" : p.drawn.substr(found), caret) << label;
   }
 }

@@ -157,26 +157,22 @@ TEST_F(PickerDialog, TakesWhatTheDesktopSays) {
   const std::string folder = desktop.folder + "a folder";
   mkdir(folder.c_str(), 0755);
   mkdir((folder + "/odd:name").c_str(), 0755);
-  const struct {
-    std::string label, answer;
-    int result;
-    std::string out;
-  } rows[] = {
+  const std::tuple<std::string, std::string, int, std::string> rows[] = {
       {"with a slash", folder + "/", 1, folder},
       {"one that is not there", folder + "/none", 0, "untouched"},
       {"a name that paths cannot hold", folder + "/odd:name", 0, "untouched"},
       {"far too long", "/" + std::string(480, 'x'), 0, "untouched"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
-    desktop.put("zenity", "echo '" + row.answer + "'");
+  for (const auto& [label, answer, result, chosen] : rows) {
+    SCOPED_TRACE(label);
+    desktop.put("zenity", "echo '" + answer + "'");
     // The refusals are alerts: Return leaves them.
     each_frame = [] {
       if (mnw.win_id == win_alert) return_hit = 1;
     };
     std::string out = "untouched";
-    EXPECT_EQ(pick(desktop.folder, &out), row.result);
-    EXPECT_EQ(out, row.out);
+    EXPECT_EQ(pick(desktop.folder, &out), result);
+    EXPECT_EQ(out, chosen);
     EXPECT_EQ(mnw.win_id, win_main);
     EXPECT_EQ(app_done, 0) << "it hung";
   }

@@ -92,11 +92,7 @@ TEST_F(RuntimePref, WhatIsWrittenIsRead) {
 
 TEST_F(RuntimePref, ReadsWhatOthersWrote) {
   const std::string h = header;
-  const struct {
-    std::string label, content;
-    int streams, log;
-    const char* host;
-  } rows[] = {
+  const std::tuple<std::string, std::string, int, int, const char*> rows[] = {
       {"line ends of Windows", "I\r\n9002 version\r\n_streams 2\r\n_host a b\r\n_log 1\r\n", 2, 1,
        "a b"},
       {"tabs and blanks around", h + "\n\n \t_streams\t \t2\n\t\n_host  a \n", 2, 7, "a "},
@@ -113,12 +109,12 @@ TEST_F(RuntimePref, ReadsWhatOthersWrote) {
       {"empty", "", 7, 7, "unset"},
       {"junk", std::string("\xff\0\x01I\n\n\xfe", 7), 7, 7, "unset"},
   };
-  for (const auto& r : rows) {
-    overwrite(path, r.content);
+  for (const auto& [label, content, streams, logs, host] : rows) {
+    overwrite(path, content);
     const settings got = read();
-    EXPECT_EQ(got.streams, r.streams) << r.label;
-    EXPECT_EQ(got.log, r.log) << r.label;
-    EXPECT_EQ(got.host, r.host) << r.label;
+    EXPECT_EQ(got.streams, streams) << label;
+    EXPECT_EQ(got.log, logs) << label;
+    EXPECT_EQ(got.host, host) << label;
   }
   unlink(path.c_str());
   EXPECT_EQ(read().streams, 7) << "missing file";
@@ -208,15 +204,14 @@ TEST_F(RuntimePref, InstallerFileHoldsItsTagsInOrder) {
 
 TEST_F(RuntimePref, AScreenOutOfRangeIsTheUsualOne) {
   const std::string file = resolution_file();
-  const struct {
-    int x, y, dx, dy;
-  } rows[] = {{600, 9999, 600, 9999}, {599, 10000, 1024, 768}, {10000, 599, 1024, 768}};
-  for (const auto& row : rows) {
-    overwrite(file, header + str_format("_x_res_req_ALL %d\n_y_res_req_ALL %d\n", row.x, row.y));
+  const std::tuple<int, int, int, int> rows[] = {
+      {600, 9999, 600, 9999}, {599, 10000, 1024, 768}, {10000, 599, 1024, 768}};
+  for (const auto& [x, y, dx, dy] : rows) {
+    overwrite(file, header + str_format("_x_res_req_ALL %d\n_y_res_req_ALL %d\n", x, y));
     mnw = mnw_record();
     pref.IO_set(pref_kind_resolution, pref_read);
-    EXPECT_EQ(mnw.req_dx, row.dx);
-    EXPECT_EQ(mnw.req_dy, row.dy);
+    EXPECT_EQ(mnw.req_dx, dx);
+    EXPECT_EQ(mnw.req_dy, dy);
   }
 }
 

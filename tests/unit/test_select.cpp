@@ -155,10 +155,7 @@ TEST_F(EngineSelect, Scenery) {
 
 // A sector that has lost its last tile is told by its folder, if that is its own.
 TEST_F(EngineSelect, SceneryThatIsLost) {
-  const struct {
-    const char *label, *path, *folder;
-    bool selected;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, bool> rows[] = {
       {"its folder is there", "A/Earth/+30-120/+34-118.dsf", "Earth/+30-120", true},
       {"in another case", "A/Earth/+30-120/+34-118.dsf", "EARTH/+30-120", true},
       {"and is not", "A/Earth/+30-120/+34-118.dsf", "Earth/+30-110", false},
@@ -167,13 +164,13 @@ TEST_F(EngineSelect, SceneryThatIsLost) {
       {"one for all sectors", "A/Earth/tiles/+34-118.dsf", "Earth/tiles", false},
       {"none of its own", "A/+34-118.dsf", "Earth", false},
   };
-  for (const auto& row : rows) {
-    dest_dir_path = root + row.label + "/";
-    write(std::string(row.label) + "/" + row.folder + "/x", "");
+  for (const auto& [name, path, folder, selected] : rows) {
+    dest_dir_path = root + name + "/";
+    write(std::string(name) + "/" + folder + "/x", "");
     sim_info.clear();
-    make_tile(file(row.path, "NONE"), 6, 12);
+    make_tile(file(path, "NONE"), 6, 12);
     scenery_from_install();
-    EXPECT_EQ(stg.sector_selected[sector_cell(6, 12)] != 0, row.selected) << row.label;
+    EXPECT_EQ(stg.sector_selected[sector_cell(6, 12)] != 0, selected) << name;
   }
 }
 

@@ -202,10 +202,7 @@ TEST(TranslationFiles, FitTheirPlaces) {
         "installer will find the best number of streams for you."}},
   };
   // The words of the wizard's own faces, with their chevrons, in the letters of the pictured ones.
-  const struct {
-    int width;
-    const char *before, *text, *behind;
-  } faces[] = {
+  const std::tuple<int, const char*, const char*, const char*> faces[] = {
       {50, "", "Quit", ""},   {90, "", "Options", ""},     {89, "<", "Back", ""},
       {100, "", "Next", ">"}, {114, "", "Select All", ""}, {132, "", "Select None", ""},
   };
@@ -235,10 +232,10 @@ TEST(TranslationFiles, FitTheirPlaces) {
         EXPECT_LE(OGL_string_width(shown[text]), p.width) << language << ": " << shown[text];
       }
     }
-    for (const auto& face : faces) {
-      const std::string words = face.before + shown[face.text] + face.behind;
+    for (const auto& [width, before, text, behind] : faces) {
+      const std::string words = before + shown[text] + behind;
       EXPECT_TRUE(OGL_face_has(words)) << language << ": " << words;
-      EXPECT_LE(OGL_string_width(words, charset_face), face.width - 8) << language << ": " << words;
+      EXPECT_LE(OGL_string_width(words, charset_face), width - 8) << language << ": " << words;
     }
     for (const block& b : blocks) {
       const auto found = shown.lower_bound(b.text);

@@ -45,9 +45,9 @@ TEST_F(WindowAlert, ReturnOrItsButtonLeavesIt) {
     push_key(SDLK_a);
     page_calls = 0;
     const Uint32 start = SDL_GetTicks();
-    std::thread later([&act] {
+    std::thread later([&end = act] {
       SDL_Delay(60);
-      act();
+      end();
     });
     const std::string log = log_of([&first] {
       __MACIBM_alert(win_main, first, "line two", "line three", "line four", t_alert, "tests/alert",

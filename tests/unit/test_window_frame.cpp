@@ -142,11 +142,7 @@ int key_frames = 0;
 
 // What is dragged stops at the picture's edge; without a button down, beside it is nowhere.
 TEST_F(WindowFrame, ADragThatLeavesThePictureStopsAtItsEdge) {
-  const struct {
-    const char* label;
-    std::function<void()> event;
-    float x, y;
-  } rows[] = {
+  const std::tuple<const char*, std::function<void()>, float, float> rows[] = {
       {"beside it", [] { push_motion(900, 300); }, -1, 601},
       {"the press", [] { push_button(400, 200, true); }, 400, 400},
       {"right and below", [] { push_motion(900, 700); }, 799, 1},
@@ -155,11 +151,11 @@ TEST_F(WindowFrame, ADragThatLeavesThePictureStopsAtItsEdge) {
       {"the release, which moves nothing", [] { push_button(900, 300, false); }, 0, 600},
       {"after it", [] { push_motion(901, 300); }, -1, 601},
   };
-  for (const auto& row : rows) {
-    row.event();
+  for (const auto& [label, event, x, y] : rows) {
+    event();
     MACIBM_event_proc();
-    EXPECT_EQ(mnw.mouse_x, row.x) << row.label;
-    EXPECT_EQ(mnw.mouse_y, row.y) << row.label;
+    EXPECT_EQ(mnw.mouse_x, x) << label;
+    EXPECT_EQ(mnw.mouse_y, y) << label;
   }
 }
 
