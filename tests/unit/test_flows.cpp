@@ -426,6 +426,18 @@ const std::vector<Flows::shipped> disc_files = {
     {"Global Scenery/-global terrain-/+30-120/+34-118.dsf", "lost"},
     {"Global Scenery/-global terrain-/+40-120/+44-118.dsf", "lost"}};
 
+TEST_F(Flows, AnUpdateKeepsTheScenery) {
+  const std::string& old = disc_files[4].path;
+  publish({{old, "old"}, {disc_files[5].path, "there"}, {"Resources/a", "there"}});
+  const std::string url = "http://mirror/Rel9/All/" + old + ".zip";
+  files_[std::regex_replace(url, std::regex(" "), "%20")] = files_[url];
+  const std::string one = copy("One");
+  const mirror_process m(files_);
+  walk(net_start, "/next/next/");
+  EXPECT_EQ(content_of(one + old), "content of +34-118.dsf");
+  EXPECT_EQ(content_of(one + disc_files[5].path), "content of +44-118.dsf");
+}
+
 TEST_F(Flows, TheDiscByHand) {
   publish(disc_files, 1);
   dvd_path = root + "disc/";
