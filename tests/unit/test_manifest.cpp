@@ -226,6 +226,14 @@ TEST_F(EngineManifest, HundredThousandLines) {
   }
 }
 
+TEST(EngineManifestPath, AsLongAsAPathMayBe) {
+  const std::string a(path_limit - 1, 'a'), b(path_limit, 'b');
+  EXPECT_EQ(manifest_path(a, b).view(), a + 'b');
+  EXPECT_EQ(manifest_path(b, a).view(), b);
+  EXPECT_EQ(manifest_path("", b + 'b').view(), b);
+  EXPECT_EQ(manifest_path("a", "b").view(), "ab");
+}
+
 TEST(EngineManifestSig, Texts) {
   const std::tuple<const char*, const char*, bool> rows[] = {
       {"0123456789abcdefABCDEF0123456789", "0123456789abcdefabcdef0123456789", true},
