@@ -136,7 +136,6 @@ TEST_F(ArchiveSingle, SevenZip) {
   const std::tuple<const char*, const char*, single_outcome> rows[] = {
       {"", "none", single_ok},
       {"", "a.txt __MACOSX/._a.txt", single_ok},
-      {"-snl", "link", single_ok},
       {"", "a.txt b.txt", single_other_file},
       {"", "b.txt __MACOSX/._a.txt", single_other_file},
       {"", "__MACOSX/._a.txt", single_other_file},

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <map>
 #include <sstream>
 #include <string>
 
@@ -25,13 +26,11 @@ constexpr int p_a = 4, p_e = 8, p_q = 20, p_1 = 30, p_0 = 39, p_return = 40, p_e
 int us_layout(int hardware) {
   if (hardware >= p_a && hardware <= 29) return 'a' + hardware - p_a;
   if (hardware >= p_1 && hardware < p_0) return '1' + hardware - p_1;
-  return hardware == p_0        ? '0'
-         : hardware == p_return ? 13
-         : hardware == p_tab    ? 9
-         : hardware == p_delete ? 127
-         : hardware == p_back   ? 8
-                                : 0;
+  const std::map<int, int> others = {
+      {p_0, '0'}, {p_return, 13}, {p_tab, 9}, {p_delete, 127}, {p_back, 8}};
+  return others.contains(hardware) ? others.at(hardware) : 0;
 }
+
 class Keys : public testing::Test {
  protected:
   void SetUp() override {

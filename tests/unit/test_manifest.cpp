@@ -276,17 +276,12 @@ TEST_F(EngineManifest, ANewReadReplacesAll) {
 }
 
 TEST(EngineManifestNames, GlobalScenery) {
-  const std::pair<const char*, int> rows[] = {
-      {"ALL_os/Global Scenery/x/+34-118.DsF", 1},
-      {"A/-global overlays-/a.dsf", 1},
-      {"A/default scenery/DSF 820 earth/a.dsf", 1},
-      {"A/Custom Scenery/+34-118.dsf", 0},
-      {"A/global scenery/a.dsf", 0},
-      {"A/Global Scenery/a.dsf.txt", 0},
-      {".dsf", 0},
-  };
-  for (const auto& [path, global] : rows)
-    EXPECT_EQ(is_global_scenery_f(path), global) << path;
+  for (const char* path : {"ALL_os/Global Scenery/x/+34-118.DsF", "A/-global overlays-/a.dsf",
+                           "A/-global terrain-/a.dsf", "A/default scenery/DSF 820 earth/a.dsf"})
+    EXPECT_EQ(is_global_scenery_f(path), 1) << path;
+  for (const char* path : {"A/Custom Scenery/+34-118.dsf", "A/global scenery/a.dsf",
+                           "A/Global Scenery/a.dsf.txt", ".dsf"})
+    EXPECT_EQ(is_global_scenery_f(path), 0) << path;
 }
 
 TEST(EngineManifestNames, Sectors) {

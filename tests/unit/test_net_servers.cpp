@@ -225,14 +225,6 @@ TEST_F(NetServers, ListThenManifest) {
   EXPECT_TRUE(str_holds(text, "Destination Path/" + temp_path)) << text;
   EXPECT_EQ(stg.directory_state, manifest_none);
   EXPECT_FALSE(file_exists(zip));
-  // An archive of something else, while an old manifest lies about.
-  std::ofstream(temp_path + "directory.txt") << "I\n900 version\nINSTALLER\n";
-  std::ofstream(temp_path + "other.txt") << "other";
-  ASSERT_EQ(file_to_zip(temp_path + "other.txt", temp_path + "made.zip"), 0);
-  zip_bytes = content_of(temp_path + "made.zip");
-  one_fetch(1);
-  EXPECT_EQ(stg.directory_state, manifest_none);
-
   std::ofstream(temp_path + "directory.txt")
       << "I\n900 version\nINSTALLER\n\nDIR ALL_os/\n"
          "FILE 0 0 91001 1 2 0123456789abcdef0123456789abcdef a.txt\n";

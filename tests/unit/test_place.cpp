@@ -154,12 +154,9 @@ TEST_F(Place, TheManifest) {
 }
 
 TEST_F(Place, Budgets) {
-  const std::pair<float, uint64_t> rows[] = {{0, 1000},
-                                             {1.5f, 2500},
-                                             {-1, 1000},
-                                             {NAN, 1000},
-                                             {INFINITY, 1000000001000},
-                                             {1e30f, 1000000001000}};
+  constexpr uint64_t most = 1'000'000'001'000;
+  const std::pair<float, uint64_t> rows[] = {{0, 1000},   {1.5f, 2500},     {-1, 1000},
+                                             {NAN, 1000}, {INFINITY, most}, {1e30f, most}};
   for (const auto& [kb, bytes] : rows)
     EXPECT_EQ(place_budget(kb), bytes) << kb;
 }

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <iterator>
+#include <map>
 #include <optional>
 
 #include "corekit/Platform/PLT_locale.h"
@@ -23,22 +24,21 @@ void set_environment(const char* name, const std::optional<std::string>& value) 
     unsetenv(name);
 }
 
+std::optional<std::string> environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value ? std::optional<std::string>(value) : std::nullopt;
+}
+
 // Gives a case's environment back at its end.
-class environment_guard {
- public:
-  environment_guard() {
-    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "TMPDIR"}) {
-      const char* const value = std::getenv(name);
-      before_.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
-    }
-  }
+struct environment_guard {
   ~environment_guard() {
-    for (const auto& [name, value] : before_)
+    for (const auto& [name, value] : before)
       set_environment(name, value);
   }
-
- private:
-  std::vector<std::pair<const char*, std::optional<std::string>>> before_;
+  const std::map<const char*, std::optional<std::string>> before = {
+      {"HOME", environment("HOME")},
+      {"XDG_CONFIG_HOME", environment("XDG_CONFIG_HOME")},
+      {"TMPDIR", environment("TMPDIR")}};
 };
 
 // How many files, folders and connections this process has open.

@@ -204,8 +204,10 @@ TEST_F(RuntimePref, InstallerFileHoldsItsTagsInOrder) {
 
 TEST_F(RuntimePref, AScreenOutOfRangeIsTheUsualOne) {
   const std::string file = resolution_file();
-  const std::tuple<int, int, int, int> rows[] = {
-      {600, 9999, 600, 9999}, {599, 10000, 1024, 768}, {10000, 599, 1024, 768}};
+  const std::tuple<int, int, int, int> rows[] = {{600, 9999, 600, 9999},
+                                                 {9999, 600, 9999, 600},
+                                                 {599, 10000, 1024, 768},
+                                                 {10000, 599, 1024, 768}};
   for (const auto& [x, y, dx, dy] : rows) {
     overwrite(file, header + str_format("_x_res_req_ALL %d\n_y_res_req_ALL %d\n", x, y));
     mnw = mnw_record();

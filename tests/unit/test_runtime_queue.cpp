@@ -170,14 +170,12 @@ struct counting_task : UTL_work_task {
 
 // Holds its thread until it is let go.
 struct gated_task : counting_task {
-  gated_task() { UTL_message_queue_create(&gate); }
-  ~gated_task() override { UTL_message_queue_destroy(gate); }
   void do_it() override {
     UTL_message_queue_read(gate, queue_wait_forever);
     ++runs;
   }
   void let_go() { UTL_message_queue_write(gate, 1); }
-  UTL_message_queue* gate = nullptr;
+  const test_queue gate;
 };
 
 TEST(RuntimeWorkers, RunsEveryTaskOnceAndGivesItBack) {

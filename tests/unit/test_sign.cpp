@@ -16,15 +16,13 @@ constexpr char message[] = "what is signed\n";
 const std::string by_digest =
     "untrusted comment: c\n"
     "RUQD0MnvBXAU5nqicxENqi2QfDxvvgCPT4YREATNiKgNUlxqFfHodi45+BJY2KEpnhbYpb1XW95JvHhKdrbyQ/"
-    "96XfRiwmzm"
-    "hA8=\n"
+    "96XfRiwmzmhA8=\n"
     "trusted comment: a trusted comment\n"
     "/NBHKNI2wWdpkB/2hSNm4WopA8WYsJW35sOJP++Ql+XgEhfQz/XK7TRh0ZGeIckjC+/YFmvOY/6pSuOJwDcxDA==\n";
 const std::string by_text =
     "untrusted comment: c\n"
     "RWQD0MnvBXAU5mbZg0xKKTe6UNMr+N0Jl6dZ73X5FGOfCsUHDahiDO0ayNXeRc+GPAWFwy/"
-    "ZiDPgj5waosbUdL427TNnZ0bj"
-    "Swg=\n"
+    "ZiDPgj5waosbUdL427TNnZ0bjSwg=\n"
     "trusted comment: a trusted comment\n"
     "HDavNoKnm5pW/h1zCvhNNOBjgbe9JcAA9xNA0SKNoeeq9H0UG8iU6Mg7xx88Exr0XELcHakc5LcovypnM+WeAA==\n";
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <map>
 #include <set>
+#include <span>
 
 #include "corekit/base/UTL_translate.h"
 #include "corekit/draw/oglp.h"
@@ -14,7 +15,6 @@
 namespace {
 
 constexpr char root[] = TESTS_FOLDER "/..";
-constexpr const char* languages[] = {"french", "german", "italian", "spanish", "portugese"};
 // English has what differs from the keys, and the builder's texts, which no other language has.
 constexpr const char* all_languages[] = {"french",  "german",    "italian",
                                          "spanish", "portugese", "english"};
@@ -98,7 +98,7 @@ int unshowable_in(const std::string& text) {
 
 TEST(TranslationFiles, EveryTextHasAnEntryAndEveryEntryAText) {
   const std::set<std::string> texts(program_texts().begin(), program_texts().end());
-  for (const char* language : languages) {
+  for (const char* language : std::span(all_languages).first(5)) {
     std::map<std::string, int> keys;
     for (const entry& e : entries_of(language))
       ++keys[e.key];

@@ -41,22 +41,18 @@ void run_until(int milliseconds, Reset reset, Enough often_enough) {
 class WindowFrame : public window_fixture {};
 
 TEST_F(WindowFrame, MouseIsInUnitsFromTheLowerLeftOfTheDialog) {
-  const struct {
-    int window, x, y;
-    float mouse_x, mouse_y;
-  } rows[] = {
-      {win_main, 0, 599, 0, 1},
-      {win_main, 799, 0, 799, 600},
-      {win_alert, 189, 426, -1, -1},
-      {win_prefs, 400, 300, 300, 190},
+  const std::tuple<int, int, int, float, float> rows[] = {
+      {win_main, 0, 599, 0.0f, 1.0f},
+      {win_main, 799, 0, 799.0f, 600.0f},
+      {win_alert, 189, 426, -1.0f, -1.0f},
+      {win_prefs, 400, 300, 300.0f, 190.0f},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.window << " at " << row.x << "," << row.y);
-    MACIBM_startwind(row.window, 0);
-    push_motion(row.x, row.y);
+  for (const auto& [window, x, y, mouse_x, mouse_y] : rows) {
+    MACIBM_startwind(window, 0);
+    push_motion(x, y);
     MACIBM_event_proc();
-    EXPECT_FLOAT_EQ(mnw.mouse_x, row.mouse_x);
-    EXPECT_FLOAT_EQ(mnw.mouse_y, row.mouse_y);
+    EXPECT_FLOAT_EQ(mnw.mouse_x, mouse_x) << window << " at " << x;
+    EXPECT_FLOAT_EQ(mnw.mouse_y, mouse_y) << window << " at " << y;
   }
   push_window_event(SDL_WINDOWEVENT_LEAVE);
   MACIBM_event_proc();
@@ -189,21 +185,14 @@ TEST_F(WindowFrame, AKeyComesWithWhatItTypes) {
 }
 
 TEST_F(WindowFrame, ClosingTheWindowQuitsOrClosesTheDialog) {
-  const struct {
-    const char* label;
-    int window;
-    bool quit;  // the session's end, and not the close button
-    int win_id, done;
-  } rows[] = {
-      {"close, wizard", win_main, false, win_main, 1},
-      {"close, settings", win_prefs, false, win_main, 0},
-      {"signal, question", win_abort_alert, true, win_main, 1},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  // The end of the session, or else the close button; and whether the program ends.
+  const std::tuple<int, bool, int> rows[] = {
+      {win_main, false, 1}, {win_prefs, false, 0}, {win_abort_alert, true, 1}};
+  for (const auto& [window, quit, done] : rows) {
+    SCOPED_TRACE(window);
     app_done = 0;
-    MACIBM_startwind(row.window, 0);
-    if (row.quit) {
+    MACIBM_startwind(window, 0);
+    if (quit) {
       SDL_Event event = {};
       event.type = SDL_QUIT;
       SDL_PushEvent(&event);
@@ -211,10 +200,10 @@ TEST_F(WindowFrame, ClosingTheWindowQuitsOrClosesTheDialog) {
       push_window_event(SDL_WINDOWEVENT_CLOSE);
     }
     MACIBM_event_proc();
-    EXPECT_EQ(mnw.win_id, row.win_id);
+    EXPECT_EQ(mnw.win_id, win_main);
     EXPECT_EQ(mnw.modal_up, 0);
-    EXPECT_EQ(app_done, row.done);
-    EXPECT_EQ(page_calls, row.window == win_main ? 1 : 0) << "a dialog's loop comes back first";
+    EXPECT_EQ(app_done, done);
+    EXPECT_EQ(page_calls, window == win_main ? 1 : 0) << "a dialog's loop comes back first";
     page_calls = 0;
   }
 }

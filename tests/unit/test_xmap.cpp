@@ -43,6 +43,9 @@ TEST(Xmap, OpensPlainFilesOnly) {
     EXPECT_NE(nullptr, file.retry(here / "link"));
     EXPECT_NE(nullptr, file.retry(here / "pLAIN")) << "case is repaired";
     EXPECT_EQ("content", rest_of(file));
+    here.file("one", "x");
+    EXPECT_NE(nullptr, file.retry(here / "one"));
+    EXPECT_EQ("x", rest_of(file));
     EXPECT_NE(nullptr, file.retry(here / "empty"));
     EXPECT_NE(nullptr, file.file_start);
     EXPECT_EQ(file.cursor, file.file_end);
@@ -85,12 +88,8 @@ TEST(XmapDeathTest, BrokenPathsAreFatal) {
 
 TEST(Xmap, TextHeaders) {
   const scratch_folder here;
-  const struct {
-    std::string label, content;
-    const char* keyword;
-    int result;
-    std::string note, rest;
-  } rows[] = {
+  // What is asked for, and what comes of it: the version, its note, and what is still to be read.
+  const std::tuple<const char*, std::string, const char*, int, std::string, std::string> rows[] = {
       {"other byte, other version", "A\n840 x\nbody", nullptr, 840, "x", "body"},
       {"rest of the first line is ignored", "I junk 5\n900\tver sion \nbody", nullptr, 900,
        "ver sion ", "body"},
@@ -108,12 +107,12 @@ TEST(Xmap, TextHeaders) {
       {"keyword missing", "I\n900 version\n", "KEY", 0, "version", ""},
   };
   const int versions[] = {900, 840, -7, 0};
-  for (const auto& row : rows) {
-    xmap_class file(here.file("f", row.content));
-    std::string note = "unset";
-    EXPECT_EQ(row.result, file.check_file(ouf_text, versions, row.keyword, &note)) << row.label;
-    EXPECT_EQ(row.note, note) << row.label;
-    EXPECT_EQ(row.rest, rest_of(file)) << row.label;
+  for (const auto& [label, content, keyword, result, note, rest] : rows) {
+    xmap_class file(here.file("f", content));
+    std::string got = "unset";
+    EXPECT_EQ(result, file.check_file(ouf_text, versions, keyword, &got)) << label;
+    EXPECT_EQ(note, got) << label;
+    EXPECT_EQ(rest, rest_of(file)) << label;
   }
 }
 
@@ -185,17 +184,13 @@ TEST(Xmap, ALineIsToldByItsNumber) {
   const std::string text = "one\r\ntwo\rthree\n\nfive";
   file.look_at(text.data(), text.data() + text.size());
   std::string expected;
-  for (const auto& [at, line] : {std::pair{0, "1: one"},
-                                 {3, "1: one"},
-                                 {5, "2: two"},
-                                 {8, "2: two"},
-                                 {9, "3: three"},
-                                 {15, "4: "},
-                                 {16, "5: five"},
-                                 {20, "5: five"}}) {
+  const std::pair<int, const char*> rows[] = {{0, "1: one"},   {3, "1: one"},   {5, "2: two"},
+                                              {8, "2: two"},   {9, "3: three"}, {15, "4: "},
+                                              {16, "5: five"}, {20, "5: five"}};
+  for (const auto& [at, line] : rows) {
     file.cursor = file.file_start + at;
     file.TXT_xer_line();
-    expected += "Line " + std::string(line) + "\n";
+    expected += "Line "s + line + "\n";
   }
   EXPECT_EQ(log.text(), expected);
 }
