@@ -14,10 +14,6 @@ namespace {
 
 constexpr char list_head[] = "I\n820 version\nSERVERS\n";
 
-void put(const std::string& path, const std::string& content) {
-  std::ofstream(path, std::ios::binary) << content;
-}
-
 TEST(AboutList, ReadsWhatItKnowsAndPassesOverTheRest) {
   const struct {
     std::string label, list;
@@ -43,7 +39,7 @@ TEST(AboutList, ReadsWhatItKnowsAndPassesOverTheRest) {
   const std::string path = new_folder() + "list.txt";
   for (const auto& row : rows) {
     about = about_record();
-    put(path, row.list);
+    overwrite(path, row.list);
     EXPECT_EQ(about_read_list(path), row.found) << row.label;
     EXPECT_EQ(about.version_final, row.version_final) << row.label;
     EXPECT_EQ(about.version_beta, row.version_beta) << row.label;
@@ -70,8 +66,7 @@ TEST(AboutList, ComparesReleases) {
       {"a test release, this one", 91000, 91001, true, about_settled, 0, "latest Skyvane beta"},
       {"a test release, the next one", 91000, 91002, true, about_offer, 1, ""},
       {"newer, nowhere to get", 91002, -1, false, about_settled, 0, "newer beta"},
-      {"a newer test release, nowhere to get", 91000, 91002, false, about_settled, 1,
-       "new version"},
+      {"newer test release, nowhere to get", 91000, 91002, false, about_settled, 1, "new version"},
   };
   for (const auto& row : rows) {
     about = about_record();
@@ -130,7 +125,7 @@ class AboutBox : public window_fixture {
   }
   // An installer's archive, made by another program.
   std::string installer_zip() {
-    put("New Installer", "#!/bin/sh\necho \"started with $# in $PWD\" >\"$ABOUT_MARK\"\n");
+    overwrite("New Installer", "#!/bin/sh\necho \"started with $# in $PWD\" >\"$ABOUT_MARK\"\n");
     EXPECT_EQ(std::system("chmod 755 'New Installer' && zip -q made.zip 'New Installer' && "
                           "rm 'New Installer'"),
               0);

@@ -150,8 +150,7 @@ TEST_F(ArchiveZip, ForkEntriesAreCheckedAndDropped) {
   const std::tuple<std::string, std::string, int> rows[] = {
       {"whole", header + parts + std::string(32, 'F') + "fork", 0},
       {"header only", header, 0},
-      {"part beyond the block", header + std::string("\0\1\0\0\0\2\xFF\xFF\xFF\xFF\0\0\0\1", 14),
-       0},
+      {"beyond the block", header + std::string("\0\1\0\0\0\2\xFF\xFF\xFF\xFF\0\0\0\1", 14), 0},
       {"filler", bad + parts, 20012},
       {"short", header.substr(0, 23), 20012},
   };

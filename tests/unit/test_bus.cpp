@@ -218,12 +218,7 @@ TEST_F(Bus, DesktopIsToldOfAJob) {
   const std::string entry =
       "application://example.skyvane.unit_tests.desktop progress 0.25 progress-visible yes\n";
   EXPECT_TRUE(says(service, entry, [&] { frame(101, job, 0.25f); })) << said;
-  const struct {
-    float at;
-    const wizard_page* page;
-    float progress;
-    const char *says, *not_says;
-  } rows[] = {
+  const std::tuple<float, const wizard_page*, float, const char*, const char*> rows[] = {
       {105, &end, -1, " progress 0.00 progress-visible no\n", "Notify"},  // a short one
       {110, &job, 0.5f, " progress 0.50 progress-visible yes\n", "Notify"},
       {130, &disc, -1, "Notify", "progress 0.50"},
@@ -237,12 +232,12 @@ TEST_F(Bus, DesktopIsToldOfAJob) {
       {160, &choice, -1, "progress-visible no", "Notify"},  // given up
       {161, &end, 0.2f, "progress 0.20", "Notify"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.at);
+  for (const auto& [clock, page, progress, told, not_told] : rows) {
+    SCOPED_TRACE(clock);
     said.clear();
-    frame(row.at, *row.page, row.progress);
-    EXPECT_TRUE(says(service, row.says, PLT_notice_frame)) << said;
-    EXPECT_FALSE(str_holds(said, row.not_says)) << said;
+    frame(clock, *page, progress);
+    EXPECT_TRUE(says(service, told, PLT_notice_frame)) << said;
+    EXPECT_FALSE(str_holds(said, not_told)) << said;
   }
   PLT_child_end(&daemon, 0);
   for (int i = 0; i < 10; ++i)

@@ -6,7 +6,6 @@
 #include <functional>
 #include <new>
 #include <regex>
-#include <sstream>
 
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_debug.h"
@@ -31,14 +30,11 @@ std::vector<std::string> lines_of(std::istream&& in) {
 
 // What `write` puts into a file.
 std::vector<std::string> written_by(const std::function<void(std::FILE*)>& write) {
-  char* text = nullptr;
-  size_t size = 0;
-  std::FILE* const file = open_memstream(&text, &size);
+  const scratch_folder folder;
+  std::FILE* const file = std::fopen((folder / "text").c_str(), "w");
   write(file);
   std::fclose(file);
-  const std::string all(text, size);
-  std::free(text);
-  return lines_of(std::istringstream(all));
+  return lines_of(std::ifstream(folder / "text"));
 }
 
 void alert(int type, const char* text) {
@@ -72,8 +68,7 @@ TEST(Diag, FatalAlertLeavesCrawlAndReport) {
   picture_folder folder;
   folder.file("MemoryLog.txt", "of an earlier run\n");
   folder.file("stack_crawl.txt", "kept\n");
-  EXPECT_EXIT(static_function_that_fails(folder.path()), testing::ExitedWithCode(1),
-              "Then the end.");
+  EXPECT_EXIT(static_function_that_fails(folder.path()), testing::ExitedWithCode(1), "the end.");
 
   const std::vector<std::string> crawl = lines_of(std::ifstream(folder / "stack_crawl.txt"));
   ASSERT_GT(crawl.size(), 4u);

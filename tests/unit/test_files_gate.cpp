@@ -244,20 +244,15 @@ TEST_P(FilesGate, AFolderSwappedForALink) {
   // A busy machine may give the swapper no turn, or stop it for a while.
   for (int i = 0; i < 1000 || (i < 1000000 && (!put_there || !refused)); ++i) {
     const std::string name = "a/b/f" + std::to_string(i % 7);
-    switch (i % 4) {
-      case 0:
-      case 1: {
-        const int code = put(name);
-        put_there += code == 0;
-        refused += code == gate_below_link;
-        break;
-      }
-      case 2:
-        gate.put_link(name, "f0");
-        break;
-      default:
-        gate.remove_file("a/b/mine.txt");
-        gate.remove_file(name);
+    if (i % 4 < 2) {
+      const int code = put(name);
+      put_there += code == 0;
+      refused += code == gate_below_link;
+    } else if (i % 4 == 2) {
+      gate.put_link(name, "f0");
+    } else {
+      gate.remove_file("a/b/mine.txt");
+      gate.remove_file(name);
     }
   }
   done = true;

@@ -105,8 +105,7 @@ TEST_F(Keys, EventsTypeWhatTheUserSees) {
       {"the desktop's key", event_of(p_a, "a", plt_logo, 'a'), "0,65,8 "},
       {"an arrow", event_of(p_right, "", plt_shift, 0), "29,39,9 "},
       {"pad with Num Lock", event_of(p_pad_7, "7", plt_num_lock, 0), "55,103,8 "},
-      {"pad with Num Lock and Shift", event_of(p_pad_1, "", plt_num_lock | plt_shift, 0),
-       "4,35,9 "},
+      {"pad with Num Lock, Shift", event_of(p_pad_1, "", plt_num_lock | plt_shift, 0), "4,35,9 "},
       {"its release", event_of(p_pad_7, "", plt_num_lock, 0, 0), "0,103,16 "},
       {"an input method", event_of(0, "h\xC3\xA9!", 0), "104,0,8 233,0,8 33,0,8 "},
   };

@@ -80,8 +80,7 @@ TEST_F(EngineManifest, Lines) {
       {"DIR back to nothing", "DIR A/\nDIR \nFILE 0 0 1 2 3 <1> a\n", "a=1"},
       {"versions over a DIR", "DIR A/\nFILE 0 0 1 2 3 <1> b/c\nDIR A/b/\nFILE 0 0 2 2 3 <2> c\n",
        "A/b/c=1,2"},
-      {"two runs", "FILE 0 0 1 2 3 <1> a\nFILE 0 0 1 2 3 <1> b\nFILE 0 0 1 2 3 <2> a\n",
-       "a=1 b=1 a=2"},
+      {"runs", "FILE 0 0 1 2 3 <1> a\nFILE 0 0 1 2 3 <1> b\nFILE 0 0 1 2 3 <2> a\n", "a=1 b=1 a=2"},
       {"old data sets",
        "DIR A/Earth Orbit Textures/\nFILE 0 0 1 2 3 <1> a\nDIR A/\nFILE 0 0 1 2 3 <1> 900 red "
        "terrain.t\n"

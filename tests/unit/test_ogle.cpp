@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <string>
@@ -120,12 +121,9 @@ struct model {
     return starts;
   }
   int line_of(int position) const {
-    int line = 0;
     const std::vector<int> starts = lines();
-    while (line + 1 < static_cast<int>(starts.size()) &&
-           starts[static_cast<size_t>(line) + 1] <= position)
-      ++line;
-    return line;
+    const auto next = std::upper_bound(starts.begin(), starts.end(), position);
+    return static_cast<int>(next - starts.begin()) - 1;
   }
   int fit(int line, float dx) const {
     const std::vector<int> starts = lines();

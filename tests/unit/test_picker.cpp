@@ -49,11 +49,7 @@ int poll_to_the_end(std::string* path) {
 }
 
 TEST(Picker, AnswersAreRead) {
-  const struct {
-    const char *label, *zenity, *kdialog;  // null: not installed
-    int state;
-    const char* path;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, int, const char*> rows[] = {
       {"none installed", nullptr, nullptr, plt_picker_none, ""},
       {"the root", "echo /", nullptr, plt_picker_chosen, "/"},
       {"a newline in the name", "printf '/tmp/a\\nb\\n'", nullptr, plt_picker_chosen, "/tmp/a\nb"},
@@ -65,20 +61,19 @@ TEST(Picker, AnswersAreRead) {
       {"endless", "exec yes /tmp/x", "echo /tmp/k", plt_picker_chosen, "/tmp/k"},
       {"more than a pipe holds", "head -c 200000 /dev/zero | tr '\\0' a; exit 0", nullptr,
        plt_picker_none, ""},
-      {"leaves a child with the pipe", "sleep 60 & echo /tmp/x", nullptr, plt_picker_chosen,
-       "/tmp/x"},
+      {"its child has the pipe", "sleep 60 & echo /tmp/x", nullptr, plt_picker_chosen, "/tmp/x"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, zenity, kdialog, expected, chosen] : rows) {
+    SCOPED_TRACE(label);
     const fake_desktop desktop;
-    if (row.zenity) desktop.put("zenity", row.zenity);
-    if (row.kdialog) desktop.put("kdialog", row.kdialog);
+    if (zenity) desktop.put("zenity", zenity);
+    if (kdialog) desktop.put("kdialog", kdialog);
     std::string path;
     int state = PLT_picker_start("Pick", "/tmp/");
-    EXPECT_EQ(state, row.zenity || row.kdialog ? plt_picker_running : plt_picker_none);
+    EXPECT_EQ(state, zenity || kdialog ? plt_picker_running : plt_picker_none);
     if (state == plt_picker_running) state = poll_to_the_end(&path);
-    EXPECT_EQ(state, row.state);
-    EXPECT_EQ(path, row.path);
+    EXPECT_EQ(state, expected);
+    EXPECT_EQ(path, chosen);
     EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none) << "it is over";
   }
 }

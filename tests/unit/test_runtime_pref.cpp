@@ -93,12 +93,10 @@ TEST_F(RuntimePref, WhatIsWrittenIsRead) {
 TEST_F(RuntimePref, ReadsWhatOthersWrote) {
   const std::string h = header;
   const std::tuple<std::string, std::string, int, int, const char*> rows[] = {
-      {"line ends of Windows", "I\r\n9002 version\r\n_streams 2\r\n_host a b\r\n_log 1\r\n", 2, 1,
-       "a b"},
+      {"of Windows", "I\r\n9002 version\r\n_streams 2\r\n_host a b\r\n_log 1\r\n", 2, 1, "a b"},
       {"tabs and blanks around", h + "\n\n \t_streams\t \t2\n\t\n_host  a \n", 2, 7, "a "},
       {"the last of two, without a line end", h + "_streams 2\n_log 1\n_streams 4", 4, 1, "unset"},
-      {"unknown tags", h + "_other 9\n_stream 9\n_streamss 9\nstreams 9\n_streams 2\n", 2, 7,
-       "unset"},
+      {"unknown", h + "_other 9\n_stream 9\n_streamss 9\nstreams 9\n_streams 2\n", 2, 7, "unset"},
       {"tag without value", h + "_streams\n_host\n_log 1\n", 0, 1, ""},
       {"junk for a number", h + "_streams x2\n_log 3x4\n", 0, 3, "unset"},
       {"numbers too large", h + "_streams 99999999999999999999\n_log -3000000000\n", 2147483647,
@@ -121,11 +119,7 @@ TEST_F(RuntimePref, ReadsWhatOthersWrote) {
 }
 
 TEST_F(RuntimePref, CommandLineWinsForOneRunAndLeavesTheFile) {
-  const struct {
-    const char *label, *flags, *file;
-    int streams;
-    const char *host, *rewritten;  // when nothing was changed in the run
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, int, const char*, const char*> rows[] = {
       {"over a value", "--pref:_streams=3", "_streams 1\n_host a\n_log 7\n", 3, "a",
        "_streams 1\n_host a\n_log 7\n"},
       {"over no value", "--pref:_streams=3 --pref:_host=b", "_log 7\n", 3, "b", "_log 7\n"},
@@ -138,14 +132,14 @@ TEST_F(RuntimePref, CommandLineWinsForOneRunAndLeavesTheFile) {
       {"near misses", "--pref:_stream=3 --pref:streams=3 -pref:_streams=3 _streams=3",
        "_streams 1\n_log 7\n", 1, "unset", "_streams 1\n_host unset\n_log 7\n"},
   };
-  for (const auto& r : rows) {
-    overwrite(path, std::string(header) + r.file);
-    override(r.flags);
+  for (const auto& [label, flags, file, streams, host, rewritten] : rows) {
+    overwrite(path, std::string(header) + file);
+    override(flags);
     const settings got = read();
-    EXPECT_EQ(got.streams, r.streams) << r.label;
-    EXPECT_EQ(got.host, r.host) << r.label;
+    EXPECT_EQ(got.streams, streams) << label;
+    EXPECT_EQ(got.host, host) << label;
     for (const char* time : {"first", "second"})
-      EXPECT_EQ(write(got), std::string(header) + r.rewritten) << r.label << ", " << time;
+      EXPECT_EQ(write(got), std::string(header) + rewritten) << label << ", " << time;
   }
   overwrite(path, std::string(header) + "_streams 1\n_host a\n");
   override("--pref:_streams=3 --pref:_host=b");

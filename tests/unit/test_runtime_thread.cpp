@@ -149,44 +149,42 @@ TEST(RuntimeFailureDeathTest, EndsTheProgramFromEveryKindOfThread) {
       {failing<[] { throw exce_class("a mere warning", "", "", "", "Test", 78, t_alert); }>,
        "a mere warning"},
   };
-  const struct {
-    const char* thread;
-    void (*fail_on_it)(UTL_thread_function);
-  } threads[] = {{"of its own",
-                  [](UTL_thread_function fail) {
-                    on_thread(fail, nullptr);
-                    if (survived != 0 || destroyed != 1) std::_Exit(3);
-                    frames_until_the_end();
-                  }},
-                 {"of an asynchronous call that is waited for without end",
-                  [](UTL_thread_function fail) {
-                    THREAD_make_workers();
-                    THREAD_is_done(THREAD_run_async(fail, nullptr), queue_wait_forever);
-                  }},
-                 {"of a pool whose owner drains it",
-                  [](UTL_thread_function fail) {
-                    failing_task task(fail);
-                    UTL_worker_threads pool(2, 4);
-                    pool.enqueue_task(&task);
-                    pool.wait_retired_tasks();
-                  }},
-                 {"of a pool that is destroyed", [](UTL_thread_function fail) {
-                    failing_task task(fail);
-                    {
-                      UTL_worker_threads pool(2, 4);
-                      pool.enqueue_task(&task);
-                    }
-                    frames_until_the_end();
-                  }}};
+  const std::pair<const char*, void (*)(UTL_thread_function)> threads[] = {
+      {"of its own",
+       [](UTL_thread_function fail) {
+         on_thread(fail, nullptr);
+         if (survived != 0 || destroyed != 1) std::_Exit(3);
+         frames_until_the_end();
+       }},
+      {"of an asynchronous call that is waited for without end",
+       [](UTL_thread_function fail) {
+         THREAD_make_workers();
+         THREAD_is_done(THREAD_run_async(fail, nullptr), queue_wait_forever);
+       }},
+      {"of a pool whose owner drains it",
+       [](UTL_thread_function fail) {
+         failing_task task(fail);
+         UTL_worker_threads pool(2, 4);
+         pool.enqueue_task(&task);
+         pool.wait_retired_tasks();
+       }},
+      {"of a pool that is destroyed", [](UTL_thread_function fail) {
+         failing_task task(fail);
+         {
+           UTL_worker_threads pool(2, 4);
+           pool.enqueue_task(&task);
+         }
+         frames_until_the_end();
+       }}};
   for (const auto& [fail, text] : rows) {
-    for (const auto& t : threads) {
+    for (const auto& [thread, fail_on_it] : threads) {
       EXPECT_EXIT(
           {
             THREAD_init();
-            t.fail_on_it(fail);
+            fail_on_it(fail);
           },
           testing::ExitedWithCode(1), text)
-          << "thread " << t.thread;
+          << "thread " << thread;
     }
   }
 }

@@ -40,11 +40,8 @@ TEST(Sign, WhatMinisignHasMadeAndNothingElse) {
   sign_public_key other = test_key();
   other.id[0] ^= 1;
   const size_t comment = by_digest.find("trusted comment: a"), line = by_digest.find("RUQ");
-  const struct {
-    std::string label, text, signature;
-    sign_verdict verdict;
-    std::vector<sign_public_key> by;
-  } rows[] = {
+  using key_list = std::vector<sign_public_key>;
+  const std::tuple<const char*, std::string, std::string, sign_verdict, key_list> rows[] = {
       {"of the digest", message, by_digest, sign_good, keys},
       {"of the text", message, by_text, sign_good, keys},
       {"by the second key", message, by_text, sign_good, {other, test_key()}},
@@ -65,10 +62,10 @@ TEST(Sign, WhatMinisignHasMadeAndNothingElse) {
       {"another head", message, changed(by_digest, 0, 'U'), sign_malformed, keys},
       {"nothing", message, "", sign_malformed, keys},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, text, signature, verdict, trusted] : rows) {
     sign_key_id by = {};
-    EXPECT_EQ(sign_check(row.text, row.signature, row.by, by), row.verdict) << row.label;
-    EXPECT_EQ(by, row.verdict == sign_good ? test_key().id : sign_key_id()) << row.label;
+    EXPECT_EQ(sign_check(text, signature, trusted, by), verdict) << label;
+    EXPECT_EQ(by, verdict == sign_good ? test_key().id : sign_key_id()) << label;
   }
   for (const char* const text :
        {"", "RW", "RWQD", "RWQD0MnvBXAU5gcYVDbKd1MmBHQ2BLcNw88CW1imG9F82ILtTLgndV8",
@@ -154,12 +151,7 @@ TEST(Sign, ListsAndTheSerialsSeen) {
   };
   const std::string both = "RWQ= "s + test_public_key;
   const char* const foreign = "RWQAAAAAAAAAAAcYVDbKd1MmBHQ2BLcNw88CW1imG9F82ILtTLgndV8J";
-  const struct {
-    const char *label, *keys;
-    std::string list;
-    sign_verdict verdict;
-    int64_t seen;  // afterwards
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::string, sign_verdict, int64_t> rows[] = {
       {"unsigned", test_public_key, body, sign_unsigned, 0},
       {"blank behind it", test_public_key, body + "\r\n", sign_unsigned, 0},
       {"something behind it", test_public_key, body + "x\n", sign_malformed, 0},
@@ -171,11 +163,11 @@ TEST(Sign, ListsAndTheSerialsSeen) {
       {"by nobody", foreign, list_of(9), sign_other_key, 0},
       {"as it was", test_public_key, list_of(8), sign_good, 8},
   };
-  for (const auto& row : rows) {
-    const built_in_keys built_in(row.keys);
+  for (const auto& [label, key, text, verdict, seen] : rows) {
+    const built_in_keys built_in(key);
     sign_statement statement;
-    EXPECT_EQ(sign_accept_list(row.list, statement), row.verdict) << row.label;
-    EXPECT_EQ(sign_seen_serial(sign_list_name), row.seen) << row.label;
+    EXPECT_EQ(sign_accept_list(text, statement), verdict) << label;
+    EXPECT_EQ(sign_seen_serial(sign_list_name), seen) << label;
   }
   const built_in_keys built_in(test_public_key);
   EXPECT_EQ(sign_seen_serial("final /another"), 0) << "each by itself";

@@ -166,7 +166,7 @@ TEST_F(UpdateBack, ALockMovesWithTheCopy) {
   const std::string second = new_folder();
   const auto free_to_others = [](const std::string& folder) {
     const int fd = open(folder.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool free = flock(fd, LOCK_EX | LOCK_NB) == 0;
+    const bool free = flock(fd, LOCK_SH | LOCK_NB) == 0;
     close(fd);
     return free;
   };

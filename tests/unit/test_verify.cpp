@@ -109,10 +109,7 @@ TEST_F(EngineVerify, APassOverATree) {
     const ordinary_user user;
     run_pass();
   }
-  const struct {
-    std::string have;
-    int match;
-  } rows[] = {
+  const std::pair<std::string, int> rows[] = {
       {md5_of_abc, 1},   {"e2fc714c4727ee9395f324cd2e7f331f", 0},
       {md5_of_abc, 0},   {"NONE", 0},
       {"", 0},           {md5_of_abc, 1},
@@ -123,8 +120,8 @@ TEST_F(EngineVerify, APassOverATree) {
       {md5_of_abc, 1},
   };
   for (size_t i = 0; i < std::size(rows); ++i) {
-    EXPECT_EQ(sim_info[i].current().sig_have, rows[i].have) << sim_info[i].current().path;
-    EXPECT_EQ(sim_info[i].current().sig_match, rows[i].match) << sim_info[i].current().path;
+    EXPECT_EQ(sim_info[i].current().sig_have, rows[i].first) << sim_info[i].current().path;
+    EXPECT_EQ(sim_info[i].current().sig_match, rows[i].second) << sim_info[i].current().path;
   }
   write("copy/a/absent", "abc");
   ASSERT_EQ(unlink((root + "copy/a/current").c_str()), 0);

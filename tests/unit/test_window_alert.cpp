@@ -114,14 +114,8 @@ TEST_F(WindowAlert, TheLanguageChooserSetsTheLanguage) {
   EXPECT_EQ(mnw.win_id, win_none);
 }
 
-class WindowAlertOdd : public window_fixture {
- protected:
-  void SetUp() override {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    window_fixture::SetUp();
-  }
-};
-using WindowAlertOddDeathTest = WindowAlertOdd;
+using WindowAlertOdd = window_fixture;
+using WindowAlertOddDeathTest = window_fixture;
 
 void raise(const std::string& text, int type = t_alert) {
   __MACIBM_alert(win_main, text, "", "", "", type, "tests/odd", 1);
@@ -163,6 +157,7 @@ TEST_F(WindowAlertOdd, AlertsOfManyThreadsAreShownOneByOne) {
 }
 
 TEST_F(WindowAlertOddDeathTest, AFatalOneOfAThreadEndsTheProgramWhenItHasBeenShown) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto fatal = [] {
     std::thread([] {
       raise("the worker's end", t_exit);
@@ -179,6 +174,7 @@ TEST_F(WindowAlertOddDeathTest, AFatalOneOfAThreadEndsTheProgramWhenItHasBeenSho
 }
 
 TEST_F(WindowAlertOddDeathTest, OneInsideAnotherEndsTheProgram) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   static std::string inner;
   for (const size_t size : {size_t{5}, size_t{499}, size_t{5000}}) {
     inner = std::string(size, 'i');
