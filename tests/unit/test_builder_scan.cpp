@@ -142,6 +142,7 @@ TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
   for (int i = 0; i < 460; ++i)
     put("All/Aircraft/" + std::to_string(i) + ".cpp", state_a);
   put("All/Movies/a.txt", state_a);
+  ASSERT_EQ(mkfifo((base + "src/All/Weapons/pipe").c_str(), 0600), 0);
   drop("All/Airfoils");
   put_previous("DIR All/W/\nFILE 0 0 91001 1 1 " + std::string(sig_a) + " x\n");
   bld.check_only = true;
@@ -151,6 +152,7 @@ TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
                 "764 faults, of which 49 are shown; the log has all of them: copy 301, source "
                 "code 460, foreign folder in All/ 1, place missing 1, release built before 1."))
       << said;
+  EXPECT_TRUE(str_holds(said, "WARNING: left out, as it cannot be read: " + base + "src/All/Weap"));
   EXPECT_TRUE(str_holds(said, "total files recursed: 500. will compress: ")) << "as it goes on";
   size_t plain = 0;
   for (size_t at = said.find("\n  /"); at != said.npos; at = said.find("\n  /", at + 1))

@@ -4,6 +4,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "corekit/Platform/PLT_system.h"
+#include "corekit/base/UTL_thread.h"
 #include "corekit/base/UTL_workers.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/hl_thread.h"
@@ -22,11 +24,11 @@ void* wait_at_gate(void* gate) {
 }
 
 // Runs `function` on a thread of its own to its end.
-void* on_thread(UTL_thread_function function, void* argument) {
+void* on_thread(UTL_thread_function function, void* argument, int want_ogl = 0) {
   UTL_thread_handle thread;
   UTL_thread_joiner join;
   UTL_thread_identity identity;
-  THREAD_create(function, argument, &thread, &join, &identity, 0);
+  THREAD_create(function, argument, &thread, &join, &identity, want_ogl);
   return UTL_thread_join(thread, join);
 }
 
@@ -95,6 +97,31 @@ TEST_F(RuntimeAsync, RunsCallsAndRecyclesTheirRecords) {
   EXPECT_EQ(again, calls[299]);
   ASSERT_EQ(THREAD_is_done(again, 60000), 1);
   EXPECT_EQ(THREAD_cleanup(again), base + 2);
+}
+
+// A thread that cannot have what it asks of OpenGL runs without it, and that is told.
+TEST(RuntimeContexts, AreMadeBoundAndMissed) {
+  static bool wanted, made, bound;
+  static int failed;
+  static constexpr THREAD_contexts fake = {
+      [] { return wanted; }, []() -> void* { return made ? &made : nullptr; },
+      [](void* context) -> int { return context == &made && bound; }, [] { ++failed; }};
+  THREAD_use_contexts(&fake);
+  for (int i = 0; i < 16; ++i) {
+    const bool asked = i & 8;
+    wanted = i & 4, made = i & 2, bound = i & 1;
+    failed = 0;
+    char base[2];
+    EXPECT_EQ(on_thread(add_one, base, asked), base + 1) << i;
+    EXPECT_EQ(failed, asked && wanted && !(made && bound)) << i;
+  }
+  THREAD_use_contexts(nullptr);
+}
+
+TEST(RuntimeSleep, LastsAsLongAsAsked) {
+  const auto began = PLT_microseconds();
+  UTL_sleep(1003);
+  EXPECT_GE(PLT_microseconds() - began, 1'003'000u);
 }
 
 TEST_F(RuntimeAsync, IsNotDoneBeforeTheFunctionReturns) {

@@ -168,6 +168,7 @@ TEST_F(WindowFrame, AKeyComesWithWhatItTypes) {
   push_motion(5, 5);
   push_text("\xC3\xA9");  // from an input method: no key goes with it
   MACIBM_event_proc();
+  EXPECT_EQ(mnw.key_hit, 1);
 
   ASSERT_EQ(keys_seen.size(), 4u);
   EXPECT_STREQ(keys_seen[0].text, "A");
