@@ -144,20 +144,22 @@ TEST_F(BuilderScan, EveryFaultIsToldInOneRun) {
   put("All/Movies/a.txt", state_a);
   ASSERT_EQ(mkfifo((base + "src/All/Weapons/pipe").c_str(), 0600), 0);
   drop("All/Airfoils");
-  put_previous("DIR All/W/\nFILE 0 0 91001 1 1 " + std::string(sig_a) + " x\n");
+  put_previous("DIR outside\nFILE 0 0 90500 1 1 " + std::string(sig_a) +
+               " x\nDIR All/W/\nFILE 0 0 91001 1 1 " + std::string(sig_a) + " x\n");
   bld.check_only = true;
   const std::string said = said_by_build(1);
   EXPECT_TRUE(
       str_holds(said,
-                "764 faults, of which 49 are shown; the log has all of them: copy 301, source "
-                "code 460, foreign folder in All/ 1, place missing 1, release built before 1."))
+                "765 faults, of which 50 are shown; the log has all of them: copy 301, source "
+                "code 460, foreign folder in All/ 1, place missing 1, previous manifest 1, release "
+                "built before 1."))
       << said;
   EXPECT_TRUE(str_holds(said, "WARNING: left out, as it cannot be read: " + base + "src/All/Weap"));
   EXPECT_TRUE(str_holds(said, "total files recursed: 500. will compress: ")) << "as it goes on";
   size_t plain = 0;
   for (size_t at = said.find("\n  /"); at != said.npos; at = said.find("\n  /", at + 1))
     ++plain;
-  EXPECT_EQ(plain, 49u);
+  EXPECT_EQ(plain, 50u);
   for (const char* const one : {"/Movies/: All/ may", "Airfoils/: the tree must", "by --release=N.",
                                 "/All/Output/copy: nothing", "/All/Aircraft/0.cpp: source"})
     EXPECT_TRUE(str_holds(said, one)) << one;

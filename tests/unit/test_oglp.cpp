@@ -134,6 +134,24 @@ TEST_F(Oglp, TheLargeBackgroundLiesInTiles) {
     EXPECT_TRUE(pixel_is(row.x, row.y, row.r, row.g, row.b));
 }
 
+// The same pieces, of a texture that has become another.
+TEST_F(Oglp, ATextureThatChangesIsPaintedAnew) {
+  static std::vector<unsigned char> seen;
+  PLT_swap_hook = [] { seen = read_buffer(); };
+  for (const int value : {50, 200}) {
+    scratch_dx = scratch_dy = 8;
+    std::fill_n(scratch_array, 8 * 8 * 4, static_cast<unsigned char>(value));
+    tman.load_texture(tex_fail_fatal, 500, tex_full_size | tex_rgba, tex_load_now,
+                      "scratch_array:test");
+    for (int frame = 0; frame < 2; ++frame) {
+      OGL_plot_back_col();
+      OGL_2dquad_d(500, col_as_is, 1, 10, 10, 0, 0, 20, 20, 1, 1, blend_none);
+      OGL_sbuff();
+      EXPECT_EQ(seen[(20 * 800 + 20) * 4], value) << frame;
+    }
+  }
+}
+
 // A letter is a quad at its place in the alphabet; what differs begins and ends with a letter.
 TEST(OglpPicture, DamageIsWhatLiesBetween) {
   const auto picture = [](const std::string& letters) {

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "corekit/base/UTL_workers.h"
+#include "corekit/base/xtim.h"
 #include "corekit/draw/colr.h"
 #include "corekit/draw/tman.h"
 #include "tests/unit/window_fixture.h"
@@ -63,6 +64,7 @@ TEST_F(WindowFrame, ButtonFlagsLastTheirFrame) {
   const auto frame = [](const char* label, int clicked, int released, int held) {
     MACIBM_event_proc();
     EXPECT_EQ(mnw.mouse_clicked, clicked) << label;
+    EXPECT_EQ(xtim.mouse_down == xtim.now_sec, clicked != 0) << label;
     EXPECT_EQ(mnw.mouse_released, released) << label;
     EXPECT_EQ(mnw.mouse_held, held) << label;
   };
