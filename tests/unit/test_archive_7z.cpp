@@ -136,6 +136,9 @@ TEST_F(Archive7z, ATableThatIsStored) {
     changed[row.at] = row.put;
     EXPECT_EQ(claims({1, 0}, changed), row.verdict) << row.label;
   }
+  const auto packed_by = [](const std::string& coder) {
+    return std::string{1, 4, 7, 0x0B, 1, 0, 1} + coder + std::string{0x0C, 5, 0, 0, 0};
+  };
   const struct {
     const char* label;
     std::string stream;
@@ -151,6 +154,11 @@ TEST_F(Archive7z, ATableThatIsStored) {
       {"properties of the archive", {1, 2, 7, 2, 0, 9, 0, 0}, claims_empty},
       {"sums of what is packed", {1, 4, 6, 0, 1, 9, 2, 10, 1, 1, 2, 3, 4, 0, 0, 0}, claims_empty},
       {"something else", {1, 3}, claims_damaged},
+      {"LZMA2 with 256 MB", packed_by({0x21, 0x21, 1, 32}), claims_empty},
+      {"with more", packed_by({0x21, 0x21, 1, 33}), claims_too_large},
+      {"with no end of it", packed_by({0x21, 0x21, 1, 41}), claims_too_large},
+      {"LZMA with 256 MB", packed_by({0x23, 3, 1, 1, 5, 93, 0, 0, 0, 16}), claims_empty},
+      {"with a byte more", packed_by({0x23, 3, 1, 1, 5, 93, 1, 0, 0, 16}), claims_too_large},
   };
   for (const auto& row : streams) {
     table[5] = table[15] = static_cast<char>(row.stream.size());
