@@ -1,5 +1,4 @@
-// A real OpenGL context off the screen, and pictures that say where each glyph lies, so that a test
-// can read from the frame buffer what has come to which place.
+// A real OpenGL context off the screen, and pictures in which a test sees where each glyph lies.
 #pragma once
 
 #include <gtest/gtest.h>

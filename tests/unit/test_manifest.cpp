@@ -304,15 +304,11 @@ TEST(EngineManifestNames, Sectors) {
 }
 
 TEST(EngineDecide, SafePaths) {
-  const std::pair<std::string_view, bool> rows[] = {
-      {"ALL_os/a", true},           {"ALL_os/...", true},  {"ALL_os/a..b/..c", true},
-      {"ALL_os/a:b\\c", true},      {"", false},           {"ALL_os/", false},
-      {"ALL_os/../a", false},       {"ALL_os/./a", false}, {"ALL_os/a/..", false},
-      {"ALL_os//a", false},         {"ALL_os/a/", false},  {"//a", false},
-      {{"ALL_os/a\0b", 10}, false}, {{"A\0/a", 4}, false},
-  };
-  for (const auto& [path, safe] : rows)
-    EXPECT_EQ(manifest_path_is_safe(path), safe) << path;
+  for (const char* path : {"ALL_os/a", "ALL_os/...", "ALL_os/a..b/..c", "ALL_os/a:b\\c"})
+    EXPECT_TRUE(manifest_path_is_safe(path)) << path;
+  for (const std::string& path : {""s, "ALL_os/"s, "ALL_os/../a"s, "ALL_os/./a"s, "ALL_os/a/.."s,
+                                  "ALL_os//a"s, "ALL_os/a/"s, "//a"s, "ALL_os/a\0b"s, "A\0/a"s})
+    EXPECT_FALSE(manifest_path_is_safe(path)) << path;
 }
 
 }  // namespace

@@ -220,8 +220,7 @@ TEST_F(RuntimePref, TheFamilysFileIsWrittenWhole) {
     for (const char* tag : {"_x_res_req_PLN", "_y_res_req_PLN", "_x_res_req_WRL", "_y_res_req_WRL",
                             "_x_res_req_ALL", "_y_res_req_ALL", "_col_res_req", "_set_res", "_lang",
                             "_alias_req", "_keylist_up", "_sec_mon_inuse", "_prefs_found"}) {
-      const bool ours =
-          std::string_view(tag) == "_x_res_req_ALL" || std::string_view(tag) == "_y_res_req_ALL";
+      const bool ours = std::string_view(tag).ends_with("_ALL");
       filled += str_format("%s %d\n", tag, ours ? 800 + number : *form == '0' ? 0 : number);
       ++number;
     }

@@ -92,14 +92,13 @@ TEST(Sign, AStatementAndEveryByteOfIt) {
   EXPECT_FALSE(read.covers_bytes(sign_list_name, list + "\n"));
   EXPECT_FALSE(read.covers_bytes("directory.txt", list));
   EXPECT_EQ(sign_read_statement(text, sign_of_release, keys, read), sign_other_use);
+  const auto verdict_on = [&keys, &read](const std::string& bytes) {
+    return sign_read_statement(bytes, sign_of_servers, keys, read);
+  };
   for (size_t at = 0; at < stated.size(); ++at)
-    EXPECT_NE(
-        sign_read_statement(changed(text, at, char(text[at] ^ 1)), sign_of_servers, keys, read),
-        sign_good)
-        << at;
+    EXPECT_NE(verdict_on(changed(text, at, char(text[at] ^ 1))), sign_good) << at;
   for (size_t size = 0; size + 1 < text.size(); ++size)
-    EXPECT_NE(sign_read_statement(text.substr(0, size), sign_of_servers, keys, read), sign_good)
-        << size;
+    EXPECT_NE(verdict_on(text.substr(0, size)), sign_good) << size;
 
   // Signed, and still no statement of ours.
   for (const std::string& wrong :
@@ -107,13 +106,10 @@ TEST(Sign, AStatementAndEveryByteOfIt) {
         without(stated, "EXPIRES 2030-01-31\n"), without(stated, "STATEMENT 900\n"),
         stated + "SERIAL 0\n", stated + "SERIAL 9007199254740992\n", stated + "SERIAL 7x\n",
         stated + "EXPIRES 2030-13-01\n", stated + "DOMAIN another\n", stated + "NUMBER -1\n",
-        stated + stated.substr(stated.find("SHA256")), stated + "SHA256 00 1 a\n"}) {
-    EXPECT_EQ(sign_read_statement(signed_by_test_key(wrong), sign_of_servers, keys, read),
-              sign_malformed)
-        << wrong;
-  }
+        stated + stated.substr(stated.find("SHA256")), stated + "SHA256 00 1 a\n"})
+    EXPECT_EQ(verdict_on(signed_by_test_key(wrong)), sign_malformed) << wrong;
   const std::string later = stated + "COLOUR blue\n";  // of a later program
-  EXPECT_EQ(sign_read_statement(signed_by_test_key(later), sign_of_servers, keys, read), sign_good);
+  EXPECT_EQ(verdict_on(signed_by_test_key(later)), sign_good);
 
   time_t last = 1896134399;  // 2030-01-31, the last second
   EXPECT_FALSE(sign_has_expired(made, last));
