@@ -52,6 +52,7 @@ TEST(Picker, AnswersAreRead) {
   const std::tuple<const char*, const char*, const char*, int, const char*> rows[] = {
       {"none installed", nullptr, nullptr, plt_picker_none, ""},
       {"the root", "echo /", nullptr, plt_picker_chosen, "/"},
+      {"slashes behind it", "echo /tmp/x//", nullptr, plt_picker_chosen, "/tmp/x"},
       {"a newline in the name", "printf '/tmp/a\\nb\\n'", nullptr, plt_picker_chosen, "/tmp/a\nb"},
       {"closed", "exit 1", "echo /tmp/k", plt_picker_cancelled, ""},
       {"the first fails", "exit 5", "echo /tmp/k", plt_picker_chosen, "/tmp/k"},
