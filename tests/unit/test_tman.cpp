@@ -188,6 +188,12 @@ TEST_F(Tman, MissingPicturesDrawGray) {
   EXPECT_EQ(tman.record(spare_ref).bytes, 0);
   tman.unload_texture(spare_ref);
   EXPECT_TRUE(glIsTexture(tman.record(t_blank_gray).gl_id));
+  scratch(8, 8, 99);
+  load(spare_ref, scratch_flags);
+  const int alive = textures();
+  miss(tex_fail_silent);
+  EXPECT_EQ(textures(), alive - 1) << "what was there is given back";
+  tman.unload_texture(spare_ref);
   // One that waits for its load shows the blank as well.
   tman.load_texture(tex_fail_fatal, spare_ref, scratch_flags, tex_load_scenery, "later.png");
   EXPECT_EQ(tman.record(spare_ref).load_time, tex_load_scenery);
