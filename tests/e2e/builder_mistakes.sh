@@ -43,7 +43,7 @@ done <<ROWS
 1|3 discs of 0 MB are full, with this file and others still to come. Raise --disk_kb.@|--disk_kb=100
 2|There is no flag "--relese"|--relese=91200
 2|There is no flag "extra"|extra
-2|--reuse needs the output folder of a build|--reuse=$FIXTURE
+2|--reuse needs the output folder of a build|--reuse=$SCRATCH
 2|--threads needs a whole number from 1 to 256|--threads=0
 0|Skyvane 9: |--check
 0|Nothing is wrong, and nothing was written.@|--check --previous=$SCRATCH/manifest.zip

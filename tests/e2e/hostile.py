@@ -211,7 +211,8 @@ class Run:
             try:
                 os.link(BIN + "/" + name, program)
             except OSError:
-                shutil.copy(BIN + "/" + name, program)
+                # Not by this process, whose children would hold it open for writing: it could not be run.
+                subprocess.run(["cp", BIN + "/" + name, program], check=True)
         return [*options.get("in_front", lambda scene: [])(self), program, "--unattended",
                 options.get("place", lambda scene: "--copy=" + scene.copy)(self),
                 "--pref:_proxy_host=" + liar.host, "--pref:_proxy_port_int=%d" % liar.port,
