@@ -22,6 +22,17 @@ class EngineDirs : public engine_tree {
   bool folder(const std::string& path) { return std::filesystem::is_directory(root + path); }
 };
 
+TEST_F(EngineDirs, WhatAJobThatWasGivenUpLeaves) {
+  for (const char* const name : {"gone/deep", "kept"}) {
+    here.folder("copy/" + std::string(name));
+    fetch("ALL_os/" + std::string(name) + "/x");
+    sim_info.back().current().sig_have = *name == 'g' ? sig_none : "s";
+  }
+  remove_unused_folders();
+  EXPECT_FALSE(folder("copy/gone"));
+  EXPECT_TRUE(folder("copy/kept")) << "a file of it was there before";
+}
+
 TEST_F(EngineDirs, MakesTheTree) {
   dest_dir_path = root + "x/y/z/";
   fetch("ALL_os/Resources/a/b/c.txt");

@@ -156,6 +156,9 @@ TEST(FilesTree, CopiesAFolderAndItsLinks) {
     EXPECT_EQ(2, readlink((here / "to/sub/up").c_str(), text, sizeof text)) << label;
     EXPECT_FALSE(is_there(here / "to/.hidden")) << label;
   }
+  for (const char* into : {"from/", "from/sub/inner/"})
+    EXPECT_NE(0, copy_file_recursive(here / "from/", here / into)) << "it would never end";
+  EXPECT_FALSE(is_there(here / "from/sub/inner/sub/inner"));
   EXPECT_EQ(0, copy_file_recursive(here / "from/to_a", here / "single"));
   EXPECT_EQ("alpha", content_of(here / "single"));
 }
