@@ -63,6 +63,17 @@ TEST_F(ArchivePack, WholeAndStreamed) {
   }
 }
 
+TEST_F(ArchivePack, ALinkSaysAsMuchAsAPathMay) {
+  zip_packer packer;
+  zip_packed packed;
+  const std::string link = base + "link";
+  for (const size_t length : {path_limit, path_limit + 1}) {
+    unlink(link.c_str());
+    ASSERT_EQ(symlink(std::string(length, 'x').c_str(), link.c_str()), 0);
+    EXPECT_EQ(packer.pack(link, base + "a.zip", packed) == 0, length == path_limit) << length;
+  }
+}
+
 // The sample that tells what is not worth packing must not cost what is.
 TEST_F(ArchivePack, WhatCanBePackedIs) {
   const std::string text(300000, 'x'), noisy = noise(300000, 5);

@@ -404,6 +404,7 @@ TEST_F(Flows, TheDemoByHand) {
   // Left in the midst of it, and given up.
   dest_dir_path = root + "My demo/";
   acts["begin"] = [] { demo_install_is_running = 1; };
+  EXPECT_EQ(walk(demo_start, "/accept/begin/next/next/no/"), written("the demo not given up"));
   EXPECT_EQ(walk(demo_start, "/accept/begin/next/next/"), written("the demo given up"));
   EXPECT_FALSE(std::filesystem::exists(root + "My demo"));
 }
