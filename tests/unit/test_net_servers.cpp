@@ -237,6 +237,20 @@ TEST_F(NetServers, ListThenManifest) {
   EXPECT_EQ(server.requests().size(), expected_requests) << "nothing more to do";
 }
 
+TEST_F(NetServers, TheTestReleaseIsGoneOnWith) {
+  stg.beta_flag = 1;
+  const std::string list = std::string(header) + "FINAL f\nBETA b\nSERVER one\n/\nOne\n";
+  scripted_server server([&](const std::string& request) {
+    const bool is_list = str_holds(request, "serverlist9.txt");
+    return whole_answer(is_list ? list : "", is_list ? "200 OK" : "404 Not Found");
+  });
+  EXPECT_TRUE(comes_true([&] {
+    UTL_download_directory();
+    return server.requests().size() > 1;
+  }));
+  EXPECT_TRUE(str_holds(server.requests()[1], "http://one/b/directory.txt.zip"));
+}
+
 TEST_F(NetServers, AListOfANewerFormatEndsTheProgram) {
   scripted_server server(
       [](const std::string&) { return whole_answer("I\n900 version\nSERVERS\n"); });
