@@ -389,6 +389,7 @@ TEST_F(Flows, TheUpdateByHand) {
 }
 
 TEST_F(Flows, TheDemoByHand) {
+  EXPECT_EQ(accept_eula_demo, 0);
   publish({{"Resources/a", "lost"}, {"Resources/b", "there"}});
   const mirror_process m(files_);
   demo_dest.parent_dir = root;
@@ -440,6 +441,7 @@ TEST_F(Flows, AnUpdateKeepsTheScenery) {
 }
 
 TEST_F(Flows, TheDiscByHand) {
+  EXPECT_EQ(accept_eula, 0);
   publish(disc_files, 1);
   dvd_path = root + "disc/";
   dvd_dest.parent_dir = root;
@@ -620,11 +622,6 @@ TEST_F(Flows, DiscRunsWithoutADisplay) {
   const std::string found = copy("Not listed", false);
   all += run(dvd_start, {"--unattended", "--do=repair", "--copy=" + found});
   EXPECT_EQ(all, written("runs of the disc installer"));
-}
-
-TEST(FlowsStart, NothingIsAcceptedYet) {
-  EXPECT_EQ(accept_eula, 0);
-  EXPECT_EQ(accept_eula_demo, 0);
 }
 
 TEST(FlowsProgress, WhatIsPrintedOfIt) {
