@@ -18,6 +18,7 @@
 #include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_registry.h"
 #include "Installer-f/engine/utils_select.h"
+#include "Installer-f/engine/utils_trouble.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/wizard/main_app.h"
 #include "Installer-f/wizard/main_ask.h"
@@ -32,6 +33,7 @@
 #include "Installer-f/wizard/main_net.h"
 #include "Installer-f/wizard/main_remove.h"
 #include "Installer-f/wizard/main_unattended.h"
+#include "Installer-f/wizard/main_unattended_end.h"
 #include "Installer-f/wizard/main_unattended_list.h"
 #include "Installer-f/wizard/main_unattended_progress.h"
 #include "Installer-f/wizard/main_unattended_say.h"
@@ -622,6 +624,19 @@ TEST_F(Flows, DiscRunsWithoutADisplay) {
   const std::string found = copy("Not listed", false);
   all += run(dvd_start, {"--unattended", "--do=repair", "--copy=" + found});
   EXPECT_EQ(all, written("runs of the disc installer"));
+}
+
+TEST(FlowsProgress, AFullDiskIsToldToScripts) {
+  cmdline.init_win("--json");
+  say_begin();
+  trouble_note(trouble_here("/some/file", ENOSPC));
+  testing::internal::CaptureStdout();
+  end_tell_failure();
+  const std::string said = testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(str_holds(said, "\"event\": \"error\"")) << said;
+  EXPECT_TRUE(str_holds(said, "\"event\": \"trouble\"")) << said;
+  cmdline = UTL_cmdline();
+  say_begin();
 }
 
 TEST(FlowsProgress, WhatIsPrintedOfIt) {

@@ -3,6 +3,7 @@
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
+#include "Installer-f/wizard/main_patch.h"
 #include "corekit/base/exce.h"
 #include "corekit/base/hl_alert.h"
 #include "corekit/base/xtim.h"
@@ -249,6 +250,19 @@ TEST_F(NetServers, TheTestReleaseIsGoneOnWith) {
     return server.requests().size() > 1;
   }));
   EXPECT_TRUE(str_holds(server.requests()[1], "http://one/b/directory.txt.zip"));
+}
+
+TEST_F(NetServers, ThePageShowsThatItWaits) {
+  const check_flow flow = {"title", nullptr, "contacting", "downloading from ", "processing"};
+  scripted_server server([](const std::string&) { return whole_answer("nothing yet"); }, true);
+  const std::pair<int, std::string> rows[] = {{-1, "contacting"}, {1, "downloading from m0"}};
+  for (const auto& [count, text] : rows) {
+    if (count > 0) mirrors(count);
+    wizard_screen screen;
+    EXPECT_EQ(check_servers(flow, 0, screen), 0) << text;
+    EXPECT_EQ(screen.text, text);
+    EXPECT_TRUE(screen.is_busy) << text;
+  }
 }
 
 TEST_F(NetServers, AListOfANewerFormatEndsTheProgram) {

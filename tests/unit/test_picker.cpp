@@ -97,11 +97,14 @@ TEST(Picker, TitleAndFolderArriveAsTheyAre) {
 }
 
 TEST(Picker, CancelEndsItWithItsChildren) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"by request", "sleep 60 & echo $! > ${me}child; touch ${me}up; wait"},
-      {"by force", "trap '' TERM; sleep 60 & echo $! > ${me}child; touch ${me}up; wait; wait"},
+  constexpr char mild[] = "sleep 60 & echo $! > ${me}child; touch ${me}up; wait";
+  const std::tuple<const char*, const char*, bool> rows[] = {
+      {"by request", mild, false},
+      {"by force", "trap '' TERM; sleep 60 & echo $! > ${me}child; touch ${me}up; wait; wait",
+       false},
+      {"by the next one", mild, true},
   };
-  for (const auto& [label, script] : rows) {
+  for (const auto& [label, script, has_next] : rows) {
     SCOPED_TRACE(label);
     const fake_desktop desktop;
     desktop.put("zenity", script);
@@ -110,9 +113,13 @@ TEST(Picker, CancelEndsItWithItsChildren) {
     ASSERT_TRUE(desktop.wait_for("up"));
     EXPECT_EQ(PLT_picker_poll(&path), plt_picker_running);
     const uint64_t start = PLT_microseconds();
-    PLT_picker_cancel();
+    if (has_next) {
+      EXPECT_EQ(PLT_picker_start("Pick", ""), plt_picker_running);
+    } else {
+      PLT_picker_cancel();
+    }
     EXPECT_LT(PLT_microseconds() - start, 20'000'000u);
-    EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none);
+    EXPECT_EQ(PLT_picker_poll(&path), has_next ? plt_picker_running : plt_picker_none);
     EXPECT_EQ(path, "as it was");
     const pid_t child = std::atoi(desktop.content("child").c_str());
     ASSERT_GT(child, 0);
