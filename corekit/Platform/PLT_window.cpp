@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "corekit/Platform/PLT_gl.h"
+#include "corekit/Platform/PLT_library.h"
 #include "corekit/Platform/PLT_notice.h"
 #include "corekit/Platform/PLT_window_sdl.h"
 
@@ -69,6 +70,19 @@ int init_video() {
   return failed;
 }
 
+// SDL wakes its own loop by an event to the window, over a connection of its own. When the window
+// is closed just then, the display answers that there is none, for which Xlib ends the program.
+int pass_over(void* /*display*/, void* /*error*/) {
+  return 0;
+}
+
+void outlive_display_errors() {
+  using handler = int (*)(void* display, void* error);
+  handler (*set_handler)(handler) = nullptr;
+  if (!plt_open_library({"libX11.so.6"}, nullptr)) return;
+  if (plt_take_call(set_handler, "XSetErrorHandler", nullptr)) set_handler(pass_over);
+}
+
 bool open_display() {
   if (!driver_was_named() && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
     last_error = "no display is named in the environment";
@@ -91,6 +105,7 @@ bool open_display() {
     sdl.QuitSubSystem(SDL_INIT_VIDEO);
     return false;
   }
+  if (driver && std::strcmp(driver, "x11") == 0) outlive_display_errors();
   plt_wake_through_events(true);
   return true;
 }
