@@ -124,4 +124,9 @@ TEST_F(ButnLines, ALevelIsMovedByKeys) {
     EXPECT_EQ(frame(draw), row.before != row.after);
     EXPECT_FLOAT_EQ(value, row.after) << row.vkey;
   }
+  float value = 50;
+  mnw.mouse_x = 200;
+  mnw.mouse_y = 300;
+  BTN_horz_slider(100, 300, 200, 15, 0, 100, &value, 1, "low|high{?what it does", "");
+  EXPECT_EQ(stls.hover_help, "what it does");
 }

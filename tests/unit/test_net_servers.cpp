@@ -252,6 +252,21 @@ TEST_F(NetServers, TheTestReleaseIsGoneOnWith) {
   EXPECT_TRUE(str_holds(server.requests()[1], "http://one/b/directory.txt.zip"));
 }
 
+TEST_F(NetServers, NoPlaceForTheListOfFiles) {
+  scripted_server server([](const std::string&) { return whole_answer("nowhere to go"); });
+  mirrors(1);
+  temp_path += "none/";
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 200; ++i) {
+    UTL_download_directory();
+    usleep(1000);
+  }
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(str_holds(said, "The installer cannot extract a file.")) << said;
+  EXPECT_TRUE(str_holds(said, "Destination Path/" + temp_path)) << said;
+  EXPECT_EQ(stg.directory_state, manifest_none);
+}
+
 TEST_F(NetServers, ThePageShowsThatItWaits) {
   const check_flow flow = {"title", nullptr, "contacting", "downloading from ", "processing"};
   scripted_server server([](const std::string&) { return whole_answer("nothing yet"); }, true);

@@ -134,6 +134,24 @@ TEST_F(Oglp, TheLargeBackgroundLiesInTiles) {
     EXPECT_TRUE(pixel_is(row.x, row.y, row.r, row.g, row.b));
 }
 
+// Where a panel that fills the space left tells the next one to begin.
+TEST_F(Oglp, PanelsStandSideBySide) {
+  mnw.win_dx = 800;
+  mnw.win_dy = 600;
+  const struct {
+    float x, y, dx, dy, next_x, next_y;
+  } rows[] = {{0, 0, 100, 50, 110, 60},
+              {0.5f, 0.5f, 100, 50, 110.5f, 60.5f},
+              {-1, -1, 100, 50, 120, 70},
+              {-1, -1, -1, -1, 800, 562}};
+  for (const auto& row : rows) {
+    float next_x = 0, next_y = 0;
+    BTN_subwin(20, 12, row.x, row.y, row.dx, row.dy, "title", &next_x, &next_y);
+    EXPECT_FLOAT_EQ(next_x, row.next_x) << row.x << ' ' << row.dx;
+    EXPECT_FLOAT_EQ(next_y, row.next_y) << row.y << ' ' << row.dy;
+  }
+}
+
 // The same pieces, of a texture that has become another.
 TEST_F(Oglp, ATextureThatChangesIsPaintedAnew) {
   static std::vector<unsigned char> seen;
