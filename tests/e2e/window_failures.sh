@@ -73,6 +73,23 @@ step_is_lit 1 || fail "another page after the alert"
 wait_open
 choice_stays() { [ "$(picture_of 240 370 20 45)" = "$marks" ]; }
 wait_for "the choice of before" choice_stays
+
+echo "Found inside a copy that is on no list: the copy is put on it, and chosen"
+dot=$(colour_at 250 377) third=$HOME/Third
+cp -a "$SCRATCH/Copy" "$third"
+click_away 605 353
+wait_dialog
+click_away 247 377
+wait_shown "$HOME/"
+move_to 200 326
+xdotool click --repeat 2 --delay 50 1
+wait_shown "$third/"
+click_away 200 340  # its first folder
+click_away 541 87
+wait_no_dialog
+wait_for "the third copy's mark" shows 250 352 "$dot"
+wait_open
+grep -qxF "$third/" "$XDG_CONFIG_HOME/skyvane/skyvane_install.txt" || fail "not put on the list"
 quit_wizard
 
 echo "A mirror that has nothing, then one with a damaged file"
