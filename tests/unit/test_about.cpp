@@ -52,13 +52,8 @@ TEST(AboutList, ReadsWhatItKnowsAndPassesOverTheRest) {
 }
 
 TEST(AboutList, ComparesReleases) {
-  const struct {
-    const char* label;
-    int version_final, version_beta;
-    bool with_installers;
-    int state, is_beta;
-    const char* message;  // part of it
-  } rows[] = {
+  // What is said is told in part.
+  const std::tuple<const char*, int, int, bool, int, int, const char*> rows[] = {
       {"unknown", -1, 95000, true, about_settled, 0, "Can't connect to the net"},
       {"the same", 91001, 95000, true, about_settled, 0, "is up to date"},
       {"newer by one", 91002, -1, true, about_offer, 0, ""},
@@ -68,21 +63,22 @@ TEST(AboutList, ComparesReleases) {
       {"newer, nowhere to get", 91002, -1, false, about_settled, 0, "newer beta"},
       {"newer test release, nowhere to get", 91000, 91002, false, about_settled, 1, "new version"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, version_final, version_beta, with_installers, state, is_beta, message] :
+       rows) {
     about = about_record();
-    about.version_final = row.version_final;
-    about.version_beta = row.version_beta;
-    if (row.with_installers) {
+    about.version_final = version_final;
+    about.version_beta = version_beta;
+    if (with_installers) {
       about.final_installer = {"final.example", "/f.zip"};
       about.beta_installer = {"beta.example", "/b.zip"};
     }
     about_compare(91001);
-    EXPECT_EQ(about.ins_state, row.state) << row.label;
-    EXPECT_EQ(about.is_beta, row.is_beta) << row.label;
-    EXPECT_TRUE(str_holds(about.err_msg, row.message)) << row.label << about.err_msg;
-    EXPECT_EQ(about.err_msg.empty(), *row.message == '\0') << row.label;
-    if (row.state != about_offer) continue;
-    EXPECT_EQ(about.installer.server, row.is_beta ? "beta.example" : "final.example") << row.label;
+    EXPECT_EQ(about.ins_state, state) << label;
+    EXPECT_EQ(about.is_beta, is_beta) << label;
+    EXPECT_TRUE(str_holds(about.err_msg, message)) << label << about.err_msg;
+    EXPECT_EQ(about.err_msg.empty(), *message == '\0') << label;
+    if (state != about_offer) continue;
+    EXPECT_EQ(about.installer.server, is_beta ? "beta.example" : "final.example") << label;
   }
 }
 

@@ -44,10 +44,7 @@ TEST_F(Archive7z, Refusals) {
   source("a", "some text, some text");
   write_text(out + "a", "old");
   const std::string good = pack_7z("", "a");
-  const struct {
-    std::string label, bytes;
-    int result;
-  } rows[] = {
+  const std::tuple<std::string, std::string, int> rows[] = {
       {"empty file", "", 20001},
       {"not an archive", "7z is what this begins with", 20001},
       {"a program that unpacks itself", "\177ELF" + std::string(1000, '\0') + good, 20001},
@@ -57,9 +54,9 @@ TEST_F(Archive7z, Refusals) {
        std::string("7z\xBC\xAF\x27\x1C\0\4\x8D\x9B\xD5\x0F", 12) + std::string(20, '\0'), 20001},
       {"a method without a reader", pack_7z("-m0=Deflate64", "a"), 20002},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(p7z_to_file(put(row.bytes), out, nullptr, 0), row.result) << row.label;
-    EXPECT_EQ(file_text(out + "a"), "old") << row.label;
+  for (const auto& [label, bytes, result] : rows) {
+    EXPECT_EQ(p7z_to_file(put(bytes), out, nullptr, 0), result) << label;
+    EXPECT_EQ(file_text(out + "a"), "old") << label;
   }
   run("cd '" + base + "src' && 7z a -ttar '" + base + "made.other' a");
   EXPECT_EQ(p7z_to_file(base + "made.other", out, nullptr, 0), 20001);
@@ -116,12 +113,7 @@ TEST_F(Archive7z, ATableThatIsStored) {
     return io_7z_claims(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), 10);
   };
   std::string table{0x17, 6, 0, 1, 9, 2, 0, 7, 0x0B, 1, 0, 1, 1, 0, 0x0C, 2, 0, 0};
-  const struct {
-    const char* label;
-    size_t at;
-    char put;
-    claims_7z verdict;
-  } rows[] = {
+  const std::tuple<const char*, size_t, char, claims_7z> rows[] = {
       {"as it is", 17, 0, claims_empty},
       {"as long as the archive", 5, 20, claims_empty},
       {"longer", 5, 21, claims_damaged},
@@ -131,19 +123,15 @@ TEST_F(Archive7z, ATableThatIsStored) {
       {"an unknown method", 13, 5, claims_damaged},
       {"a method without what it needs", 13, 0x21, claims_damaged},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, at, put, verdict] : rows) {
     std::string changed = table;
-    changed[row.at] = row.put;
-    EXPECT_EQ(claims({1, 0}, changed), row.verdict) << row.label;
+    changed[at] = put;
+    EXPECT_EQ(claims({1, 0}, changed), verdict) << label;
   }
   const auto packed_by = [](const std::string& coder) {
     return std::string{1, 4, 7, 0x0B, 1, 0, 1} + coder + std::string{0x0C, 5, 0, 0, 0};
   };
-  const struct {
-    const char* label;
-    std::string stream;
-    claims_7z verdict;
-  } streams[] = {
+  const std::tuple<const char*, std::string, claims_7z> streams[] = {
       {"no entries", {1, 5, 0}, claims_empty},
       {"one", {1, 5, 1, 0}, claims_fine},
       {"no room for one", {1, 5, 1}, claims_too_large},
@@ -160,8 +148,8 @@ TEST_F(Archive7z, ATableThatIsStored) {
       {"LZMA with 256 MB", packed_by({0x23, 3, 1, 1, 5, 93, 0, 0, 0, 16}), claims_empty},
       {"with a byte more", packed_by({0x23, 3, 1, 1, 5, 93, 1, 0, 0, 16}), claims_too_large},
   };
-  for (const auto& row : streams) {
-    table[5] = table[15] = static_cast<char>(row.stream.size());
-    EXPECT_EQ(claims(row.stream, table), row.verdict) << row.label;
+  for (const auto& [label, stream, verdict] : streams) {
+    table[5] = table[15] = static_cast<char>(stream.size());
+    EXPECT_EQ(claims(stream, table), verdict) << label;
   }
 }

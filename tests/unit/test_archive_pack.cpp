@@ -80,20 +80,18 @@ TEST_F(ArchivePack, WhatCanBePackedIs) {
   std::string skewed = noisy;
   for (size_t i = 0; i < skewed.size(); i += 20)
     skewed[i] = 'x';
-  const struct {
-    std::string label, bytes;
-    double most;  // of the archive, as a part of the file
-  } rows[] = {{"noise", noisy, 1.01},
-              {"text", text, 0.01},
-              {"skewed noise", skewed, 0.99},
-              {"noise, then text", noisy + text, 0.51},
-              {"text, then noise", text + noisy, 0.51}};
-  for (const auto& row : rows) {
-    write_text(base + "a", row.bytes);
+  // The most that the archive may be, as a part of the file.
+  const std::tuple<std::string, std::string, double> rows[] = {
+      {"noise", noisy, 1.01},
+      {"text", text, 0.01},
+      {"skewed noise", skewed, 0.99},
+      {"noise, then text", noisy + text, 0.51},
+      {"text, then noise", text + noisy, 0.51}};
+  for (const auto& [label, bytes, most] : rows) {
+    write_text(base + "a", bytes);
     ASSERT_EQ(file_to_zip(base + "a", base + "a.zip"), 0);
     run("unzip -tq '" + base + "a.zip'");
-    EXPECT_LT(double(file_stat(base + "a.zip").st_size), row.most * double(row.bytes.size()))
-        << row.label;
+    EXPECT_LT(double(file_stat(base + "a.zip").st_size), most * double(bytes.size())) << label;
   }
 }
 
@@ -140,15 +138,12 @@ TEST_F(ArchivePack, GivesUp) {
   }
   seen.act = [] {};
   write_text(source, "x");
-  const struct {
-    std::string from, to;
-    int code;
-  } rows[] = {{base + "none", zip, 20006},
-              {base, zip, 20006},
-              {source, base + "none/a.zip", 20003},
-              {source, "/dev/full", 28}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(packer.pack(row.from, row.to, packed), row.code) << row.from << " " << row.to;
+  const std::tuple<std::string, std::string, int> rows[] = {{base + "none", zip, 20006},
+                                                            {base, zip, 20006},
+                                                            {source, base + "none/a.zip", 20003},
+                                                            {source, "/dev/full", 28}};
+  for (const auto& [from, to, code] : rows) {
+    EXPECT_EQ(packer.pack(from, to, packed), code) << from << " " << to;
     EXPECT_FALSE(packed.changed);
   }
 }

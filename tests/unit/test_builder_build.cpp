@@ -117,22 +117,20 @@ TEST_F(BuilderBuild, BadHistoriesEndTheBuild) {
   const auto line = [&a](int version, const char* name) {
     return "FILE 0 0 " + std::to_string(version) + " 1 1 " + a + " " + name + "\n";
   };
-  struct row {
-    std::string label, body;
-    const char* text;
+  const std::tuple<const char*, std::string, const char*> rows[] = {
+      {"two runs of one path",
+       "DIR All/W/\n" + line(90000, "x") + line(90000, "y") + line(90100, "x"),
+       "WARNING: you appear to have a file TWICE in an old directory file. All/W/x"},
+      {"one file under both words",
+       "DIR All/W/\n" + line(90000, "x") + "DIR ALL_os/W/\n" + line(90000, "x"), "file TWICE"},
+      {"this release", "DIR All/W/\n" + line(90000, "x") + line(91001, "x"),
+       "You idiot! I already have a version: version_number 91001.000000"},
+      {"no folder", line(90000, "x"), "Could not find the dir char! x"},
   };
-  for (const row& one :
-       {row{"two runs of one path",
-            "DIR All/W/\n" + line(90000, "x") + line(90000, "y") + line(90100, "x"),
-            "WARNING: you appear to have a file TWICE in an old directory file. All/W/x"},
-        row{"one file under both words",
-            "DIR All/W/\n" + line(90000, "x") + "DIR ALL_os/W/\n" + line(90000, "x"), "file TWICE"},
-        row{"this release", "DIR All/W/\n" + line(90000, "x") + line(91001, "x"),
-            "You idiot! I already have a version: version_number 91001.000000"},
-        row{"no folder", line(90000, "x"), "Could not find the dir char! x"}}) {
-    SCOPED_TRACE(one.label);
-    put_previous(one.body);
-    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), one.text);
+  for (const auto& [label, body, text] : rows) {
+    SCOPED_TRACE(label);
+    put_previous(body);
+    EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1), text);
     EXPECT_FALSE(is_there("out/disk_0"));
   }
   // Nor is anything else taken for a manifest, which would start the history over.
@@ -179,23 +177,18 @@ TEST_F(BuilderBuild, DiscsBreakBehindTheFileThatCrosses) {
     put(std::string("All/Weapons/") + name, noise(6000, 1) + name);
   put("Linux/last", state_a);
   constexpr size_t first_gun = 2;  // in the manifest, behind the smallest tree's two texts
-  struct row {
-    float limit;
-    int disc_of[5];
-  };
   // Two files make 12 units: the limit itself does not break.
-  for (const row& one :
-       {row{11, {0, 0, 1, 1, 2}}, row{12, {0, 0, 0, 1, 1}}, row{1000, {0, 0, 0, 0, 0}}}) {
-    bld.disc_limit_kb = one.limit;
+  for (const auto& [limit, discs] : {std::pair{11, "00112"}, {12, "00011"}, {1000, "00000"}}) {
+    bld.disc_limit_kb = static_cast<float>(limit);
     clear_output();
     build_and_read();
     for (int i = 0; i < 5; ++i) {
-      const int disc = one.disc_of[i];
+      const int disc = discs[i] - '0';
       const std::string path = std::string("All/Weapons/") + "abcde"[i];
       EXPECT_TRUE(is_there("out/disk_" + std::to_string(disc) + "/Test 9/" + path + ".zip"))
-          << path << " limit " << one.limit;
+          << path << " limit " << limit;
       EXPECT_EQ(sim_info[static_cast<size_t>(i) + first_gun].current().disk, disc)
-          << path << " limit " << one.limit;
+          << path << " limit " << limit;
     }
     EXPECT_TRUE(is_there("out/disk_0/dvd_version.txt"));
   }
@@ -344,28 +337,26 @@ TEST_F(BuilderBuild, FullVolumeIsNoticed) {
 
 // --- warnings -----------------------------------------------------------------------------------
 TEST_F(BuilderBuild, FilesThatMeetWhenInstalledOrOnlyMoved) {
-  const struct {
-    const char *first, *second;
-    bool meet;
-  } rows[] = {{"All/x/A.txt", "Linux/X/a.TXT", true},
-              {"Macintosh/a.txt", "Windows/a.txt", false},
-              {"All/a.txt", "All/b.txt", false},
-              {"Windows/a.txt", "Windows/A.txt", true},
-              {"All/Resources/plugins/KVLM.so", "Linux/Resources/plugins/KVLM.so", true},
-              {"All/Resources/plugins/KVLM.so", "Windows/Resources/plugins/KVLM.so", false},
-              {"All/caf\xC9.txt", "All/caf\xE9.txt", false}};
-  for (const auto& row : rows) {
+  const std::tuple<const char*, const char*, bool> rows[] = {
+      {"All/x/A.txt", "Linux/X/a.TXT", true},
+      {"Macintosh/a.txt", "Windows/a.txt", false},
+      {"All/a.txt", "All/b.txt", false},
+      {"Windows/a.txt", "Windows/A.txt", true},
+      {"All/Resources/plugins/KVLM.so", "Linux/Resources/plugins/KVLM.so", true},
+      {"All/Resources/plugins/KVLM.so", "Windows/Resources/plugins/KVLM.so", false},
+      {"All/caf\xC9.txt", "All/caf\xE9.txt", false}};
+  for (const auto& [first, second, meet] : rows) {
     bld.comp_files.assign(2, {});
     for (size_t i = 0; i < 2; ++i) {
-      bld.comp_files[i].relative = i == 0 ? row.first : row.second;
+      bld.comp_files[i].relative = i == 0 ? first : second;
       bld.comp_files[i].os = platform_of(bld.comp_files[i].relative);
     }
     testing::internal::CaptureStderr();
     note_installed_places();
     const std::string said = testing::internal::GetCapturedStderr();
-    const std::string both = std::string(": ") + row.first + " and " + row.second + "\n";
-    EXPECT_EQ(str_holds(said, "WARNING: two files"), row.meet) << both << said;
-    EXPECT_EQ(str_holds(said, both), row.meet) << both << said;
+    const std::string both = std::string(": ") + first + " and " + second + "\n";
+    EXPECT_EQ(str_holds(said, "WARNING: two files"), meet) << both << said;
+    EXPECT_EQ(str_holds(said, both), meet) << both << said;
   }
   put_previous(std::string("DIR All/Weapons/\nFILE 0 0 90000 1 1 ") + sig_a + " Gun.wpn\n");
   put("All/Weapons/gun.wpn", state_a);

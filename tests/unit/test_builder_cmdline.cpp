@@ -37,38 +37,36 @@ TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
   std::filesystem::create_directories(base + "a copy/src");
   std::filesystem::create_directories(base + "a:b");
   here.file("a file", "x");
-  struct row {
-    const char *flag, *text;
+  const std::pair<const char*, const char*> rows[] = {
+      {"--type=4", "--type needs a whole number from 0 to 3, not \"4\"."},
+      {"--type=1x", "--type needs"},
+      {"--type=99999999999999999999", "--type needs"},
+      {"--disk_kb=63e4", "--disk_kb needs"},
+      {"--release=0", "--release needs"},
+      {"--name=", "--name needs a plain folder name: \"\" is empty."},
+      {"--name=..", "is no name"},
+      {"--name=a/b", "holds a separator"},
+      {"--name=a ", "has a blank at an end"},
+      {"--name=a\nb", "holds a control character"},
+      {"--source", "--source needs a path"},
+      {"--source=nowhere", "The source folder does not exist: "},
+      {"--source=a copy/src", "whose own path holds \"copy\": "},
+      {"--output=", "--output needs a path"},
+      {"--output=nowhere/out", "There is no folder to make the output folder in: "},
+      {"--output=a file", "The output folder is a file: "},
+      {"--output=a:b", "holds a \":\""},
+      {"--output=out/../src/All", "The output folder lies within the source tree: "},
+      {"--previous=", "--previous needs a path"},
+      {"--relese=5", "There is no flag \"--relese\""},
+      {"extra", "There is no flag \"extra\""},
+      {"--threads=0", "--threads needs a whole number from 1 to 256"},
+      {"--reuse=src", "--reuse needs the output folder of a build"},
+      {"--write_server_list", "--write_server_list needs a path"},
+      {"--write_server_list=list.txt", "A server list needs at least one mirror"},
   };
-  for (const row& one : {
-           row{"--type=4", "--type needs a whole number from 0 to 3, not \"4\"."},
-           row{"--type=1x", "--type needs"},
-           row{"--type=99999999999999999999", "--type needs"},
-           row{"--disk_kb=63e4", "--disk_kb needs"},
-           row{"--release=0", "--release needs"},
-           row{"--name=", "--name needs a plain folder name: \"\" is empty."},
-           row{"--name=..", "is no name"},
-           row{"--name=a/b", "holds a separator"},
-           row{"--name=a ", "has a blank at an end"},
-           row{"--name=a\nb", "holds a control character"},
-           row{"--source", "--source needs a path"},
-           row{"--source=nowhere", "The source folder does not exist: "},
-           row{"--source=a copy/src", "whose own path holds \"copy\": "},
-           row{"--output=", "--output needs a path"},
-           row{"--output=nowhere/out", "There is no folder to make the output folder in: "},
-           row{"--output=a file", "The output folder is a file: "},
-           row{"--output=a:b", "holds a \":\""},
-           row{"--output=out/../src/All", "The output folder lies within the source tree: "},
-           row{"--previous=", "--previous needs a path"},
-           row{"--relese=5", "There is no flag \"--relese\""},
-           row{"extra", "There is no flag \"extra\""},
-           row{"--threads=0", "--threads needs a whole number from 1 to 256"},
-           row{"--reuse=src", "--reuse needs the output folder of a build"},
-           row{"--write_server_list", "--write_server_list needs a path"},
-           row{"--write_server_list=list.txt", "A server list needs at least one mirror"},
-       }) {
-    SCOPED_TRACE(one.flag);
-    expect(2, build_flags(one.flag), one.text);
+  for (const auto& [flag, text] : rows) {
+    SCOPED_TRACE(flag);
+    expect(2, build_flags(flag), text);
     EXPECT_FALSE(is_there("out/disk_0"));
   }
   EXPECT_FALSE(is_there("list.txt"));
@@ -92,20 +90,17 @@ TEST_F(BuilderCmdline, SourceDateEpoch) {
 
 TEST_F(BuilderCmdline, TimeLeft) {
   constexpr int64_t mb = 1000 * 1000;
-  const struct {
-    int64_t done, all;
-    double seconds;
-    const char* text;
-  } rows[] = {{0, 10 * mb, 5, "0 of 10 MB"},
-              {5 * mb, 10 * mb, 0.9, "5 of 10 MB"},
-              {5 * mb, 10 * mb, 1, "5 of 10 MB, 1 s left"},
-              {5 * mb, 10 * mb, 59.5, "5 of 10 MB, 1 min 0 s left"},
-              {mb, 10 * mb, 10, "1 of 10 MB, 1 min 30 s left"},
-              {mb, 361 * mb, 10, "1 of 361 MB, 1 h 0 min left"},
-              {mb, 1001 * mb, 10, "1 of 1001 MB, 2 h 46 min left"},
-              {1, 1001 * mb, 10, "0 of 1001 MB, 99 h 59 min left"}};
-  for (const auto& row : rows)
-    EXPECT_EQ(builder_rate(row.done, row.all, row.seconds), row.text);
+  const std::tuple<int64_t, int64_t, double, const char*> rows[] = {
+      {0, 10 * mb, 5, "0 of 10 MB"},
+      {5 * mb, 10 * mb, 0.9, "5 of 10 MB"},
+      {5 * mb, 10 * mb, 1, "5 of 10 MB, 1 s left"},
+      {5 * mb, 10 * mb, 59.5, "5 of 10 MB, 1 min 0 s left"},
+      {mb, 10 * mb, 10, "1 of 10 MB, 1 min 30 s left"},
+      {mb, 361 * mb, 10, "1 of 361 MB, 1 h 0 min left"},
+      {mb, 1001 * mb, 10, "1 of 1001 MB, 2 h 46 min left"},
+      {1, 1001 * mb, 10, "0 of 1001 MB, 99 h 59 min left"}};
+  for (const auto& [done, all, seconds, text] : rows)
+    EXPECT_EQ(builder_rate(done, all, seconds), text);
 }
 
 TEST_F(BuilderCmdline, PreviousManifest) {
@@ -150,22 +145,20 @@ TEST_F(BuilderCmdline, ChecksAndSumsUp) {
 
 // --- the server list ----------------------------------------------------------------------------
 TEST_F(BuilderCmdline, ServerListsThatAnInstallerWouldMisread) {
-  struct row {
-    const char *mirrors, *text;
+  const std::pair<const char*, const char*> rows[] = {
+      {"", "A server list needs at least one mirror"},
+      {"a,b,c,d,e,f,g,h,i,j,k", "An installer reads 10 mirrors, and --mirrors names 11."},
+      {",a", "an entry without a host"},
+      {"/updates", "an entry without a host"},
+      {"http://a/updates", "needs bare host names"},
+      {"a:8080", "needs bare host names"},
+      {"a b/c", "needs bare host names"},
+      {"a\nENDOFLIST", "needs bare host names"},
+      {"a/b\nc", "a path that an installer cannot ask for"},
   };
-  for (const row& one : {
-           row{"", "A server list needs at least one mirror"},
-           row{"a,b,c,d,e,f,g,h,i,j,k", "An installer reads 10 mirrors, and --mirrors names 11."},
-           row{",a", "an entry without a host"},
-           row{"/updates", "an entry without a host"},
-           row{"http://a/updates", "needs bare host names"},
-           row{"a:8080", "needs bare host names"},
-           row{"a b/c", "needs bare host names"},
-           row{"a\nENDOFLIST", "needs bare host names"},
-           row{"a/b\nc", "a path that an installer cannot ask for"},
-       }) {
-    SCOPED_TRACE(one.mirrors);
-    expect(2, {"--write_server_list=list.txt", std::string("--mirrors=") + one.mirrors}, one.text);
+  for (const auto& [mirrors, text] : rows) {
+    SCOPED_TRACE(mirrors);
+    expect(2, {"--write_server_list=list.txt", std::string("--mirrors=") + mirrors}, text);
     EXPECT_FALSE(is_there("list.txt"));
   }
   EXPECT_EQ(server_list_complaint("a,b,c,d,e,f,g,h,i,j"), "");

@@ -7,9 +7,7 @@ using DiscLabel = engine_tree;
 
 TEST_F(DiscLabel, NamesARelease) {
   dvd_path = here.folder("disc");
-  const struct {
-    const char *text, *name;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"I\n900 version\nDVD\nNOTE x\n \tVERSION\t Two  words\nEND\n", "Two  words"},
       {"I\r\n900 version\r\nDVD\r\nVERSION Nine\r\n", "Nine"},
       {"I\n900 version\nDVD\nVERSION Nine", "Nine"},
@@ -20,12 +18,12 @@ TEST_F(DiscLabel, NamesARelease) {
       {"I\n900 version\nDVD\nVERSION /etc\n", no_install_name},
       {"I", no_install_name},
   };
-  for (const auto& row : rows) {
-    write("disc/dvd_version.txt", row.text);
+  for (const auto& [text, name] : rows) {
+    write("disc/dvd_version.txt", text);
     install_name = no_install_name;
     stg.directory_state = manifest_loaded;  // the manifest itself is another matter
     UTIL_scan_dvd();
-    EXPECT_EQ(install_name, row.name) << row.text;
+    EXPECT_EQ(install_name, name) << text;
   }
   // The last was none of ours: when it is taken out, the next disc is looked for.
   EXPECT_NE(dvd_path, "");

@@ -34,30 +34,26 @@ class DiscLaunch : public engine_tree {
 };
 
 TEST_F(DiscLaunch, StartsTheProgram) {
-  const struct {
-    const char *label, *program;  // the executable, below the root
-    const char* app;              // what is launched
-    const char* path;
-  } rows[] = {
+  // The executable below the root, what is launched, and with what path.
+  const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
       {"a plain program", "Plain.app", "Plain.app", ""},
       {"with a folder", "Folder.app", "Folder.app", "/a folder/"},
       {"a bundle with a slash", "B2.app/Contents/MacOS/B2", "B2.app/", ""},
       {"dots and blanks", "My 9.1.app/Contents/MacOS/My 9.1", "My 9.1.app", ""},
   };
-  for (const auto& row : rows) {
-    program(row.program);
+  for (const auto& [label, executable, app, path] : rows) {
+    program(executable);
     EXPECT_EXIT(
         {
           THREAD_init();
           std::signal(SIGPIPE, SIG_IGN);
           xer_open(root + "log.txt");
-          launch_app(root + row.app, row.path);
+          launch_app(root + app, path);
         },
         testing::ExitedWithCode(1), "")
-        << row.label;
-    const std::string arguments =
-        *row.path ? "[-path]\n[" + std::string(row.path) + "]\n" : std::string();
-    EXPECT_EQ(outcome(), root + row.program + "\n" + arguments + "saved\n") << row.label;
+        << label;
+    const std::string arguments = *path ? "[-path]\n[" + std::string(path) + "]\n" : std::string();
+    EXPECT_EQ(outcome(), root + executable + "\n" + arguments + "saved\n") << label;
     std::remove((root + "out").c_str());
   }
 }

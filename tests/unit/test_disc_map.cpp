@@ -42,11 +42,9 @@ cells cells_of(const char* text) {
 
 TEST(DiscMap, Drags) {
   // A frame is the mouse's place in cells and its button: down, when the press arrives in it, tap,
-  // when the release does as well, held or up.
-  const struct {
-    const char *label, *before, *frames, *after;
-    int painted;  // by the last frame
-  } rows[] = {
+  // when the release does as well, held or up; the number tells whether the
+  // last one painted.
+  const std::tuple<const char*, const char*, const char*, const char*, int> rows[] = {
       {"a click deselects", "3,4 5,5", "3.5,4.5 down", "5,5", 1},
       {"a click within one frame", "", "3.5,4.5 tap", "3,4", 1},
       {"and it drags nothing", "", "3.5,4.5 tap 5.5,5.5 up", "3,4", 0},
@@ -64,23 +62,23 @@ TEST(DiscMap, Drags) {
       {"the far edge", "", "36,18 down 35.9,17.9 held", "35,17", 1},
       {"just beyond it", "", "36.1,18.1 down", "", 0},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, before, frames, after, paints] : rows) {
     int table[sector_count] = {};
-    for (const auto& [column, at] : cells_of(row.before))
+    for (const auto& [column, at] : cells_of(before))
       table[sector_cell(column, at)] = 1;
     map_drag drag;
     int painted = 0, used = 0;
     float x, y;
     char button[8];
-    for (const char* at = row.frames; std::sscanf(at, "%f,%f %7s%n", &x, &y, button, &used) == 3;
+    for (const char* at = frames; std::sscanf(at, "%f,%f %7s%n", &x, &y, button, &used) == 3;
          at += used) {
       const std::string is = button;
       const map_mouse mouse = {x_of(x), y_of(y), is == "down" || is == "tap",
                                is == "down" || is == "held"};
       painted = map_paint(mouse, drag, table);
     }
-    EXPECT_EQ(selected_of(table), cells_of(row.after)) << row.label;
-    EXPECT_EQ(painted, row.painted) << row.label;
+    EXPECT_EQ(selected_of(table), cells_of(after)) << label;
+    EXPECT_EQ(painted, paints) << label;
   }
 }
 

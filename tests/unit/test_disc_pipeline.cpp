@@ -134,44 +134,37 @@ TEST_F(DiscPipeline, ReadsTheDiscSeriallyAndInOrder) {
 TEST_F(DiscPipeline, AsksOnlyForDiscsThatAreNeeded) {
   ship("All/a.txt", "a");
   const std::string sig(sim_info[0].current().sig_want);
-  const struct {
-    const char* label;
-    std::vector<std::pair<int, int>> files;  // disk, need_fetch
-    install_step step;
-    int index;
-  } rows[] = {
+  // Each file by its disc and whether it is wanted.
+  const std::tuple<const char*, std::vector<std::pair<int, int>>, install_step, int> rows[] = {
       {"nothing wanted", {{0, 0}, {1, 0}, {2, 0}}, install_done, 3},
       {"unwanted ones ahead of disc 2", {{0, 1}, {1, 0}, {1, 0}, {2, 1}}, install_needs_disc, 3},
       {"disc 1 at once", {{1, 1}, {0, 1}}, install_needs_disc, 0},
       {"back to an earlier disc", {{0, 1}, {1, 1}, {0, 1}}, install_needs_disc, 1},
       {"only unwanted ones of disc 1 at the end", {{0, 1}, {1, 0}}, install_done, 2},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, files, step, at] : rows) {
     sim_info.clear();
-    for (const auto& [disk, fetch] : row.files) {
+    for (const auto& [disk, fetch] : files) {
       file_version_struct& file = add("All/a.txt", {sig});
       file.disk = disk;
       file.need_fetch = fetch;
     }
     int index = 0;
-    EXPECT_EQ(run(index), row.step) << row.label;
-    EXPECT_EQ(index, row.index) << row.label;
-    if (row.step == install_needs_disc) {
-      ASSERT_NE(copy_pool, nullptr) << row.label;
-      EXPECT_EQ(copy_pool->count_total_tasks() + unzip_pool->count_total_tasks(), 0) << row.label;
+    EXPECT_EQ(run(index), step) << label;
+    EXPECT_EQ(index, at) << label;
+    if (step == install_needs_disc) {
+      ASSERT_NE(copy_pool, nullptr) << label;
+      EXPECT_EQ(copy_pool->count_total_tasks() + unzip_pool->count_total_tasks(), 0) << label;
     }
     install_files_kill();
-    EXPECT_EQ(copy_pool, nullptr) << row.label;
+    EXPECT_EQ(copy_pool, nullptr) << label;
   }
 }
 
 // A disc is lost when many of its files in a row are not there.
 TEST_F(DiscPipeline, ALostDiscIsNoticed) {
-  const struct {
-    const char* label;
-    int ahead, disk, need_fetch;  // missing files ahead of one that is there
-    int current;
-  } rows[] = {
+  // Missing files ahead of one that is there: how many, of which disc, wanted or not.
+  const std::tuple<const char*, int, int, int, int> rows[] = {
       {"one file is missing", 1, 1, 1, 1},
       {"nineteen", 19, 1, 1, 1},
       {"twenty", 20, 1, 1, -1},
@@ -179,16 +172,16 @@ TEST_F(DiscPipeline, ALostDiscIsNoticed) {
       {"files that nobody wants", 30, 1, 0, 1},
   };
   here.file("disc/Rel/All/there.zip");
-  for (const auto& row : rows) {
+  for (const auto& [label, ahead, disk, need_fetch, current] : rows) {
     sim_info.clear();
-    for (int i = 0; i <= row.ahead; ++i) {
-      file_version_struct& file = add(i < row.ahead ? "All/gone" : "All/there", {some_sig});
-      file.disk = i < row.ahead ? row.disk : 1;
-      file.need_fetch = i < row.ahead ? row.need_fetch : 1;
+    for (int i = 0; i <= ahead; ++i) {
+      file_version_struct& file = add(i < ahead ? "All/gone" : "All/there", {some_sig});
+      file.disk = i < ahead ? disk : 1;
+      file.need_fetch = i < ahead ? need_fetch : 1;
     }
     current_disk = 1;
     UTIL_notice_lost_disk(0);
-    EXPECT_EQ(current_disk, row.current) << row.label;
+    EXPECT_EQ(current_disk, current) << label;
   }
   current_disk = 1;
   UTIL_notice_lost_disk(static_cast<int>(sim_info.size()));

@@ -31,21 +31,19 @@ TEST(FilesOuf, CloseTellsOfAFullDisk) {
 }
 
 TEST(FilesError, WordsForCodes) {
-  const struct {
-    int code;
-    const char* message;
-  } rows[] = {
+  const std::pair<int, const char*> rows[] = {
       {20001, "We were unable to open a zip file. It may be missing or damaged"},
       {2, "No such file or directory"},
       {11, "Resource deadlock avoided"},  // as the family's first system numbers it
       {35, "Resource temporarily unavailable"},
       {-43, "File not found"},
+      {30, "The destination file system is read-only"},
       // This system's own numbers.
       {ENOTEMPTY, "Directory not empty"},
       {ENAMETOOLONG, "File name too long"},
   };
-  for (const auto& row : rows)
-    EXPECT_STREQ(row.message, error_str(row.code)) << row.code;
+  for (const auto& [code, message] : rows)
+    EXPECT_STREQ(message, error_str(code)) << code;
   for (const int code : {0, -1, 20000, 20019, 2147483647, -2147483647 - 1}) {
     EXPECT_EQ("Unknown error occurred (" + std::to_string(code) + ")", error_str(code));
   }

@@ -16,19 +16,16 @@ TEST(FilesSingle, QuestionsTellFilesFromFolders) {
   here.link("dangling", "nothing");
   mkfifo((here / "pipe").c_str(), 0600);
 
-  const struct {
-    const char* name;
-    int file, dir, size;
-  } rows[] = {
+  const std::tuple<const char*, int, int, int> rows[] = {
       {"plain", 1, 0, 5},      {"empty", 1, 0, 0},     {"caf\xe9 \"na\\me':1", 1, 0, 3},
       {"folder", 0, 1, -1},    {"folder/", 0, 1, -1},  {"to_file", 1, 0, 5},
       {"to_folder", 0, 1, -1}, {"dangling", 0, 0, -1}, {"pipe", 1, 0, 0},
       {"missing", 0, 0, -1},   {"plain/", 0, 0, -1},   {"plain/below", 0, 0, -1},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.file, file_exists(here / row.name)) << row.name;
-    EXPECT_EQ(row.dir, dir_exists(here / row.name)) << row.name;
-    EXPECT_EQ(row.size, APL_file_size(here / row.name)) << row.name;
+  for (const auto& [name, file, dir, size] : rows) {
+    EXPECT_EQ(file, file_exists(here / name)) << name;
+    EXPECT_EQ(dir, dir_exists(here / name)) << name;
+    EXPECT_EQ(size, APL_file_size(here / name)) << name;
   }
   EXPECT_EQ(0, file_exists(""));
   EXPECT_EQ(0, dir_exists(""));
@@ -92,20 +89,18 @@ TEST(FilesSingle, Links) {
 // Sizes on both sides of the buffer's, and each kind of permission bits.
 TEST(FilesSingle, CopyKeepsContentAndBits) {
   const scratch_folder here;
-  const struct {
-    size_t bytes;
-    unsigned mode;
-  } rows[] = {{0, 0755}, {1, 0600}, {65535, 0644}, {65536, 0444}, {65537, 0777}, {200000, 0640}};
-  for (const auto& row : rows) {
-    std::string content(row.bytes, '\0');
-    for (size_t i = 0; i < row.bytes; ++i)
+  const std::pair<size_t, unsigned> rows[] = {{0, 0755},     {1, 0600},     {65535, 0644},
+                                              {65536, 0444}, {65537, 0777}, {200000, 0640}};
+  for (const auto& [bytes, mode] : rows) {
+    std::string content(bytes, '\0');
+    for (size_t i = 0; i < bytes; ++i)
       content[i] = static_cast<char>(i * 7 + i / 251);
     const std::string from = here.file("from", content);
-    chmod(from.c_str(), row.mode);
+    chmod(from.c_str(), mode);
     here.file("to", std::string(70000, 'o'));  // longer than some, and with other bits
-    EXPECT_EQ(0, copy_file(from, here / "to")) << row.bytes;
-    EXPECT_TRUE(content == content_of(here / "to")) << row.bytes;
-    EXPECT_EQ(row.mode, mode_of(here / "to")) << row.bytes;
+    EXPECT_EQ(0, copy_file(from, here / "to")) << bytes;
+    EXPECT_TRUE(content == content_of(here / "to")) << bytes;
+    EXPECT_EQ(mode, mode_of(here / "to")) << bytes;
     unlink(from.c_str());
     chmod((here / "to").c_str(), 0600);
   }

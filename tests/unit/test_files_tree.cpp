@@ -195,9 +195,7 @@ TEST(FilesCase, TakesTheSpellingOnDisk) {
 
   for (const char* name : {"ab/x", "Ab/x", "aB/x", "AB/x"})
     here.file(name);
-  const struct {
-    const char *given, *expected;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"RESOURCES/", "Resources/"},
       {"resources//BITMAPS/", "Resources//Bitmaps/"},
       {"resources/bitmaps/caf\xe9 one.png", "Resources/Bitmaps/Caf\xe9 One.PNG"},
@@ -213,8 +211,8 @@ TEST(FilesCase, TakesTheSpellingOnDisk) {
       {"ab/x", "ab/x"},
       {"AB/X", "AB/x"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(here / row.expected, repaired(here / row.given)) << row.given;
+  for (const auto& [given, expected] : rows) {
+    EXPECT_EQ(here / expected, repaired(here / given)) << given;
   }
   EXPECT_EQ("", repaired(""));
   EXPECT_EQ("/", repaired("/"));

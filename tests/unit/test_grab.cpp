@@ -7,26 +7,19 @@
 namespace {
 
 TEST(GrabStreams, CountFollowsTheSpeed) {
-  const struct {
-    float rate;
-    int manual, wanted;
-  } rows[] = {{50.0f, 0, 2},  {50.1f, 0, 4},  {100.0f, 0, 4}, {100.1f, 0, 6},
-              {150.0f, 0, 6}, {150.1f, 0, 8}, {200.0f, 0, 8}, {200.1f, 0, 9},
-              {1e9f, 1, 1},   {0, 4, 4},      {60.0f, -1, 4}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(wanted_streams(row.rate, row.manual), row.wanted) << row.rate << " " << row.manual;
+  const std::tuple<float, int, int> rows[] = {{50.0f, 0, 2},  {50.1f, 0, 4},  {100.0f, 0, 4},
+                                              {100.1f, 0, 6}, {150.0f, 0, 6}, {150.1f, 0, 8},
+                                              {200.0f, 0, 8}, {200.1f, 0, 9}, {1e9f, 1, 1},
+                                              {0, 4, 4},      {60.0f, -1, 4}};
+  for (const auto& [rate, manual, wanted] : rows) {
+    EXPECT_EQ(wanted_streams(rate, manual), wanted) << rate << " " << manual;
   }
 }
 
 // What settling does to the streams: active ones as digits of `before` and `after`.
 TEST_F(Grab, StreamsStartAndStopAtTheEndOfAFile) {
-  const struct {
-    const char *label, *before;
-    int settled;
-    float done_kb;  // in the 10 seconds since the start
-    int manual;
-    const char *after, *take_next;
-  } rows[] = {
+  // What was done is that of the 10 seconds since the start.
+  const std::tuple<const char*, const char*, int, float, int, const char*, const char*> rows[] = {
       {"slow", "1100", 0, 500, 0, "1100", "1000"},
       {"faster: one more at a time", "1100", 1, 501, 0, "1110", "0110"},
       {"lowest free slot", "0110", 2, 9999, 0, "1110", "1010"},
@@ -35,18 +28,18 @@ TEST_F(Grab, StreamsStartAndStopAtTheEndOfAFile) {
       {"one by hand", "1100", 1, 9999, 1, "1000", "0000"},
       {"the last one stays", "1000", 0, 0, 1, "1000", "1000"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, before, settled, done_kb, manual, after, take_next] : rows) {
     next = {};
     next.start_time = 0;
-    next.done_zip_kb = row.done_kb - 1;
+    next.done_zip_kb = done_kb - 1;
     next.in_flight_kb = 1;
-    stg.stream_count = row.manual;
+    stg.stream_count = manual;
     for (int s = 0; s < stream_limit; ++s)
-      next.stream_active[s] = row.before[s] - '0';
-    settle_stream_count(row.settled);
+      next.stream_active[s] = before[s] - '0';
+    settle_stream_count(settled);
     for (int s = 0; s < stream_limit; ++s) {
-      EXPECT_EQ(next.stream_active[s], row.after[s] - '0') << row.label << ", stream " << s;
-      EXPECT_EQ(next.stream_take_next[s], row.take_next[s] - '0') << row.label << ", stream " << s;
+      EXPECT_EQ(next.stream_active[s], after[s] - '0') << label << ", stream " << s;
+      EXPECT_EQ(next.stream_take_next[s], take_next[s] - '0') << label << ", stream " << s;
     }
   }
 }

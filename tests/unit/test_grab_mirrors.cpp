@@ -24,11 +24,8 @@ TEST_F(GrabMirrors, AWrongArchiveIsThatMirrorsFailure) {
                                              {'p', "<html>log in</html>"},
                                              {'l', std::string(2001, 'l')},
                                              {'e', ""}};
-  const struct {
-    const char *label, *mirrors;  // '-' refuses
-    const char* content;          // of the file in the end
-    int alerts;
-  } rows[] = {
+  // Of the mirrors '-' refuses; then the file in the end, and how many alerts.
+  const std::tuple<const char*, const char*, const char*, int> rows[] = {
       {"one damaged", "fgg", "a", 0},
       {"cut off, and a page for the log-in", "tpg", "a", 0},
       {"the only one that has it", "wfg", "a", 0},
@@ -37,16 +34,15 @@ TEST_F(GrabMirrors, AWrongArchiveIsThatMirrorsFailure) {
       {"larger than its line says", "lfg", "a", 0},
       {"all wrong", "wlf", "old", 1},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, mirrors, content, alerts] : rows) {
+    SCOPED_TRACE(label);
     std::map<std::string, std::string> files;
     stg.server_count = 3;
     stg.extract_failed = 0;
     for (int i = 0; i < 3; ++i) {
       server_name[i] = std::string("m") + static_cast<char>('0' + i);
       server_path[i] = "/";
-      if (row.mirrors[i] != '-')
-        files["http://" + server_name[i] + "/A/f.zip"] = kinds.at(row.mirrors[i]);
+      if (mirrors[i] != '-') files["http://" + server_name[i] + "/A/f.zip"] = kinds.at(mirrors[i]);
     }
     mirror m(files);
     put("f", "old");
@@ -55,10 +51,10 @@ TEST_F(GrabMirrors, AWrongArchiveIsThatMirrorsFailure) {
     const int alerts_before = alerts_shown;
     grab_reset();
     ASSERT_TRUE(run_job());
-    EXPECT_EQ(content_of(dest_dir_path + "f"), row.content);
-    EXPECT_EQ(alerts_shown - alerts_before, row.alerts);
-    EXPECT_EQ(stg.extract_failed, row.alerts);
-    EXPECT_EQ(sim_info[0].current().sig_have == signature, row.alerts == 0);
+    EXPECT_EQ(content_of(dest_dir_path + "f"), content);
+    EXPECT_EQ(alerts_shown - alerts_before, alerts);
+    EXPECT_EQ(stg.extract_failed, alerts);
+    EXPECT_EQ(sim_info[0].current().sig_have == signature, alerts == 0);
     std::vector<std::string> asked = m.requests();
     std::sort(asked.begin(), asked.end());
     EXPECT_EQ(std::adjacent_find(asked.begin(), asked.end()), asked.end()) << "each once";

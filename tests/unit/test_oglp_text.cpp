@@ -38,11 +38,7 @@ TEST_F(OglpText, NoPrintableByteIsInvisible) {
 }
 
 TEST(OglpMetrics, NumbersAsText) {
-  const struct {
-    float value;
-    int digits, decimals;
-    const char* text;
-  } rows[] = {
+  const std::tuple<float, int, int, const char*> rows[] = {
       {1234567, 8, 0, "01,234,567"},
       {1234567, 7, 0, "1,234,567"},
       {1234567, 6, 0, "1.23x6"},
@@ -57,9 +53,9 @@ TEST(OglpMetrics, NumbersAsText) {
       {std::numeric_limits<float>::infinity(), 3, 0, "000"},
       {std::numeric_limits<float>::quiet_NaN(), 2, 1, "0.0"},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(OGL_number_text(row.value, row.digits, row.decimals), row.text)
-        << row.value << " in " << row.digits << "." << row.decimals;
+  for (const auto& [value, digits, decimals, text] : rows)
+    EXPECT_EQ(OGL_number_text(value, digits, decimals), text)
+        << value << " in " << digits << "." << decimals;
 }
 
 TEST_F(OglpText, WrapsBehindBreakCharacters) {

@@ -19,11 +19,8 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
     watch_frame(button);
     watch_text(col_black, x, y, text);
   };
-  const struct {
-    const char* label;
-    std::function<void()> draw;
-    const char* said;  // empty for nothing
-  } rows[] = {
+  // What is said: nothing where it is empty.
+  const std::tuple<const char*, std::function<void()>, const char*> rows[] = {
       {"inside a button", [&] { frame_then(103, 106, word); }, ""},
       {"a blank at its end sticks out", [&] { frame_then(198 - width, 106, word + " \n"); }, ""},
       {"on its rim", [&] { frame_then(199 - width, 106, word); }, "over an edge"},
@@ -74,18 +71,18 @@ TEST(LayoutWatch, SaysWhatIsOutOfPlaceAndNothingElse) {
   mnw.x_off = mnw.y_off = 0;
   mnw.win_dx = 800;
   mnw.win_dy = 600;
-  for (const auto& row : rows) {
+  for (const auto& [label, draw, words] : rows) {
     for (const bool watched : {false, true}) {
       layout_watched = watched;
       log_capture log;
       watch_frame(window);
-      row.draw();
+      draw();
       watch_shown(true);
       const std::string said = log.text();
-      if (!watched || *row.said == '\0') {
-        EXPECT_EQ(said, "") << row.label;
+      if (!watched || *words == '\0') {
+        EXPECT_EQ(said, "") << label;
       } else {
-        EXPECT_TRUE(str_holds(said, row.said)) << row.label << ": " << said;
+        EXPECT_TRUE(str_holds(said, words)) << label << ": " << said;
       }
     }
   }

@@ -14,22 +14,20 @@ void parse(UTL_cmdline& line, std::vector<const char*> arguments) {
 }  // namespace
 
 TEST(RuntimeCmdline, SplitsAtTheFirstEqualsSign) {
-  const struct {
-    const char *argument, *flag, *value, *log;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
       {"--a", "--a", "", "     '--a'\n"},  {"--a=b=c d", "--a", "b=c d", "     '--a'='b=c d'\n"},
       {"--a=", "--a", "", "     '--a'\n"}, {"--a==", "--a", "=", "     '--a'='='\n"},
       {"=x", "", "x", "     ''='x'\n"},
   };
-  for (const auto& r : rows) {
+  for (const auto& [argument, flag, value, logged] : rows) {
     const log_capture log;
     UTL_cmdline line;
-    parse(line, {r.argument});
-    EXPECT_TRUE(line.has_option(r.flag)) << r.argument;
-    EXPECT_EQ(line.get_option(r.flag), r.value) << r.argument;
-    EXPECT_EQ(log.text(), r.log) << r.argument;
+    parse(line, {argument});
+    EXPECT_TRUE(line.has_option(flag)) << argument;
+    EXPECT_EQ(line.get_option(flag), value) << argument;
+    EXPECT_EQ(log.text(), logged) << argument;
     for (const char* other : {"--", "--A", "--a ", "program", "c"})
-      EXPECT_FALSE(line.has_option(other)) << r.argument << " has " << other;
+      EXPECT_FALSE(line.has_option(other)) << argument << " has " << other;
   }
 }
 
@@ -57,9 +55,7 @@ TEST(RuntimeCmdline, OneLineIsSplitOnBlanks) {
 TEST(RuntimeCmdlineDeathTest, HelpAndTheCommandListEndTheRun) {
   const char usage[] =
       "^Usage: Skyvane \\[options\\.\\.\\.\\](.|\n)*\n--no_sound\n(.|\n)*\n--require_fps=n\n";
-  const struct {
-    const char *first, *second, *output;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"--other", "-h", usage},
       {"--other", "--help", usage},
       {"--other", "--help=x", usage},
@@ -68,16 +64,16 @@ TEST(RuntimeCmdlineDeathTest, HelpAndTheCommandListEndTheRun) {
       {"--cmnds=no", "--help", "^$"},
   };
   APP.title = "A title";
-  for (const auto& r : rows) {
+  for (const auto& [first, second, output] : rows) {
     EXPECT_EXIT(
         {
           dup2(STDERR_FILENO, STDOUT_FILENO);  // the one that is compared
           UTL_cmdline line;
-          parse(line, {r.first, r.second});
+          parse(line, {first, second});
           std::_Exit(3);
         },
-        testing::ExitedWithCode(0), r.output)
-        << r.second;
+        testing::ExitedWithCode(0), output)
+        << second;
   }
   UTL_cmdline line;
   parse(line, {"--helpless", "-help", "h", "help"});  // none of these ends the run

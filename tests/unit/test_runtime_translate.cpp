@@ -39,9 +39,7 @@ TEST_F(RuntimeTranslate, LooksUpByTheEnglish) {
        "STRING a====b====c\n"
        "STRING Path\\\\name====Pf\\ad\n"
        "STRING Last====Ende, ohne Zeilenende");
-  const struct {
-    const char *text, *shown;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"Cancel", "Abbrechen"},
       {"cancel", "cancel"},
       {"Stop", "Stop"},
@@ -58,8 +56,8 @@ TEST_F(RuntimeTranslate, LooksUpByTheEnglish) {
       {"Path\\\name", "Pf\\ad"},
       {"Last", "Ende, ohne Zeilenende"},
   };
-  for (const auto& r : rows)
-    EXPECT_EQ(UTL_translate_string(r.text), r.shown) << r.text;
+  for (const auto& [text, shown] : rows)
+    EXPECT_EQ(UTL_translate_string(text), shown) << text;
   EXPECT_EQ(log.text(), "");
 }
 
@@ -83,10 +81,7 @@ TEST_F(RuntimeTranslate, ReportsFaultyLinesAndGoesOn) {
 
 TEST_F(RuntimeTranslate, TakesOnlyASuitableFile) {
   const std::string body = "STRING Cancel====Abbrechen\n";
-  const struct {
-    std::string content;
-    bool accepted;
-  } rows[] = {
+  const std::pair<std::string, bool> rows[] = {
       {"A\r\n900 version\r\nTRANSLATION\r\nSTRING Cancel====Abbrechen\r\n", true},
       {"I\n901 version\nTRANSLATION\n" + body, false},
       {"I\n900 version\nTRANSLATIONS\n" + body, false},
@@ -94,9 +89,9 @@ TEST_F(RuntimeTranslate, TakesOnlyASuitableFile) {
       {"", false},
       {std::string("i\0\0\3\204", 5) + body, false},
   };
-  for (const auto& r : rows) {
-    load(r.content);
-    EXPECT_EQ(UTL_translate_string("Cancel"), r.accepted ? "Abbrechen" : "Cancel") << r.content;
+  for (const auto& [content, accepted] : rows) {
+    load(content);
+    EXPECT_EQ(UTL_translate_string("Cancel"), accepted ? "Abbrechen" : "Cancel") << content;
   }
   // Each load starts anew, and a missing file leaves no old table.
   load(std::string(header) + body);

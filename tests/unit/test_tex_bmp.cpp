@@ -64,20 +64,17 @@ TEST(TexBmp, FilesOfAnyKind) {
   tex_convert(folder, "-size 4x5 xc:blue BMP3:@is_bmp.png");
   folder.file("text.png", "neither of them");
   folder.file("short.png", "BM");
-  const struct {
-    const char* name;
-    bool any_extension;
-    int width;
-  } rows[] = {{"p.png", false, 7},     {"b.bmp", false, 6},    {"is_bmp.png", false, 4},
-              {"p.bmp", false, 0},     {"p.bmp", true, 7},     {"b.png", true, 6},
-              {"is_bmp.dds", true, 4}, {"text.png", false, 0}, {"short.png", false, 0},
-              {"none.png", true, 0},   {"text.bmp", true, 0}};
-  for (const auto& row : rows) {
-    const auto load = row.any_extension ? TEX_load_any_ext : TEX_load_any;
+  const std::tuple<const char*, bool, int> rows[] = {
+      {"p.png", false, 7},     {"b.bmp", false, 6},    {"is_bmp.png", false, 4},
+      {"p.bmp", false, 0},     {"p.bmp", true, 7},     {"b.png", true, 6},
+      {"is_bmp.dds", true, 4}, {"text.png", false, 0}, {"short.png", false, 0},
+      {"none.png", true, 0},   {"text.bmp", true, 0}};
+  for (const auto& [name, any_extension, width] : rows) {
+    const auto load = any_extension ? TEX_load_any_ext : TEX_load_any;
     unsigned char* pixels = scratch_array;
     TEX_image_desc desc{};
-    EXPECT_EQ(load(folder / row.name, pixels, TEX_rgb, 0, 0, &desc), row.width != 0) << row.name;
-    EXPECT_EQ(desc.width, row.width) << row.name;
+    EXPECT_EQ(load(folder / name, pixels, TEX_rgb, 0, 0, &desc), width != 0) << name;
+    EXPECT_EQ(desc.width, width) << name;
   }
   unsigned char* pixels = scratch_array;
   EXPECT_EQ(TEX_load_any_ext(".png", pixels, TEX_rgb, 0, 0, nullptr), 0);
@@ -98,22 +95,16 @@ TEST(TexBmp, BrokenFilesAreFatal) {
   EXPECT_EQ(load({}), 0);
   EXPECT_EQ(load({'B'}), 0);
   EXPECT_EQ(load({'P', 'N', 'G'}), 0);
-  const struct {
-    const char* label;
-    size_t at;
-    uint32_t value;
-    int size;
-    const char* text;
-  } rows[] = {
+  const std::tuple<const char*, size_t, uint32_t, int, const char*> rows[] = {
       {"32 bits", 28, 32, 2, "Wrong bitmap color depth for texture! some/name.bmp"},
       {"the oldest header", 14, 12, 4, "This kind of bitmap file cannot be read!"},
       {"width below 0", 18, 0xFFFFFFFF, 4, "a size that cannot be used"},
       {"least height", 22, 0x80000000, 4, "6 by 2147483648"},
       {"one row too many", 22, 6, 4, "This bitmap file is cut short!"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, at, value, size, text] : rows) {
     bytes data = good;
-    std::memcpy(data.data() + row.at, &row.value, row.size);
-    EXPECT_EXIT(load(data), testing::ExitedWithCode(1), row.text) << row.label;
+    std::memcpy(data.data() + at, &value, size);
+    EXPECT_EXIT(load(data), testing::ExitedWithCode(1), text) << label;
   }
 }

@@ -72,10 +72,7 @@ TEST(TexDds, ReadsWhatOthersWrite) {
   tex_convert(folder, "@a.png" + dds + "none @bgra.dds");
   const bytes dxt3 = make_dxt3(37, 23);
   folder.file("dxt3.dds", std::string(dxt3.begin(), dxt3.end()));
-  const struct {
-    const char* file;
-    int format, width, height, mipmaps, tolerance;
-  } rows[] = {
+  const std::tuple<const char*, int, int, int, int, int> rows[] = {
       {"dxt1.dds", TEX_dxt1, 37, 23, 0, mix_tolerance},
       {"dxt3.dds", TEX_dxt3, 37, 23, 0, mix_tolerance},
       {"dxt5.dds", TEX_dxt5, 37, 23, 0, mix_tolerance},
@@ -83,18 +80,17 @@ TEST(TexDds, ReadsWhatOthersWrite) {
       {"partial.dds", TEX_dxt5, 32, 16, 0, mix_tolerance},
       {"bgra.dds", TEX_bgra, 37, 23, 0, 0},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.file);
+  for (const auto& [file, format, width, height, mipmaps, tolerance] : rows) {
+    SCOPED_TRACE(file);
     TEX_image_desc desc;
-    const bytes rgba = read(tex_file(folder / row.file), desc);
-    EXPECT_EQ(desc.format, row.format);
-    EXPECT_EQ(desc.width, row.width);
-    EXPECT_EQ(desc.height, row.height);
-    EXPECT_EQ(desc.has_mipmaps != 0, row.mipmaps != 0);
-    EXPECT_LE(
-        tex_distance(rgba.data(), rgba.size(),
-                     tex_decoded(folder, row.file + std::string("[0]"), row.width, 4, "rgba")),
-        row.tolerance);
+    const bytes rgba = read(tex_file(folder / file), desc);
+    EXPECT_EQ(desc.format, format);
+    EXPECT_EQ(desc.width, width);
+    EXPECT_EQ(desc.height, height);
+    EXPECT_EQ(desc.has_mipmaps != 0, mipmaps != 0);
+    EXPECT_LE(tex_distance(rgba.data(), rgba.size(),
+                           tex_decoded(folder, file + std::string("[0]"), width, 4, "rgba")),
+              tolerance);
   }
 }
 
@@ -102,24 +98,21 @@ TEST(TexDds, RefusesWhatItCannotRead) {
   bytes good = make_dxt3(8, 8);
   TEX_image_desc desc;
   ASSERT_FALSE(read(good, desc).empty());
-  const struct {
-    const char* label;
-    size_t at;
-    uint32_t value;
-  } rows[] = {{"magic", 0, 0x20534445},
-              {"code DX10", 84, 0x30315844},
-              {"neither kind", 80, 0},
-              {"no width", 16, 0},
-              {"a row of blocks too many", 12, 12},
-              {"huge width", 16, 1u << 31},
-              {"overflow", 12, 0x40000001},
-              {"larger than the buffers", 16, 1 << 23},
-              {"RGB of 16 bits", 80, 64}};
-  for (const auto& row : rows) {
+  const std::tuple<const char*, size_t, uint32_t> rows[] = {
+      {"magic", 0, 0x20534445},
+      {"code DX10", 84, 0x30315844},
+      {"neither kind", 80, 0},
+      {"no width", 16, 0},
+      {"a row of blocks too many", 12, 12},
+      {"huge width", 16, 1u << 31},
+      {"overflow", 12, 0x40000001},
+      {"larger than the buffers", 16, 1 << 23},
+      {"RGB of 16 bits", 80, 64}};
+  for (const auto& [label, at, value] : rows) {
     bytes data = good;
-    put_32(data, row.at, row.value);
-    if (row.value == 64) put_32(data, 88, 16);
-    EXPECT_TRUE(read(data, desc).empty()) << row.label;
+    put_32(data, at, value);
+    if (value == 64) put_32(data, 88, 16);
+    EXPECT_TRUE(read(data, desc).empty()) << label;
   }
   // RGB wins over the code of a file that has both.
   put_32(good, 80, 4 | 64 | 1);
@@ -131,20 +124,17 @@ TEST(TexDds, RefusesWhatItCannotRead) {
 TEST(TexDds, OthersReadWhatIsWritten) {
   picture_folder folder;
   tex_convert(folder, "-size 20x12 gradient:green-yellow PNG32:@a.png");
-  const struct {
-    int format, channels;
-    const char *raw, *code;
-    size_t block;
-  } rows[] = {{TEX_rgb, 3, "rgb", "DXT1", 8}, {TEX_rgba, 4, "rgba", "DXT5", 16}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.code);
-    const bytes pixels = tex_decoded(folder, "a.png", 20, row.channels, row.raw);
-    ASSERT_EQ(TEX_save_dds(folder / "out.dds", pixels.data(), {row.format, 20, 12, 0, 0}), 1);
+  const std::tuple<int, int, const char*, const char*, size_t> rows[] = {
+      {TEX_rgb, 3, "rgb", "DXT1", 8}, {TEX_rgba, 4, "rgba", "DXT5", 16}};
+  for (const auto& [format, channels, raw, code, block] : rows) {
+    SCOPED_TRACE(code);
+    const bytes pixels = tex_decoded(folder, "a.png", 20, channels, raw);
+    ASSERT_EQ(TEX_save_dds(folder / "out.dds", pixels.data(), {format, 20, 12, 0, 0}), 1);
     const bytes file = tex_file(folder / "out.dds");
     // 20 by 12, 10 by 6, 5 by 3, 2 by 1, 1 by 1: blocks of 15, 6, 2, 1, 1.
-    ASSERT_EQ(file.size(), 128 + row.block * 25);
-    EXPECT_EQ(std::string(file.begin() + 84, file.begin() + 88), row.code);
-    const bytes seen = tex_decoded(folder, "out.dds[0]", 20, row.channels, row.raw);
+    ASSERT_EQ(file.size(), 128 + block * 25);
+    EXPECT_EQ(std::string(file.begin() + 84, file.begin() + 88), code);
+    const bytes seen = tex_decoded(folder, "out.dds[0]", 20, channels, raw);
     EXPECT_LE(tex_distance(seen.data(), seen.size(), pixels), 24) << "compression loses some";
     TEX_image_desc back;
     ASSERT_FALSE(read(file, back).empty());

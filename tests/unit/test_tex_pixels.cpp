@@ -95,22 +95,19 @@ TEST(TexPixels, CompositeStretchesIntoItsRectangle) {
 
 TEST(TexPixels, ConvertKeepsTheColours) {
   // Two rows of one pixel, with a pad.
-  const struct {
-    int from, to;
-    bytes before, after;
-  } rows[] = {
+  const std::tuple<int, int, bytes, bytes> rows[] = {
       {TEX_rgb, TEX_bgra, {1, 2, 3, 9, 4, 5, 6, 9}, {3, 2, 1, 255, 6, 5, 4, 255}},
       {TEX_rgba, TEX_rgb, {1, 2, 3, 7, 9, 4, 5, 6, 8, 9}, {1, 2, 3, 4, 5, 6}},
       {TEX_bgr, TEX_rgba, {1, 2, 3, 9, 4, 5, 6, 9}, {3, 2, 1, 255, 6, 5, 4, 255}},
       {TEX_bgra, TEX_rgba, {1, 2, 3, 7, 9, 4, 5, 6, 8, 9}, {3, 2, 1, 7, 6, 5, 4, 8}},
   };
-  for (const auto& row : rows) {
-    TEX_image_desc desc{row.from, 1, 2, 1, 0};
-    bytes pixels = row.before;
-    ASSERT_TRUE(TEX_convert(desc, pixels.data(), row.to));
-    EXPECT_EQ(desc.format, row.to);
-    pixels.resize(row.after.size());
-    EXPECT_EQ(pixels, row.after) << row.from << " to " << row.to;
+  for (const auto& [from, to, before, after] : rows) {
+    TEX_image_desc desc{from, 1, 2, 1, 0};
+    bytes pixels = before;
+    ASSERT_TRUE(TEX_convert(desc, pixels.data(), to));
+    EXPECT_EQ(desc.format, to);
+    pixels.resize(after.size());
+    EXPECT_EQ(pixels, after) << from << " to " << to;
   }
   TEX_image_desc desc{TEX_dxt1, 4, 4, 0, 0};
   EXPECT_FALSE(TEX_convert(desc, scratch_array, TEX_rgb));

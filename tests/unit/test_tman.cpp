@@ -96,34 +96,28 @@ TEST_F(Tman, AFileBecomesATexture) {
 
 // What the driver is asked to keep.
 TEST_F(Tman, PixelsAreKeptAsTheFlagsSay) {
-  const struct {
-    int flags, kept;
-  } rows[] = {{tex_rgba | tex_eight_bit, GL_RGBA8},
-              {tex_rgb | tex_eight_bit, GL_RGB8},
-              {tex_alpha | tex_eight_bit, GL_ALPHA8},
-              {tex_rgba | tex_sixteen_bit, GL_RGBA16F_ARB},
-              {tex_rgba, GL_RGBA}};
-  for (const auto& row : rows) {
+  const std::pair<int, int> rows[] = {{tex_rgba | tex_eight_bit, GL_RGBA8},
+                                      {tex_rgb | tex_eight_bit, GL_RGB8},
+                                      {tex_alpha | tex_eight_bit, GL_ALPHA8},
+                                      {tex_rgba | tex_sixteen_bit, GL_RGBA16F_ARB},
+                                      {tex_rgba, GL_RGBA}};
+  for (const auto& [flags, asked] : rows) {
     scratch(16, 16, 200);
-    load(spare_ref, (scratch_flags & ~tex_rgba) | row.flags);
+    load(spare_ref, (scratch_flags & ~tex_rgba) | flags);
     tman.bind_ref(spare_ref, 0, 0);
     GLint kept = 0;
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &kept);
-    EXPECT_EQ(kept, row.kept) << row.flags;
+    EXPECT_EQ(kept, asked) << flags;
     tman.unload_texture(spare_ref);
   }
 }
 
 // The smaller levels are means of the picture, whoever makes them.
 TEST_F(Tman, SmallerLevelsAreTheDriversOrOurOwn) {
-  struct {
-    const char* option;
-    int by_driver;
-  } const rows[] = {{"", 1}, {"--no_hw_mipmap", 0}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.option);
+  for (const auto& [option, is_drivers] : {std::pair{"", 1}, {"--no_hw_mipmap", 0}}) {
+    SCOPED_TRACE(option);
     cmdline = UTL_cmdline();
-    if (*row.option) cmdline.init_win(row.option);
+    if (*option) cmdline.init_win(option);
     new_driver();
     scratch(8, 2, 0);
     for (int i = 0; i < 8 * 2; ++i)
@@ -132,13 +126,13 @@ TEST_F(Tman, SmallerLevelsAreTheDriversOrOurOwn) {
     tman.bind_ref(spare_ref, 0, 0);
     GLint by_driver = -1;
     glGetTexParameteriv(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, &by_driver);
-    EXPECT_EQ(by_driver, row.by_driver);
+    EXPECT_EQ(by_driver, is_drivers);
     const std::vector<std::vector<int>> levels = {{100, 100, 200, 200}, {100, 200}, {150}};
     for (size_t level = 0; level < levels.size(); ++level) {
       unsigned char back[8 * 2 * 4] = {};
       glGetTexImage(GL_TEXTURE_2D, static_cast<GLint>(level) + 1, GL_RGBA, GL_UNSIGNED_BYTE, back);
       for (size_t i = 0; i < levels[level].size(); ++i)
-        EXPECT_NEAR(back[i * 4], levels[level][i], row.by_driver) << level << ' ' << i;
+        EXPECT_NEAR(back[i * 4], levels[level][i], is_drivers) << level << ' ' << i;
     }
     tman.unload_texture(spare_ref);
   }
@@ -208,10 +202,7 @@ TEST_F(TmanDeathTest, MistakesEndTheProgram) {
   const auto ask = [](int ref, int flags, int when = tex_load_now, const char* name = "gone.png") {
     tman.load_texture(tex_fail_fatal, ref, flags, static_cast<tex_load_time>(when), name);
   };
-  const struct {
-    const char* text;
-    std::function<void()> mistake;
-  } rows[] = {
+  const std::pair<const char*, std::function<void()>> rows[] = {
       {"an invalid texture load_time!", [&] { ask(spare_ref, scratch_flags, tex_load_none + 1); }},
       {"an invalid texture load_time!", [&] { ask(spare_ref, scratch_flags, tex_load_now - 1); }},
       {"too low or high a manual_ref!", [&] { ask(-1, scratch_flags); }},
@@ -223,14 +214,14 @@ TEST_F(TmanDeathTest, MistakesEndTheProgram) {
       {"a texture that you do not have!", [&] { ask(spare_ref, scratch_flags); }},
       {"release a manual texture", [] { tman.release_texture(spare_ref); }},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
+  for (const auto& [text, mistake] : rows) {
+    SCOPED_TRACE(text);
     EXPECT_EXIT(
         {
           ogl_inited = 0;  // so that the alert is written, not drawn
-          row.mistake();
+          mistake();
         },
-        testing::ExitedWithCode(1), row.text);
+        testing::ExitedWithCode(1), text);
   }
 }
 
@@ -358,10 +349,7 @@ TEST_F(Tman, CompressedPicturesLookTheSameEitherWay) {
   tex_convert(folder, "@p.png -alpha on" + dds + "dxt5" + none + "five.dds");
   tex_convert(folder, "@p.png -crop 32x14+0+0" + dds + "dxt1" + none + "odd.dds");
   tex_convert(folder, "@p.png" + dds + "none" + none + "plain.dds");
-  const struct {
-    const char* file;
-    int flags, stays;
-  } rows[] = {
+  const std::tuple<const char*, int, int> rows[] = {
       {"one.dds", tex_rgb, 1},   {"one.dds", tex_rgba, 1},
       {"one.dds", tex_alpha, 0}, {"one.dds", tex_rgb | tex_mipmaps, 0},
       {"five.dds", tex_rgba, 1}, {"five.dds", tex_rgb, 0},
@@ -370,22 +358,22 @@ TEST_F(Tman, CompressedPicturesLookTheSameEitherWay) {
   };
   const int by_driver = glExt.s3tc_avail;
   ASSERT_EQ(by_driver, 1);
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.file + std::string(" ") + std::to_string(row.flags));
+  for (const auto& [file, flags, stays] : rows) {
+    SCOPED_TRACE(file + std::string(" ") + std::to_string(flags));
     bytes seen[2];
     for (const int may : {0, 1}) {
       glExt.s3tc_avail = may;
-      tman.load_texture(tex_fail_fatal, spare_ref, tex_full_size | row.flags, tex_load_now,
-                        folder / row.file);
+      tman.load_texture(tex_fail_fatal, spare_ref, tex_full_size | flags, tex_load_now,
+                        folder / file);
       tman.bind_ref(spare_ref, 0, 0);
       GLint compressed = -1;
       glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_COMPRESSED, &compressed);
-      EXPECT_EQ(compressed, may && row.stays);
+      EXPECT_EQ(compressed, may && stays);
       seen[may].resize(32 * 16 * 4);
       glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, seen[may].data());
       GLint smallest = 0;
       glGetTexLevelParameteriv(GL_TEXTURE_2D, 5, GL_TEXTURE_WIDTH, &smallest);
-      EXPECT_EQ(smallest, row.flags & tex_mipmaps ? 1 : 0);
+      EXPECT_EQ(smallest, flags & tex_mipmaps ? 1 : 0);
       tman.unload_texture(spare_ref);
     }
     EXPECT_LE(tex_distance(seen[0].data(), seen[0].size(), seen[1]), 3);

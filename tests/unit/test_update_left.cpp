@@ -23,10 +23,7 @@ class UpdateLeft : public engine_tree {
 };
 
 TEST_F(UpdateLeft, CountsWhatWouldGoWithoutAQuestion) {
-  const struct {
-    const char *label, *path, *have, *want;
-    int os, left;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, const char*, int, int> rows[] = {
       {"an earlier version", "ALL_os/a.txt", "older", "GONE", 0, 1},
       {"gone already", "ALL_os/a.txt", "NONE", "GONE", 0, 0},
       {"the user's by now", "ALL_os/a.txt", "unheard of", "GONE", 0, 0},
@@ -35,14 +32,14 @@ TEST_F(UpdateLeft, CountsWhatWouldGoWithoutAQuestion) {
       {"reached through a shipped link", "ALL_os/link/a.txt", "older", "GONE", 0, 0},
       {"beside a shipped link", "ALL_os/links/a.txt", "older", "GONE", 0, 1},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, path, have, want, os, left] : rows) {
+    SCOPED_TRACE(label);
     sim_info.clear();
     add("ALL_os/link", {"new"}).sig_have = "new";
-    file_version_struct& file = add(row.path, {"old", "older", row.want});
-    file.sig_have = row.have;
-    file.os = row.os;
-    EXPECT_EQ(dropped_files_left(), row.left);
+    file_version_struct& file = add(path, {"old", "older", want});
+    file.sig_have = have;
+    file.os = os;
+    EXPECT_EQ(dropped_files_left(), left);
   }
 }
 
