@@ -11,16 +11,11 @@ class BuilderScan : public builder_test {};
 // --- faults -------------------------------------------------------------------------------------
 // What is said, the plain line with it, and that nothing has been written.
 TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
-  struct refusal {
-    const char* label;
-    std::function<void()> damage;
-    std::string said, plain;
-  };
   const std::string missing = "YOU IDIOT! !found_", idiot = "YOU IDIOT! ";
   const auto with = [this](const char* path) { return [this, path] { put(path, state_a); }; };
   const auto without = [this](const char* path) { return [this, path] { drop(path); }; };
   const auto type = [](int number) { return [number] { bld.fog_fals = number; }; };
-  const refusal refusals[] = {
+  const std::tuple<const char*, std::function<void()>, std::string, std::string> rows[] = {
       {"empty folder with a blank at its end",
        [this] { std::filesystem::create_directories(base + "src/All/Weapons/guns "); },
        idiot + "You tried to include a file or directory with a space at the end!",
@@ -105,13 +100,13 @@ TEST_F(BuilderScan, BrokenTreesEndTheBuild) {
        },
        "This tree needs more discs than there can be!", "fill 4 discs of 0 MB, and a master has 3"},
   };
-  for (const refusal& row : refusals) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, damage, said, plain] : rows) {
+    SCOPED_TRACE(label);
     std::filesystem::remove_all(base + "src");
     SetUp();
-    row.damage();
+    damage();
     EXPECT_EXIT(build_and_leave(), testing::ExitedWithCode(1),
-                literally(row.said) + ".*" + literally(row.plain));
+                literally(said) + ".*" + literally(plain));
     EXPECT_TRUE(nothing_left());
   }
 }
@@ -204,40 +199,36 @@ TEST_F(BuilderScan, NearMissesAreBuilt) {
 
 // --- the filter ---------------------------------------------------------------------------------
 TEST_F(BuilderScan, FilterByPathAndType) {
-  struct row {
-    const char* path;
-    bool kept[4];  // by install type
+  // Whether a file ships, by install type.
+  const std::pair<const char*, const char*> rows[] = {
+      {"All/Aircraft/Heron.acf", "YYNN"},
+      {"All/Global Scenery/-global terrain-/a.dsf", "NYNN"},
+      {"All/Global Scenery/-global terrain- 2/a.dsf", "NYNN"},
+      {"All/Global Scenery/other/a.dsf", "YYNN"},
+      {"All/Global Scenery/-global terrain-/a.dsf.7z", "NNNN"},
+      {"All/Global Scenery/-global terrain-/a.dsf.txt", "NNNN"},
+      {"All/Custom Scenery/DSF 900 Mars World-Wide/a.dsf", "NNYN"},
+      {"All/Custom Scenery/DSF 900 Mars/a.dsf", "YYNN"},
+      {"Linux/DSF 900 Mars World-Wide/a.dsf", "YYNN"},
+      {"All/Resources/bitmaps/Earth Orbit Textures/a.png", "NYNN"},
+      {"All/Resources/default scenery/900 red terrain/a.png", "NYNN"},
+      {"All/install_pfc Aircraft/a.acf", "NNNN"},
+      {"Macintosh/install_pfc Aircraft/a.acf", "YYNN"},
+      {"All/Weapons/a.7z.txt", "NNNN"},
+      {"All/Weapons/Thumbs.db", "NNNN"},
+      {"All/Weapons/artworks.png", "YYNN"},
+      {"All/Weapons/a._b", "NNNN"},
+      {"All/Weapons/a.ovw", "NNNN"},
+      {"All/Weapons/a.ac", "NNNN"},
+      {"All/Resources/serverlist.txt", "NNNN"},
+      {"All/Resources/serverlist9.txt", "YYNN"},
+      {"All/Output/a.bak", "NNNN"},
+      {"All/Output/a.bak2", "YYNN"},
   };
-  const bool Y = true, N = false;
-  const row rows[] = {
-      {"All/Aircraft/Heron.acf", {Y, Y, N, N}},
-      {"All/Global Scenery/-global terrain-/a.dsf", {N, Y, N, N}},
-      {"All/Global Scenery/-global terrain- 2/a.dsf", {N, Y, N, N}},
-      {"All/Global Scenery/other/a.dsf", {Y, Y, N, N}},
-      {"All/Global Scenery/-global terrain-/a.dsf.7z", {N, N, N, N}},
-      {"All/Global Scenery/-global terrain-/a.dsf.txt", {N, N, N, N}},
-      {"All/Custom Scenery/DSF 900 Mars World-Wide/a.dsf", {N, N, Y, N}},
-      {"All/Custom Scenery/DSF 900 Mars/a.dsf", {Y, Y, N, N}},
-      {"Linux/DSF 900 Mars World-Wide/a.dsf", {Y, Y, N, N}},
-      {"All/Resources/bitmaps/Earth Orbit Textures/a.png", {N, Y, N, N}},
-      {"All/Resources/default scenery/900 red terrain/a.png", {N, Y, N, N}},
-      {"All/install_pfc Aircraft/a.acf", {N, N, N, N}},
-      {"Macintosh/install_pfc Aircraft/a.acf", {Y, Y, N, N}},
-      {"All/Weapons/a.7z.txt", {N, N, N, N}},
-      {"All/Weapons/Thumbs.db", {N, N, N, N}},
-      {"All/Weapons/artworks.png", {Y, Y, N, N}},
-      {"All/Weapons/a._b", {N, N, N, N}},
-      {"All/Weapons/a.ovw", {N, N, N, N}},
-      {"All/Weapons/a.ac", {N, N, N, N}},
-      {"All/Resources/serverlist.txt", {N, N, N, N}},
-      {"All/Resources/serverlist9.txt", {Y, Y, N, N}},
-      {"All/Output/a.bak", {N, N, N, N}},
-      {"All/Output/a.bak2", {Y, Y, N, N}},
-  };
-  for (const row& one : rows) {
+  for (const auto& [path, kept] : rows) {
     for (bld.fog_fals = 0; bld.fog_fals < 4; ++bld.fog_fals) {
-      EXPECT_EQ(is_good_file(bld.src_fold + one.path, 0, 0), one.kept[bld.fog_fals])
-          << one.path << ", type " << bld.fog_fals;
+      EXPECT_EQ(is_good_file(bld.src_fold + path, 0, 0), kept[bld.fog_fals] == 'Y')
+          << path << ", type " << bld.fog_fals;
     }
   }
 }

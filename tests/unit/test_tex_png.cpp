@@ -162,18 +162,15 @@ TEST(TexPng, PadsAndTurns) {
 
 TEST(TexPng, OthersReadWhatIsWritten) {
   picture_folder folder;
-  const struct {
-    int format;
-    const char* raw;
-  } rows[] = {{TEX_rgba, "rgba"}, {TEX_alpha, "gray"}, {TEX_rgb, "rgb"}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.raw);
-    const TEX_image_desc desc{row.format, dx, dy, 0, 0};
+  for (const auto& [format, raw] :
+       {std::pair{TEX_rgba, "rgba"}, {TEX_alpha, "gray"}, {TEX_rgb, "rgb"}}) {
+    SCOPED_TRACE(raw);
+    const TEX_image_desc desc{format, dx, dy, 0, 0};
     const bytes pixels = tex_noise(TEX_bytes_needed_for_image(desc), 5);
     ASSERT_EQ(TEX_save_png(folder / "out.png", desc, pixels.data()), 1);
-    EXPECT_EQ(tex_decoded(folder, "out.png", dx, TEX_pixel_bytes(row.format), row.raw), pixels);
+    EXPECT_EQ(tex_decoded(folder, "out.png", dx, TEX_pixel_bytes(format), raw), pixels);
     picture back;  // corrected by nothing: the gamma that it writes is the system's
-    read(back, tex_file(folder / "out.png"), static_cast<unsigned long>(row.format));
+    read(back, tex_file(folder / "out.png"), static_cast<unsigned long>(format));
     EXPECT_EQ(tex_distance(back.pixels, back.size(), pixels), 0);
   }
   const bytes before = tex_file(folder / "out.png");

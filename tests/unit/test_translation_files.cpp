@@ -169,12 +169,8 @@ TEST(TranslationFiles, AreReadWithoutComplaint) {
 // Labels that stand in a place of a fixed size: a button's face less its rims, a row of the step
 // list, the space that the Options dialog leaves.
 TEST(TranslationFiles, FitTheirPlaces) {
-  struct place {
-    int width;
-    std::vector<const char*> texts;
-  };
   constexpr int rims = 6;
-  const place places[] = {
+  const std::pair<int, std::vector<const char*>> places[] = {
       {68 - rims, {"Up", "Home", "Desktop", "Root"}},
       {70 - rims, {"Create", "Discard"}},
       {80 - rims, {"Cancel", "Select", "Open", "Save", "Update"}},
@@ -206,12 +202,9 @@ TEST(TranslationFiles, FitTheirPlaces) {
       {50, "", "Quit", ""},   {90, "", "Options", ""},     {89, "<", "Back", ""},
       {100, "", "Next", ">"}, {114, "", "Select All", ""}, {132, "", "Select None", ""},
   };
-  // Wrapped texts, by how they begin, with something below them.
-  const struct block {
-    float wrap;
-    int most_lines;
-    const char* text;
-  } blocks[] = {
+  // Wrapped texts, by how they begin, with something below them: at which width, and the most
+  // lines.
+  const std::tuple<float, int, const char*> blocks[] = {
       {540, 4, "Please pick the scenery you would like to install now.  You can use"},
       {540, 4, "Click on the world map to select what scenery you would like to install.  Scenery"},
       {560, 3, "You do not have enough free disk space to install the Skyvane 9 demo at"},
@@ -226,10 +219,10 @@ TEST(TranslationFiles, FitTheirPlaces) {
         shown[text] = text;
     for (const entry& e : entries_of(language))
       shown[e.key] = e.translation;
-    for (const place& p : places) {
-      for (const char* text : p.texts) {
+    for (const auto& [width, texts] : places) {
+      for (const char* text : texts) {
         ASSERT_TRUE(shown.count(text)) << language << ": " << text;
-        EXPECT_LE(OGL_string_width(shown[text]), p.width) << language << ": " << shown[text];
+        EXPECT_LE(OGL_string_width(shown[text]), width) << language << ": " << shown[text];
       }
     }
     for (const auto& [width, before, text, behind] : faces) {
@@ -237,12 +230,12 @@ TEST(TranslationFiles, FitTheirPlaces) {
       EXPECT_TRUE(OGL_face_has(words)) << language << ": " << words;
       EXPECT_LE(OGL_string_width(words, charset_face), width - 8) << language << ": " << words;
     }
-    for (const block& b : blocks) {
-      const auto found = shown.lower_bound(b.text);
-      ASSERT_TRUE(found != shown.end() && found->first.starts_with(b.text)) << b.text;
+    for (const auto& [wrap, most_lines, text] : blocks) {
+      const auto found = shown.lower_bound(text);
+      ASSERT_TRUE(found != shown.end() && found->first.starts_with(text)) << text;
       STR_unescape(found->second);
-      const int lines = static_cast<int>(-OGL_string(0, 0, 0, found->second, b.wrap)) / 10;
-      EXPECT_LE(lines, b.most_lines) << language << ": " << found->second;
+      const int lines = static_cast<int>(-OGL_string(0, 0, 0, found->second, wrap)) / 10;
+      EXPECT_LE(lines, most_lines) << language << ": " << found->second;
     }
   }
 }

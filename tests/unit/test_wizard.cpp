@@ -159,13 +159,9 @@ TEST_F(Wizard, WhatAClickOnAPageDoes) {
     screen.show_servers = 1;
     wizard_draw_record(screen);
   };
-  const struct {
-    const char* label;
-    void (*draw)();
-    int many;  // copies and mirrors
-    float x, y;
-    const char* then;  // the licence, the copy, how many sectors, the mirror
-  } rows[] = {
+  // How many copies and mirrors there are, where the click is, and then: the licence, the copy, how
+  // many sectors, the mirror.
+  const std::tuple<const char*, void (*)(), int, float, float, const char*> rows[] = {
       {"nothing", licence, 1, 500, 300, "0 1 0 0"},
       {"the licence's words", licence, 1, 300, 104, "1 1 0 0"},
       {"its box", licence, 1, 230, 103, "1 1 0 0"},
@@ -182,28 +178,28 @@ TEST_F(Wizard, WhatAClickOnAPageDoes) {
       {"a mirror's mark", mirrors, 3, 30, 121, "0 1 0 1"},
       {"the top one of more than have room", mirrors, 10, 60, 362, "0 1 0 2"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [label, draw, many, x, y, after] : rows) {
     all_skyroots.clear();
-    for (int i = 0; i < row.many; ++i)
+    for (int i = 0; i < many; ++i)
       all_skyroots.push_back(std::to_string(i));
     accept_eula_demo = 0;
     dest_dir_path = "1";
     stg = stg_record();
-    stg.server_count = row.many;
-    if (row.many == 10) stg.server_index = 9;
+    stg.server_count = many;
+    if (many == 10) stg.server_index = 9;
     wizard_set_steps(std::vector<wizard_step>(6, {"Step", demo_start}));
     for (const bool clicked : {false, true}) {
       clear();
-      clicked ? click(row.x, row.y) : move(row.x, row.y);
+      clicked ? click(x, y) : move(x, y);
       mnw.mouse_held = clicked;
       wizard_draw_frame();
-      row.draw();
+      draw();
     }
     std::ostringstream then;
     then << accept_eula_demo << ' ' << dest_dir_path << ' '
          << std::count(std::begin(stg.sector_selected), std::end(stg.sector_selected), 1) << ' '
          << stg.server_index;
-    EXPECT_EQ(then.str(), row.then) << row.label;
+    EXPECT_EQ(then.str(), after) << label;
   }
 }
 
