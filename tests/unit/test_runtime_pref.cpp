@@ -164,6 +164,12 @@ TEST_F(RuntimePref, AFailedWriteKeepsTheOldFile) {
   ASSERT_EQ(symlink(elsewhere.c_str(), (path + ".new").c_str()), 0);
   EXPECT_NE(write({.streams = 3}), old);
   EXPECT_EQ(content_of(elsewhere), "mine");
+  overwrite(path, old);
+  {
+    const small_disk full(20);
+    EXPECT_EQ(write({.streams = 3}), old);
+  }
+  EXPECT_TRUE(str_holds(log.text(), "WARNING: the file " + path + " stays as it was"));
   EXPECT_FALSE(std::filesystem::exists(path + ".new"));
   const std::string deep = log.folder / "new/Test.prf";
   {
