@@ -14,17 +14,8 @@ want_no_leftovers
 ! is_in 1 && ! is_in 2 || fail "a disc that was done with was not ejected"
 grep -qxF "$SCRATCH/My copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "not registered"
 
-# The next run knows the copy, and offers another one; a folder that exists is not reused.
-only_disc 1
-run_with_discs --accept_eula --dest="$SCRATCH" --name="My copy"
-want_status 2 "The folder 'My copy' already exists in the folder '$SCRATCH/'."
-
-# Part of the scenery, and none: no more than that is there, and no disc is asked for in vain.
-only_disc 1
-want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Some --sectors=+30-120,-90-180
-SECTORS='\\+30-120|-90-180' same_tree "$SOURCE" Linux "$SCRATCH/Some"
-
-# All discs in drives of their own: none is asked for, none is ejected.
+# The next run knows the copy, and offers another one. All discs in drives of their own: none is asked
+# for, none is ejected; and without scenery none comes.
 only_disc 1
 insert_disc 2
 insert_disc 3

@@ -3,15 +3,12 @@
 # gets its exit status, and nothing but its log stays behind.
 . "$(dirname "$0")/lib_window_disc.bash"
 
-start_from_disc() {
-  : >"$OUT"
-  attend &
-  local hand=$!
+from_disc() {
   STATUS=0
   (cd "$SCRATCH" && env -u DISPLAY timeout 300 "$DISC/skyvane-disc-installer" --unattended \
     --give_up_after=60 "$@") >"$OUT" 2>&1 </dev/null || STATUS=$?
-  kill "$hand" && wait "$hand" || true
 }
+start_from_disc() { attended from_disc "$@"; }
 
 only_disc 1
 start_from_disc --accept_eula --dest=. --name=Copy

@@ -116,13 +116,25 @@ attend() {
   done
 }
 
-# run_with_discs ARGS...: the disc installer, with somebody who changes the discs.
-run_with_discs() {
+# attended COMMAND...: one that leaves OUT and STATUS, with somebody who changes the discs.
+attended() {
   : >"$OUT"
   attend &
   local hand=$!
-  run "${DISC_PROGRAM:-skyvane-disc-installer}" --unattended --give_up_after=60 "$@"
+  "$@"
   kill "$hand" && wait "$hand" || true
+}
+
+# run_with_discs ARGS...: the disc installer, attended.
+run_with_discs() {
+  attended run "${DISC_PROGRAM:-skyvane-disc-installer}" --unattended --give_up_after=60 "$@"
+}
+
+# install_some: the copy $copy by the name Copy, with one sector's scenery.
+install_some() {
+  copy="$SCRATCH/Copy" SECTORS='\\+30-120'
+  only_disc 1
+  want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
 }
 
 asked_for() { grep -oP '^Please insert DVD number \K\d+' "$OUT" | tr '\n' ' ' || true; }

@@ -3,10 +3,7 @@
 # the choice of scenery stay.
 . "$(dirname "$0")/disc_lib.bash"
 
-copy="$SCRATCH/Copy"
-only_disc 1
-want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
-SECTORS='\\+30-120'
+install_some
 
 repair() {
   only_disc 1

@@ -2,7 +2,6 @@
 # Scenery is added to a copy and removed from it, to the letter of the choice.
 . "$(dirname "$0")/disc_lib.bash"
 
-copy="$SCRATCH/Copy"
 change() {
   only_disc 1
   run_with_discs --do=scenery "$@"
@@ -16,8 +15,7 @@ want_scenery() {
 change --sectors=all
 want_status 2 "Welcome to the Skyvane 9 Installer."
 
-only_disc 1
-want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
+install_some
 want_scenery '\\+30-120'
 
 rows=(

@@ -30,33 +30,13 @@ wait_open
 shot disc_3_licence
 press_next
 
-echo "Map: all at first; all, none, and clicks, which turn one sector each and its figures"
+echo "Map: all at first, with the figures of all"
 wait_step 3
 look_at_sectors
 needed_first=$(needed)
 learn_sectors
 saw_selected "${!SECTOR[@]}" || fail "not all sectors are selected at first"
 [ "$needed_first" = "$NEEDED_ALL" ] || fail "the figures at first are not those of all sectors"
-press_all
-wait_selected "${!SECTOR[@]}"
-wait_for "the figures of all sectors" needs "$NEEDED_ALL"
-press_none
-wait_selected
-wait_for "the figures without scenery" needs "$NEEDED_NONE"
-click_sector +50+000
-wait_selected +50+000
-click_sector +80+170
-wait_selected +50+000 +80+170
-click_sector -40+150
-wait_selected +50+000 +80+170 -40+150
-wait_for "the figures with three sectors" needs_other "$NEEDED_NONE"
-click_sector -40+150
-wait_selected +50+000 +80+170
-click_sector +50+000
-wait_selected +80+170
-click_sector +80+170
-wait_selected
-wait_for "the figures without scenery again" needs "$NEEDED_NONE"
 
 echo "A drag paints what the band touches, and the figures follow under way"
 # Each drag begins and ends a cell beside the sectors that are looked at, where neither the band's

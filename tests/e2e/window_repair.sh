@@ -3,11 +3,8 @@
 # and a stop, to the start of the copy that is whole again.
 . "$(dirname "$0")/lib_window_disc.bash"
 
-copy="$SCRATCH/Copy"
-only_disc 1
-want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
-same() { SECTORS='\\+30-120' same_tree "$SOURCE" Linux "$copy"; }
-same
+install_some
+same_tree "$SOURCE" Linux "$copy"
 manual=Instructions/Manual.txt
 late="Notes for this platform.txt"
 rm "$copy/$manual" "$copy/$late"
@@ -97,7 +94,7 @@ wait_disc_asked
 insert_disc 3
 next_to 5
 shot repair_2_finish
-same
+same_tree "$SOURCE" Linux "$copy"
 
 echo "From the menu the one copy is started without a choice"
 back_to 0

@@ -13,10 +13,7 @@ window_size() { xwininfo -id "$WINDOW" | sed -n 's/.*Width: *//p; s/.*Height: */
 has_size() { [ "$(window_size)" = "$1" ]; }
 # lit N SCALE FOOT: whether step N is lit, with the picture so many times as large, FOOT pixels up.
 lit() {
-  area $((30 * $2 / 2)) $((($3 * 2 + (480 - 20 * $1 - 2) * $2) / 2)) $((100 * $2 / 2)) $((10 * $2 / 2)) | awk '
-    function level(at) { return index("0123456789abcdef", substr($0, at, 1)) }
-    { if (level(5) - level(1) > 6) ++blue }
-    END { exit blue < 20 }'
+  area $((30 * $2 / 2)) $((($3 * 2 + (480 - 20 * $1 - 2) * $2) / 2)) $((100 * $2 / 2)) $((10 * $2 / 2)) | is_blue
 }
 
 start_display

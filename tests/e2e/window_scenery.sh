@@ -3,9 +3,7 @@
 # map shows; a job is stopped, and meets a damaged disc.
 . "$(dirname "$0")/lib_window_disc.bash"
 
-copy="$SCRATCH/Copy"
-only_disc 1
-want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=Copy --sectors=+30-120
+install_some
 all_discs_of "$IMAGES"
 
 # to_map: from the menu; the first time with the faces to be learnt.

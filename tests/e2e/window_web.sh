@@ -100,27 +100,8 @@ shot web_7_current
 [ "$(fetched)" = "$fetched_before" ] || fail "a file was fetched for a copy that is current"
 quit_last_page
 
-echo "One copy: the first page leads by turns to the search and to the list"
-echo "$one/" >"$registry"
-touch "$SCRATCH/slow-manifest"
-open_wizard skyvane-web-updater $(through_proxy "$PORT")
-on_list() { no_step_is_lit && "$1"; }
-next_to 1
-wait_for "the manifest's request" asks_for_manifest
-shot web_8_search
-press_back
-# The copy that the first page has chosen is still chosen.
-wait_for "the list" on_list next_is_open
-back_to 0
-wait_open
-press_next
-wait_for "the list, with no copy chosen" on_list next_is_grey
-back_to 0
-next_to 1
-quit_wizard
-rm "$SCRATCH/slow-manifest"
-
 echo "Options: the user wants one stream only"
+echo "$one/" >"$registry"
 open_wizard skyvane-web-updater $(through_proxy "$PORT")
 open_options
 unticked=$(picture_of 121 257 18 18)
@@ -216,9 +197,12 @@ ln -s "$FIXTURE/master-newer/disk_0/Skyvane newer" "$ROOT/updates/Skyvane newer"
 sed -i 's/^FINAL Skyvane new$/&\nBETA Skyvane newer/' "$ROOT/serverlist9.txt"
 touch "$SCRATCH/slow-manifest"
 open_wizard skyvane-web-updater $(through_proxy "$PORT")
+on_list() { no_step_is_lit && "$1"; }
 next_to 1
 wait_for "the manifest's request" asks_for_manifest
+shot web_8_search
 press_back
+# The copy that the first page has chosen is still chosen.
 wait_for "the list" on_list next_is_open
 back_to 0
 open_options
@@ -228,7 +212,8 @@ wait_for "the tick" picture_differs "$unticked" 121 297 18 18
 close_options
 rm "$SCRATCH/slow-manifest"
 press_next
-wait_for "the list" on_list next_is_grey
+# The first page leads by turns to the search and to the list.
+wait_for "the list, with no copy chosen" on_list next_is_grey
 pick_copy 0
 next_to 2
 shot web_10_beta
