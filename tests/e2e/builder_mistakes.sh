@@ -27,7 +27,7 @@ nothing_left() {
 while IFS='|' read -r status said flags; do
   # shellcheck disable=SC2086  # several flags
   want "$status" build $flags
-  tr '\n' '@' <"$OUT" | grep -qF -- "$said" || fail "$flags: does not say: $said"
+  grep -qF -- "$said" <(tr '\n' '@' <"$OUT") || fail "$flags: does not say: $said"
   nothing_left
 done <<ROWS
 1|I could not read the old directory!|--previous=/etc/passwd

@@ -129,5 +129,5 @@ face_of() {
 # wait_error_logged PATH: until a failure with that file is in the log, in whatever language.
 wait_error_logged() { wait_for "an error with $1 in the log" error_is_logged "$1"; }
 error_is_logged() {
-  grep -as '^WARNING: ' "$SCRATCH/bin/Skyvane Installer Log.txt" | grep -aqF -- "$1"
+  grep -aqF -- "$1" <(grep -as '^WARNING: ' "$SCRATCH/bin/Skyvane Installer Log.txt")
 }

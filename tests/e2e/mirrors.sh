@@ -15,7 +15,7 @@ touch "$SCRATCH/slow"
 
 # A file that is under way for a second is in the midst of its body. Then the mirror stands still for
 # longer than a client waits.
-under_way() { awk '$2 == "0500007F:0050" && $4 == "01"' /proc/net/tcp | grep -q .; }
+under_way() { grep -q . <(awk '$2 == "0500007F:0050" && $4 == "01"' /proc/net/tcp); }
 stall() {
   local server=$(cat "$SCRATCH/nginx-127.0.0.5/nginx.pid")
   until under_way && sleep 1 && under_way; do sleep 0.05; done

@@ -147,7 +147,7 @@ check_one() {  # PATH EXPECTED
         fail "$label: $path was touched"
       ;;
     new) # the same bytes under any other name than that of the file: a kept spelling shows here
-      lines_of "$SCRATCH/after.txt" "$path" | grep -qxF "./$path $(sig "$1" 3)" ||
+      grep -qxF "./$path $(sig "$1" 3)" <(lines_of "$SCRATCH/after.txt" "$path") ||
         fail "$label: $path is not as the release has it"
       ;;
     none) [ -z "$(lines_of "$SCRATCH/after.txt" "$path")" ] || fail "$label: $path is still there" ;;

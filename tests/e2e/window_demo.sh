@@ -34,7 +34,7 @@ wait_open
 entry=$(sed -n 's/^StartupWMClass=//p' "$BIN/packaging/skyvane-demo-installer/edition.desktop")
 [ "$(xprop -id "$WINDOW" WM_CLASS)" = "WM_CLASS(STRING) = \"$entry\", \"$entry\"" ] || fail "no class"
 [ "$entry" = example.skyvane.skyvane_demo_installer ] || fail "the entry is for another class"
-xprop -id "$WINDOW" -notype 32c _NET_WM_ICON 2>/dev/null | grep -q . || fail "no icon"
+grep -q . <(xprop -id "$WINDOW" -notype 32c _NET_WM_ICON 2>/dev/null) || fail "no icon"
 learn_faces
 press_back
 step_is_lit 0 || fail "Back moved off the first page"
