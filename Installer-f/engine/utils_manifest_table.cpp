@@ -90,7 +90,6 @@ void manifest_table::clear() {
   histories_.clear();
   records = {};
   texts.blocks.clear();
-  texts.used = 0;
   memory.clear();
   manifest_path::blocks_ = nullptr;
 }

@@ -168,9 +168,8 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
       {"up to date", list_of(91001), {}, nullptr, "up to date"},
       {"newer, and no such file", newer, gone, "/final.zip ", "unable to download"},
       {"a damaged archive", newer, whole_answer(zip.substr(0, zip.size() / 2)), "/final.zip ",
-       "There was an error unzipping the installer: "},
-      {"no archive at all", newer, whole_answer("<html>"), "/final.zip ",
-       "There was an error unzipping the installer: "},
+       "There was an error unzipping the installer: We were unable to open a zip file."},
+      {"no archive at all", newer, whole_answer("<html>"), "/final.zip ", "damaged (20001)"},
       {"a newer test release", list_of(91000, 91002), gone, "/beta.zip ", "unable to download"},
       // With keys: only a signed list, and only the very archive that it vouches for.
       {"an unsigned list", newer, program, nullptr, "cannot be trusted", true},

@@ -252,19 +252,27 @@ TEST_F(NetServers, TheTestReleaseIsGoneOnWith) {
   EXPECT_TRUE(str_holds(server.requests()[1], "http://one/b/directory.txt.zip"));
 }
 
+// For the archive, whose folder has gone; then for the list in it.
 TEST_F(NetServers, NoPlaceForTheListOfFiles) {
-  scripted_server server([](const std::string&) { return whole_answer("nowhere to go"); });
-  mirrors(1);
-  temp_path += "none/";
-  testing::internal::CaptureStderr();
-  for (int i = 0; i < 200; ++i) {
-    UTL_download_directory();
-    usleep(1000);
+  std::ofstream(temp_path + "list") << "I\n900 version\nINSTALLER\n";
+  ASSERT_EQ(file_to_zip(temp_path + "list", temp_path + "made.zip"), 0);
+  std::filesystem::create_directories(temp_path + "directory.txt/full");
+  const std::string zip = content_of(temp_path + "made.zip"), whole = temp_path;
+  for (const std::string& place : {whole + "none/", whole}) {
+    scripted_server server([&zip](const std::string&) { return whole_answer(zip); });
+    mirrors(1);
+    temp_path = place;
+    xtim.now_sec += 100;
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 200; ++i) {
+      UTL_download_directory();
+      usleep(1000);
+    }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(str_holds(said, "The installer cannot extract a file.")) << said;
+    EXPECT_TRUE(str_holds(said, "Destination Path/" + temp_path)) << said;
+    EXPECT_EQ(stg.directory_state, manifest_none);
   }
-  const std::string said = testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(str_holds(said, "The installer cannot extract a file.")) << said;
-  EXPECT_TRUE(str_holds(said, "Destination Path/" + temp_path)) << said;
-  EXPECT_EQ(stg.directory_state, manifest_none);
 }
 
 TEST_F(NetServers, ThePageShowsThatItWaits) {

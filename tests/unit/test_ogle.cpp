@@ -313,6 +313,17 @@ TEST(Ogle, AgreesWithAModelOverManyOperations) {
     run(seed, wraps[seed % 4], 3000);
 }
 
+TEST(Ogle, AWordThatDoesNotMoveOnIsAByte) {
+  class stuck_page : public page {
+    using page::page;
+    const char* WordBreak(const char* b, const char*) override { return b; }
+  };
+  stuck_page p(1000);
+  p.put("ab c");
+  p.Draw(0);
+  EXPECT_EQ(p.drawn, "'ab c'(0,25) ");
+}
+
 TEST(Ogle, DrawsLinesSelectionAndCaret) {
   page p(1000);
   p.put("aaa\nbbb\nccc\nddd\neee");  // rows of 35 units: three whole and a half

@@ -58,11 +58,13 @@ TEST(TexPixels, FlippedBlocksDecodeUpsideDown) {
 }
 
 TEST(TexPixels, DownscaleTakesMeans) {
-  // Two by two of RGB with a pad: each channel by itself.
-  bytes rgb = {10, 0, 1, 20, 0, 3, 99, 30, 0, 5, 40, 4, 7, 99};
-  TEX_image_desc desc{TEX_rgb, 2, 2, 1, 0};
-  TEX_downscale(desc, rgb.data(), 2, 2);
-  EXPECT_EQ(bytes(rgb.begin(), rgb.begin() + 3), (bytes{25, 1, 4}));
+  // RGB with a pad: each channel by itself; the second row goes to the second row.
+  bytes rgb = {10, 0, 1, 20, 0, 3, 99, 30, 0, 5, 40, 4, 7, 99, 8, 0, 9, 8, 0, 9, 99};
+  TEX_image_desc desc{TEX_rgb, 2, 3, 1, 0};
+  TEX_downscale(desc, rgb.data(), 2, 1);
+  const bytes means[] = {{15, 0, 2}, {35, 2, 6}, {8, 0, 9}};
+  for (int y = 0; y < 3; ++y)
+    EXPECT_EQ(bytes(&rgb[size_t(y) * 4], &rgb[size_t(y) * 4 + 3]), means[y]) << y;
   // What does not fill a block is left out; no side vanishes.
   bytes alpha = {10, 20, 99, 30, 40, 99, 77, 77, 77};
   desc = {TEX_alpha, 3, 3, 0, 0};
