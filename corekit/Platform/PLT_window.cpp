@@ -71,7 +71,9 @@ int init_video() {
 }
 
 // SDL wakes its own loop by an event to the window, over a connection of its own. When the window
-// is closed just then, the display answers that there is none, for which Xlib ends the program.
+// is closed just then, the display answers that there is none, for which Xlib ends the program. To
+// be called before SDL opens the display: what it finds then is what it puts back before it closes
+// it.
 int pass_over(void* /*display*/, void* /*error*/) {
   return 0;
 }
@@ -94,6 +96,7 @@ bool open_display() {
   sdl.SetHint(SDL_HINT_MOUSE_DOUBLE_CLICK_RADIUS, "6");  // pixels; else it is half a button's width
   sdl.SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");  // a game would; a wizard may not
   sdl.SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "1");
+  outlive_display_errors();
   if (init_video() != 0) {
     note_error();
     return false;
@@ -105,7 +108,6 @@ bool open_display() {
     sdl.QuitSubSystem(SDL_INIT_VIDEO);
     return false;
   }
-  if (driver && std::strcmp(driver, "x11") == 0) outlive_display_errors();
   plt_wake_through_events(true);
   return true;
 }

@@ -21,7 +21,8 @@ serve_release old
 want 0 install_demo Old
 start_display
 
-echo "The demo: a page by Return, back by Escape, a box by Space"
+echo "The demo: a page by Return, back by Escape, a box by Space; at last the display answers with an error"
+UNDER=(env LD_PRELOAD="$BIN/tests/libfaults.so" FAULT_DISPLAY=1 ASAN_OPTIONS="$ASAN_OPTIONS:verify_asan_link_order=0")
 open_wizard skyvane-demo-installer $(through_proxy "$PORT")
 learn_faces
 
@@ -67,6 +68,7 @@ demo=$(echo "$HOME/Desktop"/*)
 same_copies "$SCRATCH/Old" "$demo"
 press_next
 window_ended 0
+UNDER=()
 
 echo "The update: the second of two copies, by Tab and Space"
 cp -a "$demo" "$SCRATCH/Two"

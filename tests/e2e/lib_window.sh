@@ -16,6 +16,7 @@ SCREEN_DX=$((1024 * SCALE)) SCREEN_DY=$((768 * SCALE))
 WINDOW_DY=600 # units
 WINDOW=       # the X window of the program
 WINDOW_PID=   # its process
+UNDER=()      # what stands before the program, such as env
 FRAME_FILE=   # what the display shows, in the form of xwd
 FRAME_START=0 # where its pixels begin, 4 bytes each: blue, green, red, nothing
 
@@ -87,7 +88,7 @@ open_window() {
   shift
   [ "$SCALE" = 1 ] || watch+=" --scale=$SCALE"
   rm -f "$SCRATCH/texts"  # of the program before
-  "$path" "$@" $watch >"$OUT" 2>&1 </dev/null &
+  "${UNDER[@]}" "$path" "$@" $watch >"$OUT" 2>&1 </dev/null &
   WINDOW_PID=$!
   CHILDREN+=("$WINDOW_PID")
   wait_for "the window" find_window

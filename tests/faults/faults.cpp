@@ -8,6 +8,7 @@
 //   HOW                 the name of an errno below; "short" moves half of the bytes; "end" none
 //   FAULT_NOTE=FILE     what was spoilt, a line each: KIND N HOW PATH-OR-ADDRESS
 //   FAULT_COUNTS=FILE   at the end of the program, a line each: KIND COUNT
+//   FAULT_DISPLAY=1     the last that a display answers, while it is being closed, is an error
 //
 // Passed through uncounted: standard input and output, and what is neither file, folder nor socket.
 // Memory is not asked for here, since the programs bring an allocator of their own;
@@ -406,6 +407,17 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
                    void* with) noexcept {
   REAL(pthread_create);
   return strikes(fault_thread, by_word("")) ? plan.how : real(thread, attributes, work, with);
+}
+
+// As by the headers of X11, which nothing else here needs.
+int XMapWindow(void* display, unsigned long window);
+int XCloseDisplay(void* display) {
+  if (std::getenv("FAULT_DISPLAY")) {
+    REAL(XMapWindow);
+    real(display, 1);  // no window has that number
+  }
+  REAL(XCloseDisplay);
+  return real(display);
 }
 
 }  // extern "C"
