@@ -94,14 +94,7 @@ TEST_F(Archive7z, EveryTruncationAndDamage) {
     EXPECT_EQ(tree_of(out).size(), 1u) << label;
     expect_untouched(label);
   };
-  for (size_t at = 0; at < archive.size(); ++at) {
-    check(archive.substr(0, at), "cut to " + std::to_string(at), true);
-    for (const int flip : {0x01, 0x80, 0xFF}) {
-      std::string bytes = archive;
-      bytes[at] = char(bytes[at] ^ flip);
-      check(bytes, "byte " + std::to_string(at), false);
-    }
-  }
+  for_each_damage(archive, {0x01, 0x80, 0xFF}, check);
 }
 
 // A table of contents that is kept in a stream of its own, byte by byte.
@@ -110,7 +103,7 @@ TEST_F(Archive7z, ATableThatIsStored) {
     std::string bytes = "7z\xBC\xAF\x27\x1C" + std::string(26, '\0') + stream + table;
     bytes[12] = static_cast<char>(stream.size());
     bytes[20] = static_cast<char>(table.size());
-    return io_7z_claims(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), 10);
+    return io_7z_claims(bytes_of(bytes), bytes.size(), 10);
   };
   std::string table{0x17, 6, 0, 1, 9, 2, 0, 7, 0x0B, 1, 0, 1, 1, 0, 0x0C, 2, 0, 0};
   const std::tuple<const char*, size_t, char, claims_7z> rows[] = {

@@ -158,14 +158,6 @@ TEST_F(ArchiveHostile, EveryTruncationAndEveryFlippedBit) {
     for (const auto& item : tree_of(out))
       remove((out + item.first).c_str());
   };
-  for (const std::string& zip : zips) {
-    for (size_t length = 0; length < zip.size(); ++length) {
-      check(zip.substr(0, length), "cut to " + std::to_string(length), true);
-    }
-    for (size_t bit = 0; bit < zip.size() * 8; ++bit) {
-      std::string bytes = zip;
-      bytes[bit / 8] = char(bytes[bit / 8] ^ (1 << (bit % 8)));
-      check(bytes, "bit " + std::to_string(bit), false);
-    }
-  }
+  for (const std::string& zip : zips)
+    for_each_damage(zip, {1, 2, 4, 8, 16, 32, 64, 128}, check);
 }

@@ -52,9 +52,7 @@ TEST_F(ArchivePack, WholeAndStreamed) {
     EXPECT_EQ(seen.pieces > 1, size > limit);
     const std::string bytes = file_text(zip);
     entry_facts facts;
-    EXPECT_TRUE(
-        take_apart(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), facts))
-        << "the short way of the reader";
+    EXPECT_TRUE(take_apart(bytes_of(bytes), bytes.size(), facts)) << "the short way of the reader";
     EXPECT_EQ(facts.plain_size, size);
     run("unzip -tq '" + zip + "' && unzip -p '" + zip + "' | cmp - '" + source + "'");
     // A packer that has packed others makes the same bytes as a new one.

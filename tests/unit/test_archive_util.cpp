@@ -110,6 +110,19 @@ std::string raw_zip(const std::vector<raw_entry>& entries) {
          le(unsigned(contents.size()), 4) + le(unsigned(zip.size()), 4) + le(0, 2);
 }
 
+void for_each_damage(
+    const std::string& archive, const std::vector<int>& flips,
+    const std::function<void(const std::string&, const std::string&, bool)>& check) {
+  for (size_t at = 0; at < archive.size(); ++at) {
+    check(archive.substr(0, at), "cut to " + std::to_string(at), true);
+    for (const int flip : flips) {
+      std::string bytes = archive;
+      bytes[at] = char(bytes[at] ^ flip);
+      check(bytes, "byte " + std::to_string(at) + " by " + std::to_string(flip), false);
+    }
+  }
+}
+
 void ArchiveTest::SetUp() {
   here.file("root/sentinel.txt", "sentinel");
   here.file("root/other/sentinel.txt", "sentinel");

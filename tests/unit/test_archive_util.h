@@ -1,6 +1,7 @@
 // What the archive tests share: a folder beside a sentinel, and a writer of zips that can lie.
 #pragma once
 
+#include <functional>
 #include <map>
 
 #include "corekit/files/io_7z.h"
@@ -42,6 +43,16 @@ struct raw_entry {
 };
 raw_entry deflated_entry(const std::string& name, const std::string& text);
 std::string raw_zip(const std::vector<raw_entry>& entries);
+
+// As the readers in memory want them.
+inline const unsigned char* bytes_of(const std::string& archive) {
+  return reinterpret_cast<const unsigned char*>(archive.data());
+}
+
+// An archive that is cut at every byte, and one in which that byte is flipped by each of these.
+void for_each_damage(const std::string& archive, const std::vector<int>& flips,
+                     const std::function<void(const std::string& bytes, const std::string& label,
+                                              bool is_cut)>& check);
 
 // root/ with out/, where archives are unpacked, and things that no archive may touch.
 class ArchiveTest : public testing::Test {

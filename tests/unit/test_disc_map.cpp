@@ -85,12 +85,8 @@ TEST(DiscMap, Drags) {
 }  // namespace
 
 TEST(DiscMapKeys, ArrowsSpaceAndShift) {
-  const struct {
-    const char* label;
-    std::vector<int> vkeys;
-    int flags;
-    int column, row, painted, selected;  // the cell at last, whether the last key painted, how many
-  } rows[] = {
+  // Keys and flags; the cell at last, whether the last key painted, how many are selected.
+  const std::tuple<const char*, std::vector<int>, int, int, int, int, long> rows[] = {
       {"Space turns", {vk_space}, key_down, 1, 1, 1, 1},
       {"twice is none", {vk_space, vk_space}, key_down, 1, 1, 1, 0},
       {"a held Space does not", {vk_space}, 0, 1, 1, 0, 0},
@@ -99,17 +95,17 @@ TEST(DiscMapKeys, ArrowsSpaceAndShift) {
       {"Shift paints a rectangle", {vk_right, vk_right, vk_up}, key_down | key_shift, 3, 2, 1, 6},
       {"another key", {vk_home}, key_down, 1, 1, 0, 0},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.label);
+  for (const auto& [label, vkeys, flags, column, row, paints, selected] : rows) {
+    SCOPED_TRACE(label);
     int table[sector_count] = {};
     map_cursor cursor;
     cursor.column = cursor.row = 1;
     int painted = 0;
-    for (const int vkey : row.vkeys)
-      painted = map_take_key(vkey, row.flags, cursor, table);
-    EXPECT_EQ(painted, row.painted);
-    EXPECT_EQ(cursor.column, row.column);
-    EXPECT_EQ(cursor.row, row.row);
-    EXPECT_EQ(std::count(std::begin(table), std::end(table), 1), row.selected);
+    for (const int vkey : vkeys)
+      painted = map_take_key(vkey, flags, cursor, table);
+    EXPECT_EQ(painted, paints);
+    EXPECT_EQ(cursor.column, column);
+    EXPECT_EQ(cursor.row, row);
+    EXPECT_EQ(std::count(std::begin(table), std::end(table), 1), selected);
   }
 }

@@ -8,18 +8,15 @@
 
 #include "Installer-f/engine/utils_md5.h"
 #include "Installer-f/engine/utils_md5_lanes.h"
-#include "tests/unit/test_files_scratch.h"
+#include "corekit/files/sign.h"
+#include "tests/unit/test_archive_util.h"
 
 namespace {
 
 std::string hex(const uint32_t (&chain)[4]) {
   uint8_t digest[16];
   MD5_store(digest, chain);
-  std::string text;
-  for (const uint8_t byte : digest)
-    for (const int half : {byte >> 4, byte & 15})
-      text += "0123456789abcdef"[half];
-  return text;
+  return sign_hex(digest);
 }
 
 std::string scalar_digest(const std::string& bytes) {
@@ -103,14 +100,6 @@ TEST(EngineMd5Lanes, Codes) {
     EXPECT_LE(code.lanes, MD5_lanes_most) << code.name;
     std::printf("%s: %d lanes\n", code.name, code.lanes);
   }
-}
-
-std::string noise(size_t size, uint32_t seed) {
-  std::mt19937 random(seed);
-  std::string bytes(size, '\0');
-  for (char& byte : bytes)
-    byte = static_cast<char>(random());
-  return bytes;
 }
 
 // Every length about the padding's turning points, and about the slices of the wide update.

@@ -28,8 +28,7 @@ class Place : public engine_tree {
   }
   place_result place(const std::string& path, const std::string& archive, const std::string& sig,
                      uint64_t most = 1000) {
-    const auto* const bytes = reinterpret_cast<const unsigned char*>(archive.data());
-    return place_archive(*copy_gate(), bytes, archive.size(), {path, sig, most});
+    return place_archive(*copy_gate(), bytes_of(archive), archive.size(), {path, sig, most});
   }
 };
 

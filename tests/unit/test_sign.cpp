@@ -195,10 +195,7 @@ TEST(Sign, SetsOfFiles) {
   };
   for (const auto& [label, archive, outcome] : rows) {
     set_entry entries[] = {{"a", 4}, {"b", 4}};
-    EXPECT_EQ(io_read_set(reinterpret_cast<const unsigned char*>(archive.data()), archive.size(),
-                          entries),
-              outcome)
-        << label;
+    EXPECT_EQ(io_read_set(bytes_of(archive), archive.size(), entries), outcome) << label;
     if (outcome != single_ok) continue;
     EXPECT_EQ(entries[0].bytes + entries[1].bytes, "122") << label;
   }
@@ -215,12 +212,11 @@ TEST(SignSet, IsReadAsItWasWritten) {
       0);
   const std::string zip = content_of(path);
   set_entry entries[] = {{"a", 4}, {"b", 100'000}};
-  const auto* const bytes = reinterpret_cast<const unsigned char*>(zip.data());
-  EXPECT_EQ(io_read_set(bytes, zip.size(), entries), single_ok);
+  EXPECT_EQ(io_read_set(bytes_of(zip), zip.size(), entries), single_ok);
   EXPECT_TRUE(entries[0].bytes.empty());
   EXPECT_EQ(entries[1].bytes, large);
   entries[1].most = 99'999;
-  EXPECT_EQ(io_read_set(bytes, zip.size(), entries), single_too_large);
+  EXPECT_EQ(io_read_set(bytes_of(zip), zip.size(), entries), single_too_large);
   // Packed; of Unix, mode 0644, with its date, in the order given.
   EXPECT_LT(zip.size(), 1000u);
   const size_t central = zip.find("PK\1\2");

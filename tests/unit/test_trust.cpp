@@ -74,7 +74,7 @@ TEST_F(Trust, EachFileItsLine) {
     ASSERT_EQ(accept("list", sums, statement("list", sums)), sign_good);
     EXPECT_EQ(trust_take_sums(), is_whole) << label;
     if (!is_whole) continue;
-    EXPECT_TRUE(trust_sum(0)->is_of(reinterpret_cast<const unsigned char*>("A"), 1)) << label;
+    EXPECT_TRUE(trust_sum(0)->is_of(bytes_of("A"), 1)) << label;
     EXPECT_EQ(trust_sum(1)->archive_bytes, 0u) << label;
     EXPECT_EQ(trust_sum(2)->mode, unsigned(S_IFLNK | 0777)) << label;
   }
@@ -112,9 +112,8 @@ TEST_F(Trust, AnArchiveThatWasSignedForAndItsContent) {
     write("copy/old.txt", "old");
     file_sum sum = good;
     change(sum);
-    const place_result result =
-        place_archive(*copy_gate(), reinterpret_cast<const unsigned char*>(archive.data()),
-                      archive.size(), {"old.txt", std::string(sig_of_new), 1000, &sum});
+    const place_result result = place_archive(*copy_gate(), bytes_of(archive), archive.size(),
+                                              {"old.txt", std::string(sig_of_new), 1000, &sum});
     EXPECT_EQ(result.outcome, is_good ? place_ok : place_not_signed_for) << label;
     EXPECT_EQ(read("copy/old.txt"), is_good ? "new" : "old") << label;
   }

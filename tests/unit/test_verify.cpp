@@ -85,45 +85,41 @@ TEST_F(EngineVerify, APassOverATree) {
        {"a/current", "a/dropped", "windows", "lib/1", "lib/2", "Spelt Otherwise", "shut"})
     write("copy/" + std::string(name), "abc");
   write("copy/a/changed", "abcd");
-  add("ALL_os/a/current", {"older", md5_of_abc});
-  add("ALL_os/a/changed", {md5_of_abc});
-  add("ALL_os/a/dropped", {md5_of_abc, "GONE"});
-  add("ALL_os/a/absent", {md5_of_abc});
-  add("IBM_os/windows", {md5_of_abc}).os = 2;  // of no copy for this machine
-  add("ALL_os/spelt otherwise", {md5_of_abc});
-  add("ALL_os/a", {md5_of_abc});            // a folder in its place
-  add("ALL_os/a/current/x", {md5_of_abc});  // a file in its folder's place
-  add("ALL_os/none/x", {md5_of_abc});
-  add("ALL_os/A/CURRENT", {md5_of_abc});  // answers for its own spelling only
-  // What this user may not read, and what is no file at all, is somebody's all the same.
-  add("ALL_os/shut", {md5_of_abc});
   ASSERT_EQ(mkfifo((root + "copy/fifo").c_str(), 0644), 0);
-  add("ALL_os/fifo", {md5_of_abc});
   here.link("copy/link", "abc");
-  add("ALL_os/link", {md5_of_abc});
   here.link("copy/loop", "loop");
-  add("ALL_os/loop/x", {md5_of_abc});
-  add("LIN_os/lib/1", {md5_of_abc}).os = 3;
-  add("ALL_os/lib/2", {md5_of_abc}).os = 6;
+  // The path, its platform and what the release has; what is found, and whether that is it.
+  const std::tuple<const char*, int, const char*, const char*, int> rows[] = {
+      {"ALL_os/a/current", 0, md5_of_abc, md5_of_abc, 1},
+      {"ALL_os/a/changed", 0, md5_of_abc, "e2fc714c4727ee9395f324cd2e7f331f", 0},
+      {"ALL_os/a/dropped", 0, "GONE", md5_of_abc, 0},
+      {"ALL_os/a/absent", 0, md5_of_abc, "NONE", 0},
+      {"IBM_os/windows", 2, md5_of_abc, "", 0},  // of no copy for this machine
+      {"ALL_os/spelt otherwise", 0, md5_of_abc, md5_of_abc, 1},
+      {"ALL_os/a", 0, md5_of_abc, "NONE", 0},            // a folder in its place
+      {"ALL_os/a/current/x", 0, md5_of_abc, "NONE", 0},  // a file in its folder's place
+      {"ALL_os/none/x", 0, md5_of_abc, "NONE", 0},
+      {"ALL_os/A/CURRENT", 0, md5_of_abc, "NONE", 0},  // answers for its own spelling only
+      // What this user may not read, and what is no file at all, is somebody's all the same.
+      {"ALL_os/shut", 0, md5_of_abc, "UNREADABLE", 0},
+      {"ALL_os/fifo", 0, md5_of_abc, "UNREADABLE", 0},
+      {"ALL_os/link", 0, md5_of_abc, md5_of_abc, 1},
+      {"ALL_os/loop/x", 0, md5_of_abc, "UNREADABLE", 0},
+      {"LIN_os/lib/1", 3, md5_of_abc, md5_of_abc, 1},
+      {"ALL_os/lib/2", 6, md5_of_abc, md5_of_abc, 1},
+  };
+  for (const auto& [path, os, shipped, found, matches] : rows)
+    add(path, {"older", shipped}).os = os;
   ASSERT_EQ(chmod((root + "copy/shut").c_str(), 0), 0);
   ASSERT_EQ(chmod(root.c_str(), 0755), 0);
   {
     const ordinary_user user;
     run_pass();
   }
-  const std::pair<std::string, int> rows[] = {
-      {md5_of_abc, 1},   {"e2fc714c4727ee9395f324cd2e7f331f", 0},
-      {md5_of_abc, 0},   {"NONE", 0},
-      {"", 0},           {md5_of_abc, 1},
-      {"NONE", 0},       {"NONE", 0},
-      {"NONE", 0},       {"NONE", 0},
-      {"UNREADABLE", 0}, {"UNREADABLE", 0},
-      {md5_of_abc, 1},   {"UNREADABLE", 0},
-      {md5_of_abc, 1},   {md5_of_abc, 1},
-  };
   for (size_t i = 0; i < std::size(rows); ++i) {
-    EXPECT_EQ(sim_info[i].current().sig_have, rows[i].first) << sim_info[i].current().path;
-    EXPECT_EQ(sim_info[i].current().sig_match, rows[i].second) << sim_info[i].current().path;
+    const auto& [path, os, shipped, found, matches] = rows[i];
+    EXPECT_EQ(sim_info[i].current().sig_have, found) << path;
+    EXPECT_EQ(sim_info[i].current().sig_match, matches) << path;
   }
   write("copy/a/absent", "abc");
   ASSERT_EQ(unlink((root + "copy/a/current").c_str()), 0);
