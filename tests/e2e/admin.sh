@@ -45,9 +45,7 @@ in German|Es gibt keine Option '--x'.|skyvane-web-updater;--unattended;--x;--pre
 an answer in Spanish|--uninstall necesita el nombre de la copia|skyvane-web-updater;--uninstall;--pref:_lang=4
 ROWS
 
-echo "Before: the version, and a look, by a proxy of the environment, that writes nothing"
-want 0 run "${install[0]}" --version
-[ "$(cat "$OUT")" = "Skyvane Web Demo Installer 2.01r1" ] || fail "no version"
+echo "Before: a look, by a proxy of the environment, that writes nothing"
 want 0 run skyvane-web-updater --list --json
 objects "not $(events copy) and o[-1]['result'] == 'done'"
 export http_proxy=http://127.0.0.1:$PORT/

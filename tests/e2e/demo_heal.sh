@@ -120,10 +120,7 @@ touch "$SCRATCH/slow"
 start_display
 open_wizard skyvane-demo-installer $(through_proxy "$PORT")
 learn_faces
-next_to 1
-click_away 230 103
-next_to 3
-wait_open
+walk_to_place
 shot demo_9_goes_on
 press_next
 [ -z "$changed" ] || { wait_question; answer keep; }

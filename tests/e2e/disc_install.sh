@@ -16,9 +16,7 @@ grep -qxF "$SCRATCH/My copy/" "$XDG_CONFIG_HOME"/*/skyvane_install.txt || fail "
 
 # The next run knows the copy, and offers another one. All discs in drives of their own: none is asked
 # for, none is ejected; and without scenery none comes.
-only_disc 1
-insert_disc 2
-insert_disc 3
+all_discs_of "$IMAGES"
 want 0 run_with_discs --accept_eula --dest="$SCRATCH" --name=None --sectors=none
 want_asked_for ""
 SECTORS=nothing same_tree "$SOURCE" Linux "$SCRATCH/None"

@@ -28,9 +28,7 @@ want_status 2 "I accept this agreement."
 want_no_leftovers
 
 # Where nothing that is copied can run, it works from the disc.
-only_disc 1
-insert_disc 2
-insert_disc 3
+all_discs_of "$IMAGES"
 DISC=${DISC%/*}/1
 if [ "$(id -u)" = 0 ]; then
   volume "$SCRATCH/tight" size=200m,noexec
@@ -41,8 +39,7 @@ fi
 
 # With a window, and in German: the one that was started ends when its copy takes over, with the
 # language files; the disc is free from then on.
-for disc in 1 2 3; do take_out "$disc"; done
-insert_disc 1
+only_disc 1
 export XDG_CONFIG_HOME=$SCRATCH/other XDG_STATE_HOME=$SCRATCH/other_state  # where no copy is known
 own_home
 copy_pid() { WINDOW_PID=$(pgrep -f "^$TMPDIR/skyvane-disc-"); }

@@ -77,9 +77,10 @@ is_in() { mountpoint -q "$DISCS/$1" || mountpoint -q "/media/skyvane-e2e-$$/$1";
 
 take_out() { ! is_in "$1" || umount -l "$DISCS/$1" 2>/dev/null || umount -l "/media/skyvane-e2e-$$/$1"; }
 
+# only_disc N [IMAGES]: that one, and no other.
 only_disc() {
   for disc in 1 2 3; do take_out "$disc"; done
-  insert_disc "$1"
+  insert_disc "$@"
 }
 
 all_discs_of() {  # IMAGES

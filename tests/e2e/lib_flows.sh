@@ -29,6 +29,14 @@ dialog_is_gone() { shows "${DIALOG_SPOT[@]}" "$PANEL"; }
 wait_dialog() { wait_for "a dialog" dialog_is_up; }
 wait_no_dialog() { wait_for "the page behind the dialog" dialog_is_gone; }
 
+# walk_to_place: from the demo's first page, over the licence, to the one that asks for the destination.
+walk_to_place() {
+  next_to 1
+  accept_licence
+  next_to 3
+  wait_open
+}
+
 open_options() {
   click_away 145 23
   wait_dialog

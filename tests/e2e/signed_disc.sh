@@ -7,8 +7,7 @@ DISC_PROGRAM=skyvane-disc-signed
 
 install_from() {  # IMAGES ARGS...
   rm -rf "$SCRATCH/Copy"
-  for disc in 1 2 3; do take_out "$disc"; done
-  insert_disc 1 "$1"
+  only_disc 1 "$1"
   IMAGES=$1 run_with_discs --accept_eula --sectors=all --dest="$SCRATCH" --name=Copy "${@:2}"
 }
 sign() { "$(program skyvane-disc-installer)" --sign_master=. --sign="$BIN/e2e_keys/present.key" "$@" 2>/dev/null; }

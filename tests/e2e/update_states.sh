@@ -249,7 +249,7 @@ obstacle() {
   want "$2" update
   [ -z "$3" ] || want_text "$3"
   prints "$COPY" >"$SCRATCH/after.txt"
-  { grep -E 'mine\.txt ([0-9a-f]{32}|f [0-7]+)$' "$SCRATCH/before.txt" || true; } | while read -r line; do
+  { grep -E "mine\.txt f [0-7]+$| $(echo mine | md5sum | cut -c -32)$" "$SCRATCH/before.txt" || true; } | while read -r line; do
     grep -qxF -- "$line" "$SCRATCH/after.txt" || fail "$label: the user's file was touched"
   done
   [ "$(cat "$outside/mine.txt")" = mine ] || fail "$label: a file outside was touched"
@@ -278,12 +278,10 @@ obstacle "a part left by a run that was killed" 0 "" \
   'echo half >.skyvane_part; ln -s "'"$outside"'/mine.txt" way_in/.skyvane_part' true
 obstacle "a file in a folder's place" 1 "Error: Not a directory" \
   'rm -r way_in/deep; echo mine >way_in/deep'
-[ "$(cat "$COPY/Resources/way_in/deep")" = mine ] || fail "$label: the user's file was touched"
 cleared 'rm way_in/deep'
 
 obstacle "a file in the place of folders" 2 "Error: Not a directory" 'rm -r way_in; echo mine >way_in'
 want_text "Make sure you are installing to a directory that you have access to!"
-[ "$(cat "$COPY/Resources/way_in")" = mine ] || fail "$label: the user's file was touched"
 cleared 'rm way_in'
 
 # A folder of the user's own is opened for the moment that the file takes.

@@ -85,10 +85,7 @@ quit_wizard
 
 echo "A mirror that has nothing, then one with a damaged file"
 open_wizard skyvane-demo-installer $(through_proxy "$PORT")
-next_to 1
-accept_licence
-next_to 3
-wait_open
+walk_to_place
 touch "$SCRATCH/down"
 next_to 4
 wait_for "refusals" was_refused

@@ -108,10 +108,7 @@ has_copy() { [ -n "$(find "$1" -type f ! -name '*.zip' 2>/dev/null)" ]; }
 start_destination() {
   PATH=$1 open_wizard skyvane-demo-installer $(through_proxy "$PORT")
   learn_faces
-  next_to 1
-  accept_licence
-  next_to 3
-  wait_open
+  walk_to_place
 }
 
 # install_named NAME FOLDER: gives the copy a name, begins, sees it come, and cancels.

@@ -55,8 +55,6 @@ learn_faces
 shot web_1_welcome
 next_to 1
 wait_grey
-press_next
-step_is_lit 1 || fail "Next moved on with no copy chosen"
 pick_copy 0
 wait_open
 radios=$(picture_of 240 370 20 45)
