@@ -131,8 +131,8 @@ is_gone() { [ ! -e "$1" ]; }
 locate_window() {
   local info
   info=$(xwininfo -id "$WINDOW") || fail "the window is gone"
-  LEFT=$(sed -n 's/.*Absolute upper-left X: *//p' <<<"$info")
-  TOP=$(sed -n 's/.*Absolute upper-left Y: *//p' <<<"$info")
+  [[ $info =~ Absolute\ upper-left\ X:\ *(-?[0-9]+).*Absolute\ upper-left\ Y:\ *(-?[0-9]+) ]]
+  LEFT=${BASH_REMATCH[1]} TOP=${BASH_REMATCH[2]}
 }
 
 # --- hand ------------------------------------------------------------------------------------------
@@ -163,12 +163,10 @@ press_key() { xdotool key --delay 20 "$@"; }
 # area X Y DX DY: the colours of a rectangle by its lower left, rrggbb, a line each, from the top. Of a
 # unit the pixel at its upper left is taken.
 area() {
-  local LEFT TOP row first
+  local LEFT TOP
   locate_window
-  for ((row = $2 + $4 - 1; row >= $2; --row)); do
-    first=$(((TOP + (WINDOW_DY - 1 - row) * SCALE) * SCREEN_DX + LEFT + $1 * SCALE))
-    od -An -v -w$((4 * SCALE)) -tx1 -j $((FRAME_START + first * 4)) -N $(($3 * SCALE * 4)) "$FRAME_FILE"
-  done | awk '{ print $3 $2 $1 }'
+  "$BIN/tests/area" "$FRAME_FILE" "$FRAME_START" "$SCREEN_DX" $((LEFT + $1 * SCALE)) \
+    $((TOP + (WINDOW_DY - $2 - $4) * SCALE)) "$3" "$4" "$SCALE"
 }
 
 colour_at() { area "$1" "$2" 1 1; }
