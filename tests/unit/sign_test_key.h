@@ -42,16 +42,20 @@ inline sign_statement statement_of_list(const std::string& list, int64_t serial,
   return made;
 }
 
-// The statement and its signature.
-inline std::string signed_by_test_key(const std::string& statement) {
+inline void read_test_key(maker_key& key) {
   const std::string path = testing::TempDir() + "skyvane-key-" + std::to_string(getpid());
   std::ofstream(path)
       << "untrusted comment: minisign encrypted secret key\n"
          "RWQAAEIyAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA9DJ"
          "7wVwFOZmrtYAGO0owngXcJ40D1rL5d8f1B3Y7mOHeqo9V4/CGQcYVDbKd1MmBHQ2BLcNw88CW1im"
          "G9F82ILtTLgndV8JAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=\n";
-  maker_key key;
   EXPECT_EQ(key.read(path, -1), "");
   unlink(path.c_str());
+}
+
+// The statement and its signature.
+inline std::string signed_by_test_key(const std::string& statement) {
+  maker_key key;
+  read_test_key(key);
   return statement + key.sign(statement, "a test's");
 }

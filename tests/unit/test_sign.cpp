@@ -35,6 +35,16 @@ std::string without(std::string text, const std::string& part) {
   return text.erase(text.find(part), part.size());
 }
 
+TEST(Sign, NothingIsLeftOfAMakersKey) {
+  alignas(maker_key) unsigned char room[sizeof(maker_key)] = {};
+  const auto zeros = [&room] { return std::count(room, room + sizeof room, 0); };
+  auto* const key = new (room) maker_key;
+  read_test_key(*key);
+  EXPECT_LT(zeros(), 20);
+  key->~maker_key();
+  EXPECT_GE(zeros(), 64);
+}
+
 TEST(Sign, WhatMinisignHasMadeAndNothingElse) {
   const std::vector<sign_public_key> keys = {test_key()};
   sign_public_key other = test_key();
