@@ -1,5 +1,6 @@
-// Prints the colours of a rectangle of a display's frame file, rrggbb, a line each, from the top. What
-// waits for a picture looks many times a second, and takes the processor from the program that draws.
+// Prints the colours of a rectangle of a display's frame file, rrggbb, a line each, from the top.
+// What waits for a picture looks many times a second, and takes the processor from the program that
+// draws.
 //
 // area FILE START WIDTH X Y DX DY STEP: START is where the pixels begin, 4 bytes each: blue, green,
 // red, nothing; WIDTH that of the display, X and Y the upper left; of each STEP by STEP pixels the
@@ -24,7 +25,8 @@ int main(int count, char** words) {
   for (long at = 0; at < dy; ++at) {
     const long first = start + ((y + at * step) * width + x) * 4;
     if (pread(file, row.data(), row.size(), first) != static_cast<ssize_t>(row.size())) return 1;
-    for (const unsigned char* pixel = row.data(); pixel < row.data() + row.size(); pixel += step * 4)
+    for (const unsigned char* pixel = row.data(); pixel < row.data() + row.size();
+         pixel += step * 4)
       std::printf("%02x%02x%02x\n", pixel[2], pixel[1], pixel[0]);
   }
   return 0;

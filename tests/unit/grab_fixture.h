@@ -80,13 +80,19 @@ class Grab : public testing::Test {
   std::string log_path_;
 };
 
-// A mirror that serves `files` by their full URL, and 404 for the rest, each after a pause.
+// A mirror that serves `files` by their full URL, and 404 for the rest, each after a pause; it does
+// not work when it is asked for `away` the first time.
 class mirror {
  public:
-  explicit mirror(std::map<std::string, std::string> files, int pause_ms = 0)
-      : files_(std::move(files)), server_([this, pause_ms](const std::string& request) {
+  explicit mirror(std::map<std::string, std::string> files, int pause_ms = 0, std::string away = "")
+      : files_(std::move(files)),
+        server_([this, pause_ms, away](const std::string& request) mutable {
           usleep(static_cast<useconds_t>(pause_ms) * 1000);
           const std::string url = request.substr(4, request.find(" HTTP/") - 4);
+          if (url == away) {
+            away.clear();
+            return whole_answer("not now", "503 Service Unavailable");
+          }
           const auto found = files_.find(url);
           return found != files_.end() ? whole_answer(found->second)
                                        : whole_answer("no such file", "404 Not Found");

@@ -118,7 +118,10 @@ TEST_F(Grab, AFileThatEveryMirrorRefusesIsPassedOver) {
   const std::string other = archive_of("b.txt", "another");
   mirror m({{"http://one/up/rel/ALL_os/c.txt.zip", archive_of("c.txt", "C")},
             {"http://two/pub/rel/ALL_os/c.txt.zip", archive_of("c.txt", "C")},
-            {"http://one/up/rel/ALL_os/b.txt.zip", other}});
+            {"http://one/up/rel/ALL_os/b.txt.zip", other},
+            {"http://two/pub/rel/ALL_os/d.txt.zip", archive_of("d.txt", "D")}},
+           0, "http://two/pub/rel/ALL_os/d.txt.zip");
+  add_history(wanted_file("ALL_os/d.txt", 1, "f623e75af30e62bbd73d6df5b50bb7b5"));
   add_history(wanted_file("ALL_os/a.txt", 1, "0cc175b9c0f1b6a831c399e269772661"));
   add_history(wanted_file("ALL_os/b.txt", 1, "92eb5ffee6ae2fec3ad71c777531578f"));
   add_history(wanted_file("ALL_os/c.txt", 1, "0d61f8370cad1d412f80b84d143e1257"));
@@ -134,6 +137,7 @@ TEST_F(Grab, AFileThatEveryMirrorRefusesIsPassedOver) {
   EXPECT_EQ(next.finished, 1);
   passes_over_missing = false;
   EXPECT_EQ(content_of(dest_dir_path + "c.txt"), "C");
+  EXPECT_EQ(content_of(dest_dir_path + "d.txt"), "D") << "refused by one, and the other came back";
   EXPECT_EQ(stg.extract_failed, 1) << "the job has not done what it was to do";
   EXPECT_LE(alerts_shown, alerts_before + 1);
   ASSERT_EQ(missing_files.size(), 2u);

@@ -1,5 +1,6 @@
 // The server list and the manifest's download, against a scripted server.
 
+#include "Installer-f/engine/utils_grab_mirrors.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/settings/main_stg.h"
@@ -236,6 +237,8 @@ TEST_F(NetServers, ListThenManifest) {
   EXPECT_EQ(sim_info[0].current().path, "ALL_os/a.txt");
   UTL_download_directory();
   EXPECT_EQ(server.requests().size(), expected_requests) << "nothing more to do";
+  mirror_failed(0, xtim.now_sec);
+  EXPECT_FLOAT_EQ(mirror_rests_for(0), 0.5f) << "it has delivered: its rests begin anew";
 }
 
 TEST_F(NetServers, TheTestReleaseIsGoneOnWith) {
