@@ -117,6 +117,8 @@ TEST(Diag, FatalAlertLeavesCrawlAndReport) {
     gaps += at->ends_with("--------");
   EXPECT_GT(gaps, 2u);
   EXPECT_GT(lines, gaps + 20);
+  EXPECT_TRUE(at[0].starts_with("    Total virtual:  ")) << at[0];
+  EXPECT_TRUE(at[1].starts_with("    Total resident:  ")) << at[1];
 }
 
 TEST(Diag, CrawlStopsAtAHundredFrames) {

@@ -593,6 +593,9 @@ TEST_F(Flows, RunsThatFail) {
   use_proxy_port(closed_port());
   all += web({"--give_up_after=0.5"});
   all += web({"--json", "--give_up_after=0.5"});
+  const scripted_server silent([](const std::string&) { return scripted_reply{{}, true}; });
+  use_proxy_port(silent.port());
+  all += web({"--give_up_after=0.5"});
   EXPECT_EQ(all, written("runs that fail"));
 }
 
