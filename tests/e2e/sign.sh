@@ -18,7 +18,7 @@ master() {
   SIGNED="$MASTER/disk_0/$name/directory.signed.zip"
 }
 program=$(program skyvane-web-updater)
-go() { STATUS=0; timeout 300 "$sign" --program="$program" "$@" >"$OUT" 2>&1 </dev/null || STATUS=$?; }
+go() { STATUS=0; timeout 300 "$sign" --program="$program" "$@" >"$OUT" 2>&1 <"${INPUT:-/dev/null}" || STATUS=$?; }
 is_signed() {  # KEY: by minisign's own judgement
   unzip -p "$SIGNED" directory.sig >"$SCRATCH/sig"
   sed '/^untrusted comment:/,$d' "$SCRATCH/sig" >"$SCRATCH/stated"
@@ -59,7 +59,7 @@ master
 want 0 go --key="$KEYS/locked.key" --password_fd=3 "$MASTER" 3<<<"a password"
 is_signed locked
 master
-go --key="$KEYS/locked.key" --password_fd=3 "$MASTER" 3<<<"another"
+INPUT=<(echo another) go --key="$KEYS/locked.key" --password_fd=0 "$MASTER"
 want_status 2 "The password is not that of the signing key."
 not_signed
 STATUS=0

@@ -35,6 +35,7 @@ entry=$(sed -n 's/^StartupWMClass=//p' "$BIN/packaging/skyvane-demo-installer/ed
 [ "$(xprop -id "$WINDOW" WM_CLASS)" = "WM_CLASS(STRING) = \"$entry\", \"$entry\"" ] || fail "no class"
 [ "$entry" = example.skyvane.skyvane_demo_installer ] || fail "the entry is for another class"
 grep -q . <(xprop -id "$WINDOW" -notype 32c _NET_WM_ICON 2>/dev/null) || fail "no icon"
+grep -qxF "Screen           : 1024 by 768, 24 bits" "$SCRATCH/bin/Skyvane Installer Log.txt" || fail "no screen in the log"
 learn_faces
 press_back
 step_is_lit 0 || fail "Back moved off the first page"
