@@ -11,19 +11,6 @@
 
 namespace {
 
-// A socket bound to an ephemeral port of the loopback address.
-int bound_socket(int* port) {
-  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), size), 0);
-  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
-  *port = ntohs(address.sin_port);
-  return descriptor;
-}
-
 bool send_all(int caller, const std::string& bytes) {
   for (size_t at = 0; at < bytes.size();) {
     const ssize_t sent = send(caller, bytes.data() + at, bytes.size() - at, MSG_NOSIGNAL);
@@ -145,6 +132,18 @@ void scripted_server::serve(int caller) {
   } else {
     close(caller);
   }
+}
+
+int bound_socket(int* port) {
+  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), size), 0);
+  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
+  *port = ntohs(address.sin_port);
+  return descriptor;
 }
 
 int closed_port() {

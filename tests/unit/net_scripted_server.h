@@ -60,6 +60,8 @@ class scripted_server {
   std::thread thread_;
 };
 
+// A socket bound to a free port of 127.0.0.1; whose it is, closes it.
+int bound_socket(int* port);
 // A port of 127.0.0.1 on which nothing listens.
 int closed_port();
 

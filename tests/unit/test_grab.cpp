@@ -155,6 +155,20 @@ TEST_F(Grab, AFileThatEveryMirrorRefusesIsPassedOver) {
   missing_files.clear();
 }
 
+// One that may be so large goes by way of the disk.
+TEST_F(Grab, NoPlaceForAnArchiveIsToldOnce) {
+  const std::string archive = archive_of("a", "A");
+  mirror m(
+      {{"http://one/up/rel/ALL_os/a.zip", archive}, {"http://two/pub/rel/ALL_os/a.zip", archive}});
+  add_history(wanted_file("ALL_os/a", 5000, "7fc56270e7a70fa81a5935b72eacbe29"));
+  temp_path += "none/";
+  const int alerts_before = alerts_shown;
+  EXPECT_TRUE(run_job());
+  EXPECT_EQ(alerts_shown, alerts_before + 1);
+  EXPECT_EQ(stg.extract_failed, 1);
+  EXPECT_EQ(m.requests().size(), 1u) << "no other mirror would change that";
+}
+
 TEST_F(Grab, APathOutsideTheDestinationIsRefused) {
   const std::string outside = new_folder() + "victim";
   std::ofstream(outside) << "untouched";
