@@ -7,6 +7,7 @@
 #include <new>
 #include <regex>
 
+#include "corekit/Platform/PLT_memory.h"
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/base/UTL_debug.h"
 #include "corekit/base/UTL_mempool.h"
@@ -154,6 +155,9 @@ TEST(Diag, NumbersAndUnits) {
 }
 
 TEST(Diag, RegionsAreWhatWasMapped) {
+  const PLT_memory_sizes sizes = PLT_memory_size();
+  EXPECT_GT(sizes.virt, sizes.resident);
+  EXPECT_GT(sizes.resident, 100 * sizes.page);
   const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
   unsigned char* const memory = static_cast<unsigned char*>(
       mmap(nullptr, page * 4, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
