@@ -312,6 +312,33 @@ TEST(Platform, FiguresOfTheMachine) {
   EXPECT_EQ(figures.system, "Linux");
 }
 
+TEST(Platform, WhatTheMachineTells) {
+  std::string version[3];
+  for (const auto& [release, parts] : {std::pair{"6.1.0-28-amd64", "6|1|0"},
+                                       {"4.19", "4|19|?"},
+                                       {"x6", "?|?|?"},
+                                       {"5.", "5|?|?"}}) {
+    PLT_parse_release(release, version);
+    EXPECT_EQ(version[0] + '|' + version[1] + '|' + version[2], parts);
+  }
+  for (const auto& [info, mhz] : {std::pair{"cpu MHz\t\t: 2499.6\ncpu MHz: 1", 2500},
+                                  {"a\ncpu MHz: 800", 800},
+                                  {"cpu MHz", 0},
+                                  {"the cpu MHz: 1", 0},
+                                  {"cpu MHz: -1", 0},
+                                  {"cpu MHz: 1000000", 0},
+                                  {"", 0}}) {
+    EXPECT_EQ(PLT_parse_cpu_mhz(info), mhz) << info;
+  }
+  // The first four characters.
+  for (const auto& [machine, type] : {std::pair{"x86_64", 0x69787878u},
+                                      {"i686", 0x69787878u},
+                                      {"i286", 0x69323836u},
+                                      {"ppc", 0x70706320u},
+                                      {"", 0u}})
+    EXPECT_EQ(PLT_parse_cpu_type(machine), type) << machine;
+}
+
 TEST(Platform, FreeSpace) {
   const scratch_folder here;
   unsigned long long total = 1, free = 2, total_later = 3, free_later = 4;
