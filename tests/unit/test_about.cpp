@@ -128,6 +128,11 @@ class AboutBox : public window_fixture {
     return content_of("made.zip");
   }
 
+  static std::string zip_of_link() {
+    EXPECT_EQ(std::system("ln -s /bin/sh link && zip -qy link.zip link && rm link"), 0);
+    return content_of("link.zip");
+  }
+
   std::string folder_, home_;
 };
 
@@ -169,6 +174,8 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
       {"newer, and no such file", newer, gone, "/final.zip ", "unable to download"},
       {"a damaged archive", newer, whole_answer(zip.substr(0, zip.size() / 2)), "/final.zip ",
        "There was an error unzipping the installer: We were unable to open a zip file."},
+      {"a link in an archive", newer, whole_answer(zip_of_link()), "/final.zip ",
+       "damaged (20002)"},
       {"no archive at all", newer, whole_answer("<html>"), "/final.zip ", "damaged (20001)"},
       {"a newer test release", list_of(91000, 91002), gone, "/beta.zip ", "unable to download"},
       // With keys: only a signed list, and only the very archive that it vouches for.
