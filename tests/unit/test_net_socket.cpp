@@ -189,6 +189,8 @@ TEST(NetSocket, DatagramsComeWholeOrCutAndNameTheirSender) {
   EXPECT_EQ(from, here);
   EXPECT_EQ(ours.ReadData(got, sizeof got, &from, &from_port), 4);
   EXPECT_EQ(std::string_view(got, 8), "nextole ") << "the rest of the first is gone";
+  EXPECT_EQ(theirs.udp_WriteData("", 0, here, port), 0);
+  EXPECT_EQ(ours.ReadData(got, sizeof got, &from, &from_port), 0) << "an empty one is one";
   // An answer finds the port that the system picked.
   EXPECT_EQ(ours.udp_WriteData("back", 4, from, from_port), 4);
   EXPECT_EQ(theirs.ReadData(got, sizeof got, &from, &from_port), 4);
