@@ -81,6 +81,14 @@ struct failing_task : UTL_work_task {
   }
 }
 
+TEST(RuntimeThread, WithoutThreadsAFailureIsToldAtOnce) {
+  const int alerts_before = alerts_shown;
+  testing::internal::CaptureStderr();
+  THREAD_send_exception(exce_class("nobody else", "", "", "", "Test/source", 7, t_alert));
+  EXPECT_TRUE(str_holds(testing::internal::GetCapturedStderr(), "nobody else"));
+  EXPECT_EQ(alerts_shown, alerts_before + 1);
+}
+
 }  // namespace
 
 TEST_F(RuntimeAsync, RunsCallsAndRecyclesTheirRecords) {
