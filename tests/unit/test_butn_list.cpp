@@ -158,3 +158,10 @@ TEST_F(ButnList, ScrollingList) {
   EXPECT_EQ(key(ch_down, vk_down), list_nothing);
   EXPECT_EQ(key(ch_return, vk_return), list_nothing);
 }
+
+TEST(ButnSliderDeathTest, HasPlacesForFour) {
+  int value = 0;
+  EXPECT_EXIT(BTN_vert_slider(4, 500, 100, 300, 0, 100, &value), testing::ExitedWithCode(1),
+              "Too many sliders!");
+  EXPECT_EQ(BTN_vert_slider(3, 500, 100, 300, 0, 100, &value), 0);
+}
