@@ -108,7 +108,8 @@ TEST_F(BuilderCmdline, PreviousManifest) {
          "I could not read the old directory!");
   put(earth_tile, state_a);
   expect(0, {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=no"},
-         "The previous manifest is not used");
+         "The previous manifest is not used: only a build of type 0 carries the history on.\n"
+         "WARNING: 1 files below Global Scenery have no .7z");
   expect(1, build_flags("--disk_kb=100"), "Could not make the dst_folder!");
 }
 

@@ -93,6 +93,7 @@ TEST(DiscMapKeys, ArrowsSpaceAndShift) {
       {"arrows paint nothing", {vk_right, vk_up}, key_down, 2, 2, 0, 0},
       {"the edge holds", {vk_left, vk_left, vk_down, vk_down}, key_down, 0, 0, 0, 0},
       {"Shift paints a rectangle", {vk_right, vk_right, vk_up}, key_down | key_shift, 3, 2, 1, 6},
+      {"Space begins anew", {vk_right, vk_space, vk_up}, key_down | key_shift, 2, 2, 1, 3},
       {"another key", {vk_home}, key_down, 1, 1, 0, 0},
   };
   for (const auto& [label, vkeys, flags, column, row, paints, selected] : rows) {
