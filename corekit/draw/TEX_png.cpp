@@ -120,7 +120,6 @@ void set_transformations(png_job& job) {
   png_set_gamma(png, colr.gamma, file_gamma);
   png_set_expand(png);
   png_set_strip_16(png);
-  png_set_packing(png);
 
   if (job.wanted == 0) {
     job.wanted = has_alpha ? TEX_rgba : has_color ? TEX_rgb : TEX_alpha;
