@@ -173,6 +173,7 @@ TEST_F(ButnValue, CharactersTurnAndAreTyped) {
       {"typed, and on to the next", "AAA", 1, "b-", "AB-"},
       {"round to the first", "AAA", 2, "9Z", "ZA9"},
       {"nothing of it", "AAA", 1, "!", "AAA"},
+      {"the first", "AAA", 0, "b", "BAA"},
       {"left, and left round", "AAA", 1, "<<x", "AAX"},
       {"right", "AAA", 1, ">0", "AA0"},
       {"up", "A99", 1, "^^", "AB9"},
