@@ -15,7 +15,7 @@ want_line() { grep -qxF -- "$1" "$OUT" || fail "no such line in the output: $1";
 wait_for_text() {
   local found
   for _ in $(seq 400); do
-    found=$(grep -oE -m 1 "$2" "$1" 2>/dev/null | head -n 1) && [ -n "$found" ] && echo "$found" && return
+    found=$(grep -oE -m 1 "$2" "$1" 2>/dev/null | sed -n 1p) && [ -n "$found" ] && echo "$found" && return
     sleep 0.05
   done
   fail "$1: nothing like $2"

@@ -103,7 +103,7 @@ open_wizard() {
 }
 
 find_window() {
-  WINDOW=$(xdotool search --onlyvisible --pid "$WINDOW_PID" 2>/dev/null | head -n 1)
+  WINDOW=$(xdotool search --onlyvisible --pid "$WINDOW_PID" 2>/dev/null | sed -n 1p)
   [ -n "$WINDOW" ]
 }
 
