@@ -120,9 +120,8 @@ TEST(Diag, FatalAlertLeavesCrawlAndReport) {
   EXPECT_GT(lines, gaps + 20);
   EXPECT_TRUE(at[0].starts_with("    Total virtual:  ")) << at[0];
   EXPECT_TRUE(at[1].starts_with("    Total resident:  ")) << at[1];
-  EXPECT_TRUE(std::any_of(at, report.end(), [](const std::string& line) {
-    return line.starts_with("    mapped:  ");
-  }));
+  EXPECT_TRUE(std::any_of(
+      at, report.end(), [](const std::string& line) { return line.starts_with("    mapped:  "); }));
 }
 
 TEST(Diag, CrawlStopsAtAHundredFrames) {
