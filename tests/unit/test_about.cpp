@@ -207,8 +207,14 @@ TEST_F(AboutBox, EveryOutcomeIsSaid) {
     }
     EXPECT_FALSE(file_exists("New Installer"));
     EXPECT_FALSE(file_exists("Resources/preferences/installer.zip"));
-    show([] { close(); });
-    EXPECT_EQ(server.requests().size(), requests.size());
+    // A list that was not to be trusted may be another by now; what is known is not asked for.
+    const bool is_known = about.version_str_found;
+    if (is_known) {
+      show([] { close(); });
+    } else {
+      show_to_its_end();
+    }
+    EXPECT_EQ(server.requests().size(), requests.size() + (is_known ? 0 : 1));
   }
 }
 

@@ -143,7 +143,8 @@ TEST_F(ArchiveSingle, SevenZip) {
   };
   for (const auto& [options, files, outcome] : rows)
     EXPECT_EQ(read(pack_7z(options, files), 3'000'000), outcome) << options << files;
-  EXPECT_EQ(read(pack_7z("-snl", "link")), single_ok);
+  EXPECT_EQ(read(pack_7z("-snl", "link"), 6), single_too_large);
+  EXPECT_EQ(read(pack_7z("-snl", "link"), 7), single_ok);
   EXPECT_FALSE(file.is_link);
   EXPECT_EQ(text, "content");
   const std::string none("7z\xBC\xAF\x27\x1C\0\4\x8D\x9B\xD5\x0F", 12);
@@ -163,8 +164,10 @@ TEST_F(ArchiveSingle, SevenZipClaims) {
     return std::string("\1\4\6\0\1\x09\x05\0\7\x0B\1\0", 12) + coders +
            std::string("\x0C\x07\0\0\5\1\x11\1\0\0", 10);
   };
+  const std::string one_file = streams(std::string("\1\1\0", 3));
   const std::tuple<std::string, std::string, claims_7z> rows[] = {
-      {"one file", streams(std::string("\1\1\0", 3)), claims_fine},
+      {"one file", one_file, claims_fine},
+      {"a part that no archive has", std::string(one_file).insert(8, "\x0F"), claims_damaged},
       {"files", "\1\5" + millions, claims_too_large},
       {"three files", std::string("\1\5\3xxxxxxxxx", 12), claims_too_large},
       {"no files", std::string("\1\5\0\0", 4), claims_empty},

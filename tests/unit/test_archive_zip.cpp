@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "corekit/base/xer.h"
 #include "corekit/files/io_utils.h"
 #include "tests/unit/test_archive_util.h"
 
@@ -28,6 +29,7 @@ TEST_F(ArchiveZip, RoundTripAndUnzip) {
       {"noise.bin", noise(3000001, 7), 0644, "-rw-r--r--"},
       {"zeros.bin", std::string(20000000, '\0'), 0644, "-rw-r--r--"},
   };
+  xer_open(base + "log.txt");
   for (const auto& [file_name, text, mode, shown] : rows) {
     SCOPED_TRACE(file_name);
     const std::string source = base + file_name, zip = base + "a.zip";
@@ -52,6 +54,8 @@ TEST_F(ArchiveZip, RoundTripAndUnzip) {
     EXPECT_EQ(file_stat(target).st_mtime, even_time);
     chmod(source.c_str(), 0600);
   }
+  xer.close();
+  EXPECT_FALSE(str_holds(file_text(base + "log.txt"), "failed"));
 }
 
 TEST_F(ArchiveZip, Links) {

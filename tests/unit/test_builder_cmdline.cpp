@@ -1,6 +1,7 @@
 // The builder's flags, and the server list.
 
 #include "Installer-f/builder/make_installer_cmdline.h"
+#include "Installer-f/builder/make_installer_reuse.h"
 #include "Installer-f/builder/make_installer_say.h"
 #include "Installer-f/builder/make_installer_servers.h"
 #include "corekit/base/UTL_cmdline.h"
@@ -22,6 +23,8 @@ class BuilderCmdline : public builder_test {
     for (const std::string& flag : flags)
       arguments.push_back(flag.c_str());
     cmdline.init_unix(static_cast<int>(arguments.size()), arguments.data());
+    int keys[2];  // a "q" ends a build on a terminal alone
+    if (pipe(keys) != 0 || write(keys[1], "q", 1) != 1 || dup2(keys[0], 0) != 0) std::_Exit(99);
     std::_Exit(run_master_builder());
   }
   static void expect(int status, const std::vector<std::string>& flags, const std::string& text) {
@@ -37,7 +40,7 @@ TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
   std::filesystem::create_directories(base + "a copy/src");
   std::filesystem::create_directories(base + "a:b");
   here.file("a file", "x");
-  const std::pair<const char*, const char*> rows[] = {
+  const std::pair<const char*, std::string> rows[] = {
       {"--type=4", "--type needs a whole number from 0 to 3, not \"4\"."},
       {"--type=1x", "--type needs"},
       {"--type=99999999999999999999", "--type needs"},
@@ -60,7 +63,9 @@ TEST_F(BuilderCmdline, FlagsThatMakeNoSense) {
       {"--relese=5", "There is no flag \"--relese\""},
       {"extra", "There is no flag \"extra\""},
       {"--threads=0", "--threads needs a whole number from 1 to 256"},
-      {"--reuse=src", "--reuse needs the output folder of a build"},
+      {"--reuse=src",
+       "--reuse needs the output folder of a build, and there is no record of one: " + base +
+           "src/" + build_record_name},
       {"--write_server_list", "--write_server_list needs a path"},
       {"--write_server_list=list.txt", "A server list needs at least one mirror"},
   };
@@ -106,6 +111,8 @@ TEST_F(BuilderCmdline, TimeLeft) {
 TEST_F(BuilderCmdline, PreviousManifest) {
   expect(1, {"--build_master", "--source=src", "--output=out", "--type=0", "--previous=no"},
          "I could not read the old directory!");
+  here.file("cut.zip", "PK\3\4");
+  expect(1, build_flags("--previous=cut.zip"), "1 fault: ");
   put(earth_tile, state_a);
   expect(0, {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=no"},
          "The previous manifest is not used: only a build of type 0 carries the history on.\n"

@@ -405,6 +405,17 @@ TEST_F(Flows, TheDemoByHand) {
   EXPECT_EQ(noted(), "~/My demo/ Rel9 demo ");
   std::filesystem::remove(root + "My demo/Resources/b");
   EXPECT_EQ(walk(demo_start, "/accept/next/next/My demo/next/"), written("the demo gone on with"));
+  // Another program has put it on the list meanwhile.
+  std::filesystem::remove(root + "My demo/Resources/b");
+  unregister_skyvane(root + "My demo/");
+  acts["listed"] = [] {
+    dest_dir_path = root + "My demo/";
+    register_new_skyvane();
+    dest_dir_path.clear();
+  };
+  const auto past_welcome = [](const std::string& told) { return told.substr(told.find('\n')); };
+  EXPECT_EQ(past_welcome(walk(demo_start, "/accept/next/listed/next/My demo/next/")),
+            past_welcome(written("the demo gone on with")));
   // Left in the midst of it, and given up.
   dest_dir_path = root + "My demo/";
   acts["begin"] = [] { demo_install_is_running = 1; };
@@ -431,9 +442,9 @@ const std::vector<Flows::shipped> disc_files = {
     {"Global Scenery/-global terrain-/+30-120/+34-118.dsf", "lost"},
     {"Global Scenery/-global terrain-/+40-120/+44-118.dsf", "lost"}};
 
-TEST_F(Flows, AnUpdateKeepsTheScenery) {
+TEST_F(Flows, SceneryStaysUnlessItIsDeselected) {
   const std::string& old = disc_files[4].path;
-  publish({{old, "old"}, {disc_files[5].path, "there"}, {"Resources/a", "there"}});
+  publish({{old, "old"}, {disc_files[5].path, "there"}, {"Resources/a", "there"}}, 1);
   const std::string url = "http://mirror/Rel9/All/" + old + ".zip";
   files_[std::regex_replace(url, std::regex(" "), "%20")] = files_[url];
   const std::string one = copy("One");
@@ -441,6 +452,14 @@ TEST_F(Flows, AnUpdateKeepsTheScenery) {
   walk(net_start, "/next/next/");
   EXPECT_EQ(content_of(one + old), "content of +34-118.dsf");
   EXPECT_EQ(content_of(one + disc_files[5].path), "content of +44-118.dsf");
+  std::filesystem::remove(one + old);
+  dvd_path = root + "disc/";
+  acts = {{"one more", [] { stg.sector_selected[sector_cell(6, 12)] = 1; }},
+          {"not that", [] { stg.sector_selected[sector_cell(6, 13)] = 0; }}};
+  walk(dvd_start, "/Add Or Remove Scenery/next/one more/next/");
+  EXPECT_TRUE(file_exists(one + old) && file_exists(one + disc_files[5].path));
+  walk(dvd_start, "/Add Or Remove Scenery/next/not that/next/");
+  EXPECT_TRUE(file_exists(one + old) && !file_exists(one + disc_files[5].path));
 }
 
 TEST_F(Flows, TheDiscByHand) {

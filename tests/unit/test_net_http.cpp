@@ -573,6 +573,12 @@ TEST_F(NetDown, DirectFormsOfTheRequest) {
   EXPECT_EQ(server.requests()[0],
             "GET /a%20b%20%20c%25 HTTP/1.1\r\nAlpha: 2\r\nHost: hEvil: yes\r\nZeta: 1\r\n\r\n")
       << "sorted keys, and no line end from a value";
+  down_class post("127.0.0.1", port, "/", true, {}, "x", 1, "", {100, false, nullptr, &memory});
+  until_over([&] {
+    post.DoProcessing();
+    return post.complete() ? 1 : 0;
+  });
+  EXPECT_TRUE(str_holds(server.requests().back(), "POST / HTTP/1.1\r\nContent-Length: 1\r\n"));
 }
 
 }  // namespace

@@ -187,6 +187,7 @@ TEST_F(PickerDialog, CanBeGivenUp) {
   const std::pair<const char*, void (*)()> rows[] = {
       // The dialog is 561 by 474, its panel in the middle.
       {"Cancel", [] { click(361, 212); }},
+      {"Escape", [] { escape_hit = 1; }},
       {"the window's own button", [] { MACIBM_startwind(win_main, 0); }},
       {"the program ends", [] { app_done = 1; }},
   };
@@ -199,9 +200,18 @@ TEST_F(PickerDialog, CanBeGivenUp) {
     EXPECT_EQ(pick("/", &out), 0);
     EXPECT_EQ(out, "untouched");
     EXPECT_EQ(mnw.win_id, win_main);
+    EXPECT_EQ(escape_hit, 0) << "none is left for the page behind";
     EXPECT_LT(frames, 20);
   }
+  // The program's own list comes in its place.
+  frames = app_done = 0;
+  each_frame = [] {
+    if (frames < 10) return click(201, 212);
+    MACIBM_startwind(win_main, 0);
+  };
   std::string path;
+  EXPECT_EQ(pick("/", &path), 0);
+  EXPECT_EQ(frames, 10);
   EXPECT_EQ(PLT_picker_poll(&path), plt_picker_none) << "its program is gone";
 }
 

@@ -94,12 +94,14 @@ TEST(RuntimeThread, WithoutThreadsAFailureIsToldAtOnce) {
 TEST_F(RuntimeAsync, RunsCallsAndRecyclesTheirRecords) {
   char base[300];
   THREAD_call* calls[300];
+  const uint32_t before = next_cookie;
   for (int i = 0; i < 300; ++i)
     calls[i] = THREAD_run_async(add_one, base + i);
   for (int i = 0; i < 300; ++i) {
     ASSERT_EQ(THREAD_is_done(calls[i], i % 2 ? queue_wait_forever : 60000), 1);
     EXPECT_EQ(THREAD_cleanup(calls[i]), base + i + 1);
   }
+  EXPECT_EQ(next_cookie - before, 4u * 300) << "each call has one of its own";
   // The last record given back is the first one used again, with nothing left of its last call.
   THREAD_call* const again = THREAD_run_async(add_one, base + 1);
   EXPECT_EQ(again, calls[299]);

@@ -94,6 +94,8 @@ TEST_F(Tman, AFileBecomesATexture) {
     EXPECT_EQ(scratch_dx, 32) << "a row of the texture";
     EXPECT_EQ(scratch_dy, 10) << "rows of the picture";
   }
+  tman.load_texture(tex_fail_silent, spare_ref, tex_full_size | tex_rgb, tex_load_now, "missing");
+  EXPECT_EQ(tman.record(spare_ref).scale_s, 1) << "the whole of what stands for it";
 }
 
 // What the driver is asked to keep.
@@ -287,6 +289,11 @@ TEST_F(Tman, SceneryIsLoadedInTheBackground) {
     OGL_2dquad_d(first + i, 49, 1, 10, 10, 0, 0, 10, 10, 1, 1, 5);
     EXPECT_TRUE(pixel_is(15, 15, 255, 0, 0)) << i;
   }
+  constexpr int unread = first + count;
+  tman.load_texture(tex_fail_silent, unread, scratch_flags, tex_load_scenery, folder / "0.png");
+  EXPECT_EQ(tman.load_scenery_async_register(nullptr), 1);
+  tman.load_scenery_async_finalize();
+  EXPECT_EQ(tman.record(unread).gl_id, tman.record(t_blank_gray).gl_id) << "not the last one read";
 }
 
 // By name: one record for all users. It goes when the last has let go and the unused are purged.

@@ -161,11 +161,11 @@ TEST_F(Wizard, WhatAClickOnAPageDoes) {
       {"nothing", licence, 1, 500, 300, "0 1 0 0"},
       {"the licence's words", licence, 1, 300, 104, "1 1 0 0"},
       {"its box", licence, 1, 230, 103, "1 1 0 0"},
+      {"the last copy that has room", UTIL_pick_install, 13, 285, 154, "0 10 0 0"},
       {"the first copy", UTIL_pick_install, 2, 285, 404, "0 0 0 0"},
       {"the second", UTIL_pick_install, 2, 285, 379, "0 1 0 0"},
       {"the first one's mark", UTIL_pick_install, 2, 250, 403, "0 0 0 0"},
       {"beside them", UTIL_pick_install, 2, 270, 404, "0 1 0 0"},
-      {"the last that has room", UTIL_pick_install, 13, 285, 154, "0 10 0 0"},
       {"a sector", UTIL_world_map, 1, map_x + 3.5f * map_cell, map_y + 4.5f * map_cell, "0 1 1 0"},
       {"all of them", UTIL_world_map, 1, 480, 130, "0 1 648 0"},
       {"the right edge of all", UTIL_world_map, 1, 583, 130, "0 1 648 0"},
@@ -197,6 +197,30 @@ TEST_F(Wizard, WhatAClickOnAPageDoes) {
          << stg.server_index;
     EXPECT_EQ(then.str(), after) << label;
   }
+}
+
+TEST_F(Wizard, TheLastPageHasATickAndAMainButton) {
+  wizard_screen screen;
+  screen.title = "  ";
+  screen.outcome = outcome_good;
+  screen.next = wizard_quit;
+  screen.button_names = {"Start"};
+  const auto draw = [&screen] { wizard_draw_record(screen); };
+  colr.assign(col_good, 0, 0, 0);
+  draw();
+  const int tick_x = 484 - OGL_string_width(screen.title) / 2;
+  const auto light = [&](int dx, int y) { return read_pixel(tick_x + dx, y).r; };
+  for (const auto& [dx, y] : {std::pair(-3, 480), std::pair(1, 482), std::pair(3, 484)})
+    EXPECT_GT(light(dx, y), 200) << "a stroke of the tick at " << dx;
+  EXPECT_EQ(light(-1, 483), 0) << "and it is thin";
+  const auto face = [](const std::function<void()>& drawn) {
+    clear();
+    move(0, 0);
+    drawn();
+    const std::vector<unsigned char> all = read_picture();
+    return std::vector(all.begin() + 354 * window_dx * 4, all.begin() + 355 * window_dx * 4);
+  };
+  EXPECT_EQ(face(draw), face([] { BTN_main_action(500, 350, 250, "Start"); }));
 }
 
 TEST(WizardText, FormatsAreFilledByHand) {
