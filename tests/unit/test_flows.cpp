@@ -566,6 +566,7 @@ TEST_F(Flows, RunsWithoutADisplay) {
   web("Three", {"--quiet", "--timestamps"});
   web("Four", {"--on_modified=cancel"});
   web("Four", {"--uninstall", "--check"});
+  web("Four", {"--uninstall", "--check", "--json"});
   web("Four", {"--uninstall"});
   web("config", {});
   EXPECT_EQ(all, written("runs of the updater"));

@@ -107,4 +107,7 @@ TEST(TexBmp, BrokenFilesAreFatal) {
     std::memcpy(data.data() + at, &value, size);
     EXPECT_EXIT(load(data), testing::ExitedWithCode(1), text) << label;
   }
+  bytes head(good.begin(), good.begin() + 54);
+  head[28] = 32;
+  EXPECT_EXIT(load(head), testing::ExitedWithCode(1), "color depth") << "nothing behind it";
 }
