@@ -75,6 +75,7 @@ enum PLT_event_kind : int {
 // The keys that the window layer knows by itself; other symbols are the platform's own numbers.
 enum PLT_key_symbol : int {
   plt_key_backspace = 8,
+  plt_key_tab = 9,
   plt_key_return = 13,
   plt_key_escape = 27,
   plt_key_delete = 127,

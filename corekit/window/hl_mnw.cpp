@@ -5,6 +5,8 @@
 #include "corekit/window/hl_mnw.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "corekit/Platform/PLT_system.h"
 #include "corekit/Platform/PLT_window.h"
@@ -37,15 +39,22 @@ constexpr uint64_t show_every_work_us = 50'000;
 constexpr uint64_t show_every_idle_us = 250'000;
 
 // The pace of the frames. Times are of PLT_microseconds.
+// Inputs by what they change for those that come behind them in one slow frame. A widget takes its
+// keys when it is drawn: by then a Tab behind them must not have moved the focus on, and a key
+// behind a press must not have gone to the widget that had the focus before.
+enum input_kind { input_other, input_typing, input_focus, input_closing, input_press };
+
 struct frame_pace {
-  uint64_t last_shown = 0;    // when the window was last brought up to date
-  uint64_t last_input = 0;    // when the user last did something
-  uint64_t last_work = 0;     // when a page with work, or a wake-up, last came
-  bool is_stale = false;      // what the window shows is older than the last frame
-  bool had_motion = false;    // this frame has a movement of the mouse
-  bool had_input = false;     // this frame has an event that a page may react to
-  bool is_mixed = false;      // the picture being drawn was begun for another window
-  bool press_is_set = false;  // the mouse stays where this frame's press was
+  uint64_t last_shown = 0;           // when the window was last brought up to date
+  uint64_t last_input = 0;           // when the user last did something
+  uint64_t last_work = 0;            // when a page with work, or a wake-up, last came
+  bool is_stale = false;             // what the window shows is older than the last frame
+  bool had_motion = false;           // this frame has a movement of the mouse
+  bool had_input = false;            // this frame has an event that a page may react to
+  bool is_mixed = false;             // the picture being drawn was begun for another window
+  bool press_is_set = false;         // the mouse stays where this frame's press was
+  input_kind took = input_other;     // the kind of input that this frame has
+  std::optional<PLT_event> put_off;  // the first event that must wait for the next frame
 };
 frame_pace pace;
 
@@ -83,13 +92,49 @@ int wait_limit(int soon, uint64_t now) {
   return pace.is_stale ? std::min(limit, until_next_show(now)) : limit;
 }
 
-// Takes all waiting events. False if there were none but movements of the mouse.
+input_kind kind_of(const PLT_event& event) {
+  if (event.kind == plt_press) return input_press;
+  if (event.kind != plt_key || !event.key.down) return input_other;
+  switch (event.key.symbol) {
+    case plt_key_tab:
+      return input_focus;
+    case plt_key_return:
+    case plt_key_enter:
+    case plt_key_escape:
+      return input_closing;
+    default:
+      return input_typing;
+  }
+}
+
+// Whether an event can come in this frame, behind what the frame has. Return and Escape wait for
+// what was typed alone: behind all else they would answer a dialog that nobody has seen yet.
+bool fits_into_frame(const PLT_event& event) {
+  const input_kind kind = kind_of(event), before = pace.took;
+  if (kind == input_other) return true;
+  const bool closes = before == input_closing || (kind == input_closing && before != input_typing);
+  if (before != input_other && before != kind && !closes) return false;
+  pace.took = kind;
+  return true;
+}
+
+std::optional<PLT_event> next_event() {
+  std::optional<PLT_event> next = std::exchange(pace.put_off, std::nullopt);
+  if (!next && !PLT_next_event(&next.emplace())) next.reset();
+  return next;
+}
+
+// Takes the waiting events that one frame can have. False if there were none but movements of the
+// mouse.
 bool drain_events() {
-  PLT_event event;
   bool more_than_motion = false;
-  while (PLT_next_event(&event)) {
-    APL_handlewin(event);
-    if (event.kind != plt_motion) more_than_motion = true;
+  while (const std::optional<PLT_event> event = next_event()) {
+    if (event->kind != plt_motion) more_than_motion = true;
+    if (!fits_into_frame(*event)) {
+      pace.put_off = event;
+      break;
+    }
+    APL_handlewin(*event);
   }
   return more_than_motion;
 }
@@ -98,10 +143,11 @@ void take_events() {
   const int soon = frame_soon;
   frame_soon = frame_when_needed;
   pace.had_input = pace.had_motion = pace.press_is_set = false;
+  pace.took = input_other;
   const uint64_t start = PLT_microseconds();
   if (soon != frame_when_needed) pace.last_work = start;
 
-  PLT_wait_event(wait_limit(soon, start));
+  if (!pace.put_off) PLT_wait_event(wait_limit(soon, start));
   // A moving mouse sends more events than there are pictures to show: they are gathered until the
   // next one is due.
   while (!drain_events() && pace.had_motion && soon != frame_at_once) {

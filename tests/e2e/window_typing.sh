@@ -52,10 +52,12 @@ press_key Home shift+Right shift+Right ctrl+x  # cdef, the clipboard has ab
 press_key End ctrl+v                           # cdefab
 press_key Left Left BackSpace                  # cdeab
 press_key shift+Home ctrl+c                    # the clipboard has cde
+kill -STOP "$WINDOW_PID"                        # one frame finds all of this waiting
 press_key Tab ctrl+v                           # the port's field
 type_text "8"
 press_key shift+Tab Home Delete End            # the host again: deab
 type_text ".x"
+kill -CONT "$WINDOW_PID"
 end_options "deab\.x"
 want_setting _proxy_host "deab.x" "edited"
 want_setting _proxy_port "cde8" "pasted and typed"

@@ -1,8 +1,11 @@
 // The frame: what events make of mnw, when the page is called and shown, how a wait ends.
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <map>
+#include <regex>
 #include <thread>
 
 #include "corekit/base/UTL_workers.h"
@@ -185,6 +188,34 @@ TEST_F(WindowFrame, AKeyComesWithWhatItTypes) {
   EXPECT_STREQ(keys_seen[3].text, "\xC3\xA9");
   EXPECT_EQ(key_frames, 1);
   EXPECT_EQ(return_hit, 0) << "with a handler the flags are its business";
+}
+
+// A slow frame finds all of them waiting. T is Tab, R Return, E Escape, P a press of the mouse.
+TEST_F(WindowFrame, AnInputThatMovesTheFocusLeavesTheOthersTheirs) {
+  static std::string seen;
+  mnw_keys.event = [](const PLT_key_event& key) {
+    if (key.down) seen += static_cast<char>(key.symbol);
+  };
+  const std::map<char, int> symbols = {{'T', SDLK_TAB}, {'R', SDLK_RETURN}, {'E', SDLK_ESCAPE}};
+  for (const std::string wanted :
+       {"ab", "PP", "ab|T|cd|P|e", "TT|a|RREb|P", "P|a|P|T", "a|RP", "ERT|P"}) {
+    for (const char c : wanted) {
+      if (c == '|') continue;
+      if (c == 'P') push_button(400, 300, true);
+      if (c != 'P') push_key(symbols.contains(c) ? symbols.at(c) : c);
+      c == 'P' ? push_button(400, 300, false) : push_key('z', false);
+    }
+    std::string frames;
+    for (size_t i = 0; i <= wanted.size(); ++i) {
+      seen.clear();
+      MACIBM_event_proc();
+      for (const auto& [letter, symbol] : symbols)
+        std::replace(seen.begin(), seen.end(), static_cast<char>(symbol), letter);
+      if (mnw.mouse_clicked) seen += 'P';
+      if (!seen.empty()) frames += (frames.empty() ? "" : "|") + seen;
+    }
+    EXPECT_EQ(frames, std::regex_replace(wanted, std::regex("PP"), "P")) << "two presses are one";
+  }
 }
 
 TEST_F(WindowFrame, ClosingTheWindowQuitsOrClosesTheDialog) {
