@@ -11,6 +11,7 @@
 #include "corekit/files/io_zip.h"
 #include "corekit/window/hl_init.h"
 #include "net_scripted_server.h"
+#include "tests/unit/sign_test_key.h"
 
 using namespace std::string_literals;
 
@@ -276,6 +277,35 @@ TEST_F(NetServers, NoPlaceForTheListOfFiles) {
     EXPECT_TRUE(str_holds(said, "Destination Path/" + temp_path)) << said;
     EXPECT_EQ(stg.directory_state, manifest_none);
   }
+}
+
+// The makers have signed it, but not what its files are to be.
+TEST_F(NetServers, AListWithoutTheSumsOfItsFiles) {
+  const built_in_keys keys(test_public_key);
+  install_name = "Rel";
+  const std::string list =
+      "I\n900 version\nINSTALLER\nDIR All/\n"
+      "FILE 0 0 91001 1 2 22af645d1859cb5ca6da0c484f1f37ea a\n";
+  const std::string sums = "I\n900 version\nSUMS\n\n";
+  sign_statement made;
+  made.kind = sign_of_release;
+  made.release = install_name;
+  made.expires = "2030-01-31";
+  made.covers = {cover_of("directory.txt", list), cover_of("directory.sum", sums)};
+  std::ofstream(temp_path + "directory.txt") << list;
+  std::ofstream(temp_path + "directory.sum") << sums;
+  std::ofstream(temp_path + "directory.sig") << signed_by_test_key(sign_statement_text(made));
+  ASSERT_EQ(std::system(("cd '" + temp_path + "' && zip -q made.zip directory.*").c_str()), 0);
+  const std::string zip = content_of(temp_path + "made.zip");
+  scripted_server server([&zip](const std::string&) { return whole_answer(zip); });
+  mirrors(1);
+  xtim.now_sec += 100;
+  const int alerts_before = alerts_shown;
+  EXPECT_TRUE(comes_true([&] {
+    UTL_download_directory();
+    return alerts_shown > alerts_before;
+  }));
+  EXPECT_EQ(stg.directory_state, manifest_none);
 }
 
 TEST_F(NetServers, ThePageShowsThatItWaits) {
