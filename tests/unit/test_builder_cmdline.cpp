@@ -113,6 +113,15 @@ TEST_F(BuilderCmdline, PreviousManifest) {
          "I could not read the old directory!");
   here.file("cut.zip", "PK\3\4");
   expect(1, build_flags("--previous=cut.zip"), "1 fault: ");
+  std::string in_the_way;
+  ASSERT_EQ(get_OS_abs_path(os_dir_temp, in_the_way), 0);
+  std::filesystem::create_directory(in_the_way += "previous directory.txt");
+  here.file("list", "I");
+  run("cd '" + base + "' && zip -q made.zip list");
+  expect(1, build_flags("--previous=made.zip"),
+         "Is a directory. Give the manifest of the release before, as directory.txt or "
+         "directory.txt.zip, by --previous=FILE; a first release says --previous=none.\n1 fault: ");
+  std::filesystem::remove(in_the_way);
   put(earth_tile, state_a);
   expect(0, {"--build_master", "--source=src", "--output=out", "--type=1", "--previous=no"},
          "The previous manifest is not used: only a build of type 0 carries the history on.\n"

@@ -290,6 +290,7 @@ TEST_F(NetServers, AListWithoutTheSumsOfItsFiles) {
   sign_statement made;
   made.kind = sign_of_release;
   made.release = install_name;
+  made.serial = 7;
   made.expires = "2030-01-31";
   made.covers = {cover_of("directory.txt", list), cover_of("directory.sum", sums)};
   std::ofstream(temp_path + "directory.txt") << list;
