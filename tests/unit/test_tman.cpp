@@ -87,7 +87,7 @@ TEST_F(Tman, AFileBecomesATexture) {
   glPixelStorei(GL_PACK_ALIGNMENT, 1);
   glGetTexImage(GL_TEXTURE_2D, 0, GL_RGB, GL_UNSIGNED_BYTE, back.data());
   EXPECT_EQ(back, tex_decoded(folder, "p.png", 32, 3, "rgb"));
-  for (const std::string name : {"q.png", "q.bmp"}) {
+  for (const std::string name : {"q.png", "r.bmp"}) {
     tex_convert(folder, "-size 20x10 xc:red -type TrueColor @" + name);
     tman.load_texture(tex_fail_fatal, spare_ref, tex_full_size | tex_rgb, tex_load_now,
                       folder / name);

@@ -207,6 +207,7 @@ TEST_F(Wizard, TheLastPageHasATickAndAMainButton) {
   screen.button_names = {"Start"};
   const auto draw = [&screen] { wizard_draw_record(screen); };
   colr.assign(col_good, 0, 0, 0);
+  colr.assign(col_white, 1, 0, 0);
   draw();
   const int tick_x = 484 - OGL_string_width(screen.title) / 2;
   const auto light = [&](int dx, int y) { return read_pixel(tick_x + dx, y).r; };
@@ -218,9 +219,11 @@ TEST_F(Wizard, TheLastPageHasATickAndAMainButton) {
     move(0, 0);
     drawn();
     const std::vector<unsigned char> all = read_picture();
-    return std::vector(all.begin() + 354 * window_dx * 4, all.begin() + 355 * window_dx * 4);
+    return std::vector(all.begin() + 340 * window_dx * 4, all.begin() + 360 * window_dx * 4);
   };
-  EXPECT_EQ(face(draw), face([] { BTN_main_action(500, 350, 250, "Start"); }));
+  const auto main_button = face([] { BTN_main_action(500, 350, 250, "Start"); });
+  EXPECT_TRUE(face(draw) == main_button);
+  EXPECT_FALSE(face([] { BTN_action(500, 350, 250, 0, 1, "Start", ""); }) == main_button);
 }
 
 TEST(WizardText, FormatsAreFilledByHand) {
