@@ -282,7 +282,6 @@ int OGL_differs() {
 int OGL_sbuff(int goes_on) {
   if (!ogl_inited) return 0;
   const int differs = OGL_differs();
-  watch_shown(differs != 0);
   if (differs) {
     paint_frame();
     const float other = ren.mono_green ? 0.0f : 1.0f;
@@ -292,6 +291,7 @@ int OGL_sbuff(int goes_on) {
     must_show = false;
     PLT_swap_buffers();
   }
+  watch_shown(differs != 0);  // who reads the list of a picture's texts can see the picture
   painted = 0;
   if (!goes_on) drawn.clear();
   return differs;

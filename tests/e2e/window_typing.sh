@@ -65,12 +65,13 @@ want_setting _proxy_port "cde8" "pasted and typed"
 echo "What was set is there again at the next start; a press with Shift selects as far as it"
 start_options
 press_key Tab End
+move_to 188 133  # on the first letter; as the pointer comes in, the keyboard is asked what is held
 type_text "x"
 wait_shown "cde8x"
-xdotool keydown shift
-click_away 188 133  # on the first letter
-xdotool keyup shift
+kill -STOP "$WINDOW_PID"
+xdotool keydown shift click 1 keyup shift
 type_text "2"
+kill -CONT "$WINDOW_PID"
 end_options "c2"
 want_setting _proxy_host "deab.x" "kept"
 want_setting _proxy_port "c2" "typed over"
