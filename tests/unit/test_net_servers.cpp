@@ -322,6 +322,23 @@ TEST_F(NetServers, ThePageShowsThatItWaits) {
   }
 }
 
+TEST_F(NetServers, ThePageShowsThatItReads) {
+  const check_flow flow = {"title", nullptr, "contacting", "downloading from ", "processing"};
+  std::ofstream(temp_path + "directory.txt") << "I\n900 version\nINSTALLER\n";
+  ASSERT_EQ(file_to_zip(temp_path + "directory.txt", temp_path + "made.zip"), 0);
+  const std::string zip = content_of(temp_path + "made.zip");
+  scripted_server server([&zip](const std::string&) { return whole_answer(zip); });
+  mirrors(1);
+  xtim.now_sec += 100;
+  wizard_screen screen;
+  EXPECT_TRUE(comes_true([&] {
+    screen = wizard_screen();
+    return check_servers(flow, 0, screen) != 0 || screen.text == flow.processing;
+  }));
+  EXPECT_EQ(screen.text, flow.processing);
+  EXPECT_TRUE(screen.is_busy);
+}
+
 TEST_F(NetServers, AListOfANewerFormatEndsTheProgram) {
   scripted_server server(
       [](const std::string&) { return whole_answer("I\n900 version\nSERVERS\n"); });
