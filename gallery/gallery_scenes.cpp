@@ -134,10 +134,13 @@ void act(const std::string& word) {
 
 // --- the frames ---------------------------------------------------------------------------------
 
-// The next frame is shown, whatever it is like, and does not wait.
+// The next frame is shown, whatever it is like, and does not wait. A key that comes up is an input
+// that fits into any frame.
 void want_picture() {
-  constexpr int key_of_nothing = SDLK_F15;
-  send_key(key_of_nothing, KMOD_NONE, 0);
+  SDL_Event event = {};
+  event.type = SDL_KEYUP;
+  event.key.keysym.sym = SDLK_F15;
+  SDL_PushEvent(&event);
   OGL_show_next();
   frame_soon = frame_at_once;
 }
