@@ -200,7 +200,7 @@ TEST_F(ArchiveZip, ManyThreads) {
   std::vector<std::thread> threads;
   for (unsigned t = 0; t < 8; ++t) {
     threads.emplace_back([this, t] {
-      for (unsigned i = 0; i < 20; ++i) {
+      for (unsigned i = 0; i < 8; ++i) {
         const std::string name = std::to_string(t) + "_" + std::to_string(i);
         const std::string text = noise(10000 * (i + 1), t) + std::string(50000, char(i));
         write_text(base + name, text);
