@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -56,8 +56,9 @@ class scratch_folder {
 };
 
 inline std::string content_of(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+  std::ostringstream out;
+  out << std::ifstream(path, std::ios::binary).rdbuf();
+  return std::move(out).str();
 }
 
 inline void overwrite(const std::string& path, const std::string& content) {
