@@ -284,30 +284,29 @@ foreign_plugins() {
 # same_tree SOURCE PLATFORM COPY: the copy holds exactly the shipped files, equal in bytes, mode and
 # link target, and no folder but theirs and the fixed ones.
 same_tree() {
-  local src=$1 platform=$2 copy=$3 rel from
+  local src=$1 platform=$2 copy=$3
   shipped "$src" "$platform" >"$SCRATCH/want.tsv"
   [ -s "$SCRATCH/want.tsv" ] || fail "nothing is shipped from $src"
   cut -f1 "$SCRATCH/want.tsv" >"$SCRATCH/want.txt"
   (cd "$copy" && find . \( -type f -o -type l \) | sed 's#^\./##') | sort >"$SCRATCH/have.txt"
   diff "$SCRATCH/want.txt" "$SCRATCH/have.txt" >"$SCRATCH/diff.txt" ||
     fail "the copy's files differ: $(head -n 10 "$SCRATCH/diff.txt")"
-  while IFS=$'\t' read -r rel from; do
-    same_file "$src/$from" "$copy/$rel"
-  done <"$SCRATCH/want.tsv"
+  cut -f2 "$SCRATCH/want.tsv" | seen_below "$src" >"$SCRATCH/want_seen.txt"
+  sed "s#^#$(basename "$copy")/#" "$SCRATCH/want.txt" | seen_below "$(dirname "$copy")" |
+    diff "$SCRATCH/want_seen.txt" - >"$SCRATCH/diff.txt" ||
+    fail "bytes, a mode or a link differ: $(head -n 10 "$SCRATCH/diff.txt")"
   same_folders "$copy"
 }
 
-same_bytes() {
-  if [ -L "$1" ]; then
-    [ -L "$2" ] && [ "$(readlink "$1")" = "$(readlink "$2")" ]
-  else
-    [ ! -L "$2" ] && cmp -s "$1" "$2"
-  fi
-}
-
-same_file() {
-  same_bytes "$1" "$2" || fail "bytes differ, or a link: $2"
-  [ "$(stat -c %a "$1")" = "$(stat -c %a "$2")" ] || fail "mode differs: $2"
+# seen_below FOLDER <NAMES: kind, mode, name without its first folder and a link's target, and files' sums.
+seen_below() {
+  (
+    cd "$1"
+    names=$SCRATCH/names.$BASHPID
+    tr '\n' '\0' >"$names"
+    find -files0-from "$names" -maxdepth 0 -printf '%y %m  %p %l\n'
+    find -files0-from "$names" -maxdepth 0 -type f -print0 | xargs -r0 md5sum -z | tr '\0' '\n'
+  ) | sed 's#  [^/]*/# #' | sort
 }
 
 same_folders() {

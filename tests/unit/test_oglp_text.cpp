@@ -1,5 +1,6 @@
 // Text: which glyph comes to which pixel, how lines break, what numbers read.
 
+#include <functional>
 #include <limits>
 
 #include "tests/unit/gl_fixture.h"
@@ -26,13 +27,20 @@ TEST(OglpMetrics, WidthsOfBytes) {
 
 // A path that is shown must not lack a letter: what has no glyph looks and moves as its base does.
 TEST_F(OglpText, NoPrintableByteIsInvisible) {
-  for (int byte = ' '; byte < 256; ++byte) {
-    if (byte >= 0x7F && byte < 0xA0) continue;
-    const std::string text(1, static_cast<char>(byte));
-    EXPECT_GT(OGL_string_width(text), 0) << byte;
-    const picture_map map([&] { OGL_string(white, 100, 500, text + "|", 0); });
-    EXPECT_EQ(map.text_at(100, 500).size(), 2u) << byte;
-  }
+  const auto for_each_byte = [](const std::function<void(int, int, int)>& look) {
+    for (int byte = ' '; byte < 256; ++byte)
+      if (byte < 0x7F || byte >= 0xA0) look(byte, 20 + byte % 16 * 45, 30 + byte / 16 * 34);
+  };
+  const picture_map all([&] {
+    for_each_byte([](int byte, int x, int y) {
+      OGL_string(white, static_cast<float>(x), static_cast<float>(y),
+                 std::string(1, static_cast<char>(byte)) + "|", 0);
+    });
+  });
+  for_each_byte([&all](int byte, int x, int y) {
+    EXPECT_GT(OGL_char_width(static_cast<unsigned char>(byte)), 0) << byte;
+    EXPECT_EQ(all.text_at(x, y).size(), 2u) << byte;
+  });
   const picture_map map([] { OGL_string(white, 100, 500, "J\xFCrgen \xD8\xC5\xFD\xF0\xFE", 0); });
   EXPECT_EQ(map.text_at(100, 500), "J\xFCrgen OAydp");
 }
