@@ -154,15 +154,16 @@ class Liar:
 # --- a run ---------------------------------------------------------------------------------------
 
 def state_of(folder, leave_out=()):
-    """Path -> kind, mode and content of everything below a folder."""
+    """Path -> kind, mode and content of everything below a folder, but for some that lie in it."""
     found = {}
     for where, folders, files in os.walk(os.fsencode(folder)):
+        if where == os.fsencode(folder):
+            for names in (folders, files):
+                names[:] = [name for name in names if os.fsdecode(name) not in leave_out]
         for name in folders + files:
             path = os.path.join(where, name)
             relative = os.fsdecode(os.path.relpath(path, os.fsencode(folder)))
             info = os.lstat(path)
-            if relative in leave_out:
-                continue
             content = os.readlink(path) if stat.S_ISLNK(info.st_mode) else None
             if stat.S_ISREG(info.st_mode):
                 with open(path, "rb") as file:
@@ -194,8 +195,7 @@ class Run:
 
     def outside(self):
         """All that no run may change."""
-        own = ("sim", "tmp", "config", "bin", "out", "home")
-        return {p: v for p, v in state_of(self.base).items() if p.split("/")[0] not in own}
+        return state_of(self.base, leave_out=("sim", "tmp", "config", "bin", "out", "home"))
 
     def put(self, path, data=b"theirs", mode=0o644):
         path = self.base + "/" + path
