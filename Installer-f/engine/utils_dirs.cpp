@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Installer-f/engine/utils_decide.h"
+#include "Installer-f/engine/utils_guard.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_select.h"
@@ -118,7 +119,9 @@ void delete_files() {
     const std::string location = location_on_disk(current.path);
     stg.activity = activity_deleting;
     const std::string_view inside = std::string_view(location).substr(dest_dir_path.size());
-    const int code = gate ? gate->remove_file(inside) : ENOENT;
+    const int code = !guard_lets_go(location, history) ? code_changed
+                     : gate                            ? gate->remove_file(inside)
+                                                       : ENOENT;
     if (stg.log_actions) xer << "DELETING  file " << location << ", with result=" << code << ".\n";
     note_emptied_folders(location, folders);
     if (show_del_err(code)) {

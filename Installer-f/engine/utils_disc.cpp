@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "Installer-f/engine/utils_decide.h"
+#include "Installer-f/engine/utils_guard.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/settings/main_stg.h"
@@ -235,7 +236,8 @@ void dvd_unpack_task::unpack_archive() {
   // What failed before passes through here only to be reported.
   if (outcome_ == went_well) {
     const place_order order{std::string_view(dest_file).substr(base_), record_->sig_want,
-                            place_budget(record_->raw_kb), sum_};
+                            place_budget(record_->raw_kb), sum_,
+                            [this] { return guard_lets_go(dest_file, sim_info[file_index]); }};
     io_handle file;
     if (!copy_) {
       error_code = ENOENT;

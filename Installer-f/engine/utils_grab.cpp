@@ -118,7 +118,7 @@ void grab_kill() {
 
 // The names are those beside the installed files, and not the streams' own under temp_path. That is
 // so on purpose: the next transfer simply writes over the streams' files. An archive of the user's
-// may have such a name as well: one that is not of that very file is his, and stays.
+// may have such a name as well: one whose content the makers have not shipped is his, and stays.
 void grab_discard_partial() {
   if (dest_dir_path.empty()) return;  // no copy chosen yet: there is nowhere to look
   const auto gate = copy_gate();
@@ -127,12 +127,13 @@ void grab_discard_partial() {
     if (next.stream_active[s] == 0 || file < 0 || file >= static_cast<int32_t>(sim_info.size())) {
       continue;
     }
-    const file_version_struct& wanted = sim_info[static_cast<size_t>(file)].current();
+    const file_history_struct& history = sim_info[static_cast<size_t>(file)];
+    const file_version_struct& wanted = history.current();
     const std::string_view inside = installed_part(wanted.path);
     const std::string archive = std::string(inside) + ".zip";
     io_handle found;
     if (gate->open_file(archive, found) == 0 &&
-        io_archive_is_of(found.get(), place_budget(wanted.zip_kb), path_leaf(inside))) {
+        place_is_archive_of(found.get(), place_budget(wanted.zip_kb), history)) {
       gate->remove_file(archive);
     }
   }

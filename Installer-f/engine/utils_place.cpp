@@ -13,6 +13,7 @@
 #include <mutex>
 
 #include "Installer-f/engine/utils_decide.h"
+#include "Installer-f/engine/utils_guard.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_md5.h"
 #include "Installer-f/settings/main_stg.h"
@@ -26,7 +27,7 @@ namespace {
 constexpr int code_no_archive = 20001, code_bad_archive = 20002, code_no_memory = 12,
               code_too_large = 27;
 
-bool has_signature(const single_file& file, const file_sig& sig_want) {
+file_sig signature_of(const single_file& file) {
   MD5_state state;
   MD5Init(state);
   constexpr size_t slice = 1u << 30;
@@ -34,7 +35,7 @@ bool has_signature(const single_file& file, const file_sig& sig_want) {
     MD5UpdateWide(state, file.bytes + done, uint32_t(std::min(file.size - done, slice)));
   uint8_t digest[16];
   MD5Final(digest, state);
-  return sig_want == file_sig(digest);
+  return file_sig(digest);
 }
 
 // The main program of a bundle must be runnable, whatever its archive says.
@@ -70,7 +71,8 @@ place_result place_unpacked(gate_class& gate, const unsigned char* archive, size
     return place_result_of(outcome);
   }
   if (order.sum && !order.sum->is_of_content(file)) return {place_not_signed_for, sign_wrong};
-  if (!has_signature(file, order.sig_want)) return {place_wrong_signature, code_bad_archive};
+  if (!(signature_of(file) == order.sig_want)) return {place_wrong_signature, code_bad_archive};
+  if (order.may_replace && !order.may_replace()) return {place_changed, code_changed};
   if (file.is_link) {
     const std::string target(reinterpret_cast<const char*>(file.bytes), file.size);
     return place_result_of_gate(gate.put_link(order.path, target));
@@ -154,6 +156,17 @@ place_result place_archive_file(gate_class& gate, int archive, uint64_t most_arc
     return place_result_of(outcome);
   }
   return place_unpacked(gate, bytes, size, order);
+}
+
+bool place_is_archive_of(int archive, uint64_t most_archive, const file_history_struct& history) {
+  const large_turn turn(most_archive);
+  const unsigned char* bytes = nullptr;
+  size_t size = 0;
+  single_file file;
+  const file_version_struct& current = history.current();
+  return io_load_archive(archive, most_archive, bytes, size) == single_ok &&
+         io_read_single(bytes, size, place_budget(current.raw_kb), file) == single_ok &&
+         file.name == path_leaf(current.path) && is_known_state(history, signature_of(file));
 }
 
 void remove_temp_file(std::string_view path) {

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -36,6 +37,7 @@ enum place_outcome : int {
   place_below_link,    // its folder lies below what the release ships as a link
   place_disk_full,     //
   place_cannot_write,  // `code` tells why
+  place_changed,       // something lies there that may not be replaced
   place_no_memory,     //
   place_unread,        // place_archive_file: the archive cannot be read; `code` tells why
 };
@@ -50,12 +52,16 @@ constexpr bool place_is_wrong_content(place_outcome outcome) {
   return outcome >= place_damaged && outcome <= place_untrusted;
 }
 
+struct file_history_struct;
+
 // What is to become of an archive.
 struct place_order {
   std::string_view path;  // below the destination: the installed part of the manifest's path
   file_sig sig_want;      // the MD5; a word is matched by no file
   uint64_t most = 0;      // bytes that the file may become
   const file_sum* sum = nullptr;  // what the archive must be, before it is opened; null: anything
+  std::function<bool()> may_replace =
+      nullptr;  // asked before it is written; null: whatever lies there
 };
 
 // The most bytes that a size in the manifest allows: one unit is added for what its rounding took
@@ -87,6 +93,10 @@ place_result place_manifest(const std::string& zip_path);
 // unless the makers have signed them for the release install_name, and with no lower serial than
 // the copy in the folder `copy` (trailing "/"; empty: none) has had.
 place_result place_signed_manifest(const std::string& zip_path, const std::string& copy);
+
+// Whether an open archive is one of a file that the makers have shipped under the history's name:
+// of at most `most_archive` bytes, with nothing else in it.
+bool place_is_archive_of(int archive, uint64_t most_archive, const file_history_struct& history);
 
 // What the two layers below say, in the words of this one.
 place_result place_result_of(single_outcome outcome);

@@ -13,6 +13,7 @@
 #include "Installer-f/engine/utils_copies.h"
 #include "Installer-f/engine/utils_decide.h"
 #include "Installer-f/engine/utils_dirs.h"
+#include "Installer-f/engine/utils_guard.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_place.h"
 #include "Installer-f/engine/utils_registry.h"
@@ -29,17 +30,17 @@ namespace {
 std::set<std::string> emptied;  // folders, of the present job
 
 bool is_ours(const file_history_struct& history) {
-  const file_sig& have = history.current().sig_have;
-  return have.is_digest() &&
-         std::any_of(history.versions.begin(), history.versions.end(),
-                     [&](const file_version_struct& version) { return have == version.sig_want; });
+  return is_known_state(history, history.current().sig_have);
 }
 
-void remove_one(file_version_struct& file) {
+void remove_one(file_history_struct& history) {
+  file_version_struct& file = history.current();
   const std::string location = location_on_disk(file.path);
   const std::shared_ptr<gate_class> gate = copy_gate();
-  const int code =
-      gate ? gate->remove_file(std::string_view(location).substr(dest_dir_path.size())) : ENOENT;
+  int code = guard_lets_go(location, history) ? 0 : code_changed;
+  if (code == 0)
+    code =
+        gate ? gate->remove_file(std::string_view(location).substr(dest_dir_path.size())) : ENOENT;
   if (stg.log_actions || code != 0)
     xer << "DELETING  file " << location << ", with result=" << code << ".\n";
   if (code != 0 && code != ENOENT) {
@@ -88,7 +89,7 @@ int remove_copy(int& index, float& progress) {
   const int count = static_cast<int>(sim_info.size());
   while (index < count && PLT_microseconds() - start < step_us) {
     file_history_struct& history = sim_info[static_cast<size_t>(index++)];
-    if (is_ours(history)) remove_one(history.current());
+    if (is_ours(history)) remove_one(history);
   }
   progress = count > 0 ? static_cast<float>(index) / static_cast<float>(count) : 1;
   if (index < count) return 0;

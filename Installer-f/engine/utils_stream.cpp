@@ -22,6 +22,7 @@
 #include "Installer-f/engine/utils_dirs.h"
 #include "Installer-f/engine/utils_grab_mirrors.h"
 #include "Installer-f/engine/utils_grab_state.h"
+#include "Installer-f/engine/utils_guard.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_servers.h"
 #include "Installer-f/engine/utils_trouble.h"
@@ -64,6 +65,10 @@ constexpr uint64_t most_in_memory = 4'000'000;
 // ever.
 constexpr int most_rounds = 2;
 constexpr int code_too_large = 27;  // as of an archive on the disk
+
+file_history_struct& history_of(int s) {
+  return sim_info[static_cast<size_t>(next.stream_file[s])];
+}
 
 // Bytes that the stream's archive may have: all that its signature leaves it, if there is one.
 uint64_t most_archive(int s, const file_version_struct& file) {
@@ -113,11 +118,14 @@ std::string path_in_copy(const stream_record& stream) {
 
 // --- delete --------------------------------------------------------------------------------------
 
-void delete_step(stream_record& stream, file_version_struct& file) {
+void delete_step(stream_record& stream, file_history_struct& history) {
+  file_version_struct& file = history.current();
   stg.activity = activity_deleting;
   use_spelling_on_disk(stream.location);
   const std::shared_ptr<gate_class> gate = copy_gate();
-  const int code = gate ? gate->remove_file(path_in_copy(stream)) : errno;
+  int code = gate ? 0 : errno;
+  if (code == 0 && !guard_lets_go(stream.location, history)) code = code_changed;
+  if (code == 0) code = gate->remove_file(path_in_copy(stream));
   if (code == 0) {
     file.sig_match = 0;
     file.sig_have = sig_none;
@@ -240,6 +248,9 @@ bool begin_unpacking(int s, const file_version_struct& file) {
   task->sig_want = file.sig_want;
   task->most = place_budget(file.raw_kb);
   task->sum = trust_sum(stream.file);
+  task->may_replace = [location = stream.location, &history = history_of(s)] {
+    return guard_lets_go(location, history);
+  };
   stream.is_unpacking = true;
   unpack_enqueue(std::move(task));
   return true;
@@ -358,7 +369,7 @@ float stream_rests_for(int s) {
 }
 
 bool stream_step(int s) {
-  file_version_struct& file = sim_info[static_cast<size_t>(next.stream_file[s])].current();
+  file_version_struct& file = history_of(s).current();
   stream_record& stream = streams[s];
   if (stream.file != next.stream_file[s]) begin_file(s, file);
   crnt_file_name = path_leaf(stream.location);
@@ -375,7 +386,7 @@ bool stream_step(int s) {
     xer << "WARNING: leaving alone a file that lies outside the destination: " << file.path << "\n";
     stg.activity = activity_not_wanted;
   } else if (file.need_delete != 0) {
-    delete_step(stream, file);
+    delete_step(stream, history_of(s));
   } else if (file.need_fetch != 0) {
     if (!fetch_step(s, file)) return false;
   } else {

@@ -15,7 +15,7 @@
 UTL_worker_threads* unpack_pool = nullptr;
 
 void unpack_task::do_it() {
-  const place_order order = {path, sig_want, most, sum};
+  const place_order order = {path, sig_want, most, sum, may_replace};
   if (archive_path.empty()) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(archive.data());
     result = place_archive(*gate, bytes, archive.size(), order);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,8 +30,9 @@ class unpack_task : public UTL_work_task {
   std::shared_ptr<gate_class> gate;
   std::string path;  // of the file, below the destination
   file_sig sig_want;
-  uint64_t most = 0;              // bytes that the file may become
-  const file_sum* sum = nullptr;  // what the archive must be; stands until all tasks are back
+  uint64_t most = 0;                  // bytes that the file may become
+  const file_sum* sum = nullptr;      // what the archive must be; stands until all tasks are back
+  std::function<bool()> may_replace;  // see place_order
 
   place_result result;  // set by the worker
 };

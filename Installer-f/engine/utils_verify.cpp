@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "Installer-f/engine/utils_decide.h"
+#include "Installer-f/engine/utils_guard.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_md5.h"
 #include "Installer-f/engine/utils_platform.h"
@@ -152,6 +153,7 @@ int checksum_directory(int& index, float& progress) {
 
   if (index == 0) {
     checksum_directory_kill();  // of a pass that its page left behind
+    guard_begin();
     settle_platform();
   }
   if (checksum_workers == nullptr) {
@@ -191,6 +193,7 @@ void checksum_directory_kill() {
 }
 
 void mark_all_absent() {
+  guard_begin();
   for (file_history_struct& history : sim_info) {
     file_version_struct& current = history.current();
     current.sig_have = sig_none;

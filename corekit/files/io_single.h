@@ -3,7 +3,6 @@
 //   io_load_archive   an archive from the disk into memory, up to a limit
 //   io_read_single    its one file, up to a limit
 //   io_release_single gives the memory of both back
-//   io_archive_is_of  whether an archive is the one of a file of this name
 //
 // An archive, zip or 7z by its first bytes, holds one file or link of any name, and at most that
 // file's fork entry ("__MACOSX/" and, before the name's last part, "._"), which is checked and
@@ -51,7 +50,3 @@ single_outcome io_read_single(const unsigned char* archive, size_t size, uint64_
 
 // Gives back what this thread holds of both, however little is wanted next.
 void io_release_single();
-
-// Whether the open file is a whole zip archive, of at most `most` bytes, with one file, of this
-// name, in it. Unpacks nothing.
-bool io_archive_is_of(int fd, uint64_t most, std::string_view leaf);

@@ -188,11 +188,3 @@ void io_release_single() {
   archive_room = {};
   content_room = {};
 }
-
-bool io_archive_is_of(int fd, uint64_t most, std::string_view leaf) {
-  zip_bytes archive;
-  if (zip_load(fd, most, archive_room, archive) != 0) return false;
-  const zip_reader zip(archive);
-  listed_entry file, fork;
-  return list_entries(zip, file, fork) == single_ok && file.name == leaf;
-}

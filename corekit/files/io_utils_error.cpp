@@ -34,6 +34,9 @@ constexpr code_message kErrMsgs[] = {
     {20016, "It is not what the makers of Skyvane have signed"},
     {20017, "It was signed for another use than this one"},
     {20018, "It is older than what this program has seen before"},
+    {20019,
+     "It was changed while the installer was at work. Start the installer again, and it will ask "
+     "about this file"},
     {35, "Resource temporarily unavailable"},
     {11, "Resource deadlock avoided"},
     {63, "File name too long"},

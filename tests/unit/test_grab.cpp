@@ -2,6 +2,7 @@
 
 #include "Installer-f/engine/utils_stream.h"
 #include "Installer-f/engine/utils_trouble.h"
+#include "Installer-f/engine/utils_verify.h"
 #include "grab_fixture.h"
 
 namespace {
@@ -222,9 +223,49 @@ TEST_F(Grab, ProgressOfFilesInFlightAndItsReset) {
   EXPECT_EQ(stg.extract_failed, 1) << "left for the last page";
 }
 
+TEST_F(Grab, WhatHasChangedSinceItWasVerifiedStays) {
+  const mirror m({{"http://one/up/rel/ALL_os/a.zip", archive_of("a", "new")}});
+  const struct {
+    const char *label, *verified, *then;  // what "a" holds; "" for nothing
+    bool deletes, stays;
+  } rows[] = {
+      {"put there meanwhile", "", "mine", false, true},
+      {"changed meanwhile", "old", "mine", false, true},
+      {"changed before it is deleted", "old", "mine", true, true},
+      {"gone before it is deleted, and another has its name by the case", "old", "", true, true},
+      {"put back to an earlier state", "mine", "old", false, false},
+      {"touched, when its user had let it go", "mine", "mine", false, false},
+      {"touched, and dropped", "old", "old", true, false},
+  };
+  put("A", "another's");
+  for (const auto& [label, verified, then, deletes, stays] : rows) {
+    SCOPED_TRACE(label);
+    sim_info.clear();
+    add_history(wanted_file("ALL_os/a", 5, "149603e6c03516362a8da23f624db945"));  // of "old"
+    sim_info[0].versions.push_back(
+        wanted_file("ALL_os/a", 5, deletes ? "GONE" : "22af645d1859cb5ca6da0c484f1f37ea"));
+    delete_file(dest_dir_path + "a");
+    if (*verified) put("a", verified);
+    int index = 0;
+    float progress = 0;
+    while (checksum_directory(index, progress) == 0) {
+    }
+    delete_file(dest_dir_path + "a");
+    if (*then) put("a", then);
+    sim_info[0].current().need_fetch = !deletes;
+    sim_info[0].current().need_delete = deletes;
+    stg.extract_failed = 0;
+    grab_reset();
+    run_job();
+    EXPECT_EQ(content_of(dest_dir_path + "a"), stays ? then : deletes ? "" : "new");
+    EXPECT_EQ(stg.extract_failed, stays && !deletes);
+    EXPECT_EQ(content_of(dest_dir_path + "A"), "another's");
+  }
+}
+
 TEST_F(Grab, DiscardDeletesOurArchivesOfLiveStreamsAlone) {
   for (const char* path : {"ALL_os/a", "ALL_os/b", "ALL_os/c", "ALL_os/../up", "ALL_os/photos"})
-    add_history(wanted_file(path));
+    add_history(wanted_file(path, 1, "9dd4e461268c8034f5c8564e155c67a6"));  // of "x"
   for (const char* name : {"a", "b", "c"})
     put(name + std::string(".zip"), archive_of(name, "x"));
   put("a", "x");
@@ -238,7 +279,8 @@ TEST_F(Grab, DiscardDeletesOurArchivesOfLiveStreamsAlone) {
   grab_discard_partial();
   // The user's own, beside the file of a stream that is live.
   next.stream_file[0] = 4;
-  for (const std::string& own : {archive_of("holiday", "x"), std::string("no archive")}) {
+  for (const std::string& own :
+       {archive_of("holiday", "x"), archive_of("photos", "mine"), std::string("no archive")}) {
     put("photos.zip", own);
     grab_discard_partial();
     EXPECT_EQ(content_of(dest_dir_path + "photos.zip"), own);
