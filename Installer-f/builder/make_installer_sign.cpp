@@ -170,6 +170,13 @@ bool is_back(const sign_order& order) {
   return !order.statement.empty() && file_exists(order.statement + ".minisig");
 }
 
+// What is in its place now. If it stayed, the same commands a month later would put it in again.
+void drop_statement(const sign_order& order) {
+  if (order.statement.empty()) return;
+  for (const char* const end : {"", ".minisig", ".sum"})
+    delete_file(order.statement + end);
+}
+
 // --- a master ------------------------------------------------------------------------------------
 
 struct master {
@@ -230,9 +237,12 @@ std::string state_release(const std::string& output, master& found, const sign_o
   statement.number = newest_release();
   statement.covers = {cover_of("directory.txt", found.entries[directory].bytes),
                       cover_of("directory.sum", found.entries[sums].bytes)};
+  return {};
+}
+
+std::string check_release_serial(const master& found, const sign_statement& statement) {
   sign_statement last;
-  if (read_last_statement(found.signed_zip, last)) wrong = check_serial(statement, last.serial);
-  return wrong;
+  return read_last_statement(found.signed_zip, last) ? check_serial(statement, last.serial) : "";
 }
 
 std::string write_signed(const master& found) {
@@ -279,17 +289,20 @@ std::string add_program(sign_statement& statement, const char* name, const std::
   return {};
 }
 
-std::string state_list(const std::string& text, std::string_view body, const sign_order& order,
-                       sign_statement& statement) {
+std::string state_list(std::string_view body, const sign_order& order, sign_statement& statement) {
   statement = begin_statement(sign_of_servers, order, days_of_list);
   statement.release = release_of_list(body);
   statement.covers = {cover_of(sign_list_name, body)};
   std::string wrong = add_program(statement, "FINAL_INSTALLER_MAC", order.final_program);
   if (wrong.empty()) wrong = add_program(statement, "BETA_INSTALLER_MAC", order.beta_program);
-  sign_statement last;
-  if (wrong.empty() && sign_read_fields(std::string_view(text).substr(body.size()), last))
-    wrong = check_serial(statement, last.serial);
   return wrong;
+}
+
+std::string check_list_serial(const std::string& list, size_t body, const sign_statement& now) {
+  sign_statement last;
+  return sign_read_fields(std::string_view(list).substr(body), last)
+             ? check_serial(now, last.serial)
+             : "";
 }
 
 }  // namespace
@@ -304,9 +317,13 @@ int sign_master(const std::string& output, const maker_key& key, const sign_orde
     wrong = take_from_elsewhere(order, sign_of_release, text, statement);
     if (wrong.empty() && !load(sums_file, most_manifest, found.entries[sums].bytes))
       wrong = "This cannot be read: " + sums_file;
-    return say(wrong.empty() ? attach(found, text, statement) : wrong);
+    if (wrong.empty()) wrong = check_release_serial(found, statement);
+    if (wrong.empty()) wrong = attach(found, text, statement);
+    if (wrong.empty()) drop_statement(order);
+    return say(wrong);
   }
   wrong = state_release(output, found, order, statement);
+  if (wrong.empty()) wrong = check_release_serial(found, statement);
   if (wrong.empty() && !order.statement.empty()) wrong = save(sums_file, found.entries[sums].bytes);
   if (wrong.empty()) wrong = sign_here_or_elsewhere(statement, key, order, text);
   if (wrong.empty() && !text.empty()) wrong = attach(found, text, statement);
@@ -321,15 +338,18 @@ int sign_server_list(const std::string& path, const maker_key& key, const sign_o
   if (body.size() == list.size() && body.find("ENDOFLIST") == body.npos)
     return say("A list that is to be signed ends in ENDOFLIST: " + path);
   sign_statement statement;
-  if (is_back(order)) {
+  const bool was_elsewhere = is_back(order);
+  if (was_elsewhere) {
     wrong = take_from_elsewhere(order, sign_of_servers, text, statement);
     if (wrong.empty() && !statement.covers_bytes(sign_list_name, body))
       wrong = "The statement is not of this list: " + path;
   } else {
-    wrong = state_list(list, body, order, statement);
-    if (wrong.empty()) wrong = sign_here_or_elsewhere(statement, key, order, text);
+    wrong = state_list(body, order, statement);
   }
+  if (wrong.empty()) wrong = check_list_serial(list, body.size(), statement);
+  if (wrong.empty() && !was_elsewhere) wrong = sign_here_or_elsewhere(statement, key, order, text);
   if (wrong.empty() && !text.empty()) wrong = save(path, body + text);
+  if (wrong.empty() && was_elsewhere) drop_statement(order);
   if (wrong.empty() && !text.empty())
     builder_notice(str_format("The list is signed: serial %lld, until %s.",
                               static_cast<long long>(statement.serial), statement.expires.c_str()));

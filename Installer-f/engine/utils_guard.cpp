@@ -28,9 +28,10 @@ void guard_begin() {
 }
 
 bool is_known_state(const file_history_struct& history, const file_sig& sig) {
-  return sig.is_digest() &&
-         std::any_of(history.versions.begin(), history.versions.end(),
-                     [&sig](const file_version_struct& version) { return sig == version.sig_want; });
+  return sig.is_digest() && std::any_of(history.versions.begin(), history.versions.end(),
+                                        [&sig](const file_version_struct& version) {
+                                          return sig == version.sig_want;
+                                        });
 }
 
 bool guard_lets_go(const std::string& location, const file_history_struct& history) {

@@ -14,9 +14,9 @@ void guard_begin();
 
 // Whether what lies at `location` (below app_path, as location_on_disk gives it) may be replaced or
 // deleted for `history`: nothing or a folder, which the gate does not harm; what the verification
-// saw there; or a state that the makers have shipped. Reads the file, where its time or its spelling
-// tells that it may be another. Without a verification everything may. Any thread, while nobody
-// writes the history.
+// saw there; or a state that the makers have shipped. Reads the file, where its time or its
+// spelling tells that it may be another. Without a verification everything may. Any thread, while
+// nobody writes the history.
 bool guard_lets_go(const std::string& location, const file_history_struct& history);
 
 // Whether the makers have ever shipped a file of this signature under the history's name.

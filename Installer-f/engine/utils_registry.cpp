@@ -49,14 +49,17 @@ std::FILE* open_list(const std::string& path, PLT_own_mode mode) {
   return file < 0 ? nullptr : fdopen(file, mode == plt_own_read ? "r" : "a");
 }
 
-// All lines that can be read, as they stand.
+// All lines that can be read, as they stand; but a folder ends in "/", or each of its files would
+// be looked for beside it.
 std::vector<std::string> read_lines(const std::string& path, bool& open_ended) {
   std::vector<std::string> lines;
   std::FILE* const file = open_list(path, plt_own_read);
   if (file == nullptr) return lines;
   char line[line_size];
-  while (next_line(file, line, open_ended))
-    lines.emplace_back(line);
+  while (next_line(file, line, open_ended)) {
+    std::string& added = lines.emplace_back(line);
+    if (added.starts_with('/') && !added.ends_with('/')) added += '/';
+  }
   std::fclose(file);
   return lines;
 }

@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <set>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -82,7 +84,7 @@ const MD5_lane_code& code_to_use() {
 }
 
 void begin_pass() {
-  const int threads = UTL_count_processors();
+  const int threads = verify_workers(UTL_count_processors());
   const MD5_lane_code& code = code_to_use();
   pass = std::make_unique<verify_pass>(app_path + dest_dir_path, threads, code);
   checksum_workers = new UTL_worker_threads(threads, 4 * threads);
@@ -119,10 +121,33 @@ uint64_t folded_hash(std::string_view name) {
   return hash;
 }
 
+using hashed_history = std::pair<uint64_t, int>;
+
+// Takes from a history what it has found under another spelling than its own. Where that is one
+// file with its own, on a volume that does not tell cases apart, or under one name for two
+// platforms, it is that of a history which the release still ships, and not of one which it has
+// dropped.
+void settle_one_name(const std::string& root, std::span<const hashed_history> names) {
+  std::set<std::pair<dev_t, ino_t>> shipped;
+  for (const bool is_dropped : {false, true}) {
+    for (const auto& [hash, history] : names) {
+      file_version_struct& current = sim_info[history].current();
+      if ((current.sig_want == sig_gone) != is_dropped) continue;
+      struct stat info;
+      const std::string location = root + std::string(installed_part(current.path));
+      const bool is_there = lstat(location.c_str(), &info) == 0;
+      if (is_there && !is_dropped) shipped.emplace(info.st_dev, info.st_ino);
+      if (is_there && !(is_dropped && shipped.contains({info.st_dev, info.st_ino}))) continue;
+      current.sig_have = sig_none;
+      current.sig_match = 0;
+    }
+  }
+}
+
 // `root` is where the copy lies.
 void disown_other_spellings(const std::string& root) {
   if (!g_case_sensitive) return;
-  std::vector<std::pair<uint64_t, int>> names;
+  std::vector<hashed_history> names;
   names.reserve(sim_info.size());
   for (int i = 0; i < static_cast<int>(sim_info.size()); ++i) {
     const file_version_struct& current = sim_info[i].current();
@@ -131,18 +156,10 @@ void disown_other_spellings(const std::string& root) {
   }
   std::sort(names.begin(), names.end());
 
-  const auto is_twin = [&names](size_t i) {
-    return (i > 0 && names[i - 1].first == names[i].first) ||
-           (i + 1 < names.size() && names[i + 1].first == names[i].first);
-  };
-  for (size_t i = 0; i < names.size(); ++i) {
-    if (!is_twin(i)) continue;
-    file_version_struct& current = sim_info[names[i].second].current();
-    struct stat info;
-    const std::string location = root + std::string(installed_part(current.path));
-    if (lstat(location.c_str(), &info) == 0) continue;
-    current.sig_have = sig_none;
-    current.sig_match = 0;
+  for (size_t first = 0, end = 0; first < names.size(); first = end) {
+    while (end < names.size() && names[end].first == names[first].first)
+      ++end;
+    if (end - first > 1) settle_one_name(root, std::span(names).subspan(first, end - first));
   }
 }
 

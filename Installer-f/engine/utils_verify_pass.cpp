@@ -32,6 +32,12 @@ int open_file_limit() {
 
 }  // namespace
 
+int verify_workers(int processors) {
+  constexpr int files_waiting = 4;  // of each worker, at least
+  return std::clamp((open_file_limit() - open_elsewhere) / (open_by_worker + files_waiting), 1,
+                    processors);
+}
+
 verify_pass::verify_pass(const std::string& root_, int workers_, const MD5_lane_code& code_)
     : root(root_), workers(workers_), code(code_) {
   const int handles = std::max(open_file_limit() - open_elsewhere - workers * open_by_worker, 2);

@@ -47,6 +47,9 @@ struct lane_set {
   std::vector<std::unique_ptr<uint8_t[]>> spare;  // buffers of files that are done
 };
 
+// How many of `processors` may work side by side: each has files open, and the system has a limit.
+int verify_workers(int processors);
+
 class verify_pass {
  public:
   // Over the tree at `root`, which ends in "/" and holds app_path.

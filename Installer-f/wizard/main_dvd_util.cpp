@@ -332,7 +332,8 @@ int UTIL_disk_space(const std::string& enough_text, const std::string& short_tex
                {size_string(total_kb), size_string(free_kb), size_string(stg.todo_raw_kb),
                 too_small ? short_text + "\n" + dest_dir_path : enough_text});
   wizard_note(220, 130, text, 560);
-  return free_kb > stg.todo_raw_kb ? 1 : 0;
+  // What needs no room, such as a removal, has enough of it on a full disk.
+  return stg.todo_raw_kb <= 0 || free_kb > stg.todo_raw_kb ? 1 : 0;
 }
 
 bool UTIL_sim_can_start() {

@@ -368,8 +368,9 @@ int unattended_begin(int argc, const char* const* argv) {
   say(log_path().empty() ? tr("There is no log: no place for it can be written.")
                          : str_fill(tr("The log is %s"), {log_path()}));
   tell_wants();
+  // One that is ignored at the start, as by nohup, stays so.
   for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
-    std::signal(signal_number, on_signal);
+    if (std::signal(signal_number, on_signal) == SIG_IGN) std::signal(signal_number, SIG_IGN);
   return 0;
 }
 

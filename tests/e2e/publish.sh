@@ -98,6 +98,7 @@ done <<ROWS
 Skyvane newest;;;1;$all
 Skyvane old;;;0;$all
 Skyvane new;;--dry_run;0;$all
+Skyvane new;;--keep=Odl;2;$all
 Skyvane newer;Skyvane old;--dry_run;0;$all
 Skyvane newer;Skyvane old;;0;Skyvane new|Skyvane newer|Skyvane old|no release|
 Skyvane newer;;--dry_run;0;Skyvane new|Skyvane newer|Skyvane old|no release|

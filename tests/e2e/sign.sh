@@ -92,7 +92,12 @@ server_list "$name" mirror.example >"$SCRATCH/list"
 cp "$SCRATCH/list" "$SCRATCH/serverlist9.txt"
 want 0 go --statement="$SCRATCH/list.txt" --list="$SCRATCH/serverlist9.txt" --final="$SIGNED"
 minisign -S -s "$KEYS/open.key" -m "$SCRATCH/list.txt" >/dev/null 2>&1
+cp "$SCRATCH"/list.txt* "$KEYS/"
 want 0 go --statement="$SCRATCH/list.txt" --list="$SCRATCH/serverlist9.txt"
+[ ! -e "$SCRATCH/list.txt.minisig" ] || fail "the next signing would put it in again"
+cp "$KEYS"/list.txt* "$SCRATCH/"
+go --statement="$SCRATCH/list.txt" --list="$SCRATCH/serverlist9.txt"
+want_status 1 "is not above that of the last signature"
 cmp <(head -c "$(stat -c %s "$SCRATCH/list")" "$SCRATCH/serverlist9.txt") "$SCRATCH/list" || fail "the list itself changed"
 grep -qx "SHA256 $(sha256sum <"$SIGNED" | cut -c1-64) $(stat -c %s "$SIGNED") FINAL_INSTALLER_MAC" "$SCRATCH/serverlist9.txt" ||
   fail "the program is not vouched for"

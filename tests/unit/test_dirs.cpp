@@ -220,6 +220,7 @@ TEST_F(EngineRegistry, ReadsWhatItFinds) {
   const std::string gone = root + "gone/";
   const std::tuple<std::string, std::string, std::vector<std::string>> rows[] = {
       {"no line end", a + "\n" + b, {a, b}},
+      {"no slash, by another hand", a.substr(0, a.size() - 1) + "\n" + b + "\n", {a, b}},
       {"folder that has gone", gone + "\n" + a + "\n", {a}},
       {"a plain file", a_file + "\n" + a_file + "/\n" + a + "\n", {a}},
       {"NUL", a + std::string("\0junk", 5) + "\n" + b + "\n", {a, b}},

@@ -5,6 +5,7 @@
 #include "Installer-f/engine/utils_md5.h"
 #include "Installer-f/engine/utils_md5_lanes.h"
 #include "Installer-f/engine/utils_verify.h"
+#include "Installer-f/engine/utils_verify_pass.h"
 #include "corekit/base/UTL_cmdline.h"
 #include "engine_tree.h"
 
@@ -82,10 +83,11 @@ TEST_F(EngineVerify, OneFile) {
 
 TEST_F(EngineVerify, APassOverATree) {
   for (const char* name :
-       {"a/current", "a/dropped", "windows", "lib/1", "lib/2", "Spelt Otherwise", "shut"})
+       {"a/current", "a/dropped", "windows", "lib/1", "lib/2", "Spelt Otherwise", "shut", "twin"})
     write("copy/" + std::string(name), "abc");
   write("copy/a/changed", "abcd");
   ASSERT_EQ(mkfifo((root + "copy/fifo").c_str(), 0644), 0);
+  std::filesystem::create_hard_link(root + "copy/twin", root + "copy/TWIN");
   here.link("copy/link", "abc");
   here.link("copy/loop", "loop");
   // The path, its platform and what the release has; what is found, and whether that is it.
@@ -100,6 +102,10 @@ TEST_F(EngineVerify, APassOverATree) {
       {"ALL_os/a/current/x", 0, md5_of_abc, "NONE", 0},  // a file in its folder's place
       {"ALL_os/none/x", 0, md5_of_abc, "NONE", 0},
       {"ALL_os/A/CURRENT", 0, md5_of_abc, "NONE", 0},  // answers for its own spelling only
+      // One file under two names is the one that the release ships.
+      {"LIN_os/a/current", 3, "GONE", "NONE", 0},
+      {"ALL_os/TWIN", 0, "GONE", "NONE", 0},
+      {"ALL_os/twin", 0, md5_of_abc, md5_of_abc, 1},
       // What this user may not read, and what is no file at all, is somebody's all the same.
       {"ALL_os/shut", 0, md5_of_abc, "UNREADABLE", 0},
       {"ALL_os/fifo", 0, md5_of_abc, "UNREADABLE", 0},
@@ -143,6 +149,18 @@ TEST_F(EngineVerify, NoDestination) {
   sim_info.clear();
   mkdir(dest_dir_path.c_str(), 0755);
   EXPECT_LE(run_pass(), 2);
+}
+
+TEST_F(EngineVerify, ManyProcessorsLeaveFilesForEach) {
+  rlimit limit;
+  getrlimit(RLIMIT_NOFILE, &limit);
+  for (const auto& [files, processors, workers] :
+       {std::tuple(1024, 8, 8), {1024, 128, 56}, {140, 8, 1}, {0, 8, 1}}) {
+    const rlimit fewer = {static_cast<rlim_t>(files), limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &fewer);
+    EXPECT_EQ(verify_workers(processors), workers) << files;
+  }
+  setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 // More of them than may wait, in every set of instructions; the last and large ones are shared.
