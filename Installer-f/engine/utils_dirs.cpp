@@ -129,7 +129,12 @@ void delete_files() {
                      "", "", t_alert, at_file_not_deleted);
     }
     current.sig_match = 0;
-    current.sig_have = sig_none;
+    if (code == 0 || code == ENOENT ||
+        code == gate_below_link) {  // what is below a link is not ours
+      current.sig_have = sig_none;
+    } else {
+      xer << "WARNING: I could not delete " << location << ": " << error_str(code) << '\n';
+    }
   }
   remove_emptied_folders(folders);
 }

@@ -38,6 +38,9 @@ namespace {
 constexpr size_t most_in_memory = 64u << 20;
 std::atomic<size_t> in_memory = 0;
 
+// Bytes, of archives when they are copied and of files when they are unpacked.
+std::atomic<uint64_t> worked_on = 0;
+
 // Of the copy and of temp_path, as long as there are pools.
 std::shared_ptr<gate_class> job_gate, temp_gate;
 
@@ -133,6 +136,10 @@ int install_files(int& index, int disk) {
   return sim_info[index].current().disk != disk ? install_needs_disc : install_working;
 }
 
+uint64_t install_bytes() {
+  return worked_on;
+}
+
 void install_files_kill() {
   if (!copy_pool && !unzip_pool) return;
   abandoned = true;
@@ -224,12 +231,13 @@ int dvd_unpack_task::copy_from(int disc_file) {
     archive_size_ = size;
     size_t got = 0;
     if (const int code = io_read_all(disc_file, archive_.get(), size, got)) return code;
+    worked_on += got;
     return got == size ? 0 : EIO;
   }
   in_memory -= size;
   if (!temp_) return ENOENT;
   in_temp_ = true;
-  return temp_->put_copy(path_leaf(temp_file), disc_file, most_archive_);
+  return temp_->put_copy(path_leaf(temp_file), disc_file, most_archive_, worked_on);
 }
 
 void dvd_unpack_task::unpack_archive() {
@@ -252,6 +260,7 @@ void dvd_unpack_task::unpack_archive() {
       // What was unpacked has been compared with its signature on the way.
       record_->sig_have = record_->sig_want;
       record_->sig_match = 1;
+      worked_on += place_budget(record_->raw_kb);
     }
   }
   drop_archive();  // also after a failure: what is on the way is bounded

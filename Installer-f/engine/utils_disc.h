@@ -39,6 +39,9 @@ enum install_step : int {
 // must not be read anew.
 int install_files(int& index, int disk);
 
+// A sign of life: bytes that the pools have copied and unpacked since the program began, rounded.
+uint64_t install_bytes();
+
 // Abandons the pipeline: what is in hand is finished, what is only queued is dropped. Safe without
 // one.
 void install_files_kill();

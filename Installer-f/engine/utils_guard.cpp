@@ -1,5 +1,5 @@
 // See utils_guard.h. The times compared are the file system's own clock's, which moves in steps: a
-// change in the very step of guard_begin counts as one after it.
+// change in the very step in which the verification began counts as one after it.
 
 #include "Installer-f/engine/utils_guard.h"
 
@@ -15,17 +15,11 @@
 
 namespace {
 
-timespec begun = {};  // zero: there was no verification
-
 bool is_unchanged_since(const timespec& time, const struct stat& info) {
   return std::tie(info.st_ctim.tv_sec, info.st_ctim.tv_nsec) < std::tie(time.tv_sec, time.tv_nsec);
 }
 
 }  // namespace
-
-void guard_begin() {
-  clock_gettime(CLOCK_REALTIME_COARSE, &begun);
-}
 
 bool is_known_state(const file_history_struct& history, const file_sig& sig) {
   return sig.is_digest() && std::any_of(history.versions.begin(), history.versions.end(),
@@ -35,6 +29,7 @@ bool is_known_state(const file_history_struct& history, const file_sig& sig) {
 }
 
 bool guard_lets_go(const std::string& location, const file_history_struct& history) {
+  const timespec begun = verification_began();
   struct stat info;
   if (begun.tv_sec == 0 || lstat((app_path + location).c_str(), &info) != 0) return true;
   if (S_ISDIR(info.st_mode)) return true;

@@ -9,9 +9,6 @@
 
 inline constexpr int code_changed = 20019;  // error_str's, of what the guard does not let go
 
-// What changes from now on, the verification that begins may not have seen. Main thread.
-void guard_begin();
-
 // Whether what lies at `location` (below app_path, as location_on_disk gives it) may be replaced or
 // deleted for `history`: nothing or a folder, which the gate does not harm; what the verification
 // saw there; or a state that the makers have shipped. Reads the file, where its time or its

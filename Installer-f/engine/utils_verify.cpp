@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <set>
 #include <span>
@@ -21,7 +22,6 @@
 #include <vector>
 
 #include "Installer-f/engine/utils_decide.h"
-#include "Installer-f/engine/utils_guard.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_md5.h"
 #include "Installer-f/engine/utils_platform.h"
@@ -81,6 +81,12 @@ const MD5_lane_code& code_to_use() {
     return cmdline.has_option("--md5") && cmdline.get_option("--md5") == code.name;
   });
   return asked == codes.end() ? codes.front() : *asked;
+}
+
+timespec began = {};
+
+void note_beginning() {
+  clock_gettime(CLOCK_REALTIME_COARSE, &began);  // as the file system dates its changes
 }
 
 void begin_pass() {
@@ -165,12 +171,20 @@ void disown_other_spellings(const std::string& root) {
 
 }  // namespace
 
+uint64_t checksum_bytes() {
+  return pass ? pass->bytes_read.load() : 0;
+}
+
+timespec verification_began() {
+  return began;
+}
+
 int checksum_directory(int& index, float& progress) {
   const int count = static_cast<int>(sim_info.size());
 
   if (index == 0) {
     checksum_directory_kill();  // of a pass that its page left behind
-    guard_begin();
+    note_beginning();
     settle_platform();
   }
   if (checksum_workers == nullptr) {
@@ -210,7 +224,7 @@ void checksum_directory_kill() {
 }
 
 void mark_all_absent() {
-  guard_begin();
+  note_beginning();
   for (file_history_struct& history : sim_info) {
     file_version_struct& current = history.current();
     current.sig_have = sig_none;

@@ -2,6 +2,7 @@
 // disk alone is believed; no journal is kept, so a broken install heals at the next run.
 #pragma once
 
+#include <ctime>
 #include <string>
 
 class UTL_worker_threads;
@@ -17,6 +18,13 @@ int checksum_directory(int& index, float& progress);
 
 // Abandons a running pass: lets go of the files in hand, then ends the threads. Safe without one.
 void checksum_directory_kill();
+
+// A sign of life: bytes that the running pass has read; 0 without one. Main thread.
+uint64_t checksum_bytes();
+
+// When the last pass began: what has changed since, it may not have seen. Zero before the first.
+// Any thread, while none begins.
+timespec verification_began();
 
 // The findings of a pass over a copy that does not exist: every current version is absent.
 void mark_all_absent();

@@ -88,6 +88,7 @@ class verify_pass {
   bool has_files() const { return files_waiting_ > 0; }
   bool has_idle_workers() const { return idle_ > 0; }
 
+  std::atomic<uint64_t> bytes_read = 0;
   std::atomic<bool> is_cold = false;  // files have to come from the disk
 
  private:

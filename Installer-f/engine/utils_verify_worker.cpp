@@ -176,6 +176,7 @@ bool verify_worker::read_on(file_in_hand& file) {
   if (got < wanted) io_read_all(file.handle.get(), file.buffer.get() + got, wanted - got, more);
   if (got + more != wanted) return false;
 
+  pass_.bytes_read += wanted;
   file.left -= wanted;
   size_t bytes = wanted;
   if (file.left == 0) {

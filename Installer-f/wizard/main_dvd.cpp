@@ -5,6 +5,7 @@
 #include "Installer-f/engine/utils_copies.h"
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_registry.h"
+#include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/engine/utils_sizes.h"
 #include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
@@ -87,6 +88,7 @@ void offer_menu(wizard_screen& screen) {
 
 int show_start(int first_time, wizard_screen& screen) {
   if (first_time) {
+    unlock_copy();
     locate_all_skyvanes();
     set_steps();
     // The other flows leave their own filter, sectors and findings behind.

@@ -12,10 +12,12 @@
 #include <csignal>
 #include <vector>
 
+#include "Installer-f/engine/utils_disc.h"
 #include "Installer-f/engine/utils_grab.h"
 #include "Installer-f/engine/utils_remove.h"
 #include "Installer-f/engine/utils_select.h"
 #include "Installer-f/engine/utils_trouble.h"
+#include "Installer-f/engine/utils_verify.h"
 #include "Installer-f/settings/main_stg.h"
 #include "Installer-f/wizard/main_remove.h"
 #include "Installer-f/wizard/main_unattended_answers.h"
@@ -53,7 +55,11 @@ struct run_state {
   bool over = false;
   std::vector<page_function> answered;  // choice pages that Next was pressed on
   double last_progress = 0;             // frame clock of the last progress
-  double high_mark = -1;                // measure of what has been reached
+  double high_mark = -1;                // measure of what has been reached,
+  double before = -1;                   //   of it a frame ago,
+  double most = -1;                     //   and the most ever
+  int rewinds = 0;                      // since then, transfers that have broken off
+  uint64_t worked_on = 0;               // bytes that this machine's disks have brought
   page_function shown;                  // page that was announced,
   std::string title;                    //   and the title that it had
   int patience = 0;                     // frames that a choice page has been given
@@ -133,12 +139,20 @@ double reached(const wizard_screen& screen) {
 }
 
 bool stalled(int first_time, const wizard_screen& screen) {
+  // A large file may break off near its end, and be fetched anew by a slow line; not for ever.
+  constexpr int most_rewinds = 3;
   const double now = reached(screen);
-  if (first_time) run.high_mark = -1;
-  if (first_time || now > run.high_mark) {
-    run.high_mark = now;
+  const uint64_t worked_on = checksum_bytes() + install_bytes();
+  if (first_time) run.high_mark = run.before = run.most = -1;
+  if (now > run.most) run.rewinds = 0;
+  if (now < run.before && run.rewinds++ < most_rewinds) run.high_mark = now;
+  if (first_time || now > run.high_mark || worked_on > run.worked_on) {
+    run.high_mark = std::max(run.high_mark, now);
     run.last_progress = xtim.now_sec;
   }
+  run.before = now;
+  run.most = std::max(run.most, now);
+  run.worked_on = worked_on;
   return xtim.now_sec - run.last_progress > answers.give_up_after;
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "Installer-f/engine/utils_registry_lock.h"
 #include "Installer-f/wizard/main_notice.h"
 #include "Installer-f/wizard/main_prefs.h"
 #include "Installer-f/wizard/main_wizard_draw.h"
@@ -64,6 +65,8 @@ void APP_update() {
   // A page begins without a focus, so that its own field may take it.
   if (first_time && ogl_inited) BTN_unfocus_any();
   const int result = page(first_time, screen);
+  // A window that stands there and tells how it ended keeps no other program from the copy.
+  if (first_time && page->kind >= page_last) unlock_copy();
 
   wizard_press press;
   press.extra = wizard_draw_record(screen);

@@ -83,8 +83,9 @@ class gate_class {
                const gate_attributes& attributes = {});
 
   // The same with what the open file `source` holds from its start, read piece by piece; no mode
-  // and no time. EFBIG if that is more than `most` bytes, and then nothing is put there.
-  int put_copy(std::string_view path, int source, uint64_t most);
+  // and no time. EFBIG if that is more than `most` bytes, and then nothing is put there. To
+  // `copied` each piece's bytes are added.
+  int put_copy(std::string_view path, int source, uint64_t most, std::atomic<uint64_t>& copied);
 
   // The same with a link, unless it leads out of the destination (gate_leads_out; nothing is made).
   // The text must be relative, with ".." only at its start; where it would really lead, by what is

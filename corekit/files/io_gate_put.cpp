@@ -178,7 +178,7 @@ int fill(int file, const struct stat& info, const void* bytes, size_t size,
   return 0;
 }
 
-int copy_into(int file, int source, uint64_t most) {
+int copy_into(int file, int source, uint64_t most, std::atomic<uint64_t>& copied) {
   constexpr size_t piece = 256 * 1024;
   thread_local const auto buffer = std::make_unique_for_overwrite<unsigned char[]>(piece);
   if (lseek(source, 0, SEEK_SET) != 0) return fail(errno, 36);
@@ -187,6 +187,7 @@ int copy_into(int file, int source, uint64_t most) {
     if (got > most) return fail(EFBIG, 32);
     most -= got;
     if (const int code = io_write_all(file, buffer.get(), got)) return fail(code, 33);
+    copied += got;
   }
   return 0;
 }
@@ -326,10 +327,13 @@ int gate_class::put_bytes(std::string_view path, const void* bytes, size_t size,
   return door.is_open() ? put_part(path, filler, again, leaf) : code;
 }
 
-int gate_class::put_copy(std::string_view path, int source, uint64_t most) {
+int gate_class::put_copy(std::string_view path, int source, uint64_t most,
+                         std::atomic<uint64_t>& copied) {
   place at;
   std::string leaf;
-  const auto filler = [&](int file, const struct stat&) { return copy_into(file, source, most); };
+  const auto filler = [&](int file, const struct stat&) {
+    return copy_into(file, source, most, copied);
+  };
   return put_part(path, filler, at, leaf);
 }
 

@@ -124,6 +124,8 @@ echo "The whole install"
 rm "$SCRATCH/slow"
 next_to 5
 shot demo_8_finish
+# shellcheck disable=SC2046
+want 0 run skyvane-web-updater --check --copy="$mine" $(through_proxy "$PORT")  # the window that stands there keeps nobody out
 same_tree "$FIXTURE/sample/new" Linux "$mine"
 [ "$(cat "$taken/note.txt")" = "the user's own" ] || fail "the folder that was there was touched"
 [ "$(ls "$taken")" = note.txt ] || fail "something was put into the folder that was there"
