@@ -273,7 +273,7 @@ complaint read_sign_flags(sign_flags* sign, std::string* list_path) {
       (cmdline.has_option(flag_build) || sign->master.empty() == sign->list.empty())) {
     return "--sign_statement is for one --sign_master or one --sign_list.";
   }
-  const int64_t serial = sign->order.serial;
+  const int64_t serial = sign->order.serial > 0 ? sign->order.serial : bld.source_date;
   if (cmdline.has_option(flag_build) && serial > 0 && serial <= signed_serial(bld.old_dir_path))
     return "--sign_serial is not above that of the previous release: installers would refuse it.";
   return key_path.empty() ? complaint() : sign->key.read(key_path, password_fd);
@@ -282,6 +282,7 @@ complaint read_sign_flags(sign_flags* sign, std::string* list_path) {
 complaint read_flags(std::string* list_path, sign_flags* sign) {
   if (complaint unknown = check_spelling(); !unknown.empty()) return unknown;
   const bool want_build = cmdline.has_option(flag_build);
+  if (!want_build && cmdline.has_option(flag_check)) return "--check is of a --build_master alone.";
   int type = bld.fog_fals;
   complaint wrong = read_number(flag_type, install_base, install_moon, &type);
   const int region = type <= install_earth ? 0 : type - install_earth;

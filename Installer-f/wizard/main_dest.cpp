@@ -3,6 +3,7 @@
 #include "Installer-f/wizard/main_dest.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "Installer-f/engine/utils_manifest.h"
 #include "Installer-f/engine/utils_platform.h"
@@ -203,6 +204,16 @@ int pick_new_copy(const new_copy_flow& flow, new_copy_choice& choice, wizard_scr
     dest_dir_path = parent;
     screen.next = nullptr;
     screen.text = tr("Please pick a name for your Skyvane 9 installation...");
+    return 0;
+  }
+  // No default folder, as without a home; or longer than what any service takes.
+  const int wrong = parent.empty()                                                ? ENOENT
+                    : app_path.size() + parent.size() + name.size() >= path_limit ? ENAMETOOLONG
+                                                                                  : 0;
+  if (wrong != 0) {
+    dest_dir_path = parent;
+    screen.next = nullptr;
+    screen.text = UTL_translate_string(error_str(wrong)) + ": " + parent + name;
     return 0;
   }
   dest_dir_path = parent + name + "/";

@@ -311,8 +311,9 @@ std::string give_copy() {
 std::string give_listed_copy() {
   dest_dir_path = answers.copy;
   if (!path_is_to_a_sim()) return str_fill(tr("There is no installed copy at %s."), {answers.copy});
-  register_new_skyvane();
+  if (!answers.check) register_new_skyvane();
   locate_all_skyvanes();
+  if (answers.check) all_skyroots.push_back(answers.copy);  // for this run: it only looks
   return std::count(all_skyroots.begin(), all_skyroots.end(), answers.copy) != 0
              ? ""
              : str_fill(tr("This copy cannot be put on the list of installed copies: %s."),

@@ -15,6 +15,7 @@
 #include "corekit/base/UTL_translate.h"
 #include "corekit/base/hl_string.h"
 #include "corekit/files/io_utils.h"
+#include "corekit/net/http.h"
 #include "corekit/window/hl_init.h"
 
 answer_set answers;
@@ -118,6 +119,16 @@ bool read_disc_answers() {
          accept(unattended_read_sectors(cmdline.get_option("--sectors"), answers.sectors));
 }
 
+// A host alone would be passed over, and the run would go round the proxy.
+bool proxy_has_a_port() {
+  const char* const option = "--pref:_proxy_host";
+  if (http._proxy_port_int != 0 || !cmdline.has_option(option)) return true;
+  const std::string host = cmdline.get_option(option);
+  if (host.empty()) return true;
+  complain(str_fill(tr("%s wants %s, not '%s'."), {option, "--pref:_proxy_port_int=PORT", host}));
+  return false;
+}
+
 bool read_name() {
   if (!cmdline.has_option("--name")) return true;
   answers.name = cmdline.get_option("--name");
@@ -135,7 +146,7 @@ int unattended_read_answers() {
   // Who only looks agrees to nothing, and need not.
   answers.accept_eula = cmdline.has_option("--accept_eula") || answers.check;
   if (!read_folder("--dest", answers.dest) || !read_copy() || !read_name() || !read_modified() ||
-      !read_disc_answers() || !platform_is_known() ||
+      !read_disc_answers() || !platform_is_known() || !proxy_has_a_port() ||
       !read_number("--give_up_after", answers.give_up_after)) {
     return unattended_refused;
   }

@@ -628,7 +628,7 @@ TEST_F(Flows, ARunIsToldWhatIsWrongWithItsAnswers) {
   for (const char* const argument :
        {"--nothing", "--dest=", "--dest=/a\nb", "--name=a/b", "--on_modified=maybe",
         "--platform=beos", "--give_up_after=0", "--give_up_after=1x", "--do=install",
-        "--sectors=all", "--uninstall"})
+        "--sectors=all", "--uninstall", "--pref:_proxy_host=proxy.example"})
     all += run(demo_start, {"--unattended", argument});
   for (const char* const argument : {"--do=nothing", "--sectors=+30"})
     all += run(dvd_start, {"--unattended", argument});
