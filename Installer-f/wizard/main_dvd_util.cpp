@@ -56,6 +56,24 @@ std::string path_on_disc(int index) {
   return install_name + "/" + std::string(sim_info[index].current().path) + suffix_for_file(index);
 }
 
+// One file may be missing from a disc; so many in a row are not there.
+constexpr int enough = 20;
+
+// The volume that has any of the wanted files from want_file_disk on, of its disc; empty for none.
+std::string wanted_volume(const std::vector<std::string>& volumes) {
+  const int disk = sim_info[want_file_disk].current().disk;
+  std::string volume;
+  int looked_at = 0;
+  for (int index = want_file_disk; volume.empty() && looked_at < enough; ++index) {
+    if (index >= static_cast<int>(sim_info.size())) break;
+    const file_version_struct& file = sim_info[index].current();
+    if (index != want_file_disk && (!file.need_fetch || file.disk != disk)) continue;
+    volume = volume_with(volumes, path_on_disc(index));
+    ++looked_at;
+  }
+  return volume;
+}
+
 // --- ejection ------------------------------------------------------------------------------------
 
 // It takes seconds, so a general worker does it, while frames go on.
@@ -229,7 +247,7 @@ void UTIL_scan_dvd() {
 int UTIL_verify_disk() {
   const std::vector<std::string> volumes = disc_volumes();
   const std::string last = dvd_path;
-  dvd_path = volume_with(volumes, path_on_disc(want_file_disk));
+  dvd_path = wanted_volume(volumes);
   if (!dvd_path.empty()) {
     current_disk = sim_info[want_file_disk].current().disk;
     return 1;
@@ -254,11 +272,10 @@ int UTIL_switch_disk(int first_time) {
 }
 
 bool UTIL_wanted_disk_is_in() {
-  return !volume_with(disc_volumes(), path_on_disc(want_file_disk)).empty();
+  return !wanted_volume(disc_volumes()).empty();
 }
 
 void UTIL_notice_lost_disk(int index) {
-  constexpr int enough = 20;  // one file may be missing from a disc; so many in a row are not there
   int looked_at = 0;
   for (; index < static_cast<int>(sim_info.size()) && looked_at < enough; ++index) {
     const file_version_struct& file = sim_info[index].current();

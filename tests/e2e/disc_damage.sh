@@ -39,6 +39,20 @@ for way in flip rm; do
   repair_all
 done
 
+# A disc is known by any of the next files that are wanted of it: the first may be missing.
+lose_first() {
+  first=$(unzip -p "disk_0/$RELEASE/directory.txt.zip" |
+    awk '$1 == "DIR" { dir = substr($0, 5) } $1 == "FILE" { sub(/.* [0-9a-f]+ /, ""); print dir $0 }' |
+    while IFS= read -r path; do [ ! -e "disk_1/$RELEASE/$path.zip" ] || echo "$path"; done | sed -n 1p)
+  rm "disk_1/$RELEASE/$first.zip"
+  echo "$first" >"$SCRATCH/first"
+}
+damaged lose_first
+install_from "$BAD"
+want_errors
+want_text "$(basename "$(cat "$SCRATCH/first")")"
+repair_all
+
 # A disc that is pulled out in the middle: few questions for what was in hand, then the wish for the
 # disc, and with it the rest. The installer is held while it is pulled; a hand that came when most of the
 # disc was done tries again.

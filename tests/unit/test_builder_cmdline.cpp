@@ -125,7 +125,8 @@ TEST_F(BuilderCmdline, PreviousManifest) {
          "The previous manifest is not used: only a build of type 0 carries the history on.\n"
          "WARNING: 1 files below Global Scenery have no .7z");
   expect(1, build_flags("--disk_kb=100"), "Could not make the dst_folder!");
-  expect(2, {"--check", "--sign_master=out", "--sign=key"}, "--check is of a --build_master alone.");
+  expect(2, {"--check", "--sign_master=out", "--sign=key"},
+         "--check is of a --build_master alone.");
 }
 
 TEST_F(BuilderCmdline, ChecksAndSumsUp) {

@@ -44,7 +44,7 @@ TEST(FilesError, WordsForCodes) {
   };
   for (const auto& [code, message] : rows)
     EXPECT_STREQ(message, error_str(code)) << code;
-  for (const int code : {0, -1, 20000, 20019, 2147483647, -2147483647 - 1}) {
+  for (const int code : {0, -1, 20000, 20020, 2147483647, -2147483647 - 1}) {
     EXPECT_EQ("Unknown error occurred (" + std::to_string(code) + ")", error_str(code));
   }
 }
