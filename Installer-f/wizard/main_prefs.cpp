@@ -96,8 +96,6 @@ void wizard_prefs_io(scan_class& scan) {
   scan.string_io(&http._proxy_host, "_proxy_host");
   scan.string_io(&http._proxy_port, "_proxy_port");
   scan.int_io(&http._proxy_port_int, "_proxy_port_int");
-  // The text is what the user sees, and what an option may give alone.
-  if (http._proxy_port_int == 0) http._proxy_port_int = str_to_int(http._proxy_port);
   scan.int_io(&stg.beta_flag, "_get_beta");
   scan.int_io(&mnw.language, "_lang");
 }

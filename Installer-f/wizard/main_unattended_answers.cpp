@@ -122,7 +122,7 @@ bool read_disc_answers() {
 // A host alone would be passed over, and the run would go round the proxy.
 bool proxy_has_a_port() {
   const char* const option = "--pref:_proxy_host";
-  if (http._proxy_port_int != 0 || !cmdline.has_option(option)) return true;
+  if (http_proxy_port() != 0 || !cmdline.has_option(option)) return true;
   const std::string host = cmdline.get_option(option);
   if (host.empty()) return true;
   complain(str_fill(tr("%s wants %s, not '%s'."), {option, "--pref:_proxy_port_int=PORT", host}));

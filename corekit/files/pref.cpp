@@ -113,6 +113,7 @@ std::string installer_path() {
 
 scan_class::scan_class(const std::string& file_path, int io_direction)
     : direction(io_direction), path(file_path) {
+  if (direction == pref_write && !path.empty()) turn.emplace(path);
   // A writer needs the old file too: what was overridden for this run goes back as it was.
   read_tags(path, tags);
   if (direction != pref_write || path.empty()) return;

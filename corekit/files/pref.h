@@ -10,7 +10,10 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
+
+#include "corekit/files/io_own.h"
 
 enum pref_direction : int { pref_read = 0, pref_write = 1 };
 
@@ -44,8 +47,9 @@ class scan_class {
   bool write(const std::string& tag, const std::string& value);
   bool write_back(const std::string& tag);
 
-  std::string path;   // empty: there is no file
-  bool open = false;  // `ouf` is ours
+  std::optional<io_own_turn> turn;  // of a writer: others wait until the new file is in its place
+  std::string path;                 // empty: there is no file
+  bool open = false;                // `ouf` is ours
 };
 
 class pref_class {

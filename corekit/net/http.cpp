@@ -23,6 +23,10 @@
 http_class http;
 std::vector<std::string> gProxyExclude;
 
+int http_proxy_port() {
+  return http._proxy_port_int != 0 ? http._proxy_port_int : str_to_int(http._proxy_port);
+}
+
 namespace {
 
 constexpr unsigned short http_port = 80;
@@ -39,7 +43,7 @@ std::string agent_name() {
 
 // Where the settings name no proxy, that of the environment counts.
 bool has_proxy_in_settings() {
-  return http._proxy_port_int != 0 && !http._proxy_host.empty();
+  return http_proxy_port() != 0 && !http._proxy_host.empty();
 }
 
 // Of a transfer that has failed otherwise than by silence.
@@ -243,7 +247,7 @@ std::string ProxyHost(const char* host, unsigned short port) {
 
 unsigned short ProxyPort(const char* host, unsigned short port) {
   if (!UseProxy(host, port)) return port;
-  return has_proxy_in_settings() ? static_cast<unsigned short>(http._proxy_port_int & 0xFFFF)
+  return has_proxy_in_settings() ? static_cast<unsigned short>(http_proxy_port() & 0xFFFF)
                                  : http_env_proxy().port;
 }
 

@@ -100,7 +100,7 @@ class http_class {
   // --- proxy: written by the options dialog and the preference file ------------------------------
   std::string _proxy_host;
   std::string _proxy_port;  // as typed
-  int _proxy_port_int = 0;  // 0: no proxy, however the host is set
+  int _proxy_port_int = 0;  // 0: what the text says; see http_proxy_port
 
  private:
   struct slot_record {
@@ -125,3 +125,7 @@ class http_class {
 };
 
 extern http_class http;
+
+// Of the proxy in the settings: the number, or, where none is set, the one in the text that an
+// option may give alone. 0: no proxy, however the host is set.
+int http_proxy_port();
