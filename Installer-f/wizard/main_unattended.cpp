@@ -356,6 +356,12 @@ int begin(int argc, const char* const* argv) {
   return unattended_read_answers();
 }
 
+// For whoever reads the events: an alert is one as well, and so is the end that comes with it.
+void tell_alert(const std::string& message, const std::string& explanation, bool ends) {
+  complain(on_one_page(message + " " + explanation));
+  if (ends) end_report(unattended_failed, run.figures);
+}
+
 // What this machine or user lacks, and the run can do without.
 void tell_wants() {
   std::string folder;
@@ -372,6 +378,7 @@ int unattended_begin(int argc, const char* const* argv) {
   stand_in = &nobody_there;
   passes_over_missing = true;
   say_begin();
+  if (cmdline.has_option("--json")) report_plainly_by(tell_alert);
   json_line line("program", APP.title);
   say_event("start", line.add("log", log_path()));
   if (const int refused = begin(argc, argv)) {

@@ -20,6 +20,7 @@ int alerts_shown = 0;
 namespace {
 
 const failure_sink* the_sink = nullptr;
+plain_teller the_teller = nullptr;
 const failure_post* the_post = nullptr;
 int in_alert = 0;  // recursion guard: 1 while an alert is being shown
 
@@ -52,7 +53,11 @@ void show_plain(const exce_class& failure, bool nested) {
       report(exce_class("String too long!", part, "", "", at_plain_too_long, t_exit));
     }
   }
-  PLT_plain_alert(text[0], text[1]);
+  if (the_teller) {
+    the_teller(text[0], text[1], nested || failure.severity == t_exit);
+  } else {
+    PLT_plain_alert(text[0], text[1]);
+  }
 }
 
 void show(const exce_class& failure, const std::string& where, bool nested) {
@@ -77,6 +82,10 @@ void show(const exce_class& failure, const std::string& where, bool nested) {
 
 void report_to(const failure_sink* sink) {
   the_sink = sink;
+}
+
+void report_plainly_by(plain_teller teller) {
+  the_teller = teller;
 }
 
 void report_across(const failure_post* post) {

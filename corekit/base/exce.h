@@ -78,6 +78,11 @@ void report_to(const failure_sink* sink);  // static; null takes it away
 // (THREAD_send_exception).
 void report(const exce_class& failure);
 
+// Tells an alert where no window draws it. `ends` says that the program ends with it.
+using plain_teller = void (*)(const std::string& message, const std::string& explanation,
+                              bool ends);
+void report_plainly_by(plain_teller teller);  // null: as the platform does it
+
 // Takes the runtime down, as the sink does it.
 void report_finish(int save);
 

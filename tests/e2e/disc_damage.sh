@@ -53,6 +53,12 @@ want_errors
 want_text "$(basename "$(cat "$SCRATCH/first")")"
 repair_all
 
+# An alert that ends the program is an event as well, and the last one is the end.
+damaged truncate -s 100 "disk_0/$RELEASE/directory.txt.zip"
+all_discs_of "$BAD"
+want 1 run skyvane-disc-installer --unattended --accept_eula --json --dest="$SCRATCH" --name=Copy
+[ "$(tail -n 2 "$OUT" | grep -cE '"event": *"(error|end)"')" = 2 ] || fail "not told to who reads events"
+
 # A disc that is pulled out in the middle: few questions for what was in hand, then the wish for the
 # disc, and with it the rest. The installer is held while it is pulled; a hand that came when most of the
 # disc was done tries again.
