@@ -214,7 +214,9 @@ TEST_F(Grab, ProgressOfFilesInFlightAndItsReset) {
   ASSERT_TRUE(http.slot_active(first_stream_slot));
   next.stream_active[3] = 1;
   stg.extract_failed = 1;
+  next.done_zip_kb = next.done_raw_kb = 5;
   grab_reset();
+  EXPECT_EQ(next.done_zip_kb + next.done_raw_kb, 0);
   EXPECT_FALSE(http.slot_active(first_stream_slot));
   EXPECT_EQ(next.stream_active[1], 1);
   EXPECT_EQ(next.stream_active[3], 0);

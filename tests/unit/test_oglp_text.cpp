@@ -57,6 +57,7 @@ TEST(OglpMetrics, NumbersAsText) {
       {-0.001f, 2, 1, "0.0"},   // too small for its sign
       {-0.04f, 3, 1, "-00.0"},  // 0.4 of the last place keeps it
       {1234.5f, 5, 1, "1,234.5"},
+      {123.5f, 4, 1, "123.5"},
       {1e10f, 3, 0, "1.00x0"},  // a power above 9 has no digit
       {std::numeric_limits<float>::infinity(), 3, 0, "000"},
       {std::numeric_limits<float>::quiet_NaN(), 2, 1, "0.0"},
